@@ -1,0 +1,119 @@
+#pragma once
+/// Measuring a pair: the phases of the analysis and the error model.
+///
+/// Displacements are right view minus left view; rows count upward from the bottom, columns from
+/// the left. The tile at (x, y) of the first image matches the second image at (x + dx, y + dy).
+
+#include <array>
+#include <functional>
+
+#include "analysis/tone_tables.h"
+#include "config/parameter_set.h"
+#include "numerics/bitmap.h"
+#include "numerics/labelled_array.h"
+
+namespace zemora {
+
+/// The measured values of a pair.
+struct CorrectionValues {
+    float height = 0.0F;      ///< Pixels of the analysed image, at its centre.
+    float shift = 0.0F;       ///< Pixels, mean of the valid cells.
+    float size = 0.0F;        ///< Pixels per pixel of distance from the horizontal centre line.
+    float rotation = 0.0F;    ///< Radians.
+    float vergence_v = 0.0F;  ///< Radians, keystone coefficient.
+    float vergence_h = 0.0F;  ///< Radians, vertical barrel coefficient.
+    float window = 0.0F;      ///< Pixels, the disparity chosen as reference of the stereo window.
+};
+
+/// Disparities of an image, in pixels of the image given to the phase or the estimate.
+struct DisparityStatistics {
+    float near_point = 0.0F;        ///< Smallest disparity.
+    float far_point = 0.0F;         ///< Largest disparity.
+    float centre_disparity = 0.0F;  ///< Mean near the centre, phase 5 only.
+    float left_edge_near = 0.0F;
+    float right_edge_near = 0.0F;
+    float top_edge_near = 0.0F;
+    float bottom_edge_near = 0.0F;
+};
+
+inline constexpr int kGridMax = 16;         ///< Cells a side of the largest grid, phase 5.
+inline constexpr int kGeometryGrid = 10;    ///< Cells a side in phase 3.
+inline constexpr int kFirstGrid = 3;        ///< Cells a side in phase 2.
+inline constexpr int kDisparityTile = 51;   ///< Pixels a side of a tile in phase 5.
+
+template <class T>
+using Grid = std::array<std::array<T, kGridMax>, kGridMax>;
+
+enum class AnalysePhase { shift = 1, first_grid = 2, geometry = 3, disparity = 5 };
+
+/// Result of `analyse_phase`.
+enum class AnalyseStatus { done = 0, shift_too_large = 2, no_disparity = 5 };
+/// Result of `estimate_geometry`.
+enum class EstimateStatus { done = 0, no_cell = 1, too_few_cells = 2 };
+
+/// Called from the thread of the caller with a growing percentage.
+using AnalyseProgress = std::function<void(double percent)>;
+
+struct PhaseRequest {
+    AnalysePhase phase = AnalysePhase::shift;
+    int iteration = 1;    ///< Counts from 1 within an image.
+    bool carry = false;   ///< A video frame continues from the cells of the preceding frame.
+    bool reduced = true;  ///< The images are the reduced analysis images.
+};
+
+/// One per run. `settings` are read when the state is made.
+class AnalysisState {
+public:
+    explicit AnalysisState(const ParameterSet& parameters);
+
+    // Settings.
+    int estimate_window;
+    int far_point_limit;
+    int win_off_reference;
+    int color_left_right;
+    int auto_gamma_adjust;
+    int passepartout;
+    int estimate_vergence_v;
+    int estimate_vergence_h;
+    Colour passe_colour;
+
+    // Results.
+    CorrectionValues values;
+    DisparityStatistics disparity;
+    float residual_rms = 0.0F;  ///< Root mean square of the solver's residuals, pixels.
+    int corner_coverage = 0;    ///< 1 when the valid cells reach into all four corners.
+    double oversize_shift = 0.0;  ///< Pixels; what phase 1 found when it refused.
+    bool oversize_is_vertical = false;
+    int disparity_width = 0;    ///< Width of the copy that phase 5 measured, pixels.
+
+    // Cells, [row][column], row 0 at the bottom.
+    Grid<float> CQX{}, CQY{}, CQZ{}, CQM{};
+    Grid<int> CQPDF{}, CQVAL{}, CQOK3{}, CQOK5{}, DONE{}, TH_A{}, TW_A{};
+    Grid<float> ErrorPixel_x{}, ErrorPixel_y{};
+    Grid<int> middle_x{}, middle_y{};  ///< Measured middle of each cell's tile, image pixels.
+
+    ToneTables Colormap_l, Colormap_r;
+
+    // Kept between calls.
+    float previous_width = 0.0F;  ///< Width analysed before; 0 after a reset.
+    Bitmap working_left, working_right;
+};
+
+/// Clears the cells and counters of an image; with `keep` the displacements stay.
+void reset_analysis(AnalysisState& state, bool keep);
+
+/// Lays the tiles of a phase over the images and leaves the grid of measured cells in `state`.
+/// Phase 1 leaves its shift in `ErrorPixel_x/y[0][0]`. Phase 5 also updates `disparity` and
+/// `values.shift`, `values.window`.
+[[nodiscard]] AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair,
+                                          const PhaseRequest& request, const AnalyseProgress& progress);
+
+/// Fits the error model to the valid cells of a grid with `columns` x `rows` cells (3 x 3 after
+/// phase 2, 10 x 10 after phase 3) measured on images of `height` by `width`.
+[[nodiscard]] EstimateStatus estimate_geometry(AnalysisState& state, int height, int width, int columns,
+                                               int rows, AnalysePhase phase);
+
+/// Mean of |dy| in pixels that the correction stands for, over a 16 x 16 lattice of the picture.
+[[nodiscard]] double mean_model_error(const CorrectionValues& values, int height, int width);
+
+}  // namespace zemora

@@ -1,0 +1,20 @@
+#pragma once
+/// The settings of a run: one field for each key of the parameter file, and the derived ones.
+
+#include <string>
+
+namespace zemora {
+
+/// Set from the defaults, then the parameter file, the options, the form of the call and the
+/// consistency rules, in this order. The pipeline changes single fields during the run, and later
+/// pairs see the change.
+struct ParameterSet {
+    using text = std::string;
+#define ROW(type, field, key, low, high, standard, missing, option, english, german) \
+    type field = standard;
+#include "config/parameter_table.inc"
+#undef ROW
+    int encoder_latency = 0;  ///< Frames that the video encoder keeps back.
+};
+
+}  // namespace zemora

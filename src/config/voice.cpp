@@ -1,0 +1,61 @@
+#include "config/voice.h"
+
+#include "platform/process_end.h"
+
+
+
+namespace zemora {
+
+void Voice::report_text(std::string_view text) const {
+    if (report_ != nullptr) {
+        report_->text_line(text);
+    }
+}
+
+void Voice::report_html(std::string_view html) const {
+    if (report_ != nullptr) {
+        report_->html_line(html);
+    }
+}
+
+void Voice::print_and_report(std::string_view text) const {
+    print(text);
+    report_text(text);
+}
+
+void Voice::wait(WaitAbove level) const {
+    if (parameters_.stop_at_error > static_cast<int>(level)) {
+        console_.wait_for_enter();
+    }
+}
+
+void Voice::progress(std::string_view step, double percent) const {
+    if (parameters_.verbose_mode > 0) {
+        console_.progress(step, percent);
+    }
+}
+
+std::string html_text(std::string_view text) {
+    std::string html;
+    for (const char c : text) {
+        switch (c) {
+            case '&': html += "&amp;"; break;
+            case '<': html += "&lt;"; break;
+            case '>': html += "&gt;"; break;
+            case '"': html += "&quot;"; break;
+            case '\'': html += "&#39;"; break;
+            case '\n': html += "<br>\n"; break;
+            default: html += c;
+        }
+    }
+    return html;
+}
+
+void end_run_without_picture_memory(Console& console, std::string_view reason) {
+    console.print(reason);
+    console.print("TRY TO CLOSE OTHER APPLICATIONS OR REBOOT SYSTEM AND START ONLY ZEMORA\n");
+    console.wait_for_enter();
+    end_process(kExitFailure);
+}
+
+}  // namespace zemora

@@ -1,0 +1,68 @@
+#pragma once
+/// How a module speaks to the user: console, catalogue, reports, verbosity and waiting level in one.
+
+#include <string>
+#include <string_view>
+
+#include "config/messages.h"
+#include "config/parameter_set.h"
+#include "platform/console.h"
+
+namespace zemora {
+
+/// Where report lines go; the run's reports implement it.
+class ReportSink {
+public:
+    virtual ~ReportSink() = default;
+    virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
+    virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
+};
+
+/// Levels of `StopAtError`: what must be confirmed with Enter.
+enum class WaitAbove { error = 0, warning = 1, information = 2 };
+
+class Voice {
+public:
+    Voice(Console& console, MessageCatalogue& messages, const ParameterSet& parameters)
+        : console_(console), messages_(messages), parameters_(parameters) {}
+
+    [[nodiscard]] Console& console() const { return console_; }
+    [[nodiscard]] MessageCatalogue& messages() const { return messages_; }
+    [[nodiscard]] int verbose() const { return parameters_.verbose_mode; }
+
+    void set_report(ReportSink* report) { report_ = report; }
+
+    /// Prints a text on the console.
+    void print(std::string_view text) const { console_.print(text); }
+    /// Prints a catalogue row on the console.
+    template <Msg message, class... Values>
+    void say(const Values&... values) const {
+        console_.print(messages_.text<message>(values...));
+    }
+    /// Writes into the reports, if they are open.
+    void report_text(std::string_view text) const;
+    void report_html(std::string_view html) const;
+    /// Console and text report.
+    void print_and_report(std::string_view text) const;
+
+    /// Waits for Enter when `StopAtError` is above the level.
+    void wait(WaitAbove level) const;
+
+    /// Shows the progress of a step when `VerboseMode` is above 0.
+    void progress(std::string_view step, double percent) const;
+
+private:
+    Console& console_;
+    MessageCatalogue& messages_;
+    const ParameterSet& parameters_;
+    ReportSink* report_ = nullptr;
+};
+
+/// The text with the five HTML characters escaped and line ends as "<br>".
+[[nodiscard]] std::string html_text(std::string_view text);
+
+/// Prints `reason`, the advice to close other applications and the waiting line, waits for Enter
+/// and ends the process with code 1. The one road for pictures that do not fit into memory.
+[[noreturn]] void end_run_without_picture_memory(Console& console, std::string_view reason);
+
+}  // namespace zemora

@@ -1,0 +1,33 @@
+#pragma once
+/// Reading and typing picture files through the image library, with its traps closed.
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+/// The formats that are handed to the image library; all others go to the outside converter.
+enum class PictureFormat { unknown, bmp, jpeg, png, tiff, targa, gif, ppm, raw };
+
+/// From the content, else from the suffix.
+[[nodiscard]] PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path);
+
+enum class LoadStatus {
+    done,
+    unsupported,  ///< The format is not read here; a conversion may be tried.
+    unreadable,   ///< Missing, no plain file, empty, cut off, damaged, too large.
+};
+
+struct LoadedPicture {
+    LoadStatus status = LoadStatus::unreadable;
+    Bitmap bitmap;       ///< 24 bits unless `keep_depth` was asked for.
+    std::string reason;  ///< For the user, when not done.
+};
+
+/// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
+[[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
+
+}  // namespace zemora

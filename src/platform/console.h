@@ -1,0 +1,44 @@
+#pragma once
+/// The console: standard output, progress lines, the bell and the waiting for Enter.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zemora {
+
+/// Writes to standard output. Overwritten lines and the bell appear only on a terminal; in a pipe
+/// or a file each step is one plain line.
+class Console {
+public:
+    Console();
+
+    /// Prints the text; control characters other than line ends and tabs are shown as "?".
+    void print(std::string_view text);
+    /// Shows one state of a running step: overwrites the line on a terminal. Elsewhere the line
+    /// appears once, when `percent` has reached 100.
+    void progress(std::string_view step, double percent);
+    /// Ends an overwritten line, so that the next text starts on a line of its own.
+    void end_progress();
+    void bell();
+    void flush();
+
+    /// Prints the waiting line and reads one whole line; returns at once at the end of input.
+    void wait_for_enter();
+    /// Reads one line without its end; nothing at the end of input.
+    [[nodiscard]] std::optional<std::string> read_line();
+
+    [[nodiscard]] bool is_terminal() const { return is_terminal_; }
+
+private:
+    bool is_terminal_;
+    bool line_open_ = false;  ///< An overwritten progress line is on the screen.
+};
+
+/// "Please hit Enter // Bitte Enter Taste...", the same in both languages.
+inline constexpr std::string_view kWaitingLine = "Please hit Enter // Bitte Enter Taste...";
+
+/// The text with control characters shown as "?", for names on the console and in reports.
+[[nodiscard]] std::string printable(std::string_view text);
+
+}  // namespace zemora

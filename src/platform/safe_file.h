@@ -1,0 +1,22 @@
+#pragma once
+/// Writing files so that nothing half-written ever stands under a final name.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zemora {
+
+/// Writes `bytes` under a hidden unique name in the folder of `path`, checks every write, flushes,
+/// closes and renames to `path`. Returns an empty text, or the system's reason of the failure; then
+/// nothing is left behind and an older file of that name is untouched.
+[[nodiscard]] std::string write_file_whole(const std::string& path, std::span<const std::uint8_t> bytes);
+
+/// The whole contents of a plain file; nothing with the system's reason in `reason` when it is no
+/// plain file or cannot be read.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> read_file_whole(const std::string& path, std::string& reason);
+
+}  // namespace zemora

@@ -1,0 +1,41 @@
+#pragma once
+/// The canvas of a written picture, the automatic frame and the floating window.
+
+#include "render/warp_state.h"
+
+namespace zemora {
+
+/// A value in the unit of `WinOffReference` (0 pixels; 1 per mille of the width; 2 to 5 per mille of
+/// the height times 4:3, 1.6, 16:9, 17:9) as pixels.
+[[nodiscard]] double pixels_from_reference(int value, int win_off_reference, int height, int width);
+
+/// Canvas of one view or of the side-by-side picture; pixels, rows from the bottom.
+struct CanvasLayout {
+    int height = 0;
+    int width = 0;
+    int picture_row = 0;           ///< Bottom row of the pictures.
+    int left_picture_column = 0;   ///< First column of the left (or only) picture.
+    int right_picture_column = 0;  ///< Side by side only.
+};
+
+enum class View { left, right };
+
+/// Work out a canvas; the settings in `warp.frame` take what filling and limiting make of them.
+[[nodiscard]] CanvasLayout single_view_layout(WarpState& warp, View view);
+[[nodiscard]] CanvasLayout side_by_side_layout(WarpState& warp);
+
+/// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in output pixels. Changes
+/// `warp.frame` and, in mode 2, `work_width` of `warp`.
+/// True when `frame.left_right` was enlarged: the caller restores it after the pair.
+bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px);
+
+/// Widths of the curtains, pixels.
+struct Curtains {
+    int left = 0;
+    int right = 0;
+};
+
+/// Blackens (or ramps, `AutoFrameFloating` 4 and 6) the outer edges of the finished views.
+void floating_bands(WarpState& warp, Curtains curtains, int auto_frame_floating);
+
+}  // namespace zemora

@@ -1,0 +1,95 @@
+#pragma once
+/// Everything that the rendering keeps from pair to pair: the working pair, its size and its frame.
+
+#include "config/parameter_set.h"
+#include "config/voice.h"
+#include "input/view_geometry.h"
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+inline constexpr int kLargestSide = 16384;  ///< Pixels; the largest side of a warped picture.
+
+/// Which side of the target size is forced.
+enum ForceSize {
+    kForceNothing = 0,
+    kForceWidth = 1,
+    kForceHeight = 2,
+    kForceBothWidthLarger = 5,   ///< Both; the width was the larger ratio.
+    kForceBothHeightLarger = 6,  ///< Both; the height was the larger ratio.
+};
+
+/// The frame round a picture, in pixels of the output. Starts from the parameters; the layout and
+/// the automatic frames change it.
+struct FrameSettings {
+    int top = 0;
+    int bottom = 0;
+    int left_right = 0;
+    int central = 0;
+    int floating = 0;  ///< The left picture moves by -floating/2, the right by +floating/2.
+    int fill_height = 0;
+    int fill_width = 0;
+    int thin_line = 0;
+    Colour colour;
+};
+
+struct WarpState {
+    WarpState(const ParameterSet& parameters, ViewGeometry& left_record, ViewGeometry& right_record,
+              const Voice& voice);
+
+    /// The two working pictures: the latest result of a warp, `width` by `height` pixels in the
+    /// lower left of bitmaps of one pitch.
+    Bitmap left;
+    Bitmap right;
+    int height = 0;
+    int width = 0;
+    [[nodiscard]] StereoPicture pair() const {
+        return {left.picture(width, height), right.picture(width, height)};
+    }
+
+    // Copies of parameters.
+    int cropp_output;
+    int apply_left_right;
+    int interpolation_mode;
+    int auto_output_contrast;
+    int post_viewer_active;
+    int inverse_output;
+    Colour passe_colour;  ///< Marks the absence of picture.
+    FrameSettings frame;
+
+    // Size logic.
+    int work_height = 0;
+    int work_width = 0;
+    int force_size = kForceNothing;
+    int filter_radius = 1;         ///< Set by `choose_interpolation`.
+    float total_scale = 1.0F;      ///< Output pixels per source pixel.
+    float last_scale_step = 1.0F;
+    float aspect = 1.0F;           ///< Source width over source height.
+    int source_height = 0;
+    int source_width = 0;
+    int scaled_height = 0;         ///< Whole frame after scaling to the target.
+    int scaled_width = 0;
+    /// Whole, uncropped frame of the latest warp; the size step multiplies it.
+    int frame_height = 0;
+    int frame_width = 0;
+
+    // Shape parameters; zero except in the final passes.
+    double phantogram = 0.0;
+    double edge_warp = 0.0;
+    double vertical_ax = 0.0;
+    double common_trapez = 0.0;
+    double sym_trapez = 0.0;
+    double trapez_scale = 1.0;
+    /// A fixed pre-correction, degrees; in force while `pre_settings` is not 0.
+    int pre_settings = 0;
+    float pre_rotation_left = 0.0F;
+    float pre_rotation_right = 0.0F;
+    float pre_vergence_v = 0.0F;
+
+    ViewGeometry& left_record;
+    ViewGeometry& right_record;
+    const ParameterSet& parameters;
+    const Voice& voice;
+};
+
+}  // namespace zemora
