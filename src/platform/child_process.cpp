@@ -1,0 +1,125 @@
+#include "platform/child_process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/paths.h"
+
+extern char** environ;  // NOLINT: the name is the system's
+
+namespace zemora {
+
+namespace {
+
+/// Owner of the file actions of a spawn.
+class FileActions {
+public:
+    FileActions() { posix_spawn_file_actions_init(&actions_); }
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+    ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+    void open(int descriptor, const char* path, int flags) {
+        posix_spawn_file_actions_addopen(&actions_, descriptor, path, flags, 0);
+    }
+    void duplicate(int from, int to) { posix_spawn_file_actions_adddup2(&actions_, from, to); }
+    [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+private:
+    posix_spawn_file_actions_t actions_{};
+};
+
+int spawn(const std::vector<std::string>& arguments, const FileActions& actions, pid_t& child) {
+    std::vector<char*> vector;
+    for (const std::string& argument : arguments) {
+        vector.push_back(const_cast<char*>(argument.c_str()));  // NOLINT: the call does not write
+    }
+    vector.push_back(nullptr);
+    return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environ);
+}
+
+void read_to_end(int descriptor, std::vector<std::uint8_t>& bytes) {
+    std::array<std::uint8_t, 65536> block;
+    for (;;) {
+        const ssize_t count = read(descriptor, block.data(), block.size());
+        if (count > 0) {
+            bytes.insert(bytes.end(), block.begin(), block.begin() + count);
+        } else if (count == 0 || errno != EINTR) {
+            return;
+        }
+    }
+}
+
+int wait_for(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR) {
+            return -1;
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors) {
+    ChildResult result;
+    std::array<int, 2> ends{};
+    if (arguments.empty() || pipe2(ends.data(), O_CLOEXEC) != 0) {
+        result.error = std::strerror(errno);
+        return result;
+    }
+    FileActions actions;
+    actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    actions.duplicate(ends[1], STDOUT_FILENO);
+    if (!pass_errors) {
+        actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+    }
+    pid_t child = 0;
+    const int error = spawn(arguments, actions, child);
+    close(ends[1]);
+    if (error == 0) {
+        read_to_end(ends[0], result.output);
+        result.exit_code = wait_for(child);
+    } else {
+        result.error = std::strerror(error);
+    }
+    close(ends[0]);
+    return result;
+}
+
+bool start_child(const std::vector<std::string>& arguments) {
+    FileActions actions;
+    actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    pid_t child = 0;
+    return !arguments.empty() && spawn(arguments, actions, child) == 0;
+}
+
+std::string find_program(const std::string& name) {
+    std::vector<std::string> names{name};
+    if (lower_case(suffix_of(name)) == ".exe") {
+        names.push_back(without_suffix(name));
+    }
+    const char* path = std::getenv("PATH");
+    std::string folders = program_directory() + ':' + (path == nullptr ? "/usr/bin:/bin" : path);
+    for (std::size_t start = 0; start <= folders.size();) {
+        const std::size_t colon = std::min(folders.find(':', start), folders.size());
+        const std::string folder = folders.substr(start, colon - start);
+        for (const std::string& candidate : names) {
+            const std::string place = folder + '/' + candidate;
+            if (!folder.empty() && !is_directory(place) && access(place.c_str(), X_OK) == 0) {
+                return place;
+            }
+        }
+        start = colon + 1;
+    }
+    return {};
+}
+
+}  // namespace zemora

@@ -1,0 +1,79 @@
+#include "platform/temp_folder.h"
+
+#include <dirent.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace zemora {
+
+namespace {
+
+/// Copy of the folder's name that a signal handler may read.
+std::array<char, 4096> g_folder_name{};
+pid_t g_owner = 0;
+
+/// Removes the folder with calls that a signal handler may use, but for the directory stream, whose
+/// worst case at a signal is a folder that stays.
+void remove_named_folder() {
+    if (g_folder_name[0] == '\0' || g_owner != getpid()) {
+        return;
+    }
+    if (DIR* stream = opendir(g_folder_name.data()); stream != nullptr) {
+        while (const dirent* entry = readdir(stream)) {
+            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+                unlinkat(dirfd(stream), entry->d_name, 0);
+            }
+        }
+        closedir(stream);
+    }
+    rmdir(g_folder_name.data());
+    g_folder_name[0] = '\0';
+}
+
+extern "C" void on_end_signal(int number) {
+    remove_named_folder();
+    signal(number, SIG_DFL);
+    raise(number);
+}
+
+void remove_at_signals() {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction old = {};
+        if (sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_DFL) {
+            struct sigaction action = {};
+            action.sa_handler = on_end_signal;
+            sigaction(number, &action, nullptr);
+        }
+    }
+}
+
+std::string make_folder() {
+    const char* base = std::getenv("TMPDIR");
+    std::string pattern = base != nullptr && *base != '\0' ? base : "/tmp";
+    pattern += "/zemora-XXXXXX";
+    if (pattern.size() >= g_folder_name.size() || mkdtemp(pattern.data()) == nullptr) {
+        return {};
+    }
+    std::strcpy(g_folder_name.data(), pattern.c_str());
+    g_owner = getpid();
+    std::atexit(remove_named_folder);
+    remove_at_signals();
+    return pattern;
+}
+
+}  // namespace
+
+const std::string& temporary_folder() {
+    static const std::string folder = make_folder();
+    return folder;
+}
+
+void remove_temporary_folder() { remove_named_folder(); }
+
+}  // namespace zemora
