@@ -1,0 +1,71 @@
+#pragma once
+/// Names of everything that a run writes beside its images.
+
+#include <set>
+#include <string>
+
+#include "config/parameter_set.h"
+
+namespace zemora {
+
+/// The products of a pair; the letter names the view or product and selects the folder.
+enum class ProductKind : char { left = 'l', right = 'r', stereo = 's', anaglyph = 'a', extra = 'e', panorama = 'p' };
+
+/// A name in its parts, so that stamps and partners are put in and never patched.
+struct OutputName {
+    std::string folder;      ///< Absolute, without a separator at its end.
+    std::string base;        ///< Bare name without marker and suffix.
+    std::string partner;     ///< Base of the right view in a combined name, else empty.
+    std::string stamp;       ///< Deviation and time stamps.
+    std::string tail;        ///< "_cl", "_0_cl", "_OS" and the like.
+    std::string ending;      ///< Ending of an extra product, e.g. "-lrq".
+    std::string suffix;      ///< With its dot.
+    bool over_limit = false; ///< The deviation passes the limit: "zz_" before the name.
+
+    [[nodiscard]] std::string bare() const;
+    [[nodiscard]] std::string path() const;
+};
+
+/// Forms the name of a product. `root` is the output root, `relative` the input name below the image
+/// folder (or an absolute one, which keeps its own folder), `frame_index` counts fields of video.
+[[nodiscard]] OutputName output_path(const ParameterSet& parameters, const std::string& root,
+                                     const std::string& relative, ProductKind kind, int frame_index,
+                                     const std::string& suffix);
+
+/// The deviations of a pair as fractions of the width.
+struct StampValues {
+    double deviation = 0.0;
+    double projected_deviation = 0.0;
+    std::string time_stamp;  ///< "_2026.01.31_23.59.59"
+};
+
+/// Puts in the stamps that `StampFiles` asks for, and "zz_" above `DeviationThresh` (images only).
+void stamp_name(OutputName& name, const ParameterSet& parameters, const StampValues& values);
+
+/// The common base of a pair. When there is one, the markers go from both relative names.
+[[nodiscard]] bool take_common_base(const ParameterSet& parameters, std::string& left_relative,
+                                    std::string& right_relative);
+
+/// Whether a pair without common base gets the names of both views.
+[[nodiscard]] bool wants_combined_name(const ParameterSet& parameters, bool two_files, bool common_base);
+
+/// Makes a left name the combined name of both views.
+void combine_names(OutputName& name, const OutputName& right);
+
+/// The ending of an extra product for `ExtraOutput`; format 5 changes the suffix instead.
+void add_extra_ending(OutputName& name, int extra_output, bool inverse_output);
+
+/// The stamp of a moment: "_%04d.%02d.%02d_%02d.%02d.%02d".
+[[nodiscard]] std::string stamp_text(long long calendar_seconds);
+
+/// Names given away in this run: a second one of the same path gets "-2" before its kind tail.
+class GivenNames {
+public:
+    /// Changes `name` until it is new; true when it had to.
+    bool claim(OutputName& name);
+
+private:
+    std::set<std::string> given_;
+};
+
+}  // namespace zemora

@@ -1,0 +1,87 @@
+#include "driver/stored_record.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "config/messages.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr std::string_view kRecordWord = "Zemora_OK_V1.0";
+constexpr std::size_t kRecordLimit = 255;  // characters that older readers take
+
+/// Width and decimals of a field.
+struct FieldFormat {
+    int width;
+    int decimals;
+};
+
+// clang-format off
+constexpr std::array<FieldFormat, kRecordFields> kFormats{{
+    {5, 1}, {5, 1}, {5, 1},                                          // pre-rotations, pre-vergence, degrees
+    {5, 1}, {5, 1}, {5, 1}, {5, 1}, {5, 1}, {5, 1}, {5, 1}, {5, 1},  // pre-selection, percent
+    {7, 2}, {6, 2}, {6, 2}, {6, 2}, {6, 2},  // height px, size percent, rotation and vergences degrees
+    {5, 2}, {7, 2}, {6, 4}, {7, 2}, {7, 2},  // ratio, pure shift px, deviation, near point px, window shift px
+    {7, 4}, {6, 4}, {6, 4}, {6, 4}, {6, 4},  // selection shift, left, right, top, bottom, fractions
+    {6, 4}, {6, 4},                          // floating bands
+    {5, 2}, {5, 2}, {5, 2}, {5, 2}, {5, 2}, {5, 2},  // perspective terms
+    {1, 0},                                          // CroppOutput
+}};
+// clang-format on
+
+std::string text_of(const StoredCorrectionRecord& record, bool padded) {
+    std::string text(kRecordWord);
+    for (std::size_t i = 0; i < kRecordFields; ++i) {
+        const double value = std::isfinite(record[i]) ? record[i] : 0.0;
+        text += format_text(" %*.*f", padded ? kFormats[i].width : 0, kFormats[i].decimals, value);
+    }
+    return text;
+}
+
+void skip_blanks(std::string_view& line) {
+    while (!line.empty() && (line.front() == ' ' || line.front() == '\t' || line.front() == '\r')) {
+        line.remove_prefix(1);
+    }
+}
+
+}  // namespace
+
+StoredCorrectionRecord empty_record() {
+    StoredCorrectionRecord record{};
+    record[kRecordRatio] = 1.0;
+    record[kRecordTrapezScale] = 1.0;
+    return record;
+}
+
+std::string record_text(const StoredCorrectionRecord& record) {
+    std::string text = text_of(record, true);
+    return text.size() <= kRecordLimit ? text : text_of(record, false);
+}
+
+std::optional<StoredCorrectionRecord> parse_record(std::string_view line) {
+    skip_blanks(line);
+    if (line.substr(0, kRecordWord.size()) != kRecordWord) {
+        return std::nullopt;
+    }
+    line.remove_prefix(kRecordWord.size());
+    StoredCorrectionRecord record{};
+    for (double& value : record) {
+        if (line.empty() || (line.front() != ' ' && line.front() != '\t')) {
+            return std::nullopt;
+        }
+        skip_blanks(line);
+        const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), value);
+        if (error != std::errc() || !std::isfinite(value)) {
+            return std::nullopt;
+        }
+        line.remove_prefix(static_cast<std::size_t>(end - line.data()));
+    }
+    if (record[kRecordTrapezScale] == 0.0) {
+        record[kRecordTrapezScale] = 1.0;
+    }
+    return record;
+}
+
+}  // namespace zemora

@@ -1,0 +1,38 @@
+#pragma once
+/// The stored form of a pair's corrections: 35 values in a fixed order.
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zemora {
+
+/// Places of the values, the same in the text of an image and in a list.
+enum RecordField : std::size_t {
+    kRecordRotationLeft, kRecordRotationRight, kRecordPreVergence,
+    kRecordLeftX, kRecordLeftY, kRecordLeftWidth, kRecordLeftHeight,
+    kRecordRightX, kRecordRightY, kRecordRightWidth, kRecordRightHeight,
+    kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV, kRecordVergenceH,
+    kRecordRatio, kRecordPureShift, kRecordDeviation, kRecordNearPoint, kRecordWindowShift,
+    kRecordSelectionShift, kRecordSelectionLeft, kRecordSelectionRight, kRecordSelectionTop, kRecordSelectionBottom,
+    kRecordBandLeft, kRecordBandRight,
+    kRecordPhantogram, kRecordEdgeWarp, kRecordVerticalAx, kRecordCommonTrapez, kRecordSymTrapez, kRecordTrapezScale,
+    kRecordCroppOutput,
+    kRecordFields
+};
+
+/// Height and shifts in input pixels, size in percent, angles in degrees, the rest as the table in
+/// stored_record.cpp says.
+using StoredCorrectionRecord = std::array<double, kRecordFields>;
+
+/// A record without corrections.
+[[nodiscard]] StoredCorrectionRecord empty_record();
+
+/// "Zemora_OK_V1.0" and the values; below 256 characters.
+[[nodiscard]] std::string record_text(const StoredCorrectionRecord& record);
+
+/// The values of a line that is exactly a record; nothing for anything else.
+[[nodiscard]] std::optional<StoredCorrectionRecord> parse_record(std::string_view line);
+
+}  // namespace zemora

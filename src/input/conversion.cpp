@@ -1,0 +1,45 @@
+#include "input/conversion.h"
+
+#include <chrono>
+#include <thread>
+
+#include "platform/child_process.h"
+#include "platform/paths.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kTriesForTarget = 61;
+
+/// The converter of the setting, else the shipped one; empty when neither is there.
+std::string usable_converter(const std::string& setting) {
+    return file_exists(setting) ? setting : find_data_file("resource/convert");
+}
+
+void await_target(const std::string& target, const Voice& voice) {
+    for (int attempt = 0; attempt < kTriesForTarget && !file_exists(target); ++attempt) {
+        if (attempt == 0) {
+            voice.print("waiting for conversion to " + printable(target) + '\n');
+        }
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+}
+
+}  // namespace
+
+bool convert_picture(const std::string& converter, const std::string& source, const std::string& target,
+                     const Voice& voice) {
+    const std::string program = usable_converter(converter);
+    voice.console().flush();
+    if (program.empty() || !run_child({program, source, "/convert=" + target}).succeeded()) {
+        voice.say<Msg::img_input_irfanview_call_failed>();
+        voice.print(printable(program.empty() ? converter : program) + '\n');
+        voice.wait(WaitAbove::error);
+        return false;
+    }
+    await_target(target, voice);
+    return true;
+}
+
+}  // namespace zemora

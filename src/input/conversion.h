@@ -1,0 +1,16 @@
+#pragma once
+/// Pictures that are not read here go through the outside converter.
+
+#include <string>
+
+#include "config/voice.h"
+
+namespace zemora {
+
+/// Runs `<converter> <source> /convert=<target>` and waits for the target to appear (61 tries, one a
+/// second). False when the converter could not be run; a target that never came is seen at loading.
+/// Where the converter setting names no file, the shipped wrapper resource/convert is taken.
+[[nodiscard]] bool convert_picture(const std::string& converter, const std::string& source,
+                                   const std::string& target, const Voice& voice);
+
+}  // namespace zemora

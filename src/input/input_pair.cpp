@@ -1,0 +1,467 @@
+#include "input/input_pair.h"
+
+#include <FreeImage.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "input/conversion.h"
+#include "input/picture_file.h"
+#include "numerics/rounding.h"
+#include "numerics/turn.h"
+#include "platform/paths.h"
+#include "platform/temp_folder.h"
+
+namespace zemora {
+
+namespace {
+
+/// Layouts of a stereo file, the values of `StereoImageInput`.
+enum StereoLayout {
+    kSideBySide = 1,
+    kTwoFiles = 2,
+    kHalfWidth = 3,
+    kAnaglyph = 4,
+    kPhotoAndDepthFiles = 5,
+    kPhotoAndDepthSideBySide = 6,
+    kPhonePhoto = 7,
+};
+
+constexpr int kAnalysisSide = 800;  // pixels; long side of the analysis copies
+
+/// Overwrites all channels with one of them.
+void spread_channel(Picture picture, int channel) {
+    for (int y = 0; y < picture.height; ++y) {
+        std::uint8_t* pixel = picture.row(y);
+        for (int x = 0; x < picture.width; ++x, pixel += kPixelBytes) {
+            std::memset(pixel, pixel[channel], kPixelBytes);
+        }
+    }
+}
+
+/// The columns [first, end) of a stereo picture as a bitmap of their own.
+Bitmap columns_of(const Bitmap& stereo, int first, int end) {
+    return Bitmap(FreeImage_Copy(stereo.handle(), first, 0, end, stereo.height()));
+}
+
+void rescale_bicubic(Bitmap& bitmap, int width, int height) {
+    bitmap = Bitmap(FreeImage_Rescale(bitmap.handle(), width, height, FILTER_BICUBIC));
+}
+
+/// Moves the region of the given size at (x, y) to the lower left corner.
+void move_to_corner(LoadedView& view, int x, int y, int width, int height) {
+    const Picture picture = view.picture();
+    for (int row = 0; row < height; ++row) {
+        std::memmove(picture.row(row), picture.pixel(x, row + y),
+                     static_cast<std::size_t>(width) * kPixelBytes);
+    }
+    view.width = width;
+    view.height = height;
+}
+
+/// A bitmap of exactly the picture's size, so that both views have one pitch.
+void make_exact(LoadedView& view) {
+    if (view.bitmap.width() == view.width && view.bitmap.height() == view.height) {
+        return;
+    }
+    Bitmap exact = Bitmap::create(view.width, view.height);
+    if (exact) {
+        copy(view.picture(), exact.picture());
+    }
+    view.take(std::move(exact));
+}
+
+/// The region that a percentage selection keeps along one axis.
+struct KeptRange {
+    int first;
+    int count;
+};
+
+KeptRange kept_range(float start_percent, float size_percent, int side) {
+    constexpr float kWhole = 100.0F;
+    const auto length = static_cast<float>(side);
+    const int first = std::clamp(round_half_up(start_percent * length / kWhole), 0, side - 1);
+    const int end = first + round_half_up(size_percent * length / kWhole);
+    const int last = end > 0 ? std::min(end, side) - 1 : 0;
+    return {first, std::max(last - first + 1, 1)};
+}
+
+}  // namespace
+
+InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry,
+                     ViewGeometry& right_geometry, const Voice& voice)
+    : parameters_(parameters),
+      voice_(voice),
+      left_geometry_(left_geometry),
+      right_geometry_(right_geometry),
+      passe_colour_{static_cast<std::uint8_t>(parameters.passe_color_blue),
+                    static_cast<std::uint8_t>(parameters.passe_color_green),
+                    static_cast<std::uint8_t>(parameters.passe_color_red)},
+      two_files_(parameters.stereo_image_input == kTwoFiles ||
+                 parameters.stereo_image_input == kPhotoAndDepthFiles) {
+    corr_left_ = Bitmap::create(kAnalysisSide, kAnalysisSide);
+    corr_right_ = Bitmap::create(kAnalysisSide, kAnalysisSide);
+    if (!corr_left_ || !corr_right_) {
+        end_run_without_picture_memory(voice.console(), "96: FAILED TO ALLOCATE MEMORY FOR IMAGE (CORRELATION)\n");
+    }
+}
+
+void InputPair::set_failure(const std::string& path, const std::string& reason) {
+    failure_ = printable(path) + ": " + printable(reason);
+}
+
+void InputPair::release_images() {
+    left_.take(Bitmap());
+    right_.take(Bitmap());
+}
+
+ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correlation) {
+    release_images();
+    unsupported_ = false;
+    failure_.clear();
+    ReadResult result = ReadResult::done;
+    if (!(two_files_ ? load_two_files(files) : load_stereo_file(files.stereo))) {
+        if (!unsupported_ || !load_converted(files)) {
+            release_images();
+            return ReadResult::unreadable;
+        }
+        result = ReadResult::converted;
+    }
+    start_geometry();
+    if (has_pre_selection) {
+        crop_by_percent();
+    }
+    turn_views();
+    make_equal_size();
+    make_exact(left_);
+    make_exact(right_);
+    if (!left_.bitmap || !right_.bitmap) {
+        end_run_without_picture_memory(voice_.console(), "3411: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
+    }
+    if (make_correlation) {
+        make_correlation_images();
+    }
+    return result;
+}
+
+bool InputPair::load_two_files(const PairFiles& files) {
+    LoadedPicture left;
+    LoadedPicture right;
+#pragma omp parallel sections num_threads(std::min(2, omp_get_max_threads()))
+    {
+#pragma omp section
+        left = load_picture(files.left);
+#pragma omp section
+        right = load_picture(files.right);
+    }
+    for (const auto& [picture, path] : {std::pair{&left, &files.left}, std::pair{&right, &files.right}}) {
+        if (picture->status != LoadStatus::done) {
+            set_failure(*path, picture->reason);
+            // A file that is damaged stays unread; only a foreign format goes to the converter.
+            unsupported_ = picture->status == LoadStatus::unsupported;
+            if (!unsupported_) {
+                return false;
+            }
+        }
+    }
+    if (left.status != LoadStatus::done || right.status != LoadStatus::done) {
+        return false;
+    }
+    left_.take(std::move(left.bitmap));
+    right_.take(std::move(right.bitmap));
+    if (swap_views) {
+        std::swap(left_, right_);
+    }
+    return true;
+}
+
+bool InputPair::load_stereo_file(const std::string& path) {
+    if (lower_case(suffix_of(path)) == ".mpo") {
+        set_failure(path, "multi-picture files are not read");
+        return false;
+    }
+    if (parameters_.stereo_image_input == kPhonePhoto) {
+        set_failure(path, "photos with depth data are not read");
+        return false;
+    }
+    LoadedPicture stereo = load_picture(path);
+    if (stereo.status != LoadStatus::done) {
+        set_failure(path, stereo.reason);
+        unsupported_ = stereo.status == LoadStatus::unsupported;
+        return false;
+    }
+    if (!split_stereo(std::move(stereo.bitmap), parameters_.stereo_image_input)) {
+        set_failure(path, "the picture cannot be split into two views");
+        return false;
+    }
+    return true;
+}
+
+bool InputPair::split_stereo(Bitmap&& stereo, int layout) {
+    const Bitmap whole = std::move(stereo);
+    const int width = whole.width();
+    if (layout == kAnaglyph) {
+        left_.take(whole.clone());
+        right_.take(whole.clone());
+        if (left_.bitmap && right_.bitmap) {
+            spread_channel(left_.picture(), FI_RGBA_RED);
+            spread_channel(right_.picture(), FI_RGBA_GREEN);
+        }
+    } else {
+        left_.take(columns_of(whole, 0, width / 2));
+        right_.take(columns_of(whole, width / 2, width));
+        if (layout == kHalfWidth && left_.bitmap && right_.bitmap) {
+            rescale_bicubic(left_.bitmap, width, whole.height());
+            rescale_bicubic(right_.bitmap, width, whole.height());
+            left_.take(std::move(left_.bitmap));
+            right_.take(std::move(right_.bitmap));
+        }
+    }
+    if (left_.width == 0 || right_.width == 0) {
+        return false;
+    }
+    const int common = std::min(left_.width, right_.width);
+    left_.width = common;
+    right_.width = common;
+    make_exact(left_);
+    make_exact(right_);
+    if (inverse_input == 1) {
+        std::swap(left_, right_);
+    }
+    return static_cast<bool>(left_.bitmap) && static_cast<bool>(right_.bitmap);
+}
+
+
+Bitmap InputPair::load_through_converter(const std::string& path) {
+    const std::string& folder = temporary_folder();
+    const std::string target = folder + "/zemora_temp_" + without_suffix(bare_name_of(path)) + ".bmp";
+    if (folder.empty() || !convert_picture(parameters_.path_of_irfanview, path, target, voice_)) {
+        set_failure(path, "the format is not supported and there is no converter for it");
+        return {};
+    }
+    LoadedPicture converted = load_picture(target);
+    std::remove(target.c_str());
+    if (converted.status != LoadStatus::done) {
+        set_failure(path, "the conversion gave no readable picture");
+    }
+    return std::move(converted.bitmap);
+}
+
+bool InputPair::load_converted(const PairFiles& files) {
+    voice_.say<Msg::img_input_image_type_tried_with_irfanview>();
+    voice_.print("\n");
+    if (!two_files_) {
+        Bitmap stereo = load_through_converter(files.stereo);
+        return stereo && split_stereo(std::move(stereo), kSideBySide);
+    }
+    Bitmap left = load_through_converter(files.left);
+    if (!left) {
+        return false;
+    }
+    Bitmap right = load_through_converter(files.right);
+    if (!right) {
+        return false;
+    }
+    left_.take(std::move(left));
+    right_.take(std::move(right));
+    return true;
+}
+
+void InputPair::start_geometry() {
+    for (const auto& [geometry, view] :
+         {std::pair{&left_geometry_, &left_}, std::pair{&right_geometry_, &right_}}) {
+        geometry->crop_x = 0;
+        geometry->crop_y = 0;
+        geometry->crop_width = view->width;
+        geometry->crop_height = view->height;
+    }
+    left_geometry_.rot_mir = rot_mir_left;
+    right_geometry_.rot_mir = rot_mir_right;
+}
+
+void InputPair::crop_by_percent() {
+    struct Axis {
+        const char* start_label;
+        const char* size_label;
+        float start;
+        float size;
+    };
+    const PreSelection& chosen = pre_selection;
+    const Axis axes[] = {
+        {"   LeftImageStartx = ", "   LeftImageWidth  = ", chosen.left_start_x, chosen.left_width},
+        {"   LeftImageStarty = ", "   LeftImageHeight = ", chosen.left_start_y, chosen.left_height},
+        {"   RightImageStartx = ", "   RightImageWidth  = ", chosen.right_start_x, chosen.right_width},
+        {"   RightImageStarty = ", "   RightImageHeight = ", chosen.right_start_y, chosen.right_height},
+    };
+    constexpr float kTenths = 10.0F;
+    constexpr int kLimit = 1001;  // tenths of a per cent; just above the whole
+    for (const Axis& axis : axes) {
+        if (axis.size < 1.0F) {
+            voice_.print(format_text("%s%5.1f", axis.size_label, static_cast<double>(axis.size)));
+            voice_.say<Msg::img_input_value_not_used>();
+            voice_.print("\n");
+            return;
+        }
+    }
+    for (const Axis& axis : axes) {
+        if (round_half_up(axis.start * kTenths) + round_half_up(axis.size * kTenths) >= kLimit) {
+            voice_.say<Msg::img_input_selection_sum_above_100>();
+            voice_.print(format_text("\n%s%5.1f\n%s%5.1f\n", axis.start_label, static_cast<double>(axis.start),
+                                     axis.size_label, static_cast<double>(axis.size)));
+            return;
+        }
+    }
+    const auto crop = [](LoadedView& view, ViewGeometry& geometry, const Axis& x_axis, const Axis& y_axis) {
+        const KeptRange x = kept_range(x_axis.start, x_axis.size, view.width);
+        const KeptRange y = kept_range(y_axis.start, y_axis.size, view.height);
+        move_to_corner(view, x.first, y.first, x.count, y.count);
+        geometry.crop_x = x.first;
+        geometry.crop_y = y.first;
+        geometry.crop_width = x.count;
+        geometry.crop_height = y.count;
+    };
+    crop(left_, left_geometry_, axes[0], axes[1]);
+    crop(right_, right_geometry_, axes[2], axes[3]);
+}
+
+void InputPair::turn_views() {
+    for (const auto& [view, mode] : {std::pair{&left_, rot_mir_left}, std::pair{&right_, rot_mir_right}}) {
+        if (mode <= 0 || mode >= kTurnModes) {
+            continue;
+        }
+        const bool exchanged = exchanges_sides(mode);
+        Bitmap turned = Bitmap::create(exchanged ? view->height : view->width,
+                                       exchanged ? view->width : view->height);
+        if (!turned) {
+            end_run_without_picture_memory(voice_.console(),
+                                           "3109: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (ROT RIGHT) \n");
+        }
+        const Picture source = view->picture();
+        turn_pixels({source.bits, source.pitch}, source.width, source.height, kPixelBytes, mode,
+                    {turned.bits(), turned.pitch()});
+        view->take(std::move(turned));
+    }
+}
+
+void InputPair::warn_of_sizes(int cropp_input) {
+    constexpr float kVeryDifferent = 0.15F;
+    const auto ratio = [](int a, int b) {
+        return std::fabs(static_cast<float>(a - b)) / static_cast<float>(a + b);
+    };
+    if (ratio(left_.height, right_.height) > kVeryDifferent || ratio(left_.width, right_.width) > kVeryDifferent) {
+        voice_.say<Msg::img_input_sizes_very_different>();
+        voice_.wait(WaitAbove::warning);
+        if (cropp_input == 2 && parameters_.passepartout >= 3) {
+            voice_.say<Msg::img_input_better_cropp_input_2>();
+            voice_.wait(WaitAbove::error);
+        }
+        if (cropp_input != 2 && has_pre_selection) {
+            voice_.say<Msg::img_input_better_cropp_input_0>();
+            voice_.wait(WaitAbove::error);
+        }
+    }
+}
+
+void InputPair::make_equal_size() {
+    left_geometry_.frame_x = left_geometry_.frame_y = 0;
+    right_geometry_.frame_x = right_geometry_.frame_y = 0;
+    if (left_.width != right_.width || left_.height != right_.height) {
+        const int cropp_input = parameters_.cropp_input;
+        warn_of_sizes(cropp_input);
+        if (cropp_input == 1) {
+            crop_to_smaller();
+        } else {
+            if (cropp_input == 2) {
+                scale_smaller_view();
+            }
+            place_on_canvas();
+        }
+    }
+    for (ViewGeometry* geometry : {&left_geometry_, &right_geometry_}) {
+        geometry->frame_width = left_.width;
+        geometry->frame_height = left_.height;
+    }
+}
+
+void InputPair::scale_smaller_view() {
+    const auto smaller_both_ways = [](const LoadedView& a, const LoadedView& b) {
+        return a.width < b.width && a.height < b.height;
+    };
+    LoadedView* small = nullptr;
+    const LoadedView* large = nullptr;
+    if (smaller_both_ways(left_, right_)) {
+        small = &left_;
+        large = &right_;
+    } else if (smaller_both_ways(right_, left_)) {
+        small = &right_;
+        large = &left_;
+    } else {
+        return;
+    }
+    const double factor = std::min(static_cast<double>(large->height) / small->height,
+                                   static_cast<double>(large->width) / small->width);
+    Bitmap scaled = Bitmap::create(round_half_up(small->width * factor), round_half_up(small->height * factor));
+    if (!scaled) {
+        end_run_without_picture_memory(voice_.console(), "3442: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
+    }
+    (void)rescale(small->picture(), scaled.picture(), scratch_, RescaleMode::bicubic, RescaleFit::stretch);
+    small->take(std::move(scaled));
+}
+
+void InputPair::place_on_canvas() {
+    const int width = std::max(left_.width, right_.width);
+    const int height = std::max(left_.height, right_.height);
+    const auto place = [&](LoadedView& view, ViewGeometry& geometry) {
+        Bitmap canvas = Bitmap::create(width, height);
+        if (!canvas) {
+            end_run_without_picture_memory(voice_.console(),
+                                           "3585: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
+        }
+        geometry.frame_x = (width - view.width) / 2;
+        geometry.frame_y = (height - view.height) / 2;
+        fill(canvas.picture(), passe_colour_);
+        copy(view.picture(), canvas.picture().part(geometry.frame_x, geometry.frame_y, view.width, view.height));
+        view.take(std::move(canvas));
+    };
+    place(left_, left_geometry_);
+    place(right_, right_geometry_);
+}
+
+void InputPair::crop_to_smaller() {
+    voice_.say<Msg::img_input_sizes_differ>();
+    voice_.say<Msg::img_input_cropped_without_scaling>();
+    voice_.wait(WaitAbove::information);
+    const int width = std::min(left_.width, right_.width);
+    const int height = std::min(left_.height, right_.height);
+    const auto crop = [&](LoadedView& view, ViewGeometry& geometry) {
+        const int x = (view.width - width) / 2;
+        const int y = (view.height - height) / 2;
+        move_to_corner(view, x, y, width, height);
+        geometry.frame_x = -x;
+        geometry.frame_y = -y;
+    };
+    crop(left_, left_geometry_);
+    crop(right_, right_geometry_);
+}
+
+void InputPair::make_correlation_images() {
+    const double w = left_.width;
+    const double h = left_.height;
+    const bool portrait = left_.width <= left_.height;
+    corr_height_ = portrait ? kAnalysisSide : std::max(round_half_up(h * kAnalysisSide / w), 2);
+    corr_width_ = portrait ? std::max(round_half_up(w * kAnalysisSide / h), 2) : kAnalysisSide;
+    const PreSelection none;
+    const PreSelection& preset = has_pre_selection ? pre_selection : none;
+    const double half_vergence = 0.5 * preset.vergence_v;
+    const auto reduce = [&](const LoadedView& view, Bitmap& target, RotatedRescale how) {
+        how.outside = passe_colour_;
+        rescale_rotated(view.picture(), target.picture(corr_width_, corr_height_), how);
+    };
+    reduce(left_, corr_left_, {preset.rotation_left, half_vergence, left_zoom, {}});
+    reduce(right_, corr_right_, {preset.rotation_right, -half_vergence, right_zoom, {}});
+}
+
+}  // namespace zemora

@@ -1,0 +1,126 @@
+#pragma once
+/// The two views of the current pair: loaded, turned, equal in size, with reduced copies for the
+/// analysis.
+
+#include <string>
+
+#include "config/parameter_set.h"
+#include "config/voice.h"
+#include "input/view_geometry.h"
+#include "numerics/bitmap.h"
+#include "numerics/rescale.h"
+
+namespace zemora {
+
+/// A fixed selection and pre-correction of both views.
+struct PreSelection {
+    float rotation_left = 0.0F;   ///< Degrees.
+    float rotation_right = 0.0F;  ///< Degrees.
+    float vergence_v = 0.0F;      ///< Degrees.
+    float left_start_x = 0.0F;    ///< This and the following in percent of the view.
+    float left_start_y = 0.0F;
+    float left_width = 100.0F;
+    float left_height = 100.0F;
+    float right_start_x = 0.0F;
+    float right_start_y = 0.0F;
+    float right_width = 100.0F;
+    float right_height = 100.0F;
+};
+
+/// Result of `read_input_images`.
+enum class ReadResult {
+    done = 0,
+    unreadable = 1,  ///< The pair is skipped.
+    converted = 2,   ///< Done, by way of the outside converter.
+};
+
+/// Files of one pair; for stereo input `stereo` alone.
+struct PairFiles {
+    std::string left;
+    std::string right;
+    std::string stereo;
+};
+
+/// One view with its present picture size; the bitmap may be larger.
+struct LoadedView {
+    Bitmap bitmap;
+    int width = 0;
+    int height = 0;
+    [[nodiscard]] Picture picture() const { return bitmap.picture(width, height); }
+    void take(Bitmap&& other) {
+        bitmap = std::move(other);
+        width = bitmap.width();
+        height = bitmap.height();
+    }
+};
+
+class InputPair {
+public:
+    InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
+              const Voice& voice);
+
+    // Set by the driver before each call.
+    int inverse_input = 0;
+    int rot_mir_left = 0;  ///< 0 to 7.
+    int rot_mir_right = 0;
+    bool swap_views = false;  ///< The previewer asked for an exchange.
+    bool has_pre_selection = false;
+    PreSelection pre_selection;
+    float left_zoom = 1.0F;  ///< Of the analysis copies.
+    float right_zoom = 1.0F;
+
+    /// Loads the pair and brings it to `view` and, with `make_correlation`, to the analysis copies.
+    [[nodiscard]] ReadResult read_input_images(const PairFiles& files, bool make_correlation);
+    /// Builds the analysis copies from the final views: long side 800, presets applied.
+    void make_correlation_images();
+    /// Frees the views of the pair.
+    void release_images();
+
+    /// The final views; equal in size.
+    [[nodiscard]] StereoPicture full() const { return {left_.picture(), right_.picture()}; }
+    [[nodiscard]] int height() const { return left_.height; }
+    [[nodiscard]] int width() const { return left_.width; }
+    /// The analysis copies.
+    [[nodiscard]] StereoPicture reduced() const {
+        return {corr_left_.picture(corr_width_, corr_height_), corr_right_.picture(corr_width_, corr_height_)};
+    }
+    [[nodiscard]] int reduced_height() const { return corr_height_; }
+    [[nodiscard]] int reduced_width() const { return corr_width_; }
+
+    /// What the unreadable file of the latest call was, with the reason, for the message.
+    [[nodiscard]] const std::string& failure() const { return failure_; }
+
+private:
+    bool load_two_files(const PairFiles& files);
+    bool load_stereo_file(const std::string& path);
+    bool split_stereo(Bitmap&& stereo, int layout);
+    bool load_converted(const PairFiles& files);
+    [[nodiscard]] Bitmap load_through_converter(const std::string& path);
+    void start_geometry();
+    void crop_by_percent();
+    void turn_views();
+    void make_equal_size();
+    void scale_smaller_view();
+    void place_on_canvas();
+    void crop_to_smaller();
+    void warn_of_sizes(int cropp_input);
+    void set_failure(const std::string& path, const std::string& reason);
+
+    const ParameterSet& parameters_;
+    const Voice& voice_;
+    ViewGeometry& left_geometry_;
+    ViewGeometry& right_geometry_;
+    LoadedView left_;
+    LoadedView right_;
+    Bitmap corr_left_;
+    Bitmap corr_right_;
+    int corr_height_ = 0;
+    int corr_width_ = 0;
+    RescaleScratch scratch_;
+    Colour passe_colour_;
+    bool two_files_;
+    bool unsupported_ = false;  ///< The load failed for a format that only the converter may know.
+    std::string failure_;
+};
+
+}  // namespace zemora
