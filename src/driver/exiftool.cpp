@@ -1,0 +1,212 @@
+#include "driver/exiftool.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "platform/child_process.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+#include "platform/temp_folder.h"
+
+namespace zemora {
+
+namespace {
+
+/// Follows each answer of the dialog, with the exit status of the command before it.
+constexpr std::string_view kAnswerMark = "{zemora-status ";
+constexpr std::string_view kAnswerEnd = " zemora-end}\n";
+
+/// In arguments that name a file by a pattern, "%" stands doubled for itself.
+std::string pattern_name(const std::string& path) {
+    std::string doubled;
+    for (const char c : path) {
+        doubled += c;
+        if (c == '%') {
+            doubled += c;
+        }
+    }
+    return doubled;
+}
+
+/// A name that cannot be taken for an option.
+std::string plain_name(const std::string& path) {
+    return path.empty() || path.front() != '-' ? path : "./" + path;
+}
+
+std::string first_line(const std::vector<std::uint8_t>& output) {
+    const auto end = std::find(output.begin(), output.end(), '\n');
+    return {output.begin(), end};
+}
+
+const char* record_tag(InputClass input_class) {
+    return input_class == InputClass::tiff ? "-IPTC:SpecialInstructions" : "-comment";
+}
+
+}  // namespace
+
+int rot_mir_of_orientation(int orientation) {
+    static constexpr std::array kCodes{0, 0, 4, 2, 6, 7, 3, 5, 1};  // orientation 0 (none) to 8
+    return orientation >= 1 && orientation < static_cast<int>(kCodes.size())
+               ? kCodes[static_cast<std::size_t>(orientation)] : 0;
+}
+
+ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice) : parameters_(parameters), voice_(voice) {}
+
+void ExifTool::require() {
+    program_ = find_program("exiftool.exe");
+    if (program_.empty()) {
+        voice_.say<Msg::main_exiftool_missing>();
+        voice_.wait(WaitAbove::warning);
+        return;
+    }
+    // Started now, it is ready when the first picture is stored.
+    (void)dialog_.start({program_, "-stay_open", "True", "-@", "-"});
+}
+
+std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::string>& arguments) {
+    const auto has_line_end = [](const std::string& text) { return text.find('\n') != std::string::npos; };
+    if (!dialog_.is_running() || std::any_of(arguments.begin(), arguments.end(), has_line_end)) {
+        return std::nullopt;
+    }
+    std::string request;
+    for (const std::string& argument : arguments) {
+        request += argument + '\n';
+    }
+    request += "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd) + "-execute\n";
+    Answer answer;
+    if (!dialog_.write(request) || !dialog_.read_until(kAnswerEnd, answer.output)) {
+        return std::nullopt;  // the process has gone; the call is made anew on its own
+    }
+    const auto mark = std::find_end(answer.output.begin(), answer.output.end(), kAnswerMark.begin(), kAnswerMark.end());
+    const std::string status(mark, answer.output.end());
+    answer.exit_code = std::atoi(status.c_str() + kAnswerMark.size());
+    answer.output.erase(mark, answer.output.end());
+    return answer;
+}
+
+ExifTool::Answer ExifTool::run(const std::vector<std::string>& arguments) {
+    voice_.console().flush();
+    if (auto answer = run_in_dialog(arguments)) {
+        return *answer;
+    }
+    std::vector<std::string> call{program_};
+    call.insert(call.end(), arguments.begin(), arguments.end());
+    ChildResult result = run_child(call);
+    return {result.exit_code, std::move(result.output)};
+}
+
+void ExifTool::tell_failure() const {
+    voice_.say<Msg::main_exiftool_call_failed>();
+}
+
+int ExifTool::read_orientation(const std::string& path) {
+    if (!is_available()) {
+        return 0;
+    }
+    const Answer answer = run({"-b", "-exif:Orientation", "-n", "-q", "-q", "-fast", plain_name(path)});
+    const int value = std::atoi(first_line(answer.output).c_str());
+    constexpr int kLastOrientation = 8;
+    return value >= 1 && value <= kLastOrientation ? value : 0;
+}
+
+std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
+    const Answer answer = is_available()
+                              ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)}) : Answer{};
+    if (answer.exit_code != 0) {
+        tell_failure();
+        return std::nullopt;
+    }
+    return first_line(answer.output);
+}
+
+bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text) {
+    const Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
+                                                "-overwrite_original", "-q", plain_name(path)}) : Answer{};
+    if (answer.exit_code != 0) {
+        tell_failure();
+    }
+    return answer.exit_code == 0;
+}
+
+std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
+    auto known = profile_files_.find(source);
+    if (known == profile_files_.end()) {
+        std::string file = find_data_file("sRGB.icc");
+        const Answer answer = run({"-icc_profile", "-b", plain_name(source)});
+        if (!answer.output.empty()) {
+            const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
+            if (write_file_whole(fetched, answer.output).empty()) {
+                file = fetched;
+            }
+        }
+        known = profile_files_.emplace(source, file).first;
+    }
+    if (known->second.empty()) {
+        return {};
+    }
+    return {"-ICC_Profile<=" + pattern_name(known->second)};
+}
+
+bool ExifTool::transfer(const std::string& source, const std::string& target, const TagPermissions& permissions,
+                        const SoftwareTagValues& values, bool is_extra_output) {
+    constexpr int kMultiPicture = 5;
+    const bool wanted = parameters_.meta_transfer != 0;
+    std::vector<std::string> arguments;
+    const auto add = [&](std::initializer_list<std::string> more) {
+        arguments.insert(arguments.end(), more.begin(), more.end());
+    };
+    if (!is_available()) {
+        return true;
+    }
+    if (wanted && permissions.colour_profile_ok) {
+        arguments = profile_arguments(source);
+    }
+    if (wanted && permissions.exif_ok) {
+        if (voice_.verbose() > 0) {
+            voice_.print("   - and now EXIF operation... \n");
+        }
+        add({"-tagsfromfile", pattern_name(plain_name(source)), "-ThumbnailImage=", "-EXIF:All"});
+        if (is_extra_output && parameters_.extra_output == kMultiPicture) {
+            add({"--EXIF:ImageWidth", "--EXIF:ImageHeight", "--EXIF:ExifImageWidth", "--EXIF:ExifImageHeight",
+                 "-IPTC:All", "-XMP:All="});
+        } else {
+            add({"-IPTC:All", "-XMP:All"});
+        }
+        if (!is_extra_output) {
+            add({"-exif:orientation=1", "-n"});
+        }
+        add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d", values.near_point,
+                         values.far_point, values.deviation)});
+    }
+    if (!parameters_.exif_copyright.empty() && permissions.tags_ok) {
+        add({"-Exif:Copyright=" + parameters_.exif_copyright});
+    }
+    if (permissions.exif_ok && parameters_.dots_per_inch_x != 0) {
+        add({format_text("-Exif:XResolution=%d", parameters_.dots_per_inch_x)});
+    }
+    if (permissions.exif_ok && parameters_.dots_per_inch_y != 0) {
+        add({format_text("-Exif:YResolution=%d", parameters_.dots_per_inch_y)});
+    }
+    if (arguments.empty()) {
+        return true;
+    }
+    add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
+    if (run(arguments).exit_code != 0) {
+        tell_failure();
+        return false;
+    }
+    return true;
+}
+
+void ExifTool::forget_pair() {
+    const std::string standard = find_data_file("sRGB.icc");
+    for (const auto& [source, file] : profile_files_) {
+        if (file != standard) {
+            std::remove(file.c_str());
+        }
+    }
+    profile_files_.clear();
+}
+
+}  // namespace zemora

@@ -1,0 +1,74 @@
+#pragma once
+/// All metadata work, through the outside program exiftool. One process serves the whole run.
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/parameter_set.h"
+#include "config/voice.h"
+#include "platform/child_dialog.h"
+
+namespace zemora {
+
+/// Which tag of an input file can hold the record of a pair.
+enum class InputClass { none = 0, jpeg = 1, tiff = 2, mpo = 3 };
+
+/// What may be transferred to an output file.
+struct TagPermissions {
+    bool exif_ok = false;
+    bool tags_ok = false;
+    bool colour_profile_ok = false;
+};
+
+/// The software tag's values, per mille of the output width.
+struct SoftwareTagValues {
+    int near_point = 0;
+    int far_point = 0;
+    int deviation = 0;
+};
+
+class ExifTool {
+public:
+    ExifTool(const ParameterSet& parameters, const Voice& voice);
+
+    /// Looks for the program; warns once, in the words of the catalogue, when it is missing.
+    void require();
+    [[nodiscard]] bool is_available() const { return !program_.empty(); }
+
+    /// The EXIF orientation 1 to 8 of a picture; 0 when it has none.
+    [[nodiscard]] int read_orientation(const std::string& path);
+    /// The line that holds the record; nothing when the call failed.
+    [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class);
+    /// Writes the record into the input file.
+    bool write_record(const std::string& path, InputClass input_class, const std::string& text);
+    /// Copies profile and tags of `source` to the stored file `target`.
+    bool transfer(const std::string& source, const std::string& target, const TagPermissions& permissions,
+                  const SoftwareTagValues& values, bool is_extra_output);
+    /// Forgets what was read of the files of a pair.
+    void forget_pair();
+
+private:
+    struct Answer {
+        int exit_code = -1;
+        std::vector<std::uint8_t> output;
+    };
+    Answer run(const std::vector<std::string>& arguments);
+    std::optional<Answer> run_in_dialog(const std::vector<std::string>& arguments);
+    /// Arguments that give the target the colour profile of `source`, else sRGB.
+    std::vector<std::string> profile_arguments(const std::string& source);
+    void tell_failure() const;
+
+    const ParameterSet& parameters_;
+    const Voice& voice_;
+    std::string program_;
+    ChildDialog dialog_;
+    std::map<std::string, std::string> profile_files_;  ///< Source to the file that holds its profile.
+};
+
+/// The RotMirInput code of an EXIF orientation 1 to 8; 0 for any other value.
+[[nodiscard]] int rot_mir_of_orientation(int orientation);
+
+}  // namespace zemora

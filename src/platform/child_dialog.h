@@ -1,0 +1,35 @@
+#pragma once
+/// An outside program that stays and is spoken with over its standard input and output.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zemora {
+
+class ChildDialog {
+public:
+    ChildDialog() = default;
+    ChildDialog(const ChildDialog&) = delete;
+    ChildDialog& operator=(const ChildDialog&) = delete;
+    /// Closes the input of the program and waits for its end.
+    ~ChildDialog();
+
+    /// Starts the program; its standard error is dropped. False when it could not be started.
+    [[nodiscard]] bool start(const std::vector<std::string>& arguments);
+    [[nodiscard]] bool is_running() const { return child_ > 0; }
+    /// Writes all of `text`; false when the program has gone.
+    [[nodiscard]] bool write(std::string_view text);
+    /// Reads until the output ends with `end`, or the program has gone (false).
+    [[nodiscard]] bool read_until(std::string_view end, std::vector<std::uint8_t>& output);
+    /// Ends the dialog.
+    void close();
+
+private:
+    int child_ = 0;
+    int to_child_ = -1;
+    int from_child_ = -1;
+};
+
+}  // namespace zemora
