@@ -1,6 +1,7 @@
 #pragma once
 /// Everything that the rendering keeps from pair to pair: the working pair, its size and its frame.
 
+#include "analysis/tone_tables.h"
 #include "config/parameter_set.h"
 #include "config/voice.h"
 #include "input/view_geometry.h"
@@ -31,6 +32,19 @@ struct FrameSettings {
     int fill_width = 0;
     int thin_line = 0;
     Colour colour;
+};
+
+/// The corrections of one warp in fixed point, before they are shared between the views.
+struct FixedCorrection {
+    int height_shift_128 = 0;
+    int window_shift_128 = 0;
+    int size_32768 = 0;
+    int rotation_16384 = 0;    ///< Sine.
+    int vergence_v_16384 = 0;  ///< Sine.
+    int vergence_h_32768 = 0;  ///< Sine.
+    int pre_rotation_left_16384 = 0;
+    int pre_rotation_right_16384 = 0;
+    int pre_vergence_v_16384 = 0;
 };
 
 struct WarpState {
@@ -85,6 +99,11 @@ struct WarpState {
     float pre_rotation_left = 0.0F;
     float pre_rotation_right = 0.0F;
     float pre_vergence_v = 0.0F;
+
+    // What the latest warp applied, for the 16-bit output.
+    FixedCorrection latest_correction;
+    ToneTables left_tone = ToneTables::identity();
+    ToneTables right_tone = ToneTables::identity();
 
     ViewGeometry& left_record;
     ViewGeometry& right_record;

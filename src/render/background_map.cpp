@@ -1,0 +1,54 @@
+#include "render/background_map.h"
+
+#include <algorithm>
+
+namespace zemora {
+
+namespace {
+
+/// Marks in `tiles` the tiles of one row of pixels that hold `background`.
+void mark_row(const std::uint8_t* row, int width, Colour background, std::uint8_t* tiles) {
+    for (int x = 0; x < width; x += BackgroundMap::kTileWidth, ++tiles) {
+        const int end = std::min(width, x + BackgroundMap::kTileWidth);
+        bool found = false;
+        for (int i = x; i < end; ++i) {
+            const std::uint8_t* pixel = row + static_cast<std::ptrdiff_t>(i) * kPixelBytes;
+            found |= pixel[0] == background.blue && pixel[1] == background.green && pixel[2] == background.red;
+        }
+        *tiles |= static_cast<std::uint8_t>(found);
+    }
+}
+
+}  // namespace
+
+BackgroundMap::BackgroundMap(ConstPicture source, Colour background)
+    : columns_((source.width + kTileWidth - 1) / kTileWidth) {
+    const int tile_rows = (source.height + kTileRows - 1) / kTileRows;
+    tiles_.assign(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(tile_rows), 0);
+    std::uint8_t* tiles = tiles_.data();
+#pragma omp parallel for schedule(dynamic, 16)
+    for (int tile_row = 0; tile_row < tile_rows; ++tile_row) {
+        const int end = std::min(source.height, (tile_row + 1) * kTileRows);
+        for (int y = tile_row * kTileRows; y < end; ++y) {
+            mark_row(source.row(y), source.width, background, tiles + static_cast<std::ptrdiff_t>(tile_row) * columns_);
+        }
+    }
+    any_ = std::find(tiles_.begin(), tiles_.end(), 1) != tiles_.end();
+}
+
+bool BackgroundMap::touches(int left, int bottom, int right, int top) const {
+    if (!any_) {
+        return false;
+    }
+    for (int j = bottom / kTileRows; j <= top / kTileRows; ++j) {
+        const std::uint8_t* row = tiles_.data() + static_cast<std::ptrdiff_t>(j) * columns_;
+        for (int i = left / kTileWidth; i <= right / kTileWidth; ++i) {
+            if (row[i] != 0) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace zemora

@@ -1,0 +1,261 @@
+#include "render/warp_plan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr int kLargestSize = 4096;          // 12.5 per cent of 32768
+constexpr int kLargestRotation = 2048;      // sine 0.125
+constexpr int kLargestVergence = 2048;
+constexpr std::int64_t kLargestPreTurn = std::int64_t{1} << 25;
+constexpr std::int64_t kFarPosition = std::int64_t{1} << 30;
+
+int fixed_sine(float angle_rad, float unit) { return round_half_up(static_cast<double>(std::sin(angle_rad) * unit)); }
+
+int fixed_sine_of_degrees(float angle_deg, float unit) {
+    return fixed_sine(static_cast<float>(static_cast<double>(angle_deg) * kPi / 180.0), unit);
+}
+
+int fixed_shift(float shift_px, double factor, int limit) {
+    const float scaled = shift_px * static_cast<float>(factor) * static_cast<float>(kPositionUnit);
+    return std::clamp(round_half_up(static_cast<double>(scaled)), -limit, limit);
+}
+
+/// The source position nearest to `value` / `scale`, the quotient in single precision.
+std::int64_t scale_back(std::int64_t value, float scale) {
+    if (scale == 1.0F) {
+        return std::clamp(value, -kFarPosition, kFarPosition);
+    }
+    const float quotient = static_cast<float>(value) / scale;
+    return std::clamp<std::int64_t>(round_half_up(static_cast<double>(quotient)), -kFarPosition, kFarPosition);
+}
+
+/// Half a frame in positions, never 0, as a divisor.
+int half_frame(int size_px) { return std::max(1, kPositionUnit * size_px / 2); }
+
+void add_shapes(const ViewTransform& view, Position& p) {
+    const double half_height = half_frame(view.height);
+    const double x = static_cast<double>(p.x);
+    const double y = static_cast<double>(p.y);
+    if (view.phantogram != 0.0 || view.edge_warp != 0.0 || view.vertical_ax != 0.0) {
+        const std::int64_t shear = std::int64_t{round_half_up(view.phantogram * y)} +
+                                   round_half_up(view.edge_warp * x * y / half_height) +
+                                   round_half_up(view.vertical_ax * x);
+        p.x += view.side * shear;
+    }
+    if (view.common_trapez != 0.0 || view.sym_trapez != 0.0) {
+        const std::int64_t slope = round_half_up(view.common_trapez * y / half_height);
+        const std::int64_t offset = round_half_up(view.sym_trapez * y / half_height);
+        p.x -= (offset + 2048 + slope * p.x) >> 12;
+    }
+}
+
+void add_vergences(const ViewTransform& view, Position& p) {
+    const int halving = view.halving;
+    if (view.vergence_v != 0) {
+        const std::int64_t strength = p.x / std::max(1, view.width / 2) * view.vergence_v;
+        const std::int64_t rounding = std::int64_t{4096} << halving;
+        const int shift = 13 + halving;
+        p.x += view.side * (((p.x >> 8) * strength + rounding) >> shift);
+        p.y += view.side * (((p.y >> 8) * strength + rounding) >> shift);
+    }
+    if (view.vergence_h != 0) {
+        const std::int64_t parabola = (p.y >> 4) * (p.y >> 5) / std::max(1, view.height >> 3) -
+                                      std::int64_t{kPositionUnit} * (view.height / 6);
+        p.y += view.side * ((view.vergence_h * parabola + (std::int64_t{16384} << halving)) >> (15 + halving));
+    }
+}
+
+}  // namespace
+
+FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& correction, double step_factor,
+                                 int width) {
+    const auto largest_shift = static_cast<int>(std::int64_t{width} * kPositionUnit / 3);
+    FixedCorrection fixed;
+    fixed.height_shift_128 = fixed_shift(correction.height, step_factor, largest_shift);
+    fixed.window_shift_128 = fixed_shift(correction.shift, step_factor, largest_shift);
+    fixed.size_32768 = round_half_up(static_cast<double>(correction.size * 32768.0F));
+    fixed.rotation_16384 = fixed_sine(correction.rotation, 16384.0F);
+    fixed.vergence_v_16384 = fixed_sine(correction.vergence_v, 16384.0F);
+    fixed.vergence_h_32768 = fixed_sine(correction.vergence_h, 32768.0F);
+    if (warp.pre_settings != 0) {
+        fixed.pre_rotation_left_16384 = fixed_sine_of_degrees(warp.pre_rotation_left, 16384.0F);
+        fixed.pre_rotation_right_16384 = fixed_sine_of_degrees(warp.pre_rotation_right, 16384.0F);
+        fixed.pre_vergence_v_16384 = fixed_sine_of_degrees(warp.pre_vergence_v, 16384.0F);
+    }
+    return fixed;
+}
+
+bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice) {
+    const auto turned_too_far = [height, width](int sine) {
+        return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
+    };
+    if (std::abs(fixed.size_32768) > kLargestSize) {
+        voice.say<Msg::warpimage_sizes_too_different>();
+        voice.wait(WaitAbove::information);
+        return false;
+    }
+    if (std::abs(fixed.rotation_16384) > kLargestRotation || turned_too_far(fixed.pre_rotation_left_16384) ||
+        turned_too_far(fixed.pre_rotation_right_16384)) {
+        voice.say<Msg::warpimage_rotation_too_different>();
+        voice.wait(WaitAbove::information);
+        return false;
+    }
+    if (std::abs(fixed.vergence_v_16384) > kLargestVergence) {
+        voice.say<Msg::warpimage_vertical_vergence_too_different>();
+        voice.wait(WaitAbove::information);
+        fixed.vergence_v_16384 = 0;
+    }
+    if (std::abs(fixed.vergence_h_32768) > kLargestVergence) {
+        voice.say<Msg::warpimage_horizontal_vergence_too_different>();
+        voice.wait(WaitAbove::information);
+        fixed.vergence_h_32768 = 0;
+    }
+    return true;
+}
+
+Position ViewTransform::map_centred(Position p) const {
+    add_shapes(*this, p);
+    p.x += shift_x;
+    p.y += shift_y;
+    if (size != 0) {
+        const int divisor = 4 << halving;
+        p.x += (p.x / divisor * size + 4096) >> 13;
+        p.y += (p.y / divisor * size + 4096) >> 13;
+    }
+    if (rotation != 0) {
+        // First order in the angle: both new values come from the old pair.
+        const int divisor = 2 << halving;
+        const Position old = p;
+        p.x = old.x + ((-(old.y / divisor) * rotation + 4096) >> 13);
+        p.y = old.y + ((old.x / divisor * rotation + 4096) >> 13);
+    }
+    add_vergences(*this, p);
+    return p;
+}
+
+Position ViewTransform::map(int column, int row) const {
+    const std::int64_t half_width = kPositionUnit * width / 2;
+    const std::int64_t half_height = kPositionUnit * height / 2;
+    const Position p = map_centred({std::int64_t{kPositionUnit} * column - half_width,
+                                    std::int64_t{kPositionUnit} * row - half_height});
+    return {scale_back(p.x + half_width, total_scale), scale_back(p.y + half_height, total_scale)};
+}
+
+bool ViewTransform::is_identity() const {
+    return phantogram == 0.0 && edge_warp == 0.0 && vertical_ax == 0.0 && common_trapez == 0.0 &&
+           sym_trapez == 0.0 && shift_x == 0 && shift_y == 0 && size == 0 && rotation == 0 && vergence_v == 0 &&
+           vergence_h == 0 && total_scale == 1.0F;
+}
+
+bool ViewTransform::fits_32() const {
+    if (edge_warp != 0.0 || vertical_ax != 0.0) {
+        return false;  // terms that the vector code does not have
+    }
+    constexpr double kLimit = 2147483647.0 * 0.98;
+    constexpr double kExactFloat = 8388608.0;  // 2^23: a float still holds halves
+    const double half_width = 64.0 * width;
+    const double half_height = 64.0 * height;
+    const double slope = std::abs(common_trapez) + 1.0;
+    const double offset = std::abs(sym_trapez) + 1.0;
+    double x = half_width + std::abs(phantogram) * half_height + 1.0;
+    double y = half_height + static_cast<double>(std::abs(shift_y));
+    if (offset + 2048.0 + slope * x > kLimit) {
+        return false;
+    }
+    x += (offset + 2048.0 + slope * x) / 4096.0 + static_cast<double>(std::abs(shift_x)) + 1.0;
+    const double larger = std::max(x, y) * 1.2;  // after size and rotation, both limited to 12.5 per cent
+    const auto size_limit = static_cast<double>(std::abs(size));
+    const auto rotation_limit = static_cast<double>(std::abs(rotation));
+    if (larger / (4 << halving) * size_limit > kLimit || larger / (2 << halving) * rotation_limit > kLimit ||
+        size_limit > 4096.0 || rotation_limit > 8192.0) {
+        return false;
+    }
+    const double turn = 1.0 + rotation_limit / (16384 << halving) + size_limit / (32768 << halving);
+    x = (x + rotation_limit / 16384.0 * y) * turn + 2.0;
+    y = (y + rotation_limit / 16384.0 * x) * turn + 2.0;
+    const double strength = (x / std::max(1.0, width / 2.0 - 0.5)) * static_cast<double>(std::abs(vergence_v));
+    if (std::max(x, y) / 256.0 * strength + 8192.0 > kLimit) {
+        return false;
+    }
+    y += std::max(x, y) / 256.0 * strength / 8192.0;
+    x += x / 256.0 * strength / 8192.0;
+    const double square = y / 16.0 * y / 32.0 + 65536.0;
+    const double parabola = square / std::max(1, height >> 3) + 128.0 * height / 6.0;
+    if (square > kLimit || parabola * static_cast<double>(std::abs(vergence_h)) + 32768.0 > kLimit) {
+        return false;
+    }
+    y += parabola * static_cast<double>(std::abs(vergence_h)) / 32768.0;
+    const double farthest = std::max(x + half_width, y + half_height);
+    return farthest < kExactFloat && farthest / static_cast<double>(total_scale) < kExactFloat;
+}
+
+PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixed, int height, int width) {
+    const double thirtieth = width / 30.0;
+    const double half_width = std::max(0.5, width / 2.0);
+    const double half_height = std::max(0.5, height / 2.0);
+    PairTransform pair;
+    for (const int side : {-1, 1}) {
+        ViewTransform& view = pair[side < 0 ? 0 : 1];
+        view.height = height;
+        view.width = width;
+        view.side = side;
+        view.total_scale = warp.total_scale > 0.0F ? warp.total_scale : 1.0F;
+        view.phantogram = warp.phantogram * thirtieth / half_height;
+        view.edge_warp = warp.edge_warp * thirtieth / half_width;
+        view.vertical_ax = warp.vertical_ax * thirtieth / half_width;
+        view.common_trapez = warp.common_trapez * 512.0;
+        view.sym_trapez = warp.sym_trapez * 512.0 * 128.0 * half_width;
+        const int pre_rotation = side < 0 ? fixed.pre_rotation_left_16384 : fixed.pre_rotation_right_16384;
+        const int applied = warp.apply_left_right > 0 ? 1 : (warp.apply_left_right < 0 ? -1 : 0);
+        if (applied == -side) {
+            view.rotation = -pre_rotation;
+            continue;
+        }
+        view.halving = applied == 0 ? 1 : 0;
+        const int share = 1 << view.halving;
+        view.shift_x = side * fixed.window_shift_128 / share;
+        view.shift_y = side * fixed.height_shift_128 / share;
+        view.size = std::int64_t{side} * fixed.size_32768;
+        view.rotation = std::int64_t{side} * fixed.rotation_16384 - std::int64_t{share} * pre_rotation;
+        view.vergence_v = std::int64_t{fixed.vergence_v_16384} - fixed.pre_vergence_v_16384;
+        view.vergence_h = fixed.vergence_h_32768;
+    }
+    return pair;
+}
+
+void record_transforms(WarpState& warp, const FixedCorrection& fixed, int height, int width) {
+    for (const int side : {-1, 1}) {
+        ViewGeometry& record = side < 0 ? warp.left_record : warp.right_record;
+        const int applied = std::clamp(warp.apply_left_right, -1, 1);
+        const auto share = [side, applied](int value) {
+            return applied == 0 ? side * value / 2 : (applied == side ? side * value : 0);
+        };
+        record.total_scale = warp.total_scale;
+        record.height = height;
+        record.width = width;
+        record.phantogram = side * warp.phantogram;
+        record.edge_warp = side * warp.edge_warp;
+        record.vertical_ax = side * warp.vertical_ax;
+        record.common_trapez = warp.common_trapez;
+        record.sym_trapez = warp.sym_trapez;
+        record.trapez_scale = warp.trapez_scale;
+        record.window_shift_128 = share(fixed.window_shift_128);
+        record.height_shift_128 = share(fixed.height_shift_128);
+        record.size_32768 = share(fixed.size_32768);
+        record.rotation_16384 = share(fixed.rotation_16384);
+        record.pre_rotation_16384 = side < 0 ? fixed.pre_rotation_left_16384 : fixed.pre_rotation_right_16384;
+        record.vergence_v_16384 = share(fixed.vergence_v_16384);
+        record.pre_vergence_v_16384 = share(fixed.pre_vergence_v_16384);
+        record.vergence_h_32768 = share(fixed.vergence_h_32768);
+    }
+}
+
+}  // namespace zemora

@@ -1,0 +1,160 @@
+#include "render/warp_rows.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zemora {
+
+namespace {
+
+constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache.
+constexpr int kBlock = 16;   ///< Pixels that share one test for borders and background.
+
+/// Source positions of a piece, 1/128 pixel.
+struct PiecePositions {
+    alignas(64) std::array<std::int32_t, kPiece> x;
+    alignas(64) std::array<std::int32_t, kPiece> y;
+};
+
+using PieceSamples = std::array<Sample, kPiece>;
+
+void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
+    for (int i = 0; i < count; ++i) {
+        const Position p = view.transform.map(first + i, row);
+        positions.x[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.x);
+        positions.y[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.y);
+    }
+}
+
+/// Whether all taps of a block of pixels lie inside the source and hold picture.
+bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y, int count) {
+    const auto [low_x, high_x] = std::minmax_element(x, x + count);
+    const auto [low_y, high_y] = std::minmax_element(y, y + count);
+    const int left = (*low_x >> 7) - 1;
+    const int right = (*high_x >> 7) + 2;
+    const int bottom = (*low_y >> 7) - 1;
+    const int top = (*high_y >> 7) + 2;
+    // The vector code loads 16 bytes, a little more than four pixels.
+    return left >= 0 && bottom >= 0 && right + 2 < view.source.width && top < view.source.height &&
+           !view.background.touches(left, bottom, right, top);
+}
+
+/// The weighted sums of 4 by 4 taps, all of them picture.
+template <class Normalise>
+Sample sample_plain(const AxisWeights& table, const ConstPicture& source, int x, int y, const Normalise& normalise) {
+    const auto& across = table[static_cast<std::size_t>(x & 127)];
+    const auto& up = table[static_cast<std::size_t>(y & 127)];
+    const std::uint8_t* taps = source.pixel((x >> 7) - 1, (y >> 7) - 1);
+    std::array<int, kPixelBytes> sum{};
+    for (std::size_t j = 0; j < up.size(); ++j, taps += source.pitch) {
+        for (std::size_t c = 0; c < sum.size(); ++c) {
+            sum[c] += up[j] * (across[0] * taps[c] + across[1] * taps[c + 3] + across[2] * taps[c + 6] +
+                               across[3] * taps[c + 9]);
+        }
+    }
+    Sample sample;
+    for (std::size_t c = 0; c < sum.size(); ++c) {
+        sample.value[c] = static_cast<std::uint16_t>(std::clamp(normalise(sum[c]), 0, 65535));
+    }
+    return sample;
+}
+
+void sample_plain_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y, int count,
+                        Sample* samples) {
+    if (view.sampler.kernel == Kernel::bilinear) {
+        const AxisWeights& table = bilinear_weights();
+        for (int i = 0; i < count; ++i) {
+            samples[i] = sample_plain(table, view.source, x[i], y[i], [](int sum) { return sum >> 6; });
+        }
+        return;
+    }
+    const AxisWeights& table = bicubic_weights();
+    for (int i = 0; i < count; ++i) {
+        samples[i] = sample_plain(table, view.source, x[i], y[i], [](int sum) { return (sum + 32) >> 6; });
+        keep_from_background(samples[i].value, view.sampler.background);
+    }
+}
+
+/// Samples whose nearest pixel lies outside the source hold no picture.
+void sample_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y, int count,
+                  Sample* samples) {
+    for (int i = 0; i < count; ++i) {
+        const int column = (x[i] + 64) >> 7;
+        const int row = (y[i] + 64) >> 7;
+        if (column < 0 || row < 0 || column >= view.source.width || row >= view.source.height) {
+            samples[i].empty = 1;
+        } else {
+            samples[i] = sample_pixel(view.sampler, view.source, x[i], y[i]);
+        }
+    }
+}
+
+void sample_piece(const ViewRows& view, const PiecePositions& positions, int count, PieceSamples& samples) {
+    const Kernel kernel = view.sampler.kernel;
+    const bool has_plain = (kernel == Kernel::bilinear || kernel == Kernel::bicubic) && !view.sampler.linear_light;
+    for (int i = 0; i < count; i += kBlock) {
+        const int block = std::min(kBlock, count - i);
+        const std::int32_t* x = positions.x.data() + i;
+        const std::int32_t* y = positions.y.data() + i;
+        if (has_plain && is_plain_block(view, x, y, block)) {
+            sample_plain_block(view, x, y, block, samples.data() + i);
+        } else {
+            sample_block(view, x, y, block, samples.data() + i);
+        }
+    }
+}
+
+std::uint8_t rounded_byte(std::uint16_t value) {
+    return static_cast<std::uint8_t>(std::min((value + 128) >> 8, 255));
+}
+
+/// Bytes of a pixel. Black gets a trace of blue and a pixel of the background colour moves by one
+/// step, so that the background colour always means the absence of picture.
+Colour finished_pixel(const Sample& sample, Colour background) {
+    if (sample.empty != 0) {
+        return background;
+    }
+    Colour pixel{rounded_byte(sample.value[0]), rounded_byte(sample.value[1]), rounded_byte(sample.value[2])};
+    if (pixel == Colour{}) {
+        pixel.blue = 1;
+    }
+    if (pixel == background) {
+        pixel.blue = static_cast<std::uint8_t>(pixel.blue < 128 ? pixel.blue + 1 : pixel.blue - 1);
+    }
+    return pixel;
+}
+
+void finish_piece(const PieceSamples& samples, int count, Colour background, std::uint8_t* target) {
+    for (int i = 0; i < count; ++i, target += kPixelBytes) {
+        const Colour pixel = finished_pixel(samples[static_cast<std::size_t>(i)], background);
+        target[0] = pixel.blue;
+        target[1] = pixel.green;
+        target[2] = pixel.red;
+    }
+}
+
+}  // namespace
+
+ViewRows::ViewRows(const ViewTransform& view_transform, const Sampler& view_sampler, ConstPicture view_source,
+                   ToneLookup view_tone)
+    : transform(view_transform),
+      sampler(view_sampler),
+      source(view_source),
+      tone(std::move(view_tone)),
+      background(view_source, view_sampler.background),
+      fits_32(view_transform.fits_32()) {}
+
+void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target) {
+    PiecePositions positions;
+    PieceSamples samples;
+    for (int done = 0; done < count; done += kPiece) {
+        const int piece = std::min(kPiece, count - done);
+        map_piece(view, row, first + done, piece, positions);
+        sample_piece(view, positions, piece, samples);
+        view.tone.apply(samples.data(), piece, view.sampler.background);
+        finish_piece(samples, piece, view.sampler.background, target + static_cast<std::ptrdiff_t>(done) * kPixelBytes);
+    }
+}
+
+}  // namespace zemora

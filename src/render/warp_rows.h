@@ -1,0 +1,32 @@
+#pragma once
+/// Pixels of the warp: one output row of one view at a time.
+///
+/// A row runs in pieces through three steps: source positions, samples, bytes. Each step has a
+/// portable form and may have vector forms with equal results.
+
+#include <cstdint>
+
+#include "render/background_map.h"
+#include "render/sample_pixel.h"
+#include "render/tone.h"
+#include "render/warp_plan.h"
+
+namespace zemora {
+
+/// Everything that the rows of one view need.
+struct ViewRows {
+    ViewRows(const ViewTransform& view_transform, const Sampler& view_sampler, ConstPicture view_source,
+             ToneLookup view_tone);
+
+    ViewTransform transform;
+    const Sampler& sampler;
+    ConstPicture source;
+    ToneLookup tone;
+    BackgroundMap background;
+    bool fits_32;
+};
+
+/// Writes `count` pixels of output row `row` from column `first` on to `target`.
+void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target);
+
+}  // namespace zemora
