@@ -7,6 +7,25 @@ namespace zemora {
 
 namespace {
 
+#define ROW(module, number, name, english, german)                                                       \
+    static_assert(placeholders_of(english) == placeholders_of(german),                                    \
+                  "the placeholders of " #module " " #number " differ between the languages");            \
+    static_assert(english[0] != '\0' && german[0] != '\0', #module " " #number " lacks a text");
+#include "config/message_table.inc"
+#undef ROW
+
+constexpr bool numbers_ascend() {
+    for (std::size_t i = 1; i < std::size(kMessageTable); ++i) {
+        const MessageRow& before = kMessageTable[i - 1];
+        const MessageRow& row = kMessageTable[i];
+        if (row.module < before.module || (row.module == before.module && row.number <= before.number)) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(numbers_ascend(), "the message rows stand by module, and by number within a module");
+
 std::string format_list(const char* format, std::va_list list) {
     std::va_list copy;
     va_copy(copy, list);

@@ -10,6 +10,7 @@ namespace zemora {
 /// pairs see the change.
 struct ParameterSet {
     using text = std::string;
+    using path = std::string;
 #define ROW(type, field, key, low, high, standard, missing, option, english, german) \
     type field = standard;
 #include "config/parameter_table.inc"

@@ -1,0 +1,25 @@
+#pragma once
+/// The reader of the parameter file.
+
+#include <string>
+
+#include "config/options.h"
+#include "config/parameter_set.h"
+#include "config/voice.h"
+
+namespace zemora {
+
+struct ParameterFileResult {
+    bool found = false;         ///< The file could be read.
+    bool default_used = false;  ///< A note told of a key that the file lacks.
+};
+
+/// Sets all defaults and then what the file says. Each key is searched from the file's beginning and
+/// the first line that holds it counts. `Language` switches the catalogue as soon as it is read; the
+/// early settings of the command line take precedence for all that is told meanwhile. A line that is
+/// too long, a number without value or outside its limits and a file of another version end the
+/// process with code 1. A file that cannot be opened leaves the defaults.
+[[nodiscard]] ParameterFileResult read_parameter_file(const std::string& path, ParameterSet& parameters, Voice& voice,
+                                                      const EarlySettings& early = {});
+
+}  // namespace zemora
