@@ -407,7 +407,7 @@ void InputPair::scale_smaller_view() {
     if (!scaled) {
         end_run_without_picture_memory(voice_.console(), "3442: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
     }
-    (void)rescale(small->picture(), scaled.picture(), scratch_, RescaleMode::bicubic, RescaleFit::stretch);
+    (void)rescale(small->picture(), scaled.picture(), scratch_, RescaleFilter::bicubic, RescaleFit::stretch);
     small->take(std::move(scaled));
 }
 

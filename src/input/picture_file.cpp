@@ -172,4 +172,25 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     return loaded;
 }
 
+std::string capture_time_text(const std::string& path) {
+    std::string reason;
+    const auto content = read_file_whole(path, reason);
+    if (!content || content->empty() || content->size() > UINT32_MAX) {
+        return {};
+    }
+    const FREE_IMAGE_FORMAT format = library_format(*content, path);
+    if (allowed(format) == PictureFormat::unknown) {
+        return {};
+    }
+    const LibraryMemory memory(*content);
+    const Bitmap header(FreeImage_LoadFromMemory(format, memory.get(), FIF_LOAD_NOPIXELS));
+    FITAG* tag = nullptr;
+    if (!header || FreeImage_GetMetadata(FIMD_EXIF_EXIF, header.handle(), "DateTimeOriginal", &tag) == FALSE ||
+        FreeImage_GetTagType(tag) != FIDT_ASCII) {
+        return {};
+    }
+    const auto* text = static_cast<const char*>(FreeImage_GetTagValue(tag));
+    return text == nullptr ? std::string() : std::string(text, FreeImage_GetTagLength(tag));
+}
+
 }  // namespace zemora

@@ -1,0 +1,75 @@
+#include "driver/pipeline.h"
+#include "report/pair_report.h"
+
+namespace zemora {
+
+Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
+                   const Voice& voice_in)
+    : parameters(parameters_in),
+      run(run_in),
+      list(list_in),
+      exiftool(exiftool_in),
+      voice(voice_in),
+      input(parameters_in, left_geometry, right_geometry, voice_in),
+      analysis(parameters_in),
+      warp(parameters_in, left_geometry, right_geometry, voice_in),
+      initial_frame(warp.frame),
+      initial_frame_left_right(parameters_in.frame_left_right) {}
+
+bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
+    report_mount_failure(pipeline.voice);
+    pipeline.voice.wait(WaitAbove::information);
+    pair.status = status;
+    pair.failure_told = true;
+    return false;
+}
+
+namespace {
+
+bool is_measured_mode(int mode) { return mode == 1 || mode == 3; }
+
+/// From the loaded pair to its corrections and its place behind the stereo window.
+bool find_geometry(Pipeline& pipeline, PairRun& pair) {
+    if (!is_measured_mode(pair.mode)) {
+        apply_stored_geometry(pipeline, pair);
+        return true;
+    }
+    if (!measure_first(pipeline, pair) || !iterate_geometry(pipeline, pair) || !is_written(pair.status)) {
+        return false;
+    }
+    place_stereo_window(pipeline, pair);
+    return true;
+}
+
+bool mount_pair(Pipeline& pipeline, PairRun& pair) {
+    return find_geometry(pipeline, pair) && warp_final(pipeline, pair) && measure_result(pipeline, pair);
+}
+
+void run_pair(Pipeline& pipeline, int index) {
+    PairRun pair;
+    pair.index = index;
+    if (!prepare_pair(pipeline, pair)) {
+        return;
+    }
+    if (mount_pair(pipeline, pair)) {
+        finish_pictures(pipeline, pair);
+        store_outputs(pipeline, pair);
+    }
+    conclude_pair(pipeline, pair);
+}
+
+}  // namespace
+
+void run_image_pipeline(Pipeline& pipeline) {
+    constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
+    for (int index = 0; index < pipeline.list.count(); ++index) {
+        run_pair(pipeline, index);
+        pipeline.input.release_images();
+        pipeline.exiftool.forget_pair();
+        if (pipeline.parameters.corr_input_output == kStopAfterFirst) {
+            break;
+        }
+    }
+}
+
+}  // namespace zemora

@@ -1,0 +1,29 @@
+#pragma once
+/// What the measuring stages share: calls of the analysis with their words, and units.
+
+#include <string>
+
+#include "driver/pipeline.h"
+
+namespace zemora {
+
+/// Full-size pictures are warped and measured in working pixels, corrections kept in input pixels:
+/// working (or reduced) height over input height.
+[[nodiscard]] double measured_scale(const Pipeline& pipeline, const PairRun& pair);
+
+/// Progress of a step on the console.
+[[nodiscard]] AnalyseProgress progress_of(const Pipeline& pipeline, std::string step);
+
+/// The analysis' values in input pixels, for values measured at `scale` working pixels per input pixel.
+[[nodiscard]] PairCorrection correction_of(const CorrectionValues& values, double scale);
+[[nodiscard]] PairDisparities disparities_of(const AnalysisState& analysis, double scale);
+
+/// Warps the pair under work (reduced, or full size) with the present correction for the next
+/// measurement, and finds the common area. False when the values pass the limits of the warp.
+[[nodiscard]] bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& step);
+
+/// "%s Height = ..., Size = ..." in pixels, percent and degrees, behind a label.
+[[nodiscard]] std::string correction_line(const MessageCatalogue& messages, const char* label,
+                                          const PairCorrection& correction, bool with_shift);
+
+}  // namespace zemora

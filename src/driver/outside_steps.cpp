@@ -1,0 +1,146 @@
+#include "driver/outside_steps.h"
+
+#include <ctime>
+#include <span>
+
+#include "numerics/rounding.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+
+namespace zemora {
+
+namespace {
+
+/// Writes one of the small files that a front end watches; a front end that is gone is no failure.
+void write_progress_file(const std::string& name, const std::string& text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
+    (void)write_file_whole(state_directory() + '/' + name, std::span(bytes, text.size()));
+}
+
+std::string file_lines(const Pipeline& pipeline, const PairRun& pair) {
+    const bool two = pipeline.list.two_files;
+    return (two ? pair.files.left : pair.files.stereo) + '\n' + (two ? pair.files.right : pair.files.stereo) + '\n';
+}
+
+int is_last(const Pipeline& pipeline, const PairRun& pair) { return pair.index + 1 == pipeline.list.count() ? 1 : 0; }
+
+/// The record as it stands in an input file; nothing, with the reason told, when it does not count.
+std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::string& file, InputClass input_class,
+                                                std::string& line) {
+    const auto answer = pipeline.exiftool.read_record(file, input_class);
+    if (!answer) {
+        return std::nullopt;
+    }
+    line = *answer;
+    auto record = parse_record(line);
+    if (!record) {
+        pipeline.voice.say<Msg::main_stored_values_invalid>();
+    }
+    return record;
+}
+
+}  // namespace
+
+long long current_seconds() { return static_cast<long long>(std::time(nullptr)); }
+
+bool run_previewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
+
+void condition_input(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+bool make_depth_views(Pipeline& pipeline, PairRun& /*pair*/) {
+    constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
+    if (pipeline.parameters.stereo_image_input < kFirstDepthLayout) {
+        return true;
+    }
+    pipeline.voice.print(pipeline.voice.messages().either("Views from depth masks are not rendered (image skipped).\n",
+                                                          "Ansichten aus Tiefenmasken werden nicht erzeugt (Bild uebersprungen).\n"));
+    return false;
+}
+
+void store_anaglyph(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void store_extra(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void update_list_line(Pipeline& /*pipeline*/, const PairRun& /*pair*/) {}
+
+bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
+    if (pair.input_class == InputClass::none) {
+        pipeline.voice.say<Msg::main_no_values_in_this_image_type>();
+        return false;
+    }
+    const bool two = pipeline.list.two_files;
+    std::string left_line;
+    const auto left = record_in(pipeline, two ? pair.files.left : pair.files.stereo, pair.input_class, left_line);
+    if (!left) {
+        return false;
+    }
+    if (pair.mode == 4 && two) {
+        std::string right_line;
+        const auto right = record_in(pipeline, pair.files.right, pair.input_class, right_line);
+        if (!right) {
+            return false;
+        }
+        if (right_line != left_line) {
+            pipeline.voice.say<Msg::main_stored_values_invalid>();
+            return false;
+        }
+    }
+    pair.stored = *left;
+    pair.has_stored = true;
+    return true;
+}
+
+void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
+    const int mode = pair.mode < 0 ? -pair.mode : pair.mode;
+    if (mode < 3 || mode > 5 || pair.input_class == InputClass::none || pipeline.parameters.video_mode != 0) {
+        return;
+    }
+    const std::string text = record_text(record_of(pipeline, pair));
+    const bool two = pipeline.list.two_files;
+    (void)pipeline.exiftool.write_record(two ? pair.files.left : pair.files.stereo, pair.input_class, text);
+    if (two && pair.mode > 0) {
+        (void)pipeline.exiftool.write_record(pair.files.right, pair.input_class, text);
+    }
+}
+
+StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) {
+    const PreSelection& preset = pipeline.input.pre_selection;
+    const PairCorrection& c = pair.correction;
+    const SelectionBox& box = pair.selection;
+    const ParameterSet& p = pipeline.parameters;
+    return {preset.rotation_left, preset.rotation_right, preset.vergence_v,
+            preset.left_start_x, preset.left_start_y, preset.left_width, preset.left_height,
+            preset.right_start_x, preset.right_start_y, preset.right_width, preset.right_height,
+            c.height_px, 100.0 * c.size, c.rotation_rad / kRadiansPerDegree, c.vergence_v_rad / kRadiansPerDegree,
+            c.vergence_h_rad / kRadiansPerDegree, static_cast<double>(pipeline.warp.width) / pipeline.warp.height,
+            pair.window.pure_shift_px, pair.deviation, pair.original_near_px, pair.window.window_shift_px,
+            box.window_offset, box.left, box.right, box.top, box.bottom, box.band_left, box.band_right,
+            p.phantogram, p.edge_warp, p.vertical_ax, p.common_trapez, p.sym_trapez, p.trapez_scale,
+            static_cast<double>(p.cropp_output)};
+}
+
+void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {
+    if (pipeline.parameters.graphical_interface != 0) {
+        write_progress_file("zemora_actual.txt",
+                            file_lines(pipeline, pair) + format_text("%d/%d\n%d\n", pair.index + 1, pipeline.list.count(),
+                                                                     is_last(pipeline, pair)));
+    }
+}
+
+void write_progress_end(const Pipeline& pipeline, const PairRun& pair) {
+    if (pipeline.parameters.graphical_interface == 0) {
+        return;
+    }
+    static constexpr const char* kRatioWords[] = {"", "", "(4:3)", "(16:10)", "(16:9)", "(Kino)"};
+    const int choice = pipeline.parameters.projection_ratio;
+    const bool projected = choice >= 2 && choice <= 5;
+    write_progress_file(
+        "zemora_finish.txt",
+        file_lines(pipeline, pair) +
+            format_text("%d\n%d\n%d\n%d\n%d\n%d%s\n", pipeline.parameters.video_mode != 0 ? 1 : 0, pair.index + 1,
+                        pipeline.list.count(), static_cast<int>(pair.status), is_last(pipeline, pair),
+                        round_half_up(1000.0 * (projected ? pair.projected_deviation : pair.deviation)),
+                        projected ? kRatioWords[choice] : ""));
+}
+
+}  // namespace zemora

@@ -1,0 +1,129 @@
+#pragma once
+/// The way of one stereo pair after the other from two raw views to stored, corrected output.
+
+#include <chrono>
+#include <string>
+
+#include "analysis/stereo_analyse.h"
+#include "driver/exiftool.h"
+#include "driver/output_names.h"
+#include "driver/pair_correction.h"
+#include "driver/run_context.h"
+#include "driver/stored_record.h"
+#include "driver/window_placement.h"
+#include "input/image_list.h"
+#include "input/input_pair.h"
+#include "render/framing.h"
+#include "render/output_size.h"
+#include "render/selection_box.h"
+#include "render/warp.h"
+#include "report/pair_report.h"
+
+namespace zemora {
+
+/// What lives for the whole run of the pipeline.
+struct Pipeline {
+    Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
+             const Voice& voice_in);
+
+    ParameterSet& parameters;
+    RunContext& run;
+    ImageList& list;
+    ExifTool& exiftool;
+    const Voice& voice;
+    ViewGeometry left_geometry;
+    ViewGeometry right_geometry;
+    InputPair input;
+    AnalysisState analysis;
+    WarpState warp;
+    GivenNames given_names;
+    int processed = 0;
+    FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
+    int initial_frame_left_right;
+    std::string last_anaglyph_name;
+    std::string last_stereo_name;
+};
+
+/// Where the geometry of a pair comes from.
+enum class GeometrySource { measured, keys, stored, none };
+
+/// What belongs to the pair at work. Stages fill it in their order.
+struct PairRun {
+    int index = 0;
+    int mode = 1;  ///< Working copy of `EstimateGeometry`.
+    StatusCode status = StatusCode::no_result;
+    bool analysed = false;
+    bool failure_told = false;
+    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+
+    // Names.
+    PairFiles files;             ///< Absolute.
+    std::string left_relative;   ///< Relative to the image folder, or absolute.
+    std::string right_relative;
+    std::string left_suffix;     ///< Of the input, lower case.
+    std::string right_suffix;
+    std::string left_output_suffix;
+    std::string right_output_suffix;
+    InputClass input_class = InputClass::none;
+    TagPermissions permissions;
+    std::string stamp;
+    int html_images = 0;
+
+    // Geometry.
+    StoredCorrectionRecord stored = empty_record();
+    bool has_stored = false;
+    TargetSize target;
+    PairCorrection correction;
+    PairCorrection remaining;       ///< The latest iteration's values.
+    PairDisparities disparities;    ///< Of the latest measurement, against the correction's shift.
+    bool reduced = true;
+    int iteration = 0;
+    double scale = 1.0;             ///< Working pixels per input pixel.
+    int working_height = 0;         ///< Whole frame of the latest warp.
+    int working_width = 0;
+    PixelRectangle common_area;     ///< Of that frame.
+    float residual_rms = 0.0F;
+    WindowPlacement window;
+    SelectionBox selection;
+
+    // Result, in output pixels.
+    double original_near_px = 0.0;  ///< Input pixels.
+    double original_far_px = 0.0;
+    DisparityStatistics result;
+    double deviation = 0.0;
+    double projected_deviation = 0.0;
+    double stress_px = 0.0;
+    Curtains curtains;
+    int final_interpolation = 0;
+};
+
+/// Runs all objects of the list.
+void run_image_pipeline(Pipeline& pipeline);
+
+// The stages of a pair, in their order. Each has a file of its own. False ends the pair.
+
+/// Names, suffixes, settings of the pair; reads the views and the size to work at.
+[[nodiscard]] bool prepare_pair(Pipeline& pipeline, PairRun& pair);
+/// First shift and first correction on the reduced pair.
+[[nodiscard]] bool measure_first(Pipeline& pipeline, PairRun& pair);
+/// Repeats measuring and warping until the errors are gone, at last at full size.
+[[nodiscard]] bool iterate_geometry(Pipeline& pipeline, PairRun& pair);
+/// Takes the corrections from keys or from a stored record.
+void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
+/// Stereo window from the measured disparities.
+void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
+/// The output pair: final warp, automatic frame, forced size.
+[[nodiscard]] bool warp_final(Pipeline& pipeline, PairRun& pair);
+/// Disparities of the finished pair.
+[[nodiscard]] bool measure_result(Pipeline& pipeline, PairRun& pair);
+/// Sharpening, floating windows, texts, turning.
+void finish_pictures(Pipeline& pipeline, PairRun& pair);
+/// Writes the products with their metadata.
+void store_outputs(Pipeline& pipeline, PairRun& pair);
+/// Report, stored record, list, progress files.
+void conclude_pair(Pipeline& pipeline, PairRun& pair);
+
+/// Tells that the pair cannot be mounted and sets its status; always false.
+bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status);
+
+}  // namespace zemora

@@ -1,0 +1,33 @@
+#pragma once
+/// What the setup of a run leaves for the pipeline.
+
+#include <string>
+
+namespace zemora {
+
+/// Forms of the call.
+enum class InvocationForm {
+    defaults = 1,
+    parameter_file = 2,
+    stereo_file = 3,
+    stereo_file_and_parameters = 4,
+    pair = 5,
+    pair_and_parameters = 6,
+    folder = 7,
+    two_folders = 8,
+};
+
+struct RunContext {
+    InvocationForm form = InvocationForm::defaults;
+    std::string parameter_file;       ///< As given or found; empty in forms 7 and 8.
+    std::string program_directory;
+    std::string working_directory;
+    std::string parameter_directory;  ///< Folder of the parameter file really read.
+    std::string root_path;            ///< Base of relative names of the list.
+    std::string image_root;           ///< The image folder as resolved at the start.
+    long long run_start = 0;          ///< Calendar seconds.
+    std::string stamp;                ///< Time stamp text.
+    std::string batch;                ///< Text of the post-run batch; empty for none.
+};
+
+}  // namespace zemora

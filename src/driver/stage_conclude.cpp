@@ -1,0 +1,59 @@
+// The end of a pair: report, stored record, list, progress files.
+
+#include "driver/outside_steps.h"
+#include "driver/pipeline.h"
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+CorrectionValues values_of(const PairCorrection& c) {
+    return {static_cast<float>(c.height_px),    static_cast<float>(c.shift_px),
+            static_cast<float>(c.size),         static_cast<float>(c.rotation_rad),
+            static_cast<float>(c.vergence_v_rad), static_cast<float>(c.vergence_h_rad), 0.0F};
+}
+
+ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
+    ImageReport report;
+    const PreSelection& preset = pipeline.input.pre_selection;
+    report.width = pipeline.warp.width;
+    report.height = pipeline.warp.height;
+    report.pre_rotation_left = preset.rotation_left;
+    report.pre_rotation_right = preset.rotation_right;
+    report.pre_vergence_v = preset.vergence_v;
+    report.correction = values_of(pair.correction);
+    report.remaining = values_of(pair.remaining);
+    report.original_near_px = pair.original_near_px;
+    report.original_far_px = pair.original_far_px;
+    report.near_px = pair.result.near_point;
+    report.far_px = pair.result.far_point;
+    report.left_edge_px = pair.result.left_edge_near;
+    report.right_edge_px = pair.result.right_edge_near;
+    report.left_curtain_px = pair.curtains.left;
+    report.right_curtain_px = pair.curtains.right;
+    report.deviation = pair.deviation;
+    report.projected_deviation = pair.projected_deviation;
+    report.stress_px = pair.stress_px;
+    const auto spent = std::chrono::steady_clock::now() - pair.start;
+    report.seconds = round_half_up(std::chrono::duration<double>(spent).count());
+    report.status = static_cast<int>(pair.status);
+    report.analysed = pair.analysed;
+    report.failure_told = pair.failure_told;
+    return report;
+}
+
+}  // namespace
+
+void conclude_pair(Pipeline& pipeline, PairRun& pair) {
+    report_pair(report_of(pipeline, pair), pipeline.voice);
+    if (pair.status == StatusCode::success) {
+        write_stored_record(pipeline, pair);
+    }
+    if (is_written(pair.status) || pair.status == StatusCode::abandoned) {
+        update_list_line(pipeline, pair);
+    }
+    write_progress_end(pipeline, pair);
+}
+
+}  // namespace zemora

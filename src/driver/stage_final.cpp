@@ -1,0 +1,199 @@
+// The output pair: the full-size pair warped once more with kernel, tone and gamma of the output,
+// the automatic frame, and the repeats that force the size.
+
+#include <algorithm>
+#include <cmath>
+
+#include "analysis/colormap.h"
+#include "driver/measuring.h"
+#include "render/size_step.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kForcedRounds = 6;  // size tests: the final warp and at most five repeats
+
+bool wants_pictures(const ParameterSet& p) {
+    return p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
+}
+
+/// The perspective terms come into force with the final warps.
+void load_shape(Pipeline& pipeline) {
+    const ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    warp.phantogram = p.phantogram;
+    warp.edge_warp = p.edge_warp;
+    warp.vertical_ax = p.vertical_ax;
+    warp.common_trapez = p.common_trapez;
+    warp.sym_trapez = p.sym_trapez;
+    warp.trapez_scale = p.trapez_scale;
+}
+
+/// What all final warps of a pair have in common.
+WarpRequest final_request(Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const PairCorrection& c = pair.correction;
+    WarpRequest request;
+    request.source = pipeline.input.full();
+    request.size_step = pair.target.size_flag;
+    request.correction.size = static_cast<float>(c.size);
+    request.correction.rotation = static_cast<float>(c.rotation_rad);
+    request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
+    request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
+    request.tone_left = &pipeline.analysis.Colormap_l;
+    request.tone_right = &pipeline.analysis.Colormap_r;
+    request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
+    request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
+    request.use_tone = true;
+    request.gamma = p.gamma_correction;
+    return request;
+}
+
+/// One final warp at the present scale of the warp state.
+bool warp_once(Pipeline& pipeline, PairRun& pair, const SizeRepeat& repeat, const std::string& step) {
+    WarpState& warp = pipeline.warp;
+    WarpRequest request = final_request(pipeline, pair);
+    const double scale = warp.total_scale;
+    request.frame_height = warp.frame_height;
+    request.frame_width = warp.frame_width;
+    request.height_done = repeat.height_done ? 1 : 0;
+    request.width_done = repeat.width_done ? 1 : 0;
+    request.ratio_height = repeat.ratio_height;
+    request.ratio_width = repeat.ratio_width;
+    const double selection_shift_px = pair.selection.window_offset * request.frame_width;
+    request.correction.height = static_cast<float>(scale * pair.correction.height_px);
+    request.correction.shift = static_cast<float>(scale * pair.window.pure_shift_px - selection_shift_px);
+    const SizeStep coming = size_step({request.frame_height, request.frame_width, request.size_step, request.height_done,
+                                       request.width_done, request.ratio_height, request.ratio_width},
+                                      warp.force_size, warp.aspect, warp.last_scale_step);
+    request.interpolation = choose_interpolation(warp, static_cast<float>(scale * coming.factor));
+    pair.final_interpolation = request.interpolation;
+    pipeline.voice.progress(step, 0.0);
+    if (warp_still(warp, request, pair.selection) != WarpStatus::done) {
+        return fail_to_mount(pipeline, pair, StatusCode::failed);
+    }
+    pipeline.voice.progress(step, 100.0);
+    return true;
+}
+
+/// Near, far and edges of the corrected pair in output pixels, as far as they are known before the
+/// output pair itself is measured.
+void lift_disparities(PairRun& pair, double scale) {
+    DisparityStatistics& result = pair.result;
+    const PairDisparities& d = pair.disparities;
+    const auto lifted = [&](double value_px) {
+        return static_cast<float>(scale * (value_px + pair.window.window_shift_px));
+    };
+    result.near_point = lifted(d.near_px);
+    result.far_point = lifted(d.far_px);
+    result.left_edge_near = lifted(d.left_edge_px);
+    result.right_edge_near = lifted(d.right_edge_px);
+    result.top_edge_near = lifted(d.top_edge_px);
+    result.bottom_edge_near = lifted(d.bottom_edge_px);
+}
+
+/// The far point that the automatic frame looks at, in output pixels.
+float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
+    WarpState& warp = pipeline.warp;
+    const double scale = warp.total_scale;
+    if (pair.analysed) {
+        lift_disparities(pair, scale);
+        return pair.result.far_point;
+    }
+    if (pair.has_stored) {
+        const double near_px = scale * (pair.original_near_px - pair.window.pure_shift_px);
+        return static_cast<float>(near_px + pair.deviation * warp.width);
+    }
+    colormap_adapt(pipeline.analysis, warp.pair(), nullptr, kColormapForDisparity);
+    const bool found = analyse_phase(pipeline.analysis, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
+                       AnalyseStatus::done;
+    colormap_identity(pipeline.analysis);
+    return found ? pipeline.analysis.disparity.far_point : 0.0F;
+}
+
+void frame_automatically(Pipeline& pipeline, PairRun& pair) {
+    const int mode = pipeline.parameters.auto_frame_floating;
+    if (mode == 1 || mode == 2) {
+        (void)apply_automatic_frame(pipeline.warp, pipeline.parameters, far_point_for_frame(pipeline, pair));
+    }
+}
+
+/// Output tone: of the warped pair before the final warp when the pair was measured, else of its
+/// result.
+void adapt_tone(Pipeline& pipeline) {
+    colormap_adapt(pipeline.analysis, pipeline.warp.pair(), nullptr, pipeline.parameters.auto_output_contrast);
+}
+
+void no_convergence(const Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    const std::string text = voice.messages().text<Msg::main_no_convergence_with_crop_1>();
+    voice.print_and_report(text);
+    voice.report_html("<p>" + html_text(text) + "</p>\n");
+    voice.wait(WaitAbove::warning);
+    pair.status = StatusCode::usable;
+}
+
+/// Repeats the final warp until the size is the wanted one. `colour_round` asks for one more warp,
+/// with the tone of the first result.
+bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
+    const char* step = pipeline.voice.messages().either("Zemora::equalize: phase 4: force size/color            ",
+                                                        "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen");
+    for (int round = 0; round < kForcedRounds; ++round) {
+        const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
+        if (!repeat.needed() && !(round == 0 && colour_round)) {
+            pair.status = StatusCode::success;
+            return true;
+        }
+        if (round == kForcedRounds - 1) {
+            break;
+        }
+        if (!warp_once(pipeline, pair, repeat, step)) {
+            return false;
+        }
+    }
+    no_convergence(pipeline, pair);
+    return true;
+}
+
+}  // namespace
+
+bool warp_final(Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    load_shape(pipeline);
+    const bool tone_of_result = !pair.analysed && p.auto_output_contrast != 0;
+    if (pair.analysed) {
+        const CorrectionValues c{static_cast<float>(pair.correction.height_px), 0.0F,
+                                 static_cast<float>(pair.correction.size), static_cast<float>(pair.correction.rotation_rad),
+                                 static_cast<float>(pair.correction.vergence_v_rad),
+                                 static_cast<float>(pair.correction.vergence_h_rad), 0.0F};
+        adapt_tone(pipeline);
+        pair.stress_px = mean_model_error(c, pipeline.input.height(), pipeline.input.width());
+    } else {
+        colormap_identity(pipeline.analysis);
+    }
+    constexpr float kLeastWindow = 0.001F;
+    pair.selection.mode = pair.selection.right - pair.selection.left > kLeastWindow ? 1 : 0;
+    warp.total_scale = static_cast<float>(pair.scale);
+    warp.frame_height = pair.working_height;
+    warp.frame_width = pair.working_width;
+    if (wants_pictures(p)) {
+        SizeRepeat first;
+        first.height_done = first.width_done = false;
+        first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
+        first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
+        if (!warp_once(pipeline, pair, first,
+                       pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
+                                                        "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
+            return false;
+        }
+    }
+    if (tone_of_result) {
+        adapt_tone(pipeline);
+    }
+    frame_automatically(pipeline, pair);
+    return force_size(pipeline, pair, tone_of_result);
+}
+
+}  // namespace zemora

@@ -1,0 +1,87 @@
+// The finished views before they are written: floating windows, final size, turning.
+
+#include <algorithm>
+#include <cmath>
+
+#include "driver/pipeline.h"
+#include "render/output_writer.h"
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+/// Curtains that the selection brings, else those of `AutoFrameFloating` 3 to 6.
+Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const WarpState& warp = pipeline.warp;
+    const SelectionBox& selection = pair.selection;
+    if (selection.band_left != 0.0F || selection.band_right != 0.0F) {
+        return {round_half_up(selection.band_left * static_cast<double>(warp.width)),
+                round_half_up(selection.band_right * static_cast<double>(warp.width))};
+    }
+    const double target_px = pixels_from_reference(p.floating_target, p.win_off_reference, warp.height, warp.width);
+    const DisparityStatistics& d = pair.result;
+    const auto width_for = [&](double edge_px) { return std::max(round_half_up(target_px - edge_px), 0); };
+    switch (p.auto_frame_floating) {
+        case 3:
+        case 4: {
+            const int width = width_for(std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near}));
+            return {width, width};
+        }
+        case 5:
+        case 6: return {width_for(d.left_edge_near), width_for(d.right_edge_near)};
+        default: return {};
+    }
+}
+
+void hang_curtains(Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    const MessageCatalogue& messages = voice.messages();
+    WarpState& warp = pipeline.warp;
+    pair.curtains = find_curtains(pipeline, pair);
+    if (pair.curtains.left == 0 && pair.curtains.right == 0) {
+        return;
+    }
+    pair.curtains.left = std::min(pair.curtains.left, warp.width / 2);
+    pair.curtains.right = std::min(pair.curtains.right, warp.width / 2);
+    floating_bands(warp, pair.curtains, pipeline.parameters.auto_frame_floating);
+    const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warp.width); };
+    const std::string text = messages.text<Msg::main_floating_windows_included>(per_mille(pair.curtains.left),
+                                                                               per_mille(pair.curtains.right)) + '\n';
+    voice.print_and_report(text);
+    voice.report_html("<p>" + html_text(text) + "</p>\n");
+    if (voice.verbose() > 0) {
+        voice.print(messages.text<Msg::main_original_width_per_mille>(warp.width, warp.width / 1000.0));
+    }
+}
+
+/// Deviation against the projection, for stamps and reports.
+void project_deviation(const Pipeline& pipeline, PairRun& pair) {
+    static constexpr double kRatios[] = {0.0, 0.0, 1.333, 1.6, 1.777, 1.896};
+    const WarpState& warp = pipeline.warp;
+    const double image_ratio = static_cast<double>(warp.width) / warp.height;
+    const int choice = pipeline.parameters.projection_ratio;
+    const bool fixed = choice >= 2 && choice <= 5;
+    const double projection_ratio = fixed ? std::max(kRatios[choice], image_ratio) : image_ratio;
+    pair.projected_deviation = image_ratio / projection_ratio * pair.deviation;
+}
+
+}  // namespace
+
+void finish_pictures(Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    ++pipeline.processed;
+    warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
+    warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
+    hang_curtains(pipeline, pair);
+    project_deviation(pipeline, pair);
+    rescale_to_final(warp, pair.target);
+    if (p.left_right_output != 0 || p.extra_output != 0) {
+        turn_outputs(warp);
+    }
+    swap_outputs(warp);
+}
+
+}  // namespace zemora

@@ -1,0 +1,231 @@
+// The first stage of a pair: its names, what its settings mean for it, and its views in memory.
+
+#include <algorithm>
+
+#include "driver/file_kinds.h"
+#include "driver/outside_steps.h"
+#include "driver/pipeline.h"
+#include "platform/paths.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kFromExif = -1;  // of RotMirInputLeft and RotMirInputRight
+
+PreSelection pre_selection_of(const ParameterSet& p) {
+    return {p.pre_rotation_left, p.pre_rotation_right, p.pre_vergence_v,     p.left_image_startx,
+            p.left_image_starty, p.left_image_width,   p.left_image_height,  p.right_image_startx,
+            p.right_image_starty, p.right_image_width, p.right_image_height};
+}
+
+/// Puts everything back that an earlier pair may have changed.
+void reset_pair_state(Pipeline& pipeline) {
+    ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    p.frame_left_right = pipeline.initial_frame_left_right;
+    p.phantogram = p.edge_warp = p.vertical_ax = p.common_trapez = p.sym_trapez = 0.0F;
+    p.trapez_scale = 1.0F;
+    warp.phantogram = warp.edge_warp = warp.vertical_ax = warp.common_trapez = warp.sym_trapez = 0.0;
+    warp.trapez_scale = 1.0;
+    warp.inverse_output = p.inverse_output;
+    warp.pre_settings = 0;
+    warp.total_scale = 1.0F;
+    warp.frame = pipeline.initial_frame;
+    InputPair& input = pipeline.input;
+    input.inverse_input = p.inverse_input;
+    input.swap_views = false;
+    input.has_pre_selection = p.pre_settings == 1;
+    input.pre_selection = input.has_pre_selection ? pre_selection_of(p) : PreSelection();
+    input.left_zoom = input.right_zoom = 1.0F;
+}
+
+void take_names(Pipeline& pipeline, PairRun& pair) {
+    const ImageObject& object = pipeline.list.objects[static_cast<std::size_t>(pair.index)];
+    pair.files = {object.left, object.right, object.stereo};
+    const std::string& root = pipeline.parameters.path_of_images;
+    pair.left_relative = relative_to(pipeline.list.two_files ? object.left : object.stereo, root);
+    pair.right_relative = relative_to(pipeline.list.two_files ? object.right : object.stereo, root);
+}
+
+bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
+    pair.left_suffix = checked_suffix(pair.left_relative, pipeline.voice);
+    pair.right_suffix = checked_suffix(pair.right_relative, pipeline.voice);
+    return !pair.left_suffix.empty() && !pair.right_suffix.empty();
+}
+
+/// The head of the pair on the console and in the reports.
+void announce(Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    const MessageCatalogue& messages = voice.messages();
+    const std::string count = format_text("%d/%d", pair.index + 1, pipeline.list.count());
+    const std::string head = messages.text<Msg::main_image_number>() + count;
+    std::string text = messages.text<Msg::main_separator>() + head + '\n' + std::string(head.size(), '-') + '\n';
+    text += "   " + printable(pair.left_relative) + '\n';
+    if (pipeline.list.two_files) {
+        text += "   " + printable(pair.right_relative) + '\n';
+    }
+    if (voice.verbose() > 0) {
+        voice.print(text);
+    }
+    voice.report_text(text);
+    voice.report_html("<hr>\n<p><b>" + html_text(head) + "</b><br>\n&nbsp;&nbsp;&nbsp;" +
+                      html_text(printable(pair.left_relative)) +
+                      (pipeline.list.two_files ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative)) : "") +
+                      "</p>\n<hr>\n");
+}
+
+void classify_files(Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const Voice& voice = pipeline.voice;
+    const bool both_mpo = pair.left_suffix == ".mpo" && pair.right_suffix == ".mpo";
+    pair.left_output_suffix = output_suffix(p, pair.left_suffix, both_mpo, voice);
+    pair.right_output_suffix =
+        pair.right_suffix == pair.left_suffix ? pair.left_output_suffix : output_suffix(p, pair.right_suffix, both_mpo, voice);
+    pair.input_class = input_class_of(pair.left_suffix, pair.right_suffix);
+    pair.permissions = tag_permissions(p, pair.left_suffix, pair.right_suffix, pair.left_output_suffix,
+                                       pair.right_output_suffix, voice);
+    pair.html_images = p.html_images;
+    const auto shown_by_browsers = [](const std::string& suffix) { return suffix == ".jpg" || suffix == ".png"; };
+    constexpr int kThumbnails = 4;
+    if (p.html_images >= 1 && p.html_images < kThumbnails &&
+        !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
+        pair.html_images = kThumbnails;
+        if (voice.verbose() > 0) {
+            voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
+        }
+    }
+}
+
+/// The RotMirInput of one view, from the file where the setting says so.
+int orientation_of(Pipeline& pipeline, int setting, const std::string& file, bool is_left) {
+    static constexpr const char* kWords[] = {"", "rotated 90 degrees counter-clockwise", "rotated 180 degrees",
+                                             "rotated 90 degrees clockwise", "mirrored horizontally",
+                                             "mirrored at the anti-diagonal", "mirrored vertically",
+                                             "mirrored at the main diagonal"};
+    if (setting != kFromExif) {
+        return setting;
+    }
+    const int orientation = pipeline.exiftool.read_orientation(file);
+    const int mode = rot_mir_of_orientation(orientation);
+    if (orientation == 0) {
+        pipeline.voice.print("Warning: no Exif:Orientation could be read!\n");
+    } else if (mode != 0 && pipeline.voice.verbose() > 0) {
+        pipeline.voice.print(std::string(is_left ? "Left" : "Right") + " image according to EXIF:Orientation " +
+                             kWords[mode] + '\n');
+    }
+    return mode;
+}
+
+void orient_views(Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const bool two = pipeline.list.two_files;
+    InputPair& input = pipeline.input;
+    input.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, two ? pair.files.left : pair.files.stereo, true);
+    input.rot_mir_right =
+        orientation_of(pipeline, p.rot_mir_input_right, two ? pair.files.right : pair.files.stereo, false);
+}
+
+/// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3.
+void read_record(Pipeline& pipeline, PairRun& pair) {
+    if (pair.mode != 4 && pair.mode != -4) {
+        return;
+    }
+    if (!read_stored_record(pipeline, pair)) {
+        pipeline.voice.wait(WaitAbove::error);
+        pair.mode = 3;
+    }
+}
+
+/// A row of the list, or the record, gives the pre-selection.
+void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
+    const ImageObject& object = pipeline.list.objects[static_cast<std::size_t>(pair.index)];
+    const bool from_list = pair.mode == 2 || pair.mode == 5 || pair.mode == -5;
+    if (from_list && object.has_stored) {
+        std::copy(object.stored.begin(), object.stored.end(), pair.stored.begin());
+        pair.has_stored = true;
+    } else if (from_list) {
+        pair.mode = pair.mode == 2 ? 1 : 3;  // a row without values: the pair is measured
+    }
+    if (!pair.has_stored) {
+        return;
+    }
+    const StoredCorrectionRecord& r = pair.stored;
+    const auto value = [&](RecordField field) { return static_cast<float>(r[field]); };
+    pipeline.input.has_pre_selection = true;
+    pipeline.input.pre_selection = {
+        value(kRecordRotationLeft), value(kRecordRotationRight), value(kRecordPreVergence), value(kRecordLeftX),
+        value(kRecordLeftY),        value(kRecordLeftWidth),     value(kRecordLeftHeight),  value(kRecordRightX),
+        value(kRecordRightY),       value(kRecordRightWidth),    value(kRecordRightHeight)};
+}
+
+bool load_pair(Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    const MessageCatalogue& messages = voice.messages();
+    const ReadResult result = pipeline.input.read_input_images(pair.files, true);
+    std::string names = "   " + printable(pair.left_relative) + '\n';
+    if (pipeline.list.two_files) {
+        names += "   " + printable(pair.right_relative) + '\n';
+    }
+    if (result == ReadResult::unreadable) {
+        voice.print_and_report(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
+                               pipeline.input.failure() + '\n');
+        voice.report_html("<p>" + html_text(messages.text<Msg::main_file_not_readable_skipped>() +
+                                            pipeline.input.failure()) + "</p>\n");
+        voice.wait(WaitAbove::warning);
+        return false;
+    }
+    if (result == ReadResult::converted) {
+        if (voice.verbose() > 1) {
+            voice.print_and_report(messages.text<Msg::main_format_not_supported_block>() + names +
+                                   messages.text<Msg::main_conversion_tried_block>() + '\n');
+        }
+        voice.wait(WaitAbove::warning);
+    }
+    return true;
+}
+
+/// Working size of the pair; a size that cannot be handled ends the pair.
+bool set_up_size(Pipeline& pipeline, PairRun& pair) {
+    ParameterSet& p = pipeline.parameters;
+    const int height = pipeline.input.height();
+    const int width = pipeline.input.width();
+    pair.target = find_target_size(height, width, p.output_height, p.output_width, p.cropp_output);
+    p.work_height = pair.target.work_height;
+    p.work_width = pair.target.work_width;
+    reset_analysis(pipeline.analysis, false);
+    return setup_output_size(pipeline.warp, pair.target, height, width) ||
+           fail_to_mount(pipeline, pair, StatusCode::failed);
+}
+
+}  // namespace
+
+bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
+    pair.mode = pipeline.parameters.estimate_geometry;
+    reset_pair_state(pipeline);
+    pair.stamp = stamp_text(current_seconds());
+    take_names(pipeline, pair);
+    if (!check_suffixes(pipeline, pair)) {
+        return false;
+    }
+    announce(pipeline, pair);
+    write_progress_start(pipeline, pair);
+    classify_files(pipeline, pair);
+    orient_views(pipeline, pair);
+    read_record(pipeline, pair);
+    take_stored_pre_selection(pipeline, pair);
+    if (!run_previewer(pipeline, pair) || !load_pair(pipeline, pair)) {
+        return false;
+    }
+    condition_input(pipeline, pair);
+    if (!make_depth_views(pipeline, pair)) {
+        return false;
+    }
+    if (!set_up_size(pipeline, pair)) {
+        conclude_pair(pipeline, pair);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace zemora

@@ -1,0 +1,187 @@
+// Writing the products of a pair: names, pictures, metadata, file times.
+
+#include <array>
+
+#include "driver/outside_steps.h"
+#include "driver/pipeline.h"
+#include "driver/picture_times.h"
+#include "numerics/rounding.h"
+#include "platform/paths.h"
+#include "render/output_writer.h"
+
+namespace zemora {
+
+namespace {
+
+/// What the console calls a product that failed.
+struct ProductWords {
+    const char* english;
+    const char* german;
+};
+constexpr ProductWords kStereoWords{"your error code is (stereo image): ", "Ihr Fehlercode ist (Stereobild): "};
+constexpr ProductWords kLeftRightWords{"your error code is (left/right image): ",
+                                       "Ihr Fehlercode ist (linkes/rechtes Bild): "};
+
+SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
+    if (pipeline.list.two_files) {
+        return {pair.files.left, pair.files.right};
+    }
+    return {pair.files.stereo, pair.files.stereo};
+}
+
+/// Both views' names of one product: stamped, combined where the pair has no common base, unique.
+struct ProductNames {
+    OutputName left;
+    OutputName right;
+};
+
+void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
+    std::string reason;
+    if (!make_folders(name.folder, reason)) {
+        pipeline.voice.print("\n Cannot create subdir: " + printable(name.folder) + " (" + reason + ")\n");
+    }
+}
+
+ProductNames names_of(Pipeline& pipeline, const PairRun& pair, ProductKind left_kind, ProductKind right_kind) {
+    const ParameterSet& p = pipeline.parameters;
+    const std::string root = join_path(p.path_of_images, p.path_of_output);
+    std::string left_relative = pair.left_relative;
+    std::string right_relative = pair.right_relative;
+    const bool two_files = pipeline.list.two_files;
+    const bool common = two_files && take_common_base(p, left_relative, right_relative);
+    ProductNames names{output_path(p, root, left_relative, left_kind, pair.index, pair.left_output_suffix),
+                       output_path(p, root, right_relative, right_kind, pair.index, pair.right_output_suffix)};
+    const StampValues stamps{pair.deviation, pair.projected_deviation, pair.stamp};
+    stamp_name(names.left, p, stamps);
+    stamp_name(names.right, p, stamps);
+    if (wants_combined_name(p, two_files, common)) {
+        const OutputName right = names.right;
+        combine_names(names.left, right);
+        names.right = output_path(p, root, left_relative, right_kind, pair.index, pair.right_output_suffix);
+        stamp_name(names.right, p, stamps);
+        combine_names(names.right, right);
+    }
+    return names;
+}
+
+/// Gives the name away once in a run, and shows it.
+void claim_and_show(Pipeline& pipeline, OutputName& name) {
+    const Voice& voice = pipeline.voice;
+    make_output_folder(pipeline, name);
+    if (pipeline.given_names.claim(name)) {
+        voice.print(format_text(voice.messages().either("   The name was taken in this run: %s is written instead.\n",
+                                                        "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"),
+                                printable(name.bare()).c_str()));
+    }
+    if (voice.verbose() > 0) {
+        voice.print("   " + printable(name.path()) + '\n');
+        voice.report_html(html_text(printable(name.path())) + "<br>\n");
+    }
+}
+
+/// An output never replaces an input of the run.
+std::string input_of_run(const Pipeline& pipeline, const std::string& path) {
+    if (!file_exists(path)) {
+        return {};
+    }
+    for (const ImageObject& object : pipeline.list.objects) {
+        for (const std::string* input : {&object.left, &object.right, &object.stereo}) {
+            if (!input->empty() && is_same_file(*input, path)) {
+                return *input;
+            }
+        }
+    }
+    return {};
+}
+
+bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& name, const StoreResult& result,
+                  const ProductWords& words) {
+    const Voice& voice = pipeline.voice;
+    voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
+    voice.print_and_report("   " + printable(result.reason) + '\n');
+    if (voice.verbose() > 1) {
+        voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
+    }
+    voice.wait(WaitAbove::information);
+    pair.status = StatusCode::failed;
+    return false;
+}
+
+SoftwareTagValues tag_values(const Pipeline& pipeline, const PairRun& pair) {
+    const double width = pipeline.warp.width;
+    return {round_half_up(pair.result.near_point * 1000.0 / width), round_half_up(pair.result.far_point * 1000.0 / width),
+            round_half_up(pair.deviation * 1000.0)};
+}
+
+/// Metadata and times of a stored file.
+void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file) {
+    constexpr int kWithTimes = 2;  // of `MetaTransfer`
+    (void)pipeline.exiftool.transfer(source, file, pair.permissions, tag_values(pipeline, pair), false);
+    if (pipeline.parameters.meta_transfer == kWithTimes) {
+        copy_capture_time(source, file, pipeline.voice);
+    }
+}
+
+void store_stereo(Pipeline& pipeline, PairRun& pair) {
+    if (pipeline.parameters.stereo_output == 0) {
+        return;
+    }
+    OutputName name = names_of(pipeline, pair, ProductKind::stereo, ProductKind::stereo).left;
+    claim_and_show(pipeline, name);
+    const std::string path = name.path();
+    const SourceFiles sources = sources_of(pipeline, pair);
+    if (const std::string input = input_of_run(pipeline, path); !input.empty()) {
+        tell_failure(pipeline, pair, path, {2, "It is an input of this run: " + input}, kStereoWords);
+        return;
+    }
+    const StoreResult result = write_stereo(pipeline.warp, path, sources);
+    if (result.code != 0) {
+        tell_failure(pipeline, pair, path, result, kStereoWords);
+        return;
+    }
+    pipeline.last_stereo_name = path;
+    dress_file(pipeline, pair, sources.right, path);
+}
+
+void store_left_right(Pipeline& pipeline, PairRun& pair) {
+    if (pipeline.parameters.left_right_output == 0) {
+        return;
+    }
+    ProductNames names = names_of(pipeline, pair, ProductKind::left, ProductKind::right);
+    claim_and_show(pipeline, names.left);
+    claim_and_show(pipeline, names.right);
+    const std::string left = names.left.path();
+    const std::string right = names.right.path();
+    const SourceFiles sources = sources_of(pipeline, pair);
+    for (const std::string& path : {left, right}) {
+        if (const std::string input = input_of_run(pipeline, path); !input.empty()) {
+            tell_failure(pipeline, pair, path, {2, "It is an input of this run: " + input}, kLeftRightWords);
+            return;
+        }
+    }
+    const StoreResult result = write_left_right(pipeline.warp, left, right, sources);
+    if (result.code != 0) {
+        tell_failure(pipeline, pair, left + ", " + right, result, kLeftRightWords);
+        return;
+    }
+    dress_file(pipeline, pair, sources.left, left);
+    dress_file(pipeline, pair, sources.right, right);
+}
+
+}  // namespace
+
+void store_outputs(Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    if (voice.verbose() > 0) {
+        voice.print(voice.messages().text<Msg::main_now_storing_images>() +
+                    voice.messages().text<Msg::main_now_storing_rule>());
+    }
+    voice.report_html("<p class=\"a4\"><b>Output files:</b></p>\n<p>");
+    store_anaglyph(pipeline, pair);
+    store_stereo(pipeline, pair);
+    store_extra(pipeline, pair);
+    store_left_right(pipeline, pair);
+    voice.report_html("</p>\n");
+}
+
+}  // namespace zemora

@@ -1,0 +1,83 @@
+// Corrections that are not measured: from the Use keys, from a stored record, or none.
+
+#include "analysis/colormap.h"
+#include "driver/measuring.h"
+
+namespace zemora {
+
+namespace {
+
+void take_keys(const Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    pair.correction = {p.use_height,
+                       0.0,
+                       p.use_size / 100.0,
+                       p.use_rotation * kRadiansPerDegree,
+                       p.use_vergence_v * kRadiansPerDegree,
+                       p.use_vergence_h * kRadiansPerDegree};
+    const double offset_px = pixels_from_reference(p.window_offset, p.win_off_reference, pipeline.input.height(),
+                                                   pipeline.input.width());
+    pair.window.window_shift_px = offset_px;
+    pair.window.pure_shift_px = -offset_px;
+    pair.window.output_window_px = offset_px;
+}
+
+void take_record(Pipeline& pipeline, PairRun& pair) {
+    const StoredCorrectionRecord& r = pair.stored;
+    pair.window.pure_shift_px = r[kRecordPureShift];
+    pair.window.window_shift_px = r[kRecordWindowShift];
+    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
+    pair.correction = {r[kRecordHeight],
+                       r[kRecordPureShift] + r[kRecordWindowShift],
+                       r[kRecordSize] / 100.0,
+                       r[kRecordRotation] * kRadiansPerDegree,
+                       r[kRecordVergenceV] * kRadiansPerDegree,
+                       r[kRecordVergenceH] * kRadiansPerDegree};
+    pair.deviation = r[kRecordDeviation];
+    pair.original_near_px = r[kRecordNearPoint];
+    SelectionBox& selection = pair.selection;
+    selection.window_offset = static_cast<float>(r[kRecordSelectionShift]);
+    selection.left = static_cast<float>(r[kRecordSelectionLeft]);
+    selection.right = static_cast<float>(r[kRecordSelectionRight]);
+    selection.top = static_cast<float>(r[kRecordSelectionTop]);
+    selection.bottom = static_cast<float>(r[kRecordSelectionBottom]);
+    selection.band_left = static_cast<float>(r[kRecordBandLeft]);
+    selection.band_right = static_cast<float>(r[kRecordBandRight]);
+    ParameterSet& p = pipeline.parameters;
+    p.phantogram = static_cast<float>(r[kRecordPhantogram]);
+    p.edge_warp = static_cast<float>(r[kRecordEdgeWarp]);
+    p.vertical_ax = static_cast<float>(r[kRecordVerticalAx]);
+    p.common_trapez = static_cast<float>(r[kRecordCommonTrapez]);
+    p.sym_trapez = static_cast<float>(r[kRecordSymTrapez]);
+    p.trapez_scale = static_cast<float>(r[kRecordTrapezScale]);
+}
+
+}  // namespace
+
+void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    WarpState& warp = pipeline.warp;
+    const InputPair& input = pipeline.input;
+    voice.progress(voice.messages().either("Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"),
+                   100.0);
+    colormap_identity(pipeline.analysis);
+    pair.reduced = false;
+    pair.scale = static_cast<double>(warp.scaled_height) / input.height();
+    pair.working_height = warp.scaled_height;
+    pair.working_width = warp.scaled_width;
+    pair.common_area = {0, warp.scaled_width - 1, 0, warp.scaled_height - 1};
+    warp.total_scale = static_cast<float>(pair.scale);
+    warp.pre_settings = input.has_pre_selection ? 1 : 0;
+    warp.pre_rotation_left = input.pre_selection.rotation_left;
+    warp.pre_rotation_right = input.pre_selection.rotation_right;
+    warp.pre_vergence_v = input.pre_selection.vergence_v;
+    if (pair.mode == 0) {
+        take_keys(pipeline, pair);
+    } else if (pair.has_stored) {
+        take_record(pipeline, pair);
+    }
+    pair.analysed = false;
+    pair.status = StatusCode::success;
+}
+
+}  // namespace zemora
