@@ -81,7 +81,9 @@ constexpr Wording kGerman = {
     "0 nach einem Lauf, der zu Ende kam, 1 nach einem Abbruch.",
 };
 
-const Wording& wording(Language language) { return language == Language::german ? kGerman : kEnglish; }
+const Wording& wording(Language language) {
+    return language == Language::german ? kGerman : kEnglish;
+}
 
 /// The text in lines of at most `kLineWidth` characters, each behind `indent`.
 std::string wrapped(const std::string& text, const std::string& indent) {
@@ -115,9 +117,9 @@ std::string default_shown(const ParameterRow& row) {
 
 std::string usage_lines(const MessageCatalogue& messages, Language language) {
     std::string lines;
-    for (const Msg message : {Msg::main_usage_heading, Msg::main_usage_form_1, Msg::main_usage_form_2,
-                              Msg::main_usage_form_3, Msg::main_usage_form_4, Msg::main_usage_form_5,
-                              Msg::main_usage_form_6}) {
+    for (const Msg message :
+         {Msg::main_usage_heading, Msg::main_usage_form_1, Msg::main_usage_form_2, Msg::main_usage_form_3,
+          Msg::main_usage_form_4, Msg::main_usage_form_5, Msg::main_usage_form_6}) {
         lines += messages.raw(message);
     }
     return lines + wording(language).folder_forms + messages.raw(Msg::main_usage_suffix_hint);
@@ -154,12 +156,15 @@ std::string sample_row(const ParameterRow& row, Language language) {
 
 }  // namespace
 
-std::string version_text() { return "Zemora " + default_parameters().zemora_version + "\n"; }
+std::string version_text() {
+    return "Zemora " + default_parameters().zemora_version + "\n";
+}
 
 std::string help_text(Language language) {
     const Wording& words = wording(language);
     const MessageCatalogue messages(language);
-    std::string text = version_text() + "\n" + wrapped(words.purpose, "") + "\n" + usage_lines(messages, language);
+    std::string text =
+        version_text() + "\n" + wrapped(words.purpose, "") + "\n" + usage_lines(messages, language);
     text += "\n" + std::string(words.options) + "\n" + wrapped(words.option_rule, "") + "\n";
     text += "  /h, --help\n" + wrapped(words.help, "      ");
     text += "  --version\n" + wrapped(words.version, "      ");
@@ -171,7 +176,8 @@ std::string help_text(Language language) {
         }
         const ParameterRow& row = kParameterRows[item.row];
         if (!row.option.empty()) {
-            text += "  /" + std::string(row.option) + "  --" + std::string(row.key) + "=" + default_shown(row) + "\n";
+            text += "  /" + std::string(row.option) + "  --" + std::string(row.key) + "=" +
+                    default_shown(row) + "\n";
             text += wrapped(meaning_with_range(row, language), "      ");
         }
     }
@@ -190,7 +196,8 @@ std::string manual_page(Language language) {
     page += "\n.SH NAME\nzemora \\- " + roff(words.man_name) + "\n" + section(words.man_synopsis);
     page += ".nf\n" + roff_lines(usage_lines(messages, language)) + ".fi\n";
     page += section(words.man_description) + roff(words.purpose) + "\n.PP\n" + roff(words.option_rule) + "\n";
-    page += item("/h, --help", words.help) + item("--version", words.version) + item("--", words.end_of_options);
+    page +=
+        item("/h, --help", words.help) + item("--version", words.version) + item("--", words.end_of_options);
     page += section(words.man_settings);
     for (const ParameterListingItem& entry : kParameterListing) {
         if (entry.is_heading()) {
@@ -199,8 +206,9 @@ std::string manual_page(Language language) {
         }
         const ParameterRow& row = kParameterRows[entry.row];
         if (!row.option.empty()) {
-            page += item("/" + std::string(row.option) + ", --" + std::string(row.key) + "=" + default_shown(row),
-                         meaning_with_range(row, language));
+            page +=
+                item("/" + std::string(row.option) + ", --" + std::string(row.key) + "=" + default_shown(row),
+                     meaning_with_range(row, language));
         }
     }
     page += section(words.man_files) + item("zemora.ini", words.man_parameter_file);

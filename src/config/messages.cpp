@@ -7,9 +7,9 @@ namespace zemora {
 
 namespace {
 
-#define ROW(module, number, name, english, german)                                                       \
-    static_assert(placeholders_of(english) == placeholders_of(german),                                    \
-                  "the placeholders of " #module " " #number " differ between the languages");            \
+#define ROW(module, number, name, english, german)                                             \
+    static_assert(placeholders_of(english) == placeholders_of(german),                         \
+                  "the placeholders of " #module " " #number " differ between the languages"); \
     static_assert(english[0] != '\0' && german[0] != '\0', #module " " #number " lacks a text");
 #include "config/message_table.inc"
 #undef ROW

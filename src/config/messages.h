@@ -14,7 +14,15 @@ namespace zemora {
 
 /// The modules that number their texts.
 enum class MessageModule {
-    main, parameters, files_input, img_input, stereo_analyse, warpimage, create_movie, video_source, video_previewer,
+    main,
+    parameters,
+    files_input,
+    img_input,
+    stereo_analyse,
+    warpimage,
+    create_movie,
+    video_source,
+    video_previewer,
 };
 
 /// The language selector.
@@ -59,7 +67,8 @@ struct Placeholders {
         if (text[i] == '%') {
             continue;
         }
-        while (i < text.size() && std::string_view("-+ #0123456789.").find(text[i]) != std::string_view::npos) {
+        while (i < text.size() &&
+               std::string_view("-+ #0123456789.").find(text[i]) != std::string_view::npos) {
             ++i;
         }
         if (i < text.size() && found.count < static_cast<int>(found.kinds.size())) {
@@ -92,11 +101,14 @@ template <class T>
 
 namespace detail {
 [[nodiscard]] std::string format_unchecked(const char* format, ...);
-inline const char* plain(const std::string& text) { return text.c_str(); }
-inline const char* plain(const char* text) { return text; }
+inline const char* plain(const std::string& text) {
+    return text.c_str();
+}
+inline const char* plain(const char* text) {
+    return text;
+}
 template <class T>
-    requires std::is_arithmetic_v<T>
-T plain(T value) {
+requires std::is_arithmetic_v<T> T plain(T value) {
     return value;
 }
 }  // namespace detail
@@ -122,7 +134,9 @@ public:
 
     /// The row's unfilled text, for tables of messages.
     [[nodiscard]] const char* raw(Msg message) const { return raw(kMessageTable[static_cast<int>(message)]); }
-    [[nodiscard]] const char* raw(const MessageRow& row) const { return is_german() ? row.german : row.english; }
+    [[nodiscard]] const char* raw(const MessageRow& row) const {
+        return is_german() ? row.german : row.english;
+    }
 
     /// Look-up by module and number; an unknown number gives "Message not found, please report error
     /// number %d\n" filled with it, in the current language.

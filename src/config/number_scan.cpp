@@ -53,8 +53,14 @@ std::optional<double> scan_real(std::string_view text) {
     return result.ec == std::errc() ? std::optional(value) : std::nullopt;
 }
 
-std::string number_text(int value) { return shortest(value); }
-std::string number_text(float value) { return shortest(value); }
-std::string number_text(double value) { return shortest(value); }
+std::string number_text(int value) {
+    return shortest(value);
+}
+std::string number_text(float value) {
+    return shortest(value);
+}
+std::string number_text(double value) {
+    return shortest(value);
+}
 
 }  // namespace zemora

@@ -45,11 +45,7 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 std::size_t code_distance(std::string_view written, std::string_view code) {
     const std::string a = lower_case(written);
     const std::string b = lower_case(code);
-    return a == b                              ? 0
-           : a[0] == b[1] && a[1] == b[0]      ? 1
-           : a[0] == b[0]                      ? 2
-           : a[1] == b[1]                      ? 3
-                                               : 4;
+    return a == b ? 0 : a[0] == b[1] && a[1] == b[0] ? 1 : a[0] == b[0] ? 2 : a[1] == b[1] ? 3 : 4;
 }
 
 /// A name that goes on as a key begins is as near as one wrong letter.
@@ -60,14 +56,16 @@ std::size_t name_distance(std::string_view written, std::string_view key) {
 }
 
 /// The option rows with the smallest distances: those that share the smallest one, at most a few.
-std::vector<const ParameterRow*> nearest_rows(const std::function<std::size_t(const ParameterRow&)>& distance) {
+std::vector<const ParameterRow*> nearest_rows(
+    const std::function<std::size_t(const ParameterRow&)>& distance) {
     std::vector<std::pair<std::size_t, const ParameterRow*>> rows;
     for (const ParameterRow& row : kParameterRows) {
         if (!row.option.empty()) {
             rows.emplace_back(distance(row), &row);
         }
     }
-    std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<const ParameterRow*> nearest;
     for (std::size_t i = 0; i < kNearestShown && rows[i].first == rows[0].first; ++i) {
         nearest.push_back(rows[i].second);
@@ -112,9 +110,9 @@ void read_name_option(CommandLine& line, const std::string& argument) {
         (name == "help" ? line.wants_help : line.wants_version) = true;
         return;
     }
-    const auto* row = std::find_if(std::begin(kParameterRows), std::end(kParameterRows), [&](const ParameterRow& r) {
-        return !r.option.empty() && lower_case(r.key) == lower_case(name);
-    });
+    const auto* row = std::find_if(
+        std::begin(kParameterRows), std::end(kParameterRows),
+        [&](const ParameterRow& r) { return !r.option.empty() && lower_case(r.key) == lower_case(name); });
     if (row != std::end(kParameterRows) && equals != std::string::npos) {
         line.settings.push_back({row, argument.substr(equals + 1)});
         return;

@@ -74,7 +74,8 @@ bool ParameterFileReader::read() {
     read_version();
     read_stop_level();
     for (const ParameterRow& row : kParameterRows) {
-        const bool already_read = &row == &row_of(Parameter::language) || &row == &row_of(Parameter::zemora_version) ||
+        const bool already_read = &row == &row_of(Parameter::language) ||
+                                  &row == &row_of(Parameter::zemora_version) ||
                                   &row == &row_of(Parameter::stop_at_error);
         if (row.is_in_file() && !already_read && &row != &row_of(Parameter::do_post_zemora)) {
             read_row(row);
@@ -263,7 +264,8 @@ void ParameterFileReader::stop() const {
     end_process(kExitFailure);
 }
 
-void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice& voice, const EarlySettings& early) {
+void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice& voice,
+                       const EarlySettings& early) {
     if (voice.messages().is_german()) {
         parameters.language = static_cast<int>(Language::german);
     }

@@ -28,7 +28,7 @@ struct ParameterRow {
     ParameterField field;
     ParameterType type;
     std::string_view key;
-    double low;   ///< Least and greatest value that a file may give; texts have no limits.
+    double low;  ///< Least and greatest value that a file may give; texts have no limits.
     double high;
     MissingKey missing;
     std::string_view option;  ///< Two letters or digits; empty for keys that no option sets.
@@ -41,7 +41,9 @@ struct ParameterRow {
     [[nodiscard]] constexpr bool is_in_file() const {
         return missing == MissingKey::noted || missing == MissingKey::silent;
     }
-    [[nodiscard]] constexpr bool has_limits() const { return !is_text() && high < std::numeric_limits<double>::max(); }
+    [[nodiscard]] constexpr bool has_limits() const {
+        return !is_text() && high < std::numeric_limits<double>::max();
+    }
     [[nodiscard]] const char* meaning(Language language) const {
         return language == Language::german ? german : english;
     }

@@ -31,7 +31,8 @@ std::size_t sequence_length(std::string_view text) {
             continue;
         }
         const auto length = static_cast<std::size_t>(lead.length);
-        if (length > text.size() || (length > 1 && (byte(1) < lead.second_low || byte(1) > lead.second_high))) {
+        if (length > text.size() ||
+            (length > 1 && (byte(1) < lead.second_low || byte(1) > lead.second_high))) {
             return 0;
         }
         for (std::size_t i = 2; i < length; ++i) {

@@ -11,8 +11,8 @@
 namespace zemora {
 
 struct TextLine {
-    std::string text;              ///< UTF-8, without line end, tabs as blanks.
-    std::size_t length_in_file;    ///< Bytes as they stand in the file, without line end.
+    std::string text;            ///< UTF-8, without line end, tabs as blanks.
+    std::size_t length_in_file;  ///< Bytes as they stand in the file, without line end.
 };
 
 /// The lines of a file: carriage returns and a byte order mark are dropped, a last line without line
