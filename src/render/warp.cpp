@@ -20,6 +20,7 @@ SizeStep apply_size_step(WarpState& warp, const WarpRequest& request) {
         size_step({request.frame_height, request.frame_width, request.size_step, request.height_done,
                    request.width_done, request.ratio_height, request.ratio_width},
                   warp.force_size, warp.aspect, warp.last_scale_step);
+    warp.latest_size_step = request.size_step;
     warp.last_scale_step = static_cast<float>(step.factor);
     warp.total_scale = static_cast<float>(static_cast<double>(warp.total_scale) * step.factor);
     warp.frame_height = warp.height = step.height;

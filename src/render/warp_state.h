@@ -78,6 +78,7 @@ struct WarpState {
     int filter_radius = 1;         ///< Set by `choose_interpolation`.
     float total_scale = 1.0F;      ///< Output pixels per source pixel.
     float last_scale_step = 1.0F;
+    int latest_size_step = 0;      ///< `size_step` of the latest warp.
     float aspect = 1.0F;           ///< Source width over source height.
     int source_height = 0;
     int source_width = 0;

@@ -1,0 +1,222 @@
+#include "render/framing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+/// Ratios of the screens that `WinOffReference` 2 to 5 refer to: 4:3, 16:10, 16:9, 17:9.
+constexpr std::array<double, 4> kScreenRatios = {1.3333333333333333, 1.6, 1.7777777777777777,
+                                                 1.8888888888888888};
+
+/// Height of the canvas and the bottom margin; filling sets the frames above and below.
+void lay_out_height(WarpState& warp, CanvasLayout& layout) {
+    FrameSettings& frame = warp.frame;
+    const int framed = warp.height + 2 * frame.thin_line;
+    if (frame.fill_height != 0) {
+        if (frame.fill_height < warp.height && warp.voice.verbose() >= 2) {
+            warp.voice.say<Msg::warpimage_fill_height_too_low>();
+        }
+        frame.fill_height = std::max(frame.fill_height, framed);
+        const int excess = frame.fill_height - framed;
+        frame.top = excess / 2;
+        frame.bottom = excess - excess / 2;
+    }
+    layout.height = framed + frame.top + frame.bottom;
+    layout.picture_row = frame.bottom + frame.thin_line;
+}
+
+/// Frame left and right of one picture with its line.
+struct Margins {
+    int left = 0;
+    int right = 0;
+};
+
+Margins lay_out_width(WarpState& warp) {
+    FrameSettings& frame = warp.frame;
+    if (frame.fill_width == 0) {
+        return {frame.left_right, frame.left_right};
+    }
+    if (frame.fill_width < warp.width && warp.voice.verbose() >= 2) {
+        warp.voice.say<Msg::warpimage_fill_width_too_low>();
+    }
+    const int framed = warp.width + 2 * frame.thin_line;
+    frame.fill_width = std::max(frame.fill_width, framed);
+    const int excess = frame.fill_width - framed;
+    return {excess / 2, excess - excess / 2};
+}
+
+/// Holds the share of a view in the floating displacement to the margin that is there for it.
+int held_floating(WarpState& warp, const Margins& margins) {
+    int& floating = warp.frame.floating;
+    const int largest = std::max(0, std::min(margins.left, margins.right));
+    if (std::abs(floating / 2) > largest) {
+        warp.voice.say<Msg::warpimage_frame_floating_reduced>();
+        floating = floating < 0 ? -2 * largest : 2 * largest;
+    }
+    return floating / 2;
+}
+
+void set_colour(std::uint8_t* pixel, Colour colour) {
+    pixel[0] = colour.blue;
+    pixel[1] = colour.green;
+    pixel[2] = colour.red;
+}
+
+/// Fades a column by `factor`, 0 black to 1 unchanged.
+void fade_column(Picture picture, int column, double factor) {
+    if (column < 0 || column >= picture.width) {
+        return;
+    }
+    for (int y = 0; y < picture.height; ++y) {
+        std::uint8_t* pixel = picture.pixel(column, y);
+        for (int c = 0; c < kPixelBytes; ++c) {
+            pixel[c] = static_cast<std::uint8_t>(std::clamp(round_half_up(pixel[c] * factor), 0, 255));
+        }
+    }
+}
+
+void blacken_columns(Picture picture, int first, int count) {
+    const int begin = std::clamp(first, 0, picture.width);
+    const int end = std::clamp(first + count, begin, picture.width);
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = begin; x < end; ++x) {
+            set_colour(picture.pixel(x, y), Colour{});
+        }
+    }
+}
+
+/// Columns counted from the edge of a view that a curtain hangs at.
+struct Edge {
+    Picture picture;
+    bool from_right;
+    [[nodiscard]] int column(int distance) const { return from_right ? picture.width - 1 - distance : distance; }
+};
+
+/// A curtain with a ramp that ends half a per cent of the width inside of it; `ramp` is 1 per cent.
+void hang_soft_curtain(const Edge& edge, int curtain, int ramp) {
+    const int end = ramp / 2 + curtain;
+    const int black = std::max(0, curtain - 1);
+    blacken_columns(edge.picture, edge.from_right ? edge.picture.width - black : 0, black);
+    for (int distance = black; distance < end; ++distance) {
+        fade_column(edge.picture, edge.column(distance), std::max(0.0, 1.0 - (end - 1 - distance) * 2.0 / ramp));
+    }
+}
+
+void feather_edge(const Edge& edge, int ramp) {
+    for (int distance = 0; distance < ramp / 2; ++distance) {
+        fade_column(edge.picture, edge.column(distance), distance * 2.0 / ramp);
+    }
+}
+
+/// The width that the automatic frame adds to: the forced one, else that of the final warp.
+int framed_width(const WarpState& warp) {
+    const bool forced = warp.latest_size_step != 0 && warp.work_width > 0 &&
+                        (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
+                         warp.force_size == kForceBothHeightLarger);
+    return forced ? warp.work_width : warp.width;
+}
+
+}  // namespace
+
+double pixels_from_reference(int value, int win_off_reference, int height, int width) {
+    if (win_off_reference == 1) {
+        return static_cast<double>(value) * width / 1000.0;
+    }
+    const int screen = win_off_reference - 2;
+    if (screen >= 0 && screen < static_cast<int>(kScreenRatios.size())) {
+        return value * kScreenRatios[static_cast<std::size_t>(screen)] * height / 1000.0;
+    }
+    return value;
+}
+
+CanvasLayout single_view_layout(WarpState& warp, View view) {
+    CanvasLayout layout;
+    lay_out_height(warp, layout);
+    const Margins margins = lay_out_width(warp);
+    const int share = held_floating(warp, margins);
+    layout.width = warp.width + 2 * warp.frame.thin_line + margins.left + margins.right;
+    layout.left_picture_column = margins.left + warp.frame.thin_line + (view == View::left ? -share : share);
+    layout.right_picture_column = layout.left_picture_column;
+    return layout;
+}
+
+CanvasLayout side_by_side_layout(WarpState& warp) {
+    CanvasLayout layout;
+    lay_out_height(warp, layout);
+    const Margins margins = lay_out_width(warp);
+    const int share = held_floating(warp, margins);
+    FrameSettings& frame = warp.frame;
+    const int gap = margins.left + margins.right;
+    // Between the pictures lie both margins; the central part may close that gap, never more.
+    frame.central = std::max(std::abs(frame.floating) - gap, frame.central);
+    const int half = warp.width + 2 * frame.thin_line + gap;
+    layout.width = 2 * half + frame.central;
+    layout.left_picture_column = frame.thin_line + margins.left - share;
+    layout.right_picture_column = half + frame.central + margins.left + frame.thin_line + share;
+    return layout;
+}
+
+bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px) {
+    const bool narrows = parameters.auto_frame_floating == 2;
+    if (parameters.auto_frame_floating != 1 && !narrows) {
+        return false;
+    }
+    const double target =
+        pixels_from_reference(parameters.floating_target, parameters.win_off_reference, warp.height, warp.width);
+    const int surplus = round_half_up(far_point_px - target);
+    const int floating = surplus > -2 ? 2 * (surplus / 2) : 0;
+    FrameSettings& frame = warp.frame;
+    const int width = framed_width(warp);
+    frame.floating = -floating;
+    if (frame.fill_width == 0) {
+        const int old = frame.left_right;
+        if (old >= floating / 2) {
+            return false;
+        }
+        warp.voice.print(
+            format_text("Warning: FrameLeftRight = %d too small: need at least %d\n", old, floating / 2));
+        frame.left_right = floating / 2;
+        if (narrows) {
+            warp.work_width = width + 2 * old - floating;
+        }
+        return true;
+    }
+    if (frame.fill_width - width < floating) {
+        const int output_width = parameters.output_width > 0 ? parameters.output_width : width;
+        warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
+                                     output_width + floating));
+        (narrows ? warp.work_width : frame.fill_width) = narrows ? frame.fill_width - floating : width + floating;
+    }
+    return false;
+}
+
+void floating_bands(WarpState& warp, Curtains curtains, int auto_frame_floating) {
+    const int left = std::clamp(curtains.left, 0, warp.width / 2);
+    const int right = std::clamp(curtains.right, 0, warp.width / 2);
+    const bool soft = auto_frame_floating == 4 || auto_frame_floating == 6;
+    if ((left == 0 && right == 0) || auto_frame_floating < 0 || auto_frame_floating > 6 ||
+        auto_frame_floating == 1 || auto_frame_floating == 2) {
+        return;
+    }
+    const Edge left_edge{warp.left.picture(warp.width, warp.height), false};
+    const Edge right_edge{warp.right.picture(warp.width, warp.height), true};
+    const int ramp = round_half_up(warp.width / 100.0);
+    if (!soft || ramp < 2) {
+        blacken_columns(left_edge.picture, 0, left);
+        blacken_columns(right_edge.picture, warp.width - right, right);
+        return;
+    }
+    hang_soft_curtain(left_edge, left, ramp);
+    hang_soft_curtain(right_edge, right, ramp);
+    feather_edge({right_edge.picture, false}, ramp);
+    feather_edge({left_edge.picture, true}, ramp);
+}
+
+}  // namespace zemora

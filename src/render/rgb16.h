@@ -1,0 +1,32 @@
+#pragma once
+/// The 16-bit output: repeats the whole way of a view from its source file in 16 bits per channel.
+
+#include <optional>
+#include <string>
+
+#include "render/framing.h"
+#include "render/output_writer.h"
+#include "render/warp_state.h"
+
+namespace zemora {
+
+/// Which part of a source file is the view.
+enum class SourcePart { whole, left_half, right_half };
+
+/// One view as it stands in the 8-bit output, with its frame in black; 48 bits. Empty when the file
+/// does not hold 16 bits per channel.
+[[nodiscard]] Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part);
+
+/// Whether the outputs are wanted and possible in 16 bits: left and right, or both side by side. The
+/// views belong to the sources, before an exchange of the outputs. Empty when a source is not deep.
+struct DeepPair {
+    Bitmap left;
+    Bitmap right;
+    [[nodiscard]] explicit operator bool() const { return left && right; }
+};
+[[nodiscard]] DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources);
+
+/// Two pictures of 48 bits in one, `first` on the left.
+[[nodiscard]] Bitmap join_deep(const Bitmap& first, const Bitmap& second);
+
+}  // namespace zemora

@@ -1,0 +1,144 @@
+#include "render/save_picture.h"
+
+#include <FreeImage.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "numerics/rounding.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+#include "render/cmyk.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr double kInchesPerMetre = 39.37;
+
+/// Values of `OutputFormat` that give a special TIFF file.
+enum TiffForm { kWithAlpha = 6, kCmykByFormula = 8, kCmykByProfile = 9 };
+
+struct FormatRow {
+    std::string_view suffix;
+    FREE_IMAGE_FORMAT format;
+    int plain_flags;
+    int compressed_flags;
+};
+
+constexpr FormatRow kFormats[] = {
+    {".jpg", FIF_JPEG, JPEG_SUBSAMPLING_444, JPEG_SUBSAMPLING_444},
+    {".jpeg", FIF_JPEG, JPEG_SUBSAMPLING_444, JPEG_SUBSAMPLING_444},
+    {".jps", FIF_JPEG, JPEG_SUBSAMPLING_444, JPEG_SUBSAMPLING_444},
+    {".bmp", FIF_BMP, BMP_DEFAULT, BMP_SAVE_RLE},
+    {".png", FIF_PNG, PNG_Z_NO_COMPRESSION, PNG_Z_DEFAULT_COMPRESSION},
+    {".tif", FIF_TIFF, TIFF_NONE, TIFF_LZW},
+    {".tiff", FIF_TIFF, TIFF_NONE, TIFF_LZW},
+    {".tga", FIF_TARGA, 0, 0},
+    {".ppm", FIF_PPM, 0, 0},
+};
+
+const FormatRow* find_format(const std::string& path) {
+    const std::string suffix = lower_case(suffix_of(path));
+    const auto* row = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                   [&suffix](const FormatRow& format) { return format.suffix == suffix; });
+    return row == std::end(kFormats) ? nullptr : row;
+}
+
+int flags_of(const FormatRow& format, const SaveOptions& options) {
+    const int flags = options.compress ? format.compressed_flags : format.plain_flags;
+    return format.format == FIF_JPEG ? flags | std::clamp(options.jpeg_quality, 1, 100) : flags;
+}
+
+void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
+    const auto per_metre = [](int per_inch) {
+        return static_cast<unsigned>(round_half_up(per_inch * kInchesPerMetre));
+    };
+    if (options.dots_per_inch_x > 0) {
+        FreeImage_SetDotsPerMeterX(picture, per_metre(options.dots_per_inch_x));
+    }
+    if (options.dots_per_inch_y > 0) {
+        FreeImage_SetDotsPerMeterY(picture, per_metre(options.dots_per_inch_y));
+    }
+}
+
+/// The library tells a full disk to nobody: it encodes into memory here and the file is written with
+/// every byte checked.
+std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags, const std::string& path) {
+    struct MemoryStream {
+        FIMEMORY* handle = FreeImage_OpenMemory(nullptr, 0);
+        MemoryStream() = default;
+        MemoryStream(const MemoryStream&) = delete;
+        MemoryStream& operator=(const MemoryStream&) = delete;
+        ~MemoryStream() { FreeImage_CloseMemory(handle); }
+    } stream;
+    BYTE* bytes = nullptr;
+    DWORD size = 0;
+    if (stream.handle == nullptr || FreeImage_SaveToMemory(format, picture, stream.handle, flags) == FALSE ||
+        FreeImage_AcquireMemory(stream.handle, &bytes, &size) == FALSE || size == 0) {
+        return "the picture cannot be encoded";
+    }
+    return write_file_whole(path, {bytes, size});
+}
+
+/// The 24-bit picture in the form that `OutputFormat` gives a TIFF file; empty when it stays as it is.
+Bitmap special_form(const Bitmap& picture, const SaveOptions& options, int& flags, std::string& reason) {
+    Bitmap form;
+    switch (options.output_format) {
+        case kWithAlpha: form = Bitmap(FreeImage_ConvertTo32Bits(picture.handle())); break;
+        case kCmykByFormula:
+            form = cmyk_by_formula(picture.picture());
+            flags = TIFF_CMYK;
+            break;
+        case kCmykByProfile: form = cmyk_by_profile(picture.picture(), options.cmyk_profile, reason); break;
+        default: return {};
+    }
+    if (!form && reason.empty()) {
+        reason = "not enough memory";
+    }
+    return form;
+}
+
+}  // namespace
+
+SaveOptions::SaveOptions(const ParameterSet& parameters)
+    : output_format(parameters.output_format),
+      compress(parameters.compress_bitmap == 1),
+      jpeg_quality(parameters.jpg_quality),
+      dots_per_inch_x(parameters.dots_per_inch_x),
+      dots_per_inch_y(parameters.dots_per_inch_y),
+      cmyk_profile(parameters.cmyk_profile) {}
+
+bool is_tiff_name(const std::string& path) {
+    const FormatRow* format = find_format(path);
+    return format != nullptr && format->format == FIF_TIFF;
+}
+
+std::string save_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {
+    const FormatRow* format = find_format(path);
+    if (format == nullptr) {
+        return "this type of file cannot be written";
+    }
+    if (!picture) {
+        return "not enough memory";
+    }
+    int flags = flags_of(*format, options);
+    std::string reason;
+    Bitmap form;
+    if (format->format == FIF_TIFF) {
+        form = special_form(picture, options, flags, reason);
+    }
+    if (!reason.empty()) {
+        return reason;
+    }
+    FIBITMAP* written = form ? form.handle() : picture.handle();
+    set_resolution(written, options);
+    return encode_and_write(written, format->format, flags, path);
+}
+
+std::string save_deep_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {
+    set_resolution(picture.handle(), options);
+    return encode_and_write(picture.handle(), FIF_TIFF, 0, path);
+}
+
+}  // namespace zemora

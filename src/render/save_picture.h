@@ -1,0 +1,35 @@
+#pragma once
+/// Encodes a bitmap by the suffix of its file name and writes it whole.
+
+#include <string>
+
+#include "config/parameter_set.h"
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+/// What the user chose for the written files.
+struct SaveOptions {
+    explicit SaveOptions(const ParameterSet& parameters);
+
+    int output_format;
+    bool compress;
+    int jpeg_quality;
+    int dots_per_inch_x;  ///< 0 leaves the library's value.
+    int dots_per_inch_y;
+    std::string cmyk_profile;  ///< A data file of the program, or an absolute path.
+};
+
+/// Whether the name is that of a TIFF file.
+[[nodiscard]] bool is_tiff_name(const std::string& path);
+
+/// Saves `picture`, of 24 bits, under `path` in the format of its suffix and of `OutputFormat`. Empty, or the reason
+/// why there is no such file.
+[[nodiscard]] std::string save_picture(const Bitmap& picture, const std::string& path,
+                                       const SaveOptions& options);
+
+/// Saves a bitmap of 48 bits as TIFF.
+[[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,
+                                            const SaveOptions& options);
+
+}  // namespace zemora
