@@ -28,12 +28,12 @@ SizeStep by_width(const SizeStepRequest& request, double aspect) {
     return {factor, round_half_up(width / aspect), width};
 }
 
-/// Both sides have to reach their target: the smaller ratio first, then enlarging only.
+/// Both sides have to reach their target: the larger ratio covers it, later steps only enlarge.
 SizeStep by_both(const SizeStepRequest& request, double last_scale_step) {
     const double ratio_height = usable(request.ratio_height);
     const double ratio_width = usable(request.ratio_width);
     if (request.height_done == 0 && request.width_done == 0) {
-        return scaled(request, std::min(ratio_height, ratio_width));
+        return scaled(request, std::max(ratio_height, ratio_width));
     }
     if (request.height_done == 0) {
         return scaled(request, std::max(ratio_height, 1.0));
