@@ -191,7 +191,7 @@ std::string manual_page(Language language) {
     const auto item = [](const std::string& head, const std::string& text) {
         return ".TP\n.B " + roff(head) + "\n" + roff(text) + "\n";
     };
-    std::string page = ".TH ZEMORA 1 \"\" \"" + version_text();
+    std::string page = R"(.TH ZEMORA 1 "" ")" + version_text();
     page.back() = '"';
     page += "\n.SH NAME\nzemora \\- " + roff(words.man_name) + "\n" + section(words.man_synopsis);
     page += ".nf\n" + roff_lines(usage_lines(messages, language)) + ".fi\n";

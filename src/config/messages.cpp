@@ -10,7 +10,7 @@ namespace {
 #define ROW(module, number, name, english, german)                                             \
     static_assert(placeholders_of(english) == placeholders_of(german),                         \
                   "the placeholders of " #module " " #number " differ between the languages"); \
-    static_assert(english[0] != '\0' && german[0] != '\0', #module " " #number " lacks a text");
+    static_assert((english)[0] != '\0' && (german)[0] != '\0', #module " " #number " lacks a text");
 #include "config/message_table.inc"
 #undef ROW
 
@@ -29,7 +29,8 @@ static_assert(numbers_ascend(), "the message rows stand by module, and by number
 std::string format_list(const char* format, std::va_list list) {
     std::va_list copy;
     va_copy(copy, list);
-    const int length = std::vsnprintf(nullptr, 0, format, copy);
+    const int length =
+        std::vsnprintf(nullptr, 0, format, copy);  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(copy);
     if (length < 0) {
         return {};

@@ -14,6 +14,7 @@ constexpr std::size_t kCodeLength = 2;
 constexpr std::size_t kValueStart = 4;  // behind the slash, the code and the separator
 constexpr std::size_t kKeyWidth = 18;
 constexpr std::size_t kNearestShown = 3;
+constexpr std::string_view kHelpCode = "/h";
 
 bool is_letter_or_digit(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
@@ -121,6 +122,20 @@ void read_name_option(CommandLine& line, const std::string& argument) {
     note_error(line, error, argument, [&name](const ParameterRow& r) { return name_distance(name, r.key); });
 }
 
+/// False when the argument is no option; a path in the shape of one has been stored as such.
+bool read_option(CommandLine& line, const std::string& argument,
+                 const std::function<bool(const std::string&)>& path_exists) {
+    if (looks_like_code_option(argument)) {
+        read_code_option(line, argument, path_exists);
+        return true;
+    }
+    if (argument.starts_with("--")) {
+        read_name_option(line, argument);
+        return true;
+    }
+    return argument == kHelpCode;
+}
+
 void set_field(ParameterSet& parameters, const OptionSetting& setting) {
     std::visit(
         [&](auto field) {
@@ -144,20 +159,13 @@ CommandLine read_command_line(std::span<const std::string> arguments,
     CommandLine line;
     bool options_ended = false;
     for (const std::string& argument : arguments) {
-        if (options_ended) {
-            line.positional.push_back(argument);
-        } else if (argument == "--") {
+        if (!options_ended && argument == "--") {
             options_ended = true;
-        } else if (argument == "/h") {
-            line.wants_help = line.wants_help || arguments.size() == 1;
-        } else if (looks_like_code_option(argument)) {
-            read_code_option(line, argument, path_exists);
-        } else if (argument.starts_with("--")) {
-            read_name_option(line, argument);
-        } else {
+        } else if (options_ended || !read_option(line, argument, path_exists)) {
             line.positional.push_back(argument);
         }
     }
+    line.wants_help = line.wants_help || (arguments.size() == 1 && arguments[0] == kHelpCode);
     return line;
 }
 

@@ -8,7 +8,7 @@ namespace zemora {
 /// Set from the defaults, then the parameter file, the options, the form of the call and the
 /// consistency rules, in this order. The pipeline changes single fields during the run, and later
 /// pairs see the change.
-struct ParameterSet {
+struct ParameterSet {  // NOLINT(clang-analyzer-optin.performance.Padding): the order of the table
     using text = std::string;
     using path = std::string;
 #define ROW(type, field, key, low, high, standard, missing, option, english, german) \

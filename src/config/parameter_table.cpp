@@ -36,16 +36,11 @@ constexpr int rows_with_option(std::string_view option) {
 }
 
 constexpr bool options_are_unique() {
-    for (const ParameterRow& row : kParameterRows) {
-        if (row.option.empty()) {
-            continue;
-        }
+    return std::all_of(std::begin(kParameterRows), std::end(kParameterRows), [](const ParameterRow& row) {
         const bool twice = row.option == kDoubleOptions[0] || row.option == kDoubleOptions[1];
-        if (row.option.size() != 2 || rows_with_option(row.option) != (twice ? 2 : 1)) {
-            return false;
-        }
-    }
-    return true;
+        return row.option.empty() ||
+               (row.option.size() == 2 && rows_with_option(row.option) == (twice ? 2 : 1));
+    });
 }
 
 /// The same key with letters behind it would be taken for a faulty line when it stands first.
@@ -77,7 +72,7 @@ using detail::unlimited_high;
 using detail::unlimited_low;
 #define ROW(type, field, key, low, high, standard, missing, option, english, german)              \
     static_assert(within(low, standard, high), "the default of " key " lies outside its limits"); \
-    static_assert(english[0] != '\0' && german[0] != '\0', key " has no meaning");
+    static_assert((english)[0] != '\0' && (german)[0] != '\0', key " has no meaning");
 #include "config/parameter_table.inc"
 #undef ROW
 

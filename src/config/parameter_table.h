@@ -26,10 +26,10 @@ using ParameterField = std::variant<int ParameterSet::*, float ParameterSet::*, 
 
 struct ParameterRow {
     ParameterField field;
-    ParameterType type;
     std::string_view key;
     double low;  ///< Least and greatest value that a file may give; texts have no limits.
     double high;
+    ParameterType type;
     MissingKey missing;
     std::string_view option;  ///< Two letters or digits; empty for keys that no option sets.
     const char* english;
@@ -68,7 +68,7 @@ inline constexpr auto derived = MissingKey::derived;
 
 inline constexpr ParameterRow kParameterRows[] = {
 #define ROW(type, field, key, low, high, standard, missing, option, english, german) \
-    {&ParameterSet::field, parameter_type(#type), key, low, high, missing, option, english, german},
+    {&ParameterSet::field, key, low, high, parameter_type(#type), missing, option, english, german},
 #include "config/parameter_table.inc"
 #undef ROW
 };
