@@ -1,1 +1,11 @@
-int main() { return 0; }
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "driver/run.h"
+
+int main(int count, char** values) {
+    std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is no reason to lose a picture
+    const std::vector<std::string> arguments(values + (count > 0 ? 1 : 0), values + count);
+    return zemora::run_zemora(count > 0 ? values[0] : "zemora", arguments);
+}

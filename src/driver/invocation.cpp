@@ -1,0 +1,207 @@
+#include "driver/invocation.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "platform/paths.h"
+#include "platform/process_end.h"
+
+namespace zemora {
+
+namespace {
+
+bool names_parameter_file(const std::string& argument) {
+    const std::string name = bare_name_of(argument);
+    return !is_directory(argument) && (name.find(".ini") != std::string::npos || name.find(".INI") != std::string::npos);
+}
+
+std::string clean_argument(const std::string& argument) {
+    std::string path = with_slashes(argument);
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    return path;
+}
+
+std::string beside(const std::string& picture) {
+    const std::string folder = folder_of(picture);
+    return folder.empty() ? "zemora.ini" : join_path(folder, "zemora.ini");
+}
+
+Invocation with_file(InvocationForm form, std::vector<std::string> arguments, std::string file, bool named) {
+    return {form, std::move(arguments), std::move(file), named};
+}
+
+/// Two folders of one parent, called l and r.
+bool are_view_folders(const std::string& left, const std::string& right) {
+    const std::string here = working_directory();
+    const std::string a = join_path(here, left);
+    const std::string b = join_path(here, right);
+    return folder_of(a) == folder_of(b) && lower_case(bare_name_of(a)) == "l" && lower_case(bare_name_of(b)) == "r";
+}
+
+std::optional<Invocation> classify_two(const std::vector<std::string>& arguments) {
+    const std::string& first = arguments[0];
+    const std::string& second = arguments[1];
+    if (is_directory(first) && is_directory(second)) {
+        if (!are_view_folders(first, second)) {
+            return std::nullopt;
+        }
+        return with_file(InvocationForm::two_folders, arguments, "", false);
+    }
+    if (names_parameter_file(second)) {
+        return with_file(InvocationForm::stereo_file_and_parameters, arguments, second, true);
+    }
+    return with_file(InvocationForm::pair, arguments, beside(first), false);
+}
+
+/// A name of the command line: absolute when the file is seen from the working directory or has a
+/// folder; a bare name that is not there is looked for in the image folder.
+std::string named_file(const std::string& argument) {
+    const std::string absolute = join_path(working_directory(), argument);
+    return argument.find('/') != std::string::npos || file_exists(absolute) ? absolute : argument;
+}
+
+/// The image folder for a picture given by an absolute name: its own, or the one above the folder of
+/// its view.
+void take_image_folder(const std::string& picture, char view, ParameterSet& parameters) {
+    if (!is_absolute(picture)) {
+        return;
+    }
+    std::string folder = folder_of(picture);
+    if (bare_name_of(folder) == std::string(1, view)) {
+        folder = folder_of(folder);
+    }
+    parameters.path_of_images = folder;
+}
+
+}  // namespace
+
+std::optional<Invocation> classify_call(const std::vector<std::string>& positional) {
+    std::vector<std::string> arguments;
+    for (const std::string& argument : positional) {
+        arguments.push_back(clean_argument(argument));
+    }
+    switch (arguments.size()) {
+        case 0: return with_file(InvocationForm::defaults, arguments, "zemora.ini", false);
+        case 1:
+            if (is_directory(arguments[0])) {
+                return with_file(InvocationForm::folder, arguments, "", false);
+            }
+            if (names_parameter_file(arguments[0])) {
+                return with_file(InvocationForm::parameter_file, arguments, arguments[0], true);
+            }
+            return with_file(InvocationForm::stereo_file, arguments, beside(arguments[0]), false);
+        case 2: return classify_two(arguments);
+        case 3:
+            if (names_parameter_file(arguments[2])) {
+                return with_file(InvocationForm::pair_and_parameters, arguments, arguments[2], true);
+            }
+            return std::nullopt;
+        default: return std::nullopt;
+    }
+}
+
+void announce_call(const Invocation& invocation, const Voice& voice) {
+    const MessageCatalogue& messages = voice.messages();
+    const std::string file = printable(invocation.parameter_file);
+    const auto argument = [&](std::size_t i) { return printable(invocation.arguments[i]); };
+    switch (invocation.form) {
+        case InvocationForm::defaults:
+        case InvocationForm::parameter_file:
+            voice.print(messages.text<Msg::main_start_with_parameterfile>(file));
+            break;
+        case InvocationForm::folder:
+        case InvocationForm::two_folders:
+            voice.print(messages.text<Msg::main_start_with_path_of_images>(argument(0)));
+            break;
+        case InvocationForm::stereo_file:
+        case InvocationForm::stereo_file_and_parameters:
+            voice.print(messages.text<Msg::main_start_with_stereo_imagefile>(argument(0)));
+            voice.print(messages.text<Msg::main_and_with_parameterfile>(file));
+            break;
+        case InvocationForm::pair:
+        case InvocationForm::pair_and_parameters:
+            voice.print(messages.text<Msg::main_start_with_left_imagefile>(argument(0)));
+            voice.print(messages.text<Msg::main_and_with_right_imagefile>(argument(1)));
+            voice.print(messages.text<Msg::main_and_with_parameterfile>(file));
+            break;
+    }
+    voice.say<Msg::main_separator>();
+    voice.say<Msg::main_uses_exiftool>();
+}
+
+int ask_for_layout(const Voice& voice) {
+    for (;;) {
+        voice.say<Msg::main_whole_directory_will_be_processed>();
+        voice.say<Msg::main_question_stereo_images_answer_1>();
+        voice.say<Msg::main_question_mono_images_answer_2>();
+        voice.console().flush();
+        const auto line = voice.console().read_line();
+        if (!line) {
+            voice.print("\n");
+            end_process(kExitFailure);
+        }
+        const std::size_t start = std::min(line->find_first_not_of(" \t"), line->size());
+        int answer = 0;
+        std::from_chars(line->data() + start, line->data() + line->size(), answer);
+        if (answer == 1 || answer == 2) {
+            return answer;
+        }
+    }
+}
+
+void force_values(const Invocation& invocation, ParameterSet& parameters, int layout) {
+    const auto& arguments = invocation.arguments;
+    switch (invocation.form) {
+        case InvocationForm::stereo_file:
+        case InvocationForm::stereo_file_and_parameters:
+            parameters.input_mode = 0;
+            parameters.stereo_image_input = 1;
+            parameters.stereo_file_name = named_file(arguments[0]);
+            take_image_folder(parameters.stereo_file_name, 's', parameters);
+            break;
+        case InvocationForm::pair:
+        case InvocationForm::pair_and_parameters:
+            parameters.input_mode = 0;
+            parameters.stereo_image_input = 2;
+            parameters.left_file_name = named_file(arguments[0]);
+            parameters.right_file_name = named_file(arguments[1]);
+            take_image_folder(parameters.left_file_name, 'l', parameters);
+            break;
+        case InvocationForm::folder:
+            parameters.stereo_image_input = layout;
+            parameters.input_mode = 4;
+            if (layout == 1) {
+                parameters.stereo_output = 0;
+                parameters.extra_output = 5;
+            }
+            parameters.path_of_images = join_path(working_directory(), arguments[0]);
+            break;
+        case InvocationForm::two_folders:
+            parameters.stereo_image_input = 2;
+            parameters.input_mode = 9;
+            parameters.path_of_images = folder_of(join_path(working_directory(), arguments[0]));
+            break;
+        default: break;
+    }
+}
+
+void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call) {
+    voice.print("\n");
+    for (const Msg line : {Msg::main_usage_heading, Msg::main_usage_rule, Msg::main_usage_form_1, Msg::main_usage_form_2,
+                           Msg::main_usage_form_3, Msg::main_usage_form_4, Msg::main_usage_form_5, Msg::main_usage_form_6,
+                           Msg::main_usage_suffix_hint, Msg::main_separator}) {
+        voice.print(voice.messages().raw(line));
+    }
+    std::string call;
+    for (const std::string& word : whole_call) {
+        call += (call.empty() ? "" : " ") + printable(word);
+    }
+    voice.print("Ihr Aufruf/Your call: " + call + '\n');
+    voice.console().wait_for_enter();
+    end_process(kExitFailure);
+}
+
+}  // namespace zemora

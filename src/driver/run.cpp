@@ -1,0 +1,272 @@
+#include "driver/run.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "config/help_text.h"
+#include "config/options.h"
+#include "config/parameter_file.h"
+#include "config/parameter_table.h"
+#include "driver/exiftool.h"
+#include "driver/invocation.h"
+#include "driver/outside_steps.h"
+#include "driver/pipeline.h"
+#include "driver/post_run.h"
+#include "platform/paths.h"
+#include "platform/process_end.h"
+#include "platform/user_language.h"
+#include "report/run_report.h"
+
+namespace zemora {
+
+namespace {
+
+/// Everything of a run, in the order of its making.
+struct Run {
+    Console console;
+    MessageCatalogue messages{user_speaks_german() ? Language::german : Language::english};
+    ParameterSet parameters;
+    Voice voice{console, messages, parameters};
+    RunReport report{messages};
+    RunContext context;
+    ExifTool exiftool{parameters, voice};
+    ImageList list;
+
+    [[noreturn]] void end(int exit_code) {
+        (void)report.close();
+        console.end_progress();
+        end_process(exit_code);
+    }
+    void wait(WaitAbove level) const { voice.wait(level); }
+};
+
+/// Help, version and calls that cannot be meant end here.
+void answer_simple_calls(Run& run, const CommandLine& line) {
+    if (line.wants_help) {
+        run.console.print(help_text(run.messages.language()));
+        run.end(kExitDone);
+    }
+    if (line.wants_version) {
+        run.console.print(version_text());
+        run.end(kExitDone);
+    }
+    if (line.error != CallError::none) {
+        run.console.print(call_error_text(line, run.messages));
+        if (early_settings(line).stop_at_error.value_or(run.parameters.stop_at_error) > 0) {
+            run.console.wait_for_enter();
+        }
+        run.end(kExitFailure);
+    }
+}
+
+/// A value of another system's drive can only be a mistake here.
+void refuse_drives(Run& run) {
+    const ParameterRow* row = find_path_with_drive(run.parameters);
+    if (row == nullptr) {
+        return;
+    }
+    run.console.print(format_text(
+        run.messages.either("%.*s = %s: a drive letter has no meaning here. Please give a path of this system.\n",
+                            "%.*s = %s: ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
+                            "Systems angeben.\n"),
+        static_cast<int>(row->key.size()), row->key.data(), printable(value_text(*row, run.parameters)).c_str()));
+    run.wait(WaitAbove::error);
+    run.end(kExitFailure);
+}
+
+/// Whether a parameter file that the user did not name may bring commands: it and its folder belong
+/// to the user, and nobody else can write them.
+bool is_trusted(const std::string& file) {
+    const std::string folder = folder_of(join_path(working_directory(), file));
+    for (const std::string& path : {file, folder}) {
+        struct stat status = {};
+        if (stat(path.c_str(), &status) != 0 || status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void drop_untrusted_commands(Run& run, const Invocation& invocation, const ParameterSet& before_options) {
+    const ParameterSet standard;
+    ParameterSet& p = run.parameters;
+    const bool brings_batch = !post_run_batch(before_options).empty();
+    const bool brings_converter = before_options.path_of_irfanview != standard.path_of_irfanview;
+    if (invocation.parameter_file_named || (!brings_batch && !brings_converter) || is_trusted(invocation.parameter_file)) {
+        return;
+    }
+    if (p.do_post_zemora == before_options.do_post_zemora) {
+        p.do_post_zemora = standard.do_post_zemora;
+    }
+    if (p.path_of_irfanview == before_options.path_of_irfanview) {
+        p.path_of_irfanview = standard.path_of_irfanview;
+    }
+    run.console.print(format_text(run.messages.either("DoPostZemora and PathofIrfanView of %s are left out: others can write that file.\n",
+                                                      "DoPostZemora und PathofIrfanView aus %s bleiben weg: andere koennen die Datei schreiben.\n"),
+                                  printable(invocation.parameter_file).c_str()));
+}
+
+void read_settings(Run& run, const Invocation& invocation, const CommandLine& line) {
+    (void)read_parameter_file(invocation.parameter_file, run.parameters, run.voice, early_settings(line));
+    const ParameterSet before_options = run.parameters;
+    apply_options(line, run.parameters, run.voice);
+    drop_untrusted_commands(run, invocation, before_options);
+    use_slashes_in_paths(run.parameters);
+    const int layout = invocation.form == InvocationForm::folder ? ask_for_layout(run.voice) : 0;
+    if (invocation.form == InvocationForm::two_folders) {
+        run.voice.say<Msg::main_two_directories_will_be_processed>();
+    }
+    force_values(invocation, run.parameters, layout);
+    refuse_drives(run);
+}
+
+void find_directories(Run& run, const Invocation& invocation) {
+    RunContext& context = run.context;
+    ParameterSet& p = run.parameters;
+    context.form = invocation.form;
+    context.parameter_file = invocation.parameter_file;
+    context.run_start = current_seconds();
+    context.program_directory = program_directory();
+    context.working_directory = working_directory();
+    context.parameter_directory = invocation.parameter_file.empty()
+                                      ? context.working_directory
+                                      : folder_of(join_path(context.working_directory, invocation.parameter_file));
+    const std::string& root = p.root_directory == 2   ? context.working_directory
+                              : p.root_directory == 1 ? context.program_directory
+                                                      : context.parameter_directory;
+    p.path_of_images = join_path(root, p.path_of_images);
+    context.root_path = p.path_of_images;
+    context.image_root = p.path_of_images;
+}
+
+void look_for_exiftool(Run& run) {
+    const ParameterSet& p = run.parameters;
+    const int geometry = p.estimate_geometry < 0 ? -p.estimate_geometry : p.estimate_geometry;
+    if (p.meta_transfer != 0 || !p.exif_copyright.empty() || (geometry >= 3 && geometry <= 5)) {
+        run.exiftool.require();
+    }
+}
+
+/// Kinds of run whose rooms are empty yet.
+void refuse_unbuilt_runs(Run& run) {
+    constexpr int kCalibrationImage = 1000;
+    const ParameterSet& p = run.parameters;
+    const bool two = p.stereo_image_input == 2 || p.stereo_image_input == 5;
+    const std::string suffix = lower_case(suffix_of(two ? p.left_file_name : p.stereo_file_name));
+    const bool video = p.input_mode == 3 || (p.input_mode == 0 && (suffix == ".avi" || suffix == ".avs"));
+    if (video) {
+        run.console.print(run.messages.either("Videos are not processed by this version.\n",
+                                              "Videos werden von dieser Version nicht bearbeitet.\n"));
+    } else if (p.graphical_interface >= kCalibrationImage) {
+        run.console.print(run.messages.either("Calibration images are not made by this version.\n",
+                                              "Kalibrierbilder werden von dieser Version nicht erzeugt.\n"));
+    } else {
+        return;
+    }
+    run.wait(WaitAbove::error);
+    run.end(kExitFailure);
+}
+
+void open_reports(Run& run) {
+    run.context.stamp = stamp_text(run.context.run_start);
+    if (run.parameters.report_mode <= 0) {
+        return;
+    }
+    const std::string failed = run.report.open(report_names(run.parameters, run.context.stamp));
+    if (!failed.empty()) {
+        run.console.print("Zemora: " + printable(failed) + run.messages.text<Msg::main_report_cannot_be_opened>());
+        run.wait(WaitAbove::error);
+        run.end(kExitFailure);
+    }
+    run.voice.set_report(&run.report);
+}
+
+/// The hint that goes with an empty list, by the way the input was looked for.
+std::string empty_list_hint(const Run& run) {
+    const ParameterSet& p = run.parameters;
+    const MessageCatalogue& messages = run.messages;
+    const bool two = p.stereo_image_input == 2 || p.stereo_image_input == 5;
+    switch (p.input_mode) {
+        case 0: return {};
+        case 1:
+        case 2:
+            return two ? messages.text<Msg::main_searches_l_and_r_files>() : messages.text<Msg::main_searches_s_files>();
+        case 10:
+            return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5
+                       ? messages.text<Msg::main_no_correction_values_in_list>()
+                       : messages.text<Msg::main_marks_in_list_prevent_mounting>();
+        default: return messages.text<Msg::main_searched_files_with_ending>() + p.image_type + '\n';
+    }
+}
+
+void collect_input(Run& run) {
+    const ParameterSet& p = run.parameters;
+    run.list = build_image_list(p, run.voice);
+    if (p.write_data_base == 1) {
+        run.voice.say<Msg::main_only_list_written>();
+        run.wait(WaitAbove::error);
+        run.end(kExitDone);
+    }
+    if (run.list.count() == 0) {
+        run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() + printable(p.path_of_images) + '\n');
+        run.voice.print_and_report(empty_list_hint(run));
+        run.wait(WaitAbove::error);
+        run.end(kExitFailure);
+    }
+}
+
+void tell_end(Run& run, int processed) {
+    const MessageCatalogue& messages = run.messages;
+    const std::string rule = messages.text<Msg::main_separator>();
+    const std::string count = messages.text<Msg::main_finished_processed_images>() +
+                              format_text("%d/%d\n", processed, run.list.count());
+    const std::string banner = messages.text<Msg::main_report_end_banner>();
+    run.voice.print_and_report(rule + count + rule + '\n' + rule + banner + rule);
+    run.voice.report_html("<p>" + html_text(count) + "</p>\n<p>" + html_text(banner) + "</p>\n");
+    const std::string broken = run.report.close();
+    run.voice.set_report(nullptr);
+    if (!broken.empty()) {
+        run.console.print(format_text(run.messages.either("The report %s could not be written completely.\n",
+                                                          "Der Bericht %s konnte nicht vollstaendig geschrieben werden.\n"),
+                                      printable(broken).c_str()));
+    }
+}
+
+void mount_all(Run& run) {
+    Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
+    run_image_pipeline(pipeline);
+    if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
+        start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name),
+                    run.voice);
+    }
+    tell_end(run, pipeline.processed);
+    run.wait(WaitAbove::information);
+}
+
+}  // namespace
+
+int run_zemora(const std::string& program, const std::vector<std::string>& arguments) {
+    Run run;
+    const CommandLine line = read_command_line(arguments, [](const std::string& path) { return file_exists(path) || is_directory(path); });
+    if (const EarlySettings early = early_settings(line); early.language) {
+        run.messages.set_language(*early.language);
+    }
+    answer_simple_calls(run, line);
+    const auto invocation = classify_call(line.positional);
+    if (!invocation) {
+        std::vector<std::string> call{program};
+        call.insert(call.end(), arguments.begin(), arguments.end());
+        end_with_usage(run.voice, call);
+    }
+    announce_call(*invocation, run.voice);
+    read_settings(run, *invocation, line);
+    find_directories(run, *invocation);
+    look_for_exiftool(run);
+    refuse_unbuilt_runs(run);
+    open_reports(run);
+    collect_input(run);
+    mount_all(run);
+    return kExitDone;
+}
+
+}  // namespace zemora

@@ -1,0 +1,87 @@
+#pragma once
+/// A stereo scene with known truth: textured layers at known disparities, seen by two cameras, the
+/// right one of which is misaligned by known amounts.
+///
+/// Positions are in pixels of the picture, centred, y counted upward. Disparity is right minus left.
+
+#include <cstdint>
+#include <vector>
+
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+/// Misalignment of the right view: the point that belongs at (X, Y) appears at (X + dx, Y + dy) with
+///   dx = size X - rotation Y + vergence_v X^2 / (W/2)
+///   dy = height + size Y + rotation X + vergence_v X Y / (W/2) + vergence_h (Y^2 / (H/2) - H/6)
+struct SceneErrors {
+    double height_px = 0.0;
+    double size = 0.0;            ///< Fraction.
+    double rotation_rad = 0.0;
+    double vergence_v_rad = 0.0;
+    double vergence_h_rad = 0.0;
+    double brightness = 1.0;      ///< Factor of the right view.
+    double noise = 0.0;           ///< Half range of uniform noise in both views, levels.
+};
+
+struct ScenePoint {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+struct SceneOptions {
+    int width = 0;   ///< Pixels.
+    int height = 0;
+    std::uint32_t seed = 1;
+    double near_disparity = -0.015;  ///< Fractions of the width.
+    double far_disparity = 0.010;
+    bool flat = false;  ///< A wall of one colour.
+};
+
+class Scene {
+public:
+    Scene(const SceneOptions& options, const SceneErrors& errors);
+
+    [[nodiscard]] Bitmap render_left() const { return render(-1); }
+    [[nodiscard]] Bitmap render_right() const { return render(+1); }
+
+    /// Disparity of what the left view shows at a centred position, before the misalignment.
+    [[nodiscard]] double disparity_at_left(ScenePoint left) const;
+    /// Where the right view shows what the left view has at `left`, hidden or not.
+    [[nodiscard]] ScenePoint right_of_left(ScenePoint left) const;
+    [[nodiscard]] const SceneErrors& errors() const { return errors_; }
+    [[nodiscard]] int width() const { return options_.width; }
+    [[nodiscard]] int height() const { return options_.height; }
+
+private:
+    /// One surface; the first that covers a point hides those behind it.
+    struct Layer {
+        double centre_x = 0.0;
+        double centre_y = 0.0;
+        double radius_x = 0.0;  ///< 0 covers everything below `top`.
+        double radius_y = 0.0;
+        double top = 0.0;
+        double disparity = 0.0;        ///< Pixels, at y = 0.
+        double disparity_per_row = 0.0;
+        float colour[3] = {};
+        float pattern_x = 0.0F;  ///< Origin in the texture.
+        float pattern_y = 0.0F;
+        [[nodiscard]] bool covers(double x, double y) const;
+        [[nodiscard]] double disparity_at(double y) const { return disparity + disparity_per_row * y; }
+    };
+    struct Hit {
+        const Layer* layer;
+        double x;  ///< Position between the two views.
+    };
+    [[nodiscard]] Bitmap render(int side) const;
+    [[nodiscard]] Hit hit(double x, double y, int side) const;
+    [[nodiscard]] ScenePoint displaced(ScenePoint ideal) const;
+    [[nodiscard]] ScenePoint ideal_of(ScenePoint displaced_point) const;
+    void shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const;
+
+    SceneOptions options_;
+    SceneErrors errors_;
+    std::vector<Layer> layers_;  ///< Nearest first.
+};
+
+}  // namespace zemora
