@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Options, AreToldWithTheKeyPaddedByDots) {
     const Applied applied =
-        apply({"/OH=1080", "--GammaRed=0.75", "/AF=23.976", "--SynchronizeDeshake=0", "/CA=a=b c"});
+        apply({"/OH=1080", "--GammaRed=0.75", "/AF=23.976", "--SynchronizeDeshake=0", "--CaptionText=a=b c"});
     EXPECT_EQ(applied.told,
               "Parameter overwritten with option: OutputHeight...... = 1080\n"
               "Parameter overwritten with option: GammaRed.......... = 0.75\n"

@@ -44,6 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
         NumberCase{"prefix_of_the_value", "OutputHeight=12abc\nGammaCorrection=1.5,7\n", 12, 1.5},
         NumberCase{"letters_leave_the_default", "OutputHeight=abc\nGammaCorrection=nan\n", 0, 1.0},
         NumberCase{"signs", "OutputHeight=+12\nGammaCorrection=+1e-1\n", 12, 0.1},
+        NumberCase{"too_small_for_a_real", "GammaCorrection=1e-999\n", 0, 0.0},
         NumberCase{"lower_limits", "OutputHeight=0\nGammaCorrection=0\n", 0, 0.0},
         NumberCase{"upper_limits", "OutputHeight=16384\nGammaCorrection=10\n", 16384, 10.0},
         NumberCase{"windows_line_ends", "OutputHeight=12\r\nGammaCorrection=2\r\n", 12, 2.0},
@@ -66,17 +67,19 @@ TEST_P(TextLines, GiveTheText) {
 
 INSTANTIATE_TEST_SUITE_P(
     ParameterFile, TextLines,
-    ::testing::Values(TextCase{"trimmed", "CaptionText  =   two words   % comment", "two words"},
-                      TextCase{"semicolon_belongs_to_it", "CaptionText=a;", "a;"},
-                      TextCase{"second_equality_sign", "CaptionText=a=b", "a=b"},
-                      TextCase{"empty", "CaptionText=", ""},
-                      TextCase{"blank_before_the_key", " CaptionText=a", "Caption"},
-                      TextCase{"no_equality_sign", "CaptionText of my pictures", "Caption"},
-                      TextCase{"backslashes_stay", R"(CaptionText=a\b)", R"(a\b)"},
-                      TextCase{"utf8", "CaptionText=\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9"},
-                      TextCase{"windows_1252", "CaptionText=\x80 M\xFCller", "\xE2\x82\xAC M\xC3\xBCller"},
-                      TextCase{"longest_line", "CaptionText=" + std::string(498, 'x'),
-                               std::string(498, 'x')}),
+    ::testing::Values(
+        TextCase{"trimmed", "CaptionText  =   two words   % comment", "two words"},
+        TextCase{"semicolon_belongs_to_it", "CaptionText=a;", "a;"},
+        TextCase{"second_equality_sign", "CaptionText=a=b", "a=b"}, TextCase{"empty", "CaptionText=", ""},
+        TextCase{"percent_before_the_sign", "CaptionText % a = b", "b"},
+        TextCase{"blank_before_the_key", " CaptionText=a", "Caption"},
+        TextCase{"no_equality_sign", "CaptionText of my pictures", "Caption"},
+        TextCase{"backslashes_stay", R"(CaptionText=a\b)", R"(a\b)"},
+        TextCase{"utf8", "CaptionText=\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9"},
+        TextCase{"windows_1252", "CaptionText=\x80 M\xFCller", "\xE2\x82\xAC M\xC3\xBCller"},
+        TextCase{"cut_off_utf8", "CaptionText=a\xC3", "a\xC3\x83"},
+        TextCase{"surrogate_is_no_utf8", "CaptionText=\xED\xA0\xBF", "\xC3\xAD\xC2\xA0\xC2\xBF"},
+        TextCase{"longest_line", "CaptionText=" + std::string(498, 'x'), std::string(498, 'x')}),
     [](const auto& suite) { return suite.param.name; });
 
 TEST(ParameterFile, EmptyFileNotesEveryNotedKeyAndKeepsTheDefaults) {
@@ -134,6 +137,12 @@ TEST(ParameterFile, FaultyLineWaitsWhenErrorsStop) {
     EXPECT_NE(
         back.told.find("line: OutputHeight: 5\nsearched for: OutputHeight\n" + std::string(kWaitingLine)),
         std::string::npos);
+}
+
+TEST(ParameterFile, FaultyLineDoesNotWaitWhileTheWaitingLevelIsSearched) {
+    const ReadBack back = read_content("StopAtErrors=3\nStopAtError=0\n");
+    EXPECT_EQ(count_of(back.told, "searched for: StopAtError\n"), 1);
+    EXPECT_EQ(count_of(back.told, std::string(kWaitingLine)), 0);
 }
 
 TEST(ParameterFile, LanguageOfTheFileHoldsForAllLaterNotes) {
