@@ -10,7 +10,7 @@
 #include "analysis/tone_tables.h"
 #include "config/parameter_set.h"
 #include "numerics/bitmap.h"
-#include "numerics/labelled_array.h"
+#include "numerics/rescale.h"
 
 namespace zemora {
 
@@ -47,7 +47,9 @@ using Grid = std::array<std::array<T, kGridMax>, kGridMax>;
 enum class AnalysePhase { shift = 1, first_grid = 2, geometry = 3, disparity = 5 };
 
 /// Result of `analyse_phase`.
-enum class AnalyseStatus { done = 0, shift_too_large = 2, no_disparity = 5 };
+enum class AnalyseStatus { done = 0, shift_too_large = 2, no_memory = 3, no_disparity = 5 };
+/// Which copy found no memory, by the number of its message.
+enum class MemoryFailure { none = 0, first_copy = 403, second_copy = 539, disparity_copy = 1551 };
 /// Result of `estimate_geometry`.
 enum class EstimateStatus { done = 0, no_cell = 1, too_few_cells = 2 };
 
@@ -84,6 +86,7 @@ public:
     int corner_coverage = 0;    ///< 1 when the valid cells reach into all four corners.
     double oversize_shift = 0.0;  ///< Pixels; what phase 1 found when it refused.
     bool oversize_is_vertical = false;
+    MemoryFailure memory_failure = MemoryFailure::none;
     int disparity_width = 0;    ///< Width of the copy that phase 5 measured, pixels.
 
     // Cells, [row][column], row 0 at the bottom.
@@ -97,6 +100,7 @@ public:
     // Kept between calls.
     float previous_width = 0.0F;  ///< Width analysed before; 0 after a reset.
     Bitmap working_left, working_right;
+    RescaleScratch rescale_scratch;
 };
 
 /// Clears the cells and counters of an image; with `keep` the displacements stay.

@@ -1,0 +1,85 @@
+#include "analysis/cell_measure.h"
+
+#include <omp.h>
+
+#include <algorithm>
+#include <atomic>
+
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr double kShareWhole = 0.75;         ///< Of a tile that must overlap.
+constexpr double kSharePassepartout = 0.5;   ///< The same for pictures with a frame of one colour.
+
+}  // namespace
+
+MeasuredPair::MeasuredPair(const AnalysisState& state, const StereoPicture& pair)
+    : left(pair.left, state.Colormap_l),
+      right(pair.right, state.Colormap_r),
+      rule{state.passe_colour, state.passepartout == 0 ? kShareWhole : kSharePassepartout},
+      height(pair.left.height),
+      width(pair.left.width) {}
+
+float search_contrast(const ToneView& view, const TileSearch& search) {
+    return tile_contrast(view, search.tile_rows, search.tile_columns, search.x, search.y,
+                         search.tile_rows * search.tile_columns / 2);
+}
+
+DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
+                                  CellTools& tools) {
+    const ToneView& first = left_first ? pair.left : pair.right;
+    const ToneView& second = left_first ? pair.right : pair.left;
+    DirectionResult result;
+    result.contrast = search_contrast(first, search);
+    tools.correlator.correlate(first, second, pair.rule, search, tools.surface);
+    result.figures = evaluate_surface(tools.surface, pair.height, pair.width);
+    result.position_dx = result.figures.dx + static_cast<float>(search.shift_x);
+    return result;
+}
+
+bool match_inside(const TileSearch& search, float position_dx, int width) {
+    const float start = static_cast<float>(search.x) + position_dx;
+    return start >= 0.0F && start + static_cast<float>(search.tile_columns) < static_cast<float>(width);
+}
+
+void store_cell(AnalysisState& state, int row, int column, const CellValue& value) {
+    const auto i = static_cast<std::size_t>(row);
+    const auto j = static_cast<std::size_t>(column);
+    state.ErrorPixel_x[i][j] = value.dx;
+    state.ErrorPixel_y[i][j] = value.dy;
+    state.CQM[i][j] = value.contrast;
+    state.CQX[i][j] = value.figures.sharpness_x;
+    state.CQY[i][j] = value.figures.sharpness_y;
+    state.CQZ[i][j] = value.figures.sharpness;
+    state.CQPDF[i][j] = value.figures.ambiguity;
+    state.CQVAL[i][j] = value.figures.value;
+}
+
+int tile_start(int index, int count, int side, int length, double margin) {
+    const double pitch = (length - 2.0 * margin - static_cast<double>(count) * side) / (count - 1) + side;
+    return std::clamp(round_half_up(index * pitch + margin), 0, std::max(length - side, 0));
+}
+
+void for_each_cell(int cells, const AnalyseProgress& progress, const std::function<void(int, CellTools&)>& measure) {
+    std::atomic<int> done = 0;
+#pragma omp parallel
+    {
+        CellTools tools;
+#pragma omp for schedule(dynamic)
+        for (int cell = 0; cell < cells; ++cell) {
+            measure(cell, tools);
+            const int now_done = ++done;
+            if (progress && omp_get_thread_num() == 0 && now_done < cells) {
+                progress(100.0 * now_done / cells);
+            }
+        }
+    }
+    if (progress) {
+        progress(100.0);
+    }
+}
+
+}  // namespace zemora

@@ -1,0 +1,69 @@
+#pragma once
+/// Measuring single cells of a grid, and running over the cells of a grid on all cores.
+
+#include <functional>
+
+#include "analysis/correlation.h"
+#include "analysis/stereo_analyse.h"
+#include "analysis/surface.h"
+
+namespace zemora {
+
+/// A tile with less contrast can carry no match.
+inline constexpr float kLeastContrast = 0.5F;
+/// `CQPDF` and `CQVAL` of a cell without a match.
+inline constexpr int kNoFigure = 9999;
+
+/// The pair as a phase sees it.
+struct MeasuredPair {
+    MeasuredPair(const AnalysisState& state, const StereoPicture& pair);
+
+    ToneView left;
+    ToneView right;
+    OverlapRule rule;
+    int height;
+    int width;
+};
+
+/// What each thread works with.
+struct CellTools {
+    Correlator correlator;
+    ErrorSurface surface;
+    ErrorSurface mirrored;
+};
+
+/// One direction of a cell: the tile of one view looked for in the other.
+struct DirectionResult {
+    float contrast = 0.0F;
+    SurfaceFigures figures;
+    float position_dx = 0.0F;  ///< Whole displacement of the match, with the centre of the search.
+};
+
+/// Measures contrast and displacement of the tile of `first` in `second`.
+[[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
+                                                CellTools& tools);
+
+/// Contrast of the tile of a search; -1 when less than half of it lies in the view.
+[[nodiscard]] float search_contrast(const ToneView& view, const TileSearch& search);
+
+/// Whether the matched tile lies inside the picture.
+[[nodiscard]] bool match_inside(const TileSearch& search, float position_dx, int width);
+
+/// A cell of the grid and the numbers to store there.
+struct CellValue {
+    float dx = 0.0F;
+    float dy = 0.0F;
+    float contrast = 0.0F;
+    SurfaceFigures figures;
+};
+void store_cell(AnalysisState& state, int row, int column, const CellValue& value);
+
+/// Left or lower start of tile `index` of a row of `count` tiles of `side` pixels that are spread
+/// over `length` pixels with `margin` at both ends; kept inside the picture.
+[[nodiscard]] int tile_start(int index, int count, int side, int length, double margin);
+
+/// Calls `measure` for the cells 0 to `cells` - 1, shared out to all cores; each thread has tools of
+/// its own. Progress is told from the calling thread only.
+void for_each_cell(int cells, const AnalyseProgress& progress, const std::function<void(int cell, CellTools& tools)>& measure);
+
+}  // namespace zemora

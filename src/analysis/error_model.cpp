@@ -1,0 +1,79 @@
+#include "analysis/error_model.h"
+
+#include <array>
+#include <cmath>
+
+namespace zemora {
+
+namespace {
+
+constexpr int kRounds = 5;
+constexpr int kLattice = 16;  ///< Points a side over which an error is averaged.
+
+enum Term { kHeight, kSize, kRotation, kVergenceV, kVergenceH, kTerms };
+using Basis = std::array<double, kTerms>;
+
+/// Values of the terms at a point for coefficients of 1.
+Basis basis(const ModelPoint& point, int height, int width) {
+    const double x = point.x - width / 2;
+    const double y = point.y - height / 2;
+    const double exact_y = point.y - height / 2.0;
+    return {1.0, y, x, x * y / (width / 2.0), exact_y * exact_y / (height / 2.0) - height / 6.0};
+}
+
+}  // namespace
+
+ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered) {
+    const auto on = [corners_covered](int setting) { return setting == 1 || (setting == 2 && corners_covered); };
+    return {on(estimate_vergence_v), on(estimate_vergence_h)};
+}
+
+ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width, ModelTerms terms) {
+    const std::array<bool, kTerms> solved = {true, true, true, terms.vergence_v, terms.vergence_h};
+    std::vector<Basis> bases;
+    bases.reserve(points.size());
+    for (const ModelPoint& point : points) {
+        bases.push_back(basis(point, height, width));
+    }
+    Basis total{};
+    for (int step = 0; step < kRounds * kTerms; ++step) {
+        const auto term = static_cast<std::size_t>(step % kTerms);
+        double product = 0.0;
+        double square = 0.0;
+        for (std::size_t k = 0; solved[term] && k < points.size(); ++k) {
+            product += points[k].dy * bases[k][term];
+            square += bases[k][term] * bases[k][term];
+        }
+        const double coefficient = square > 0.0 ? product / square : 0.0;
+        total[term] += coefficient;
+        for (std::size_t k = 0; k < points.size(); ++k) {
+            points[k].dy -= coefficient * bases[k][term];
+        }
+    }
+    ModelFit fit;
+    fit.values.height = static_cast<float>(total[kHeight]);
+    fit.values.size = static_cast<float>(total[kSize]);
+    fit.values.rotation = static_cast<float>(total[kRotation]);
+    fit.values.vergence_v = static_cast<float>(total[kVergenceV]);
+    fit.values.vergence_h = static_cast<float>(total[kVergenceH]);
+    for (const ModelPoint& point : points) {
+        fit.residual_rms += point.dy * point.dy;
+    }
+    fit.residual_rms = points.empty() ? 0.0 : std::sqrt(fit.residual_rms / static_cast<double>(points.size()));
+    return fit;
+}
+
+double mean_model_error(const CorrectionValues& values, int height, int width) {
+    double sum = 0.0;
+    for (int i = 0; i < kLattice; ++i) {
+        for (int j = 0; j < kLattice; ++j) {
+            const double x = (j - kLattice / 2) * static_cast<double>(width) / kLattice;
+            const double y = (i - kLattice / 2) * static_cast<double>(height) / kLattice;
+            sum += std::fabs(values.height + values.size * y + values.rotation * x +
+                             values.vergence_v * x * y / (width / 2.0) + values.vergence_h * y * y / (height / 2.0));
+        }
+    }
+    return sum / (kLattice * kLattice);
+}
+
+}  // namespace zemora

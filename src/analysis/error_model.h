@@ -1,0 +1,39 @@
+#pragma once
+/// The model of vertical misalignment and its fit.
+///
+/// dy(X, Y) = height + size Y + rotation X + vergence_v X Y / (W/2) + vergence_h (Y^2 / (H/2) - H/6)
+/// with X, Y from the middle of the image. The last term has mean 0 over the height of the image.
+
+#include <vector>
+
+#include "analysis/stereo_analyse.h"
+
+namespace zemora {
+
+/// Terms that are solved besides height, size and rotation; the others are 0.
+struct ModelTerms {
+    bool vergence_v = false;
+    bool vergence_h = false;
+    friend bool operator==(const ModelTerms&, const ModelTerms&) = default;
+};
+
+/// The terms wanted by `EstimateVergence_V` and `EstimateVergence_H`: 0 off, 1 on, 2 only with
+/// points in all four corners.
+[[nodiscard]] ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered);
+
+/// A measured cell.
+struct ModelPoint {
+    int x = 0;  ///< Middle of the tile, pixels of the image.
+    int y = 0;
+    double dy = 0.0;
+};
+
+struct ModelFit {
+    CorrectionValues values;   ///< Shift and window stay 0.
+    double residual_rms = 0.0;  ///< Pixels.
+};
+
+/// Fits the terms in turn, five times over, each to what the others leave.
+[[nodiscard]] ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width, ModelTerms terms);
+
+}  // namespace zemora

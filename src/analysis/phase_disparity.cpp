@@ -1,0 +1,180 @@
+#include <algorithm>
+#include <array>
+
+#include "analysis/cell_measure.h"
+#include "analysis/disparity_statistics.h"
+#include "analysis/phases.h"
+#include "numerics/rounding.h"
+
+namespace zemora::phases {
+
+namespace {
+
+constexpr int kCells = kGridMax * kGridMax;
+constexpr int kCopySide = 1024;         ///< Pixels of the copy's longer side.
+constexpr int kSearch = 304;            ///< Displacements -152 to 152 pixels.
+constexpr int kMargin = 14;             ///< Pixels round the grid.
+constexpr int kLeastTilePixels = 1300;
+constexpr float kLeastSlope = 7.0F;
+constexpr int kMostAmbiguous = 50;      ///< Displacements of similar error, and width of the low band.
+constexpr int kGap = 5;                 ///< Empty pixels that make an extreme stand alone.
+
+DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const TileSearch& search, CellTools& tools,
+                             ErrorSurface& surface) {
+    const ToneView& first = left_first ? pair.left : pair.right;
+    const ToneView& second = left_first ? pair.right : pair.left;
+    DirectionResult result;
+    result.contrast = tile_contrast(first, kDisparityTile, kDisparityTile, search.x, search.y, kLeastTilePixels);
+    tools.correlator.correlate(first, second, pair.rule, search, surface);
+    result.figures = evaluate_profile(surface);
+    result.position_dx = result.figures.dx;
+    return result;
+}
+
+bool is_good(const DirectionResult& result, const TileSearch& search, int width) {
+    return result.contrast >= kLeastContrast && result.figures.sharpness_x >= kLeastSlope &&
+           match_inside(search, result.position_dx, width);
+}
+
+CellValue value_of(const DirectionResult& result, float sign) {
+    return {sign * result.figures.dx, 0.0F, result.contrast, result.figures};
+}
+
+/// Both directions on one line: the reverse profile runs the other way round.
+CellValue joined(const DirectionResult& forward, CellTools& tools) {
+    ErrorSurface& sum = tools.surface;
+    for (int k = 0; k <= kSearch; ++k) {
+        sum.set(0, k, sum.at(0, k) + tools.mirrored.at(0, kSearch - k));
+    }
+    CellValue value = value_of(forward, 1.0F);
+    value.figures = evaluate_profile(sum);
+    value.dx = value.figures.dx;
+    return value;
+}
+
+CellValue rejected(const DirectionResult& forward, const DirectionResult& reverse) {
+    const float a = forward.figures.sharpness_x;
+    const float b = reverse.figures.sharpness_x;
+    if (forward.contrast >= kLeastContrast && a >= b) {
+        return value_of(forward, 1.0F);
+    }
+    if (reverse.contrast >= kLeastContrast && b >= a) {
+        return value_of(reverse, -1.0F);
+    }
+    CellValue value;
+    value.contrast = (forward.contrast + reverse.contrast) / 2.0F;
+    value.figures.ambiguity = value.figures.value = kNoFigure;
+    return value;
+}
+
+bool unambiguous(const CellValue& value) {
+    return value.contrast >= kLeastContrast && value.figures.sharpness_x >= kLeastSlope &&
+           value.figures.ambiguity <= kMostAmbiguous && value.figures.value <= kMostAmbiguous;
+}
+
+void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, CellTools& tools) {
+    const int row = cell / kGridMax;
+    const int column = cell % kGridMax;
+    const auto i = static_cast<std::size_t>(row);
+    const auto j = static_cast<std::size_t>(column);
+    const TileSearch search{tile_start(column, kGridMax, kDisparityTile, pair.width, kMargin),
+                            tile_start(row, kGridMax, kDisparityTile, pair.height, kMargin),
+                            kDisparityTile, kDisparityTile, 0, kSearch, 1, 1, 0, 0};
+    state.middle_x[i][j] = search.x + kDisparityTile / 2;
+    state.middle_y[i][j] = search.y + kDisparityTile / 2;
+    const DirectionResult forward = measure_line(pair, true, search, tools, tools.surface);
+    const DirectionResult reverse = measure_line(pair, false, search, tools, tools.mirrored);
+    const bool forward_good = is_good(forward, search, pair.width);
+    const bool reverse_good = is_good(reverse, search, pair.width);
+    const CellValue value = forward_good && reverse_good ? joined(forward, tools)
+                            : forward_good               ? value_of(forward, 1.0F)
+                            : reverse_good               ? value_of(reverse, -1.0F)
+                                                         : rejected(forward, reverse);
+    store_cell(state, row, column, value);
+    state.CQOK5[i][j] = (forward_good || reverse_good) && unambiguous(value) ? 1 : 0;
+}
+
+/// Brings the disparities from the copy's pixels to those of the picture.
+void scale_disparities(AnalysisState& state, float scale) {
+    DisparityStatistics& d = state.disparity;
+    for (float* value : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near, &d.right_edge_near,
+                         &d.top_edge_near, &d.bottom_edge_near, &state.values.shift}) {
+        *value *= scale;
+    }
+}
+
+}  // namespace
+
+void remove_isolated_extremes(AnalysisState& state) {
+    std::array<int, kSearch + 1> cells_at{};
+    const auto bin = [&state](std::size_t i, std::size_t j) {
+        return std::clamp(round_half_up(state.ErrorPixel_x[i][j] + kSearch / 2), 0, kSearch);
+    };
+    int low = kSearch + 1;
+    int high = -1;
+    for (std::size_t i = 0; i < kGridMax; ++i) {
+        for (std::size_t j = 0; j < kGridMax; ++j) {
+            if (state.CQOK5[i][j] != 0) {
+                const int b = bin(i, j);
+                ++cells_at[static_cast<std::size_t>(b)];
+                low = std::min(low, b);
+                high = std::max(high, b);
+            }
+        }
+    }
+    const auto alone = [&cells_at](int b, int direction) {
+        int neighbours = 0;
+        for (int k = 1; k <= kGap; ++k) {
+            const int at = b + direction * k;
+            neighbours += at >= 0 && at <= kSearch ? cells_at[static_cast<std::size_t>(at)] : 0;
+        }
+        return cells_at[static_cast<std::size_t>(b)] == 1 && neighbours == 0;
+    };
+    if (high < 0) {
+        return;
+    }
+    const bool high_alone = alone(high, -1);
+    const bool low_alone = alone(low, 1);
+    for (std::size_t i = 0; i < kGridMax; ++i) {
+        for (std::size_t j = 0; j < kGridMax; ++j) {
+            const int b = bin(i, j);
+            if ((high_alone && b == high) || (low_alone && b == low)) {
+                state.CQOK5[i][j] = 0;
+            }
+        }
+    }
+}
+
+AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress) {
+    const int long_side = std::max(pair.left.width, pair.left.height);
+    const int short_side = std::min(pair.left.width, pair.left.height);
+    state.CQOK5 = {};
+    if (short_side <= 0) {
+        return AnalyseStatus::no_disparity;
+    }
+    const int across = static_cast<int>(std::max<std::int64_t>(static_cast<std::int64_t>(short_side) * kCopySide / long_side, 1));
+    const bool portrait = pair.left.width < pair.left.height;
+    const WorkingCopies copies = make_copies(
+        state, pair, portrait ? PictureSize{across, kCopySide} : PictureSize{kCopySide, across});
+    if (!copies.made) {
+        state.memory_failure = MemoryFailure::disparity_copy;
+        return AnalyseStatus::no_memory;
+    }
+    const MeasuredPair measured(state, copies.pair);
+    state.disparity_width = measured.width;
+    const bool tiles_fit = measured.width >= kDisparityTile && measured.height >= kDisparityTile;
+    for_each_cell(tiles_fit ? kCells : 0, progress,
+                  [&](int cell, CellTools& tools) { measure_cell(state, measured, cell, tools); });
+    remove_isolated_extremes(state);
+    if (!update_line_disparities(state, measured.width)) {
+        return AnalyseStatus::no_disparity;
+    }
+    const float scale = static_cast<float>(long_side) / kCopySide;
+    if (choose_window(state, measured.height, measured.width)) {
+        state.values.window *= scale;
+    }
+    scale_disparities(state, scale);
+    return AnalyseStatus::done;
+}
+
+}  // namespace zemora::phases

@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <cmath>
+
+#include "analysis/cell_measure.h"
+#include "analysis/phases.h"
+#include "numerics/rounding.h"
+
+namespace zemora::phases {
+
+namespace {
+
+/// Tile, search and start of the tile along one axis of a small copy, pixels.
+struct AxisPlan {
+    int side = 0;
+    int tile = 0;
+    int search = 0;
+    int start = 0;
+};
+
+/// The copy for one of the two correlations.
+struct CopyPlan {
+    AxisPlan along;   ///< Along the longer side.
+    AxisPlan across;
+};
+
+constexpr int kFirstLongSide = 66;
+constexpr int kSecondLongSide = 200;
+constexpr int kSecondPerFirst = 3;   ///< Pixels of the second copy per pixel of the first.
+constexpr int kFinalPerSecond = 4;   ///< Pixels of the 800-pixel analysis image per pixel of the second.
+constexpr float kLargestShift = 200.0F;  ///< Pixels of the analysis image.
+
+CopyPlan first_plan(std::int64_t long_side, std::int64_t short_side) {
+    const int s = static_cast<int>(22 * short_side / long_side) * 3 + 3;
+    return {{kFirstLongSide, 33, 34, 17}, {s, s / 2, (s / 4 + 1) * 2, s / 4 + 1}};
+}
+
+CopyPlan second_plan(std::int64_t long_side, std::int64_t short_side) {
+    const int s = static_cast<int>(50 * short_side / long_side) * 4 + 4;
+    return {{kSecondLongSide, 100, 26, 50}, {s, s / 2, s / 16 * 2 + 2, s / 2 - s / 4}};
+}
+
+struct Displacement {
+    float dx = 0.0F;
+    float dy = 0.0F;
+};
+
+/// Correlates the middle of the left copy; the copy's memory is missing when `found` stays false.
+Displacement correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan, int shift_x,
+                            int shift_y, bool& found) {
+    const bool portrait = pair.left.width < pair.left.height;
+    const AxisPlan& x = portrait ? plan.across : plan.along;
+    const AxisPlan& y = portrait ? plan.along : plan.across;
+    const WorkingCopies copies = make_copies(state, pair, {x.side, y.side});
+    found = copies.made;
+    if (!found) {
+        return {};
+    }
+    const MeasuredPair small(state, copies.pair);
+    CellTools tools;
+    const TileSearch search{x.start, y.start, y.tile, x.tile, y.search, x.search, 1, 1, shift_x, shift_y};
+    tools.correlator.correlate(small.left, small.right, small.rule, search, tools.surface);
+    const SurfaceFigures figures = evaluate_surface(tools.surface, pair.left.height, pair.left.width);
+    return {figures.dx, figures.dy};
+}
+
+}  // namespace
+
+AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
+    const int long_side = std::max(pair.left.width, pair.left.height);
+    const int short_side = std::min(pair.left.width, pair.left.height);
+    if (short_side <= 0) {
+        return AnalyseStatus::done;
+    }
+    bool found = false;
+    const Displacement rough = correlate_copy(state, pair, first_plan(long_side, short_side), 0, 0, found);
+    if (!found) {
+        state.memory_failure = MemoryFailure::first_copy;
+        return AnalyseStatus::no_memory;
+    }
+    const int shift_x = round_half_up(kSecondPerFirst * rough.dx);
+    const int shift_y = round_half_up(kSecondPerFirst * rough.dy);
+    const Displacement fine = correlate_copy(state, pair, second_plan(long_side, short_side), shift_x, shift_y, found);
+    if (!found) {
+        state.memory_failure = MemoryFailure::second_copy;
+        return AnalyseStatus::no_memory;
+    }
+    const float dx = kFinalPerSecond * (static_cast<float>(shift_x) + fine.dx);
+    const float dy = kFinalPerSecond * (static_cast<float>(shift_y) + fine.dy);
+    state.ErrorPixel_x[0][0] = dx;
+    state.ErrorPixel_y[0][0] = dy;
+    if (std::fabs(dx) >= kLargestShift || std::fabs(dy) >= kLargestShift) {
+        state.oversize_is_vertical = std::fabs(dx) < kLargestShift;
+        state.oversize_shift = state.oversize_is_vertical ? dy : dx;
+        return AnalyseStatus::shift_too_large;
+    }
+    return AnalyseStatus::done;
+}
+
+}  // namespace zemora::phases

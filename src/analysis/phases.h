@@ -1,0 +1,39 @@
+#pragma once
+/// The phases behind `analyse_phase`, one file each.
+
+#include "analysis/stereo_analyse.h"
+
+namespace zemora::phases {
+
+/// Phase 1: the global shift, from two small copies.
+[[nodiscard]] AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair);
+
+/// Phase 2: 3 x 3 tiles in both directions.
+void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress);
+
+/// Phase 3: 10 x 10 tiles, in passes of growing search where the first does not do.
+void measure_geometry(AnalysisState& state, const StereoPicture& pair, const PhaseRequest& request,
+                      const AnalyseProgress& progress);
+
+/// Phase 5: 16 x 16 tiles along lines, and the disparities.
+[[nodiscard]] AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
+                                              const AnalyseProgress& progress);
+
+/// Rescaled copies of both views in the working bitmaps; false without memory.
+struct WorkingCopies {
+    StereoPicture pair;
+    bool made = false;
+};
+[[nodiscard]] WorkingCopies make_copies(AnalysisState& state, const StereoPicture& pair, PictureSize size);
+
+/// Outliers of phase 3 lose their validity: cells far on the near side, and the cells with the
+/// largest and the smallest vertical displacement.
+void remove_outliers(AnalysisState& state);
+
+/// Whether the valid cells of phase 3 reach into all four corners.
+[[nodiscard]] bool corners_covered(const AnalysisState& state);
+
+/// `CQOK5` of cells whose disparity stands alone at either end of all disparities is cleared.
+void remove_isolated_extremes(AnalysisState& state);
+
+}  // namespace zemora::phases

@@ -1,0 +1,29 @@
+#pragma once
+/// From an error surface to a displacement and the figures of its trustworthiness.
+
+#include "analysis/correlation.h"
+
+namespace zemora {
+
+/// Sharpness of a minimum on the border of the search: no minimum at all.
+inline constexpr float kNoMinimum = -2.0F;
+
+/// What one surface gives.
+struct SurfaceFigures {
+    float sharpness_x = 0.0F;  ///< CQX; along the line for a profile.
+    float sharpness_y = 0.0F;  ///< CQY
+    float sharpness = 0.0F;    ///< CQZ, along the direction of weakest rise.
+    int ambiguity = 0;         ///< CQPDF: displacements within twice the least error.
+    int value = 0;             ///< CQVAL: least error per mille of the cells, or width of the low band.
+    float dx = 0.0F;           ///< Pixels from the centre of the search.
+    float dy = 0.0F;
+};
+
+/// Grades the minimum of a two-dimensional search; `height` and `width` are the size in pixels of
+/// the image in which the displacements are wanted.
+[[nodiscard]] SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int width);
+
+/// Grades the minimum of a surface of one row.
+[[nodiscard]] SurfaceFigures evaluate_profile(const ErrorSurface& surface);
+
+}  // namespace zemora

@@ -1,0 +1,45 @@
+#pragma once
+/// Rescaling of 24-bit pictures with the program's own filters.
+
+#include <cstdint>
+#include <vector>
+
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+/// Work area of `rescale`; survives calls, so that pictures of one size allocate once.
+struct RescaleScratch {
+    std::vector<std::uint16_t> samples;  ///< Three channels a sample.
+};
+
+enum class RescaleFilter { bilinear = 1, bicubic = 2 };
+enum class RescaleFit {
+    keep_aspect = 0,  ///< The largest size of the source's aspect inside the target.
+    stretch = 1,      ///< Exactly the target's size.
+};
+
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+    friend bool operator==(const PictureSize&, const PictureSize&) = default;
+};
+
+/// Writes `source`, rescaled, to the lower left of `target`; returns the size written. Nothing is
+/// written when a side of either is not positive. The rows are shared out to all cores; the result
+/// does not depend on their number.
+PictureSize rescale(ConstPicture source, Picture target, RescaleScratch& scratch, RescaleFilter filter,
+                    RescaleFit fit);
+
+/// How `rescale_rotated` turns and shears the picture round its centre.
+struct RotatedRescale {
+    double rotation_deg = 0.0;
+    double vergence_deg = 0.0;
+    double zoom = 1.0;
+    Colour outside;  ///< Colour of the pixels that lie outside the source.
+};
+
+/// Resamples `source` to the size of `target` by the nearest pixel, rotated and sheared.
+void rescale_rotated(ConstPicture source, Picture target, const RotatedRescale& how);
+
+}  // namespace zemora
