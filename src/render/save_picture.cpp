@@ -7,6 +7,7 @@
 
 #include "numerics/rounding.h"
 #include "platform/paths.h"
+#include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 #include "render/cmyk.h"
 
@@ -74,6 +75,7 @@ std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int fl
     } stream;
     BYTE* bytes = nullptr;
     DWORD size = 0;
+    silence_tiff_library();
     if (stream.handle == nullptr || FreeImage_SaveToMemory(format, picture, stream.handle, flags) == FALSE ||
         FreeImage_AcquireMemory(stream.handle, &bytes, &size) == FALSE || size == 0) {
         return "the picture cannot be encoded";

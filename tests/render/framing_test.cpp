@@ -1,0 +1,235 @@
+#include "render/framing.h"
+
+#include <gtest/gtest.h>
+
+#include "render/canvas.h"
+#include "tests/render/render_scene.h"
+
+namespace zemora {
+namespace {
+
+using testing::colour_at;
+using testing::Rig;
+using testing::textured;
+
+constexpr Colour kFrame{30, 20, 10};
+
+/// A rig with a working pair of 60 by 40 in frame colour 10, 20, 30.
+struct FramedRig : Rig {
+    explicit FramedRig(const FrameSettings& settings, int width = 60, int height = 40) {
+        warp->left = textured(width + 3, height + 2, 1);
+        warp->right = textured(width + 3, height + 2, 2);
+        warp->width = width;
+        warp->height = height;
+        warp->frame = settings;
+        warp->frame.colour = kFrame;
+    }
+};
+
+FrameSettings settings(int top, int bottom, int left_right, int central, int floating, int line) {
+    FrameSettings frame;
+    frame.top = top;
+    frame.bottom = bottom;
+    frame.left_right = left_right;
+    frame.central = central;
+    frame.floating = floating;
+    frame.thin_line = line;
+    return frame;
+}
+
+TEST(SingleViewLayout, FloatingMovesTheViewsApartOnTheirCanvases) {
+    FramedRig rig(settings(3, 5, 8, 0, 10, 2));
+    const CanvasLayout left = single_view_layout(*rig.warp, View::left);
+    const CanvasLayout right = single_view_layout(*rig.warp, View::right);
+    EXPECT_EQ(left.height, 40 + 4 + 8);
+    EXPECT_EQ(left.width, 60 + 4 + 16);
+    EXPECT_EQ(left.picture_row, 7);
+    EXPECT_EQ(left.left_picture_column, 8 + 2 - 5);
+    EXPECT_EQ(right.right_picture_column, 8 + 2 + 5);
+}
+
+TEST(SingleViewLayout, FillingSplitsTheExcessAndLargerPicturesWin) {
+    FrameSettings fill;
+    fill.fill_height = 51;
+    fill.fill_width = 30;
+    fill.thin_line = 1;
+    FramedRig rig(fill);
+    const CanvasLayout layout = single_view_layout(*rig.warp, View::left);
+    EXPECT_EQ(layout.height, 51);
+    EXPECT_EQ(rig.warp->frame.top, 4);
+    EXPECT_EQ(rig.warp->frame.bottom, 5);
+    EXPECT_EQ(layout.width, 62) << "the fill is too low";
+    EXPECT_EQ(rig.warp->frame.fill_width, 62);
+}
+
+TEST(SingleViewLayout, FloatingIsHeldToTheMargin) {
+    FramedRig rig(settings(0, 0, 4, 0, -30, 0));
+    EXPECT_EQ(single_view_layout(*rig.warp, View::left).left_picture_column, 8);
+    EXPECT_EQ(rig.warp->frame.floating, -8);
+}
+
+struct StereoCase {
+    const char* name;
+    FrameSettings frame;
+    int width, left_column, right_column, central;
+};
+
+class StereoLayouts : public ::testing::TestWithParam<StereoCase> {};
+
+TEST_P(StereoLayouts, PlaceBothPictures) {
+    const StereoCase& c = GetParam();
+    FramedRig rig(c.frame);
+    const CanvasLayout layout = side_by_side_layout(*rig.warp);
+    EXPECT_EQ(layout.width, c.width);
+    EXPECT_EQ(layout.left_picture_column, c.left_column);
+    EXPECT_EQ(layout.right_picture_column, c.right_column);
+    EXPECT_EQ(rig.warp->frame.central, c.central);
+}
+
+FrameSettings filled_width(int width, int central) {
+    FrameSettings frame;
+    frame.fill_width = width;
+    frame.central = central;
+    return frame;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, StereoLayouts,
+    ::testing::Values(StereoCase{"bare", settings(0, 0, 0, 0, 0, 0), 120, 0, 60, 0},
+                      StereoCase{"framed", settings(0, 0, 10, 6, 0, 2), 2 * 64 + 40 + 6, 12, 12 + 64 + 20 + 6, 6},
+                      StereoCase{"touching", settings(0, 0, 10, -99, 0, 0), 140, 10, 70, -20},
+                      StereoCase{"floating_keeps_its_gap", settings(0, 0, 10, -99, -8, 0), 148, 14, 74, -12},
+                      StereoCase{"filled", filled_width(71, -4), 138, 5, 72, -4},
+                      StereoCase{"filled_touching", filled_width(71, -50), 131, 5, 65, -11}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ComposeSideBySide, PutsFrameLineAndPicturesWhereTheyBelong) {
+    FramedRig rig(settings(3, 5, 10, 4, 6, 2));
+    const CanvasLayout layout = side_by_side_layout(*rig.warp);
+    const Bitmap canvas = compose_side_by_side(*rig.warp, layout);
+    const ConstPicture picture = canvas.picture();
+    ASSERT_EQ(picture.width, layout.width);
+    const StereoPicture pair = rig.warp->pair();
+    EXPECT_EQ(colour_at(picture, 9, 7), colour_at(pair.left, 0, 0));
+    EXPECT_EQ(colour_at(picture, 8, 7), Colour{}) << "line";
+    EXPECT_EQ(colour_at(picture, 7, 5), Colour{}) << "corner of the line";
+    EXPECT_EQ(colour_at(picture, 6, 7), kFrame);
+    EXPECT_EQ(colour_at(picture, 9, 4), kFrame) << "bottom frame";
+    EXPECT_EQ(colour_at(picture, layout.right_picture_column + 59, 7 + 39), colour_at(pair.right, 59, 39));
+    EXPECT_EQ(colour_at(picture, layout.width - 1, layout.height - 1), kFrame);
+}
+
+TEST(ComposeView, WithoutFrameShowsTheWorkingPictureItself) {
+    FramedRig rig(FrameSettings{});
+    const CanvasLayout layout = single_view_layout(*rig.warp, View::right);
+    const Bitmap canvas = compose_view(*rig.warp, layout, View::right);
+    EXPECT_EQ(canvas.bits(), rig.warp->right.bits());
+    EXPECT_EQ(canvas.width(), 60);
+}
+
+TEST(CopyClipped, LeavesOutWhatLiesBeside) {
+    const Bitmap source = textured(10, 10);
+    for (const int x : {-7, 4, 30, -30}) {
+        Bitmap target = Bitmap::create(12, 9);
+        copy_clipped(source.picture(), target.picture(), x, -3);
+        const int column = std::max(x, 0);
+        if (x > -10 && x < 12) {
+            EXPECT_EQ(colour_at(target.picture(), column, 0), colour_at(source.picture(), column - x, 3));
+        }
+        EXPECT_EQ(colour_at(target.picture(), 11, 8), Colour{}) << "beyond the source";
+    }
+}
+
+struct AutoCase {
+    const char* name;
+    int mode, left_right, fill_width;
+    double far_point;
+    int floating, new_left_right, new_fill, new_work;
+    bool enlarged;
+};
+
+class AutomaticFrames : public ::testing::TestWithParam<AutoCase> {};
+
+/// A width of 1000 forced, target 20 per mille.
+TEST_P(AutomaticFrames, DrawThePicturesTogether) {
+    const AutoCase& c = GetParam();
+    FrameSettings frame;
+    frame.left_right = c.left_right;
+    frame.fill_width = c.fill_width;
+    FramedRig rig(frame, 1000, 20);
+    rig.warp->work_width = 1000;
+    rig.warp->force_size = kForceWidth;
+    rig.warp->latest_size_step = 1;
+    ParameterSet set;
+    set.auto_frame_floating = c.mode;
+    set.floating_target = 20;
+    set.win_off_reference = 1;
+    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point), c.enlarged);
+    EXPECT_EQ(rig.warp->frame.floating, c.floating);
+    EXPECT_EQ(rig.warp->frame.left_right, c.new_left_right);
+    EXPECT_EQ(rig.warp->frame.fill_width, c.new_fill);
+    EXPECT_EQ(rig.warp->work_width, c.new_work);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modes, AutomaticFrames,
+    ::testing::Values(AutoCase{"below_target", 1, 5, 0, 12.0, 0, 5, 0, 1000, false},
+                      AutoCase{"one_below_target", 1, 5, 0, 19.0, 0, 5, 0, 1000, false},
+                      AutoCase{"odd_becomes_even", 1, 50, 0, 33.4, -12, 50, 0, 1000, false},
+                      AutoCase{"frame_grows", 1, 5, 0, 50.0, -30, 15, 0, 1000, true},
+                      AutoCase{"picture_narrows", 2, 5, 0, 50.0, -30, 15, 0, 980, true},
+                      AutoCase{"fill_grows", 1, 0, 1010, 50.0, -30, 0, 1030, 1000, false},
+                      AutoCase{"fill_narrows", 2, 0, 1010, 50.0, -30, 0, 1010, 980, false},
+                      AutoCase{"off", 0, 5, 0, 50.0, 0, 5, 0, 1000, false}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(PixelsFromReference, KnowsTheUnits) {
+    EXPECT_DOUBLE_EQ(pixels_from_reference(20, 0, 500, 1000), 20.0);
+    EXPECT_DOUBLE_EQ(pixels_from_reference(20, 1, 500, 1000), 20.0);
+    EXPECT_NEAR(pixels_from_reference(30, 2, 500, 1000), 20.0, 1e-9);
+    EXPECT_NEAR(pixels_from_reference(10, 3, 500, 1000), 8.0, 1e-9);
+    EXPECT_DOUBLE_EQ(pixels_from_reference(20, 77, 500, 1000), 20.0) << "an unknown unit is pixels";
+}
+
+TEST(FloatingBands, HardCurtainsBlackenTheOuterEdgesOnly) {
+    FramedRig rig(FrameSettings{});
+    const Bitmap before = rig.warp->left.clone();
+    floating_bands(*rig.warp, {5, 99}, 3);
+    const StereoPicture pair = rig.warp->pair();
+    EXPECT_EQ(colour_at(pair.left, 4, 20), Colour{});
+    EXPECT_EQ(colour_at(pair.left, 5, 20), colour_at(before.picture(), 5, 20));
+    EXPECT_NE(colour_at(pair.right, 29, 20), Colour{}) << "at most half of the picture";
+    EXPECT_EQ(colour_at(pair.right, 30, 20), Colour{});
+    EXPECT_EQ(colour_at(rig.warp->left.picture(), 61, 20), colour_at(before.picture(), 61, 20))
+        << "nothing outside the picture";
+}
+
+TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
+    FramedRig rig(FrameSettings{}, 400, 4);
+    fill(rig.warp->left.picture(), Colour{200, 200, 200});
+    fill(rig.warp->right.picture(), Colour{200, 200, 200});
+    floating_bands(*rig.warp, {10, 0}, 4);
+    const StereoPicture pair = rig.warp->pair();
+    const auto left = [&pair](int x) { return int{colour_at(pair.left, x, 2).green}; };
+    // The ramp of 1 per cent is 4 columns, half of them inside the curtain's edge.
+    EXPECT_EQ(left(8), 0);
+    EXPECT_EQ(left(9), 0);
+    EXPECT_EQ(left(10), 100);
+    EXPECT_EQ(left(11), 200);
+    EXPECT_EQ(int{colour_at(pair.left, 399, 2).green}, 0) << "the opposite edge is feathered";
+    EXPECT_EQ(int{colour_at(pair.left, 398, 2).green}, 100);
+    EXPECT_EQ(int{colour_at(pair.right, 1, 2).green}, 100);
+    EXPECT_EQ(int{colour_at(pair.right, 2, 2).green}, 200);
+}
+
+TEST(FloatingBands, NarrowPicturesAndOtherModesHaveNoRamp) {
+    FramedRig hard(FrameSettings{});
+    floating_bands(*hard.warp, {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
+    EXPECT_EQ(colour_at(hard.warp->pair().left, 4, 2), Colour{});
+    FramedRig none(FrameSettings{});
+    floating_bands(*none.warp, {5, 5}, 1);
+    EXPECT_NE(colour_at(none.warp->pair().left, 2, 2), Colour{});
+}
+
+}  // namespace
+}  // namespace zemora
