@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "numerics/bitmap.h"
+#include "render/warp_kernels.h"
 
 namespace zemora {
 
@@ -13,7 +14,8 @@ public:
     static constexpr int kTileWidth = 16;  ///< Pixels.
     static constexpr int kTileRows = 8;
 
-    BackgroundMap(ConstPicture source, Colour background);
+    /// `kernels` may be null.
+    BackgroundMap(ConstPicture source, Colour background, const RowKernels* kernels);
 
     [[nodiscard]] bool any() const { return any_; }
     /// Whether a tile of the rectangle, all bounds inclusive and inside the picture, holds background.

@@ -73,6 +73,17 @@ void add_vergences(const ViewTransform& view, Position& p) {
     }
 }
 
+/// Division of numbers below 2^31 by a product and a shift (Granlund and Montgomery, Division by
+/// invariant integers using multiplication, 1994).
+void set_divider(MapRow& numbers, std::uint32_t divisor) {
+    int bits = 0;
+    while ((std::uint64_t{1} << bits) < divisor) {
+        ++bits;
+    }
+    numbers.divider_bits = 31 + bits;
+    numbers.divider = static_cast<std::uint32_t>((std::uint64_t{1} << numbers.divider_bits) / divisor + 1);
+}
+
 }  // namespace
 
 FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& correction, double step_factor,
@@ -195,6 +206,40 @@ bool ViewTransform::fits_32() const {
     y += parabola * static_cast<double>(std::abs(vergence_h)) / 32768.0;
     const double farthest = std::max(x + half_width, y + half_height);
     return farthest < kExactFloat && farthest / static_cast<double>(total_scale) < kExactFloat;
+}
+
+MapRow map_row_of(const ViewTransform& view, int row, int first) {
+    MapRow numbers{};
+    numbers.half_width = kPositionUnit * view.width / 2;
+    numbers.half_height = kPositionUnit * view.height / 2;
+    numbers.side = view.side;
+    numbers.halving = view.halving;
+    Position p{std::int64_t{kPositionUnit} * first - numbers.half_width,
+               std::int64_t{kPositionUnit} * row - numbers.half_height};
+    const auto y = static_cast<double>(p.y);
+    const double half_height = half_frame(view.height);
+    p.x += view.side * std::int64_t{round_half_up(view.phantogram * y)};
+    numbers.has_trapez = view.common_trapez != 0.0 || view.sym_trapez != 0.0 ? 1 : 0;
+    numbers.trapez_slope = round_half_up(view.common_trapez * y / half_height);
+    numbers.trapez_offset = round_half_up(view.sym_trapez * y / half_height);
+    numbers.shift_x = static_cast<std::int32_t>(view.shift_x);
+    numbers.size = static_cast<std::int32_t>(view.size);
+    numbers.size_bits = 2 + view.halving;
+    numbers.rotation = static_cast<std::int32_t>(view.rotation);
+    numbers.rotation_bits = 1 + view.halving;
+    p.y += view.shift_y;
+    p.y += (p.y / (4 << view.halving) * view.size + 4096) >> 13;
+    numbers.rotation_x =
+        static_cast<std::int32_t>((-(p.y / (2 << view.halving)) * view.rotation + 4096) >> 13);
+    numbers.x = static_cast<std::int32_t>(p.x);
+    numbers.y = static_cast<std::int32_t>(p.y);
+    numbers.vergence_v = static_cast<std::int32_t>(view.vergence_v);
+    numbers.half_width_px = static_cast<float>(std::max(1, view.width / 2));
+    numbers.vergence_h = static_cast<std::int32_t>(view.vergence_h);
+    numbers.parabola_mean = kPositionUnit * (view.height / 6);
+    set_divider(numbers, static_cast<std::uint32_t>(std::max(1, view.height >> 3)));
+    numbers.total_scale = view.total_scale;
+    return numbers;
 }
 
 PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixed, int height, int width) {

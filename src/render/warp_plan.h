@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "render/warp.h"
+#include "render/warp_kernels.h"
 #include "render/warp_state.h"
 
 namespace zemora {
@@ -61,6 +62,9 @@ struct ViewTransform {
     /// Whether the source position is the output position.
     [[nodiscard]] bool is_identity() const;
 };
+
+/// The chain for the row from column `first` on, where `fits_32` holds.
+[[nodiscard]] MapRow map_row_of(const ViewTransform& view, int row, int first);
 
 /// Left and right.
 using PairTransform = std::array<ViewTransform, 2>;

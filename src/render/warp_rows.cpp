@@ -4,12 +4,52 @@
 #include <array>
 #include <utility>
 
+#include "platform/cpu.h"
+
 namespace zemora {
 
 namespace {
 
 constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache.
-constexpr int kBlock = 16;   ///< Pixels that share one test for borders and background.
+constexpr int kBlock = kKernelBlock;  ///< Pixels that share one test for borders and background.
+constexpr std::ptrdiff_t kLargestVectorPicture = 0x7FFFFFFF;  ///< Bytes that 32-bit offsets reach.
+
+const RowKernels* usable_kernels() {
+#if defined(__x86_64__)
+    switch (usable_instruction_set()) {
+        case InstructionSet::avx512: return &kRowKernelsAvx512;
+        case InstructionSet::avx2: return &kRowKernelsAvx2;
+        default: return nullptr;
+    }
+#else
+    return nullptr;
+#endif
+}
+
+/// The weights of an axis as four signed bytes, negated: 128 becomes -128.
+using PackedWeights = std::array<std::int32_t, 128>;
+
+PackedWeights pack_weights(const AxisWeights& table) {
+    PackedWeights packed{};
+    for (std::size_t f = 0; f < table.size(); ++f) {
+        std::uint32_t word = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            word |= (static_cast<std::uint32_t>(-table[f][i]) & 255U) << (8 * i);
+        }
+        packed[f] = static_cast<std::int32_t>(word);
+    }
+    return packed;
+}
+
+TapPlan tap_plan(Kernel kernel, ConstPicture source) {
+    static const PackedWeights bicubic = pack_weights(bicubic_weights());
+    static const PackedWeights bilinear = pack_weights(bilinear_weights());
+    constexpr int kHalf = 32 * 256;
+    const bool cubic = kernel == Kernel::bicubic;
+    return {cubic ? bicubic.data() : bilinear.data(), cubic ? kHalf : 0, source.bits, source.pitch};
+}
+
+KernelColour kernel_colour(Colour colour) { return {{colour.blue, colour.green, colour.red}}; }
 
 /// Source positions of a piece, 1/128 pixel.
 struct PiecePositions {
@@ -18,14 +58,25 @@ struct PiecePositions {
 };
 
 using PieceSamples = std::array<Sample, kPiece>;
+static_assert(sizeof(Sample) == 4 * sizeof(std::uint16_t));
+
+std::uint16_t* words_of(Sample* samples) { return reinterpret_cast<std::uint16_t*>(samples); }
+const std::uint16_t* words_of(const Sample* samples) { return reinterpret_cast<const std::uint16_t*>(samples); }
 
 void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
+    if (view.map_kernels != nullptr) {
+        view.map_kernels->map(map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
+        return;
+    }
     for (int i = 0; i < count; ++i) {
         const Position p = view.transform.map(first + i, row);
         positions.x[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.x);
         positions.y[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.y);
     }
 }
+
+/// The vector code loads 16 bytes for four pixels: more than one pixel beyond the last tap.
+constexpr int kSpareColumns = 2;
 
 /// Whether all taps of a block of pixels lie inside the source and hold picture.
 bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y, int count) {
@@ -35,9 +86,24 @@ bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int3
     const int right = (*high_x >> 7) + 2;
     const int bottom = (*low_y >> 7) - 1;
     const int top = (*high_y >> 7) + 2;
-    // The vector code loads 16 bytes, a little more than four pixels.
-    return left >= 0 && bottom >= 0 && right + 2 < view.source.width && top < view.source.height &&
+    return left >= 0 && bottom >= 0 && right + kSpareColumns < view.source.width && top < view.source.height &&
            !view.background.touches(left, bottom, right, top);
+}
+
+/// The same for a whole block in vectors.
+bool is_plain_vector_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y) {
+    const int x_end = (view.source.width - 2 - kSpareColumns) * kPositionUnit;
+    const int y_end = (view.source.height - 2) * kPositionUnit;
+    if (!view.kernels->inside(x, y, kPositionUnit, x_end, y_end)) {
+        return false;
+    }
+    if (!view.background.any()) {
+        return true;
+    }
+    std::array<std::int32_t, 4> bounds;
+    view.kernels->bounds(x, y, bounds.data());
+    return !view.background.touches((bounds[0] >> 7) - 1, (bounds[2] >> 7) - 1, (bounds[1] >> 7) + 2,
+                                    (bounds[3] >> 7) + 2);
 }
 
 /// The weighted sums of 4 by 4 taps, all of them picture.
@@ -97,10 +163,18 @@ void sample_piece(const ViewRows& view, const PiecePositions& positions, int cou
         const int block = std::min(kBlock, count - i);
         const std::int32_t* x = positions.x.data() + i;
         const std::int32_t* y = positions.y.data() + i;
-        if (has_plain && is_plain_block(view, x, y, block)) {
-            sample_plain_block(view, x, y, block, samples.data() + i);
+        Sample* target = samples.data() + i;
+        if (!has_plain) {
+            sample_block(view, x, y, block, target);
+        } else if (view.kernels != nullptr && block == kBlock && is_plain_vector_block(view, x, y)) {
+            view.kernels->sample(view.taps, x, y, words_of(target));
+            if (kernel == Kernel::bicubic) {
+                view.kernels->keep_apart(words_of(target), kernel_colour(view.sampler.background));
+            }
+        } else if (is_plain_block(view, x, y, block)) {
+            sample_plain_block(view, x, y, block, target);
         } else {
-            sample_block(view, x, y, block, samples.data() + i);
+            sample_block(view, x, y, block, target);
         }
     }
 }
@@ -125,12 +199,25 @@ Colour finished_pixel(const Sample& sample, Colour background) {
     return pixel;
 }
 
-void finish_piece(const PieceSamples& samples, int count, Colour background, std::uint8_t* target) {
+void finish_block(const Sample* samples, int count, Colour background, std::uint8_t* target) {
     for (int i = 0; i < count; ++i, target += kPixelBytes) {
-        const Colour pixel = finished_pixel(samples[static_cast<std::size_t>(i)], background);
+        const Colour pixel = finished_pixel(samples[i], background);
         target[0] = pixel.blue;
         target[1] = pixel.green;
         target[2] = pixel.red;
+    }
+}
+
+void finish_piece(const ViewRows& view, const PieceSamples& samples, int count, std::uint8_t* target) {
+    const Colour background = view.sampler.background;
+    for (int i = 0; i < count; i += kBlock) {
+        const int block = std::min(kBlock, count - i);
+        const Sample* source = samples.data() + i;
+        std::uint8_t* pixels = target + static_cast<std::ptrdiff_t>(i) * kPixelBytes;
+        if (view.kernels == nullptr || block != kBlock ||
+            !view.kernels->finish(words_of(source), kernel_colour(background), pixels)) {
+            finish_block(source, block, background, pixels);
+        }
     }
 }
 
@@ -142,8 +229,10 @@ ViewRows::ViewRows(const ViewTransform& view_transform, const Sampler& view_samp
       sampler(view_sampler),
       source(view_source),
       tone(std::move(view_tone)),
-      background(view_source, view_sampler.background),
-      fits_32(view_transform.fits_32()) {}
+      background(view_source, view_sampler.background, usable_kernels()),
+      kernels(view_source.pitch * view_source.height < kLargestVectorPicture ? usable_kernels() : nullptr),
+      map_kernels(view_transform.fits_32() ? usable_kernels() : nullptr),
+      taps(tap_plan(view_sampler.kernel, view_source)) {}
 
 void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target) {
     PiecePositions positions;
@@ -153,7 +242,7 @@ void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t*
         map_piece(view, row, first + done, piece, positions);
         sample_piece(view, positions, piece, samples);
         view.tone.apply(samples.data(), piece, view.sampler.background);
-        finish_piece(samples, piece, view.sampler.background, target + static_cast<std::ptrdiff_t>(done) * kPixelBytes);
+        finish_piece(view, samples, piece, target + static_cast<std::ptrdiff_t>(done) * kPixelBytes);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "render/background_map.h"
 #include "render/sample_pixel.h"
 #include "render/tone.h"
+#include "render/warp_kernels.h"
 #include "render/warp_plan.h"
 
 namespace zemora {
@@ -23,7 +24,9 @@ struct ViewRows {
     ConstPicture source;
     ToneLookup tone;
     BackgroundMap background;
-    bool fits_32;
+    const RowKernels* kernels;      ///< Null for the portable forms.
+    const RowKernels* map_kernels;  ///< The same where the positions fit 32 bits.
+    TapPlan taps;
 };
 
 /// Writes `count` pixels of output row `row` from column `first` on to `target`.

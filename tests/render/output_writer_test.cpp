@@ -146,7 +146,7 @@ TEST_F(Outputs, TiffFormsHaveTheirColourType) {
         set.output_format = row.format;
         Rig rig(set);
         hold_pair(rig, 40, 30);
-        const std::string path = file("f" + std::to_string(row.format) + ".tif");
+        const std::string path = file(std::to_string(row.format).append(".tif"));
         ASSERT_EQ(write_stereo(*rig.warp, path, {}).code, 0);
         const Bitmap read = loaded(path, FIF_TIFF, TIFF_CMYK);
         ASSERT_TRUE(read);
