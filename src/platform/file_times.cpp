@@ -31,8 +31,10 @@ bool calendar_seconds_of(const LocalTime& time, std::int64_t& calendar_seconds) 
     parts.tm_isdst = -1;
     const std::tm wanted = parts;
     const std::time_t seconds = std::mktime(&parts);
+    const bool in_day = time.hour >= 0 && time.hour < 24 && time.minute >= 0 && time.minute < 60 &&
+                        time.second >= 0 && time.second < 60;
     // A day that does not exist comes back as another one.
-    if (seconds == -1 || parts.tm_mon != wanted.tm_mon || parts.tm_mday != wanted.tm_mday) {
+    if (!in_day || seconds == -1 || parts.tm_mon != wanted.tm_mon || parts.tm_mday != wanted.tm_mday) {
         return false;
     }
     calendar_seconds = seconds;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -49,11 +50,76 @@ bool write_all(int file, std::span<const std::uint8_t> bytes) {
     return true;
 }
 
-/// A name for a new file in the folder of `path`; the six X are for mkstemp.
-std::string hidden_pattern(const std::string& path) {
+std::string folder_with_slash(const std::string& path) {
     const std::size_t slash = path.rfind('/');
-    return (slash == std::string::npos ? std::string() : path.substr(0, slash + 1)) + ".zemora-XXXXXX";
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
+
+/// A name that no other call of this process gets.
+std::string hidden_name(const std::string& folder) {
+    static std::atomic<unsigned> counter{0};
+    return folder + ".zemora-" + std::to_string(getpid()) + '-' + std::to_string(counter++);
+}
+
+constexpr mode_t kReadWriteAll = 0666;  // less what the user's mask takes away
+constexpr int kTries = 100;             // names that a crashed run may have left
+
+/// A new file that nobody sees before it is whole: without a name where the file system can do that,
+/// so that even a killed process leaves nothing, else under a hidden name.
+class NewFile {
+public:
+    explicit NewFile(const std::string& path, bool nameless)
+        : folder_(folder_with_slash(path)), file_(nameless ? open_nameless() : open_hidden()) {}
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+    ~NewFile() {
+        if (!hidden_.empty()) {
+            unlink(hidden_.c_str());
+        }
+    }
+    [[nodiscard]] bool is_open() const { return file_.number() >= 0; }
+    [[nodiscard]] bool write(std::span<const std::uint8_t> bytes) { return write_all(file_.number(), bytes); }
+    /// Gives a nameless file its hidden name.
+    [[nodiscard]] bool give_name() {
+        const std::string source = "/proc/self/fd/" + std::to_string(file_.number());
+        for (int i = 0; i < kTries && hidden_.empty(); ++i) {
+            const std::string name = hidden_name(folder_);
+            if (linkat(AT_FDCWD, source.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+                hidden_ = name;
+            } else if (errno != EEXIST) {
+                break;
+            }
+        }
+        return !hidden_.empty();
+    }
+    [[nodiscard]] bool publish(const std::string& path) {
+        if (!file_.close_now() || rename(hidden_.c_str(), path.c_str()) != 0) {
+            return false;
+        }
+        hidden_.clear();
+        return true;
+    }
+
+private:
+    int open_nameless() { return open(folder_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kReadWriteAll); }
+    int open_hidden() {
+        for (int i = 0; i < kTries; ++i) {
+            const std::string name = hidden_name(folder_);
+            const int number = open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kReadWriteAll);
+            if (number >= 0) {
+                hidden_ = name;
+            }
+            if (number >= 0 || errno != EEXIST) {
+                return number;
+            }
+        }
+        return -1;
+    }
+
+    std::string folder_;
+    std::string hidden_;
+    Descriptor file_;
+};
 
 }  // namespace
 
@@ -62,22 +128,19 @@ std::string write_file_whole(const std::string& path, std::span<const std::uint8
     if (stat(path.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) {
         return S_ISDIR(old.st_mode) ? system_reason(EISDIR) : "not a plain file";
     }
-    std::string hidden = hidden_pattern(path);
-    Descriptor file(mkostemp(hidden.data(), O_CLOEXEC));
-    if (file.number() < 0) {
+    if (NewFile file(path, true); file.is_open()) {
+        if (!file.write(bytes)) {
+            return system_reason(errno);
+        }
+        if (file.give_name()) {
+            return file.publish(path) ? std::string() : system_reason(errno);
+        }
+    }
+    NewFile file(path, false);
+    if (!file.is_open() || !file.write(bytes) || !file.publish(path)) {
         return system_reason(errno);
     }
-    const mode_t mask = umask(0);
-    umask(mask);
-    constexpr mode_t kReadWriteAll = 0666;
-    const bool whole = write_all(file.number(), bytes) && fchmod(file.number(), kReadWriteAll & ~mask) == 0 &&
-                       file.close_now();
-    if (whole && rename(hidden.c_str(), path.c_str()) == 0) {
-        return {};
-    }
-    const std::string reason = system_reason(errno);
-    unlink(hidden.c_str());
-    return reason;
+    return {};
 }
 
 std::optional<std::vector<std::uint8_t>> read_file_whole(const std::string& path, std::string& reason) {

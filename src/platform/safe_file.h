@@ -10,8 +10,8 @@
 
 namespace zemora {
 
-/// Writes `bytes` under a hidden unique name in the folder of `path`, checks every write, flushes,
-/// closes and renames to `path`. Returns an empty text, or the system's reason of the failure; then
+/// Writes `bytes` to a nameless or hidden file in the folder of `path`, checks every write, closes
+/// and renames to `path`. Returns an empty text, or the system's reason of the failure; then
 /// nothing is left behind and an older file of that name is untouched.
 [[nodiscard]] std::string write_file_whole(const std::string& path, std::span<const std::uint8_t> bytes);
 

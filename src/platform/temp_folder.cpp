@@ -1,6 +1,7 @@
 #include "platform/temp_folder.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,19 +19,26 @@ namespace {
 std::array<char, 4096> g_folder_name{};
 pid_t g_owner = 0;
 
-/// Removes the folder with calls that a signal handler may use, but for the directory stream, whose
-/// worst case at a signal is a folder that stays.
+/// Removes the folder with system calls alone: a signal may have come in the middle of an allocation.
 void remove_named_folder() {
     if (g_folder_name[0] == '\0' || g_owner != getpid()) {
         return;
     }
-    if (DIR* stream = opendir(g_folder_name.data()); stream != nullptr) {
-        while (const dirent* entry = readdir(stream)) {
-            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
-                unlinkat(dirfd(stream), entry->d_name, 0);
-            }
+    const int folder = open(g_folder_name.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    alignas(dirent64) std::array<char, 4096> block;
+    for (;;) {
+        const ssize_t size = folder < 0 ? 0 : getdents64(folder, block.data(), block.size());
+        if (size <= 0) {
+            break;
         }
-        closedir(stream);
+        for (ssize_t at = 0; at < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(block.data() + at);  // NOLINT: the system's layout
+            unlinkat(folder, entry->d_name, 0);  // fails for "." and ".."
+            at += entry->d_reclen;
+        }
+    }
+    if (folder >= 0) {
+        close(folder);
     }
     rmdir(g_folder_name.data());
     g_folder_name[0] = '\0';
