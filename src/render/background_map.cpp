@@ -19,13 +19,15 @@ bool holds_background(const std::uint8_t* pixel, int count, KernelColour backgro
 /// Marks in `tiles` the tiles of one row of pixels that hold `background`.
 void mark_row(const std::uint8_t* row, int width, KernelColour background, const RowKernels* kernels,
               std::uint8_t* tiles) {
-    for (int x = 0; x < width; x += BackgroundMap::kTileWidth, ++tiles) {
-        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(x) * kPixelBytes;
+    const int whole = kernels == nullptr ? 0 : width / BackgroundMap::kTileWidth;
+    if (whole > 0) {
+        kernels->mark(row, whole, background, tiles);
+    }
+    tiles += whole;
+    for (int x = whole * BackgroundMap::kTileWidth; x < width; x += BackgroundMap::kTileWidth, ++tiles) {
         const int count = std::min(width - x, BackgroundMap::kTileWidth);
-        const bool found = kernels != nullptr && count == kKernelBlock
-                               ? kernels->holds(pixels, background)
-                               : holds_background(pixels, count, background);
-        *tiles |= static_cast<std::uint8_t>(found);
+        const std::uint8_t* pixels = row + static_cast<std::ptrdiff_t>(x) * kPixelBytes;
+        *tiles |= static_cast<std::uint8_t>(holds_background(pixels, count, background));
     }
 }
 

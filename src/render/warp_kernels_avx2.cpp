@@ -2,6 +2,7 @@
 
 #include <immintrin.h>
 
+#include "render/warp_blocks_simd.h"
 #include "render/warp_map_simd.h"
 
 namespace zemora {
@@ -16,8 +17,14 @@ struct Lanes {
     static Int add(Int a, Int b) { return _mm256_add_epi32(a, b); }
     static Int subtract(Int a, Int b) { return _mm256_sub_epi32(a, b); }
     static Int multiply(Int a, Int b) { return _mm256_mullo_epi32(a, b); }
-    static Int shift_right(Int a, int bits) { return _mm256_sra_epi32(a, _mm_cvtsi32_si128(bits)); }
-    static Int shift_right_logical(Int a, int bits) { return _mm256_srl_epi32(a, _mm_cvtsi32_si128(bits)); }
+    template <int bits>
+    static Int shift_right(Int a) {
+        return _mm256_srai_epi32(a, bits);
+    }
+    template <int bits>
+    static Int shift_right_logical(Int a) {
+        return _mm256_srli_epi32(a, bits);
+    }
     static void store(std::int32_t* target, Int a) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(target), a); }
     static Int truncated_quotient(Int a, float divisor) {
         return _mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a), _mm256_set1_ps(divisor)));
@@ -42,10 +49,10 @@ inline __m256i load8(const std::int32_t* source) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source));
 }
 
-bool inside(const std::int32_t* x, const std::int32_t* y, std::int32_t low, std::int32_t x_end, std::int32_t y_end) {
-    const __m256i lowest = _mm256_set1_epi32(low);
-    const __m256i last_x = _mm256_set1_epi32(x_end - 1);
-    const __m256i last_y = _mm256_set1_epi32(y_end - 1);
+inline bool block_inside(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y) {
+    const __m256i lowest = _mm256_set1_epi32(plan.low);
+    const __m256i last_x = _mm256_set1_epi32(plan.x_end - 1);
+    const __m256i last_y = _mm256_set1_epi32(plan.y_end - 1);
     __m256i outside = _mm256_setzero_si256();
     for (int i = 0; i < kKernelBlock; i += 8) {
         const __m256i px = load8(x + i);
@@ -106,7 +113,7 @@ inline __m256i weigh_two(const TapPlan& plan, const std::int32_t* offset, __m256
     return _mm256_srai_epi32(_mm256_add_epi32(_mm256_add_epi32(sum, moved), _mm256_set1_epi32(plan.rounding)), 14);
 }
 
-void sample(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
+inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
     const __m256i fraction = _mm256_set1_epi32(127);
     const __m256i one = _mm256_set1_epi32(1);
     for (int i = 0; i < kKernelBlock; i += 8) {
@@ -144,7 +151,7 @@ inline __m256i narrowed(__m256i first, __m256i second) {
     return _mm256_permute4x64_epi64(_mm256_packus_epi16(first, second), 0xD8);
 }
 
-void keep_apart(std::uint16_t* samples, KernelColour background) {
+inline void block_apart(std::uint16_t* samples, KernelColour background) {
     for (int i = 0; i < kKernelBlock; i += 8, samples += 32) {
         const __m256i high = narrowed(_mm256_srli_epi16(load_samples(samples), 8),
                                       _mm256_srli_epi16(load_samples(samples + 16), 8));
@@ -157,7 +164,7 @@ void keep_apart(std::uint16_t* samples, KernelColour background) {
     }
 }
 
-bool has_empty(const std::uint16_t* samples) {
+inline bool has_empty(const std::uint16_t* samples) {
     __m256i any = _mm256_setzero_si256();
     for (int i = 0; i < 4 * kKernelBlock; i += 16) {
         any = _mm256_or_si256(any, load_samples(samples + i));
@@ -165,7 +172,7 @@ bool has_empty(const std::uint16_t* samples) {
     return _mm256_testz_si256(any, _mm256_set1_epi64x(static_cast<std::int64_t>(0xFFFF000000000000ULL))) == 0;
 }
 
-bool finish(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
+inline bool block_bytes(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
     if (has_empty(samples)) {
         return false;
     }
@@ -198,14 +205,31 @@ inline std::uint64_t equal_bytes(const std::uint8_t* pixels, KernelColour colour
     return static_cast<std::uint64_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)));
 }
 
-bool holds(const std::uint8_t* pixels, KernelColour background) {
+inline bool block_holds(const std::uint8_t* pixels, KernelColour background) {
     const std::uint64_t same = equal_bytes(pixels, background, 0) | equal_bytes(pixels + 16, background, 1) << 16 |
                                equal_bytes(pixels + 32, background, 2) << 32;
     return (same & same >> 1 & same >> 2 & 0x249249249249ULL) != 0;
 }
 
+struct Blocks {
+    static bool inside(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y) {
+        return block_inside(plan, x, y);
+    }
+    static void sample_block(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y,
+                             std::uint16_t* samples) {
+        block_samples(plan, x, y, samples);
+    }
+    static void keep_apart(std::uint16_t* samples, KernelColour background) { block_apart(samples, background); }
+    static bool finish_block(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
+        return block_bytes(samples, background, target);
+    }
+    static bool holds(const std::uint8_t* pixels, KernelColour background) {
+        return block_holds(pixels, background);
+    }
+};
+
 }  // namespace
 
-const RowKernels kRowKernelsAvx2 = {map_row<Lanes>, inside, bounds, sample, keep_apart, finish, holds};
+const RowKernels kRowKernelsAvx2 = {{map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
 
 }  // namespace zemora

@@ -7,6 +7,7 @@
 #endif
 #include <immintrin.h>
 
+#include "render/warp_blocks_simd.h"
 #include "render/warp_map_simd.h"
 
 namespace zemora {
@@ -23,8 +24,14 @@ struct Lanes {
     static Int add(Int a, Int b) { return _mm512_add_epi32(a, b); }
     static Int subtract(Int a, Int b) { return _mm512_sub_epi32(a, b); }
     static Int multiply(Int a, Int b) { return _mm512_mullo_epi32(a, b); }
-    static Int shift_right(Int a, int bits) { return _mm512_sra_epi32(a, _mm_cvtsi32_si128(bits)); }
-    static Int shift_right_logical(Int a, int bits) { return _mm512_srl_epi32(a, _mm_cvtsi32_si128(bits)); }
+    template <int bits>
+    static Int shift_right(Int a) {
+        return _mm512_srai_epi32(a, bits);
+    }
+    template <int bits>
+    static Int shift_right_logical(Int a) {
+        return _mm512_srli_epi32(a, bits);
+    }
     static void store(std::int32_t* target, Int a) { _mm512_storeu_si512(target, a); }
     static Int truncated_quotient(Int a, float divisor) {
         return _mm512_cvttps_epi32(_mm512_div_ps(_mm512_cvtepi32_ps(a), _mm512_set1_ps(divisor)));
@@ -46,13 +53,13 @@ struct Lanes {
     }
 };
 
-bool inside(const std::int32_t* x, const std::int32_t* y, std::int32_t low, std::int32_t x_end, std::int32_t y_end) {
+inline bool block_inside(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y) {
     const __m512i px = _mm512_loadu_si512(x);
     const __m512i py = _mm512_loadu_si512(y);
-    const __m512i lowest = _mm512_set1_epi32(low);
+    const __m512i lowest = _mm512_set1_epi32(plan.low);
     const __mmask16 outside = _mm512_cmplt_epi32_mask(px, lowest) | _mm512_cmplt_epi32_mask(py, lowest) |
-                              _mm512_cmpge_epi32_mask(px, _mm512_set1_epi32(x_end)) |
-                              _mm512_cmpge_epi32_mask(py, _mm512_set1_epi32(y_end));
+                              _mm512_cmpge_epi32_mask(px, _mm512_set1_epi32(plan.x_end)) |
+                              _mm512_cmpge_epi32_mask(py, _mm512_set1_epi32(plan.y_end));
     return outside == 0;
 }
 
@@ -101,7 +108,7 @@ inline __m512i weigh_four(const TapPlan& plan, const std::int32_t* offset, __m51
     return _mm512_max_epi32(_mm512_srai_epi32(_mm512_add_epi32(sum, moved), 14), _mm512_setzero_si512());
 }
 
-void sample(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
+inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
     const __m512i px = _mm512_loadu_si512(x);
     const __m512i py = _mm512_loadu_si512(y);
     const __m512i fraction = _mm512_set1_epi32(127);
@@ -135,7 +142,7 @@ inline __m512i narrowed(__m512i first, __m512i second) {
     return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(first)), _mm512_cvtepi16_epi8(second), 1);
 }
 
-void keep_apart(std::uint16_t* samples, KernelColour background) {
+inline void block_apart(std::uint16_t* samples, KernelColour background) {
     const __m512i first = _mm512_srli_epi16(_mm512_loadu_si512(samples), 8);
     const __m512i second = _mm512_srli_epi16(_mm512_loadu_si512(samples + 32), 8);
     unsigned alike = equal_pixels(narrowed(first, second), background);
@@ -145,7 +152,7 @@ void keep_apart(std::uint16_t* samples, KernelColour background) {
     }
 }
 
-bool finish(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
+inline bool block_bytes(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
     const __m512i first = _mm512_loadu_si512(samples);
     const __m512i second = _mm512_loadu_si512(samples + 32);
     const __m512i marks = _mm512_set1_epi64(static_cast<std::int64_t>(0xFFFF000000000000ULL));
@@ -167,7 +174,7 @@ bool finish(const std::uint16_t* samples, KernelColour background, std::uint8_t*
     return true;
 }
 
-bool holds(const std::uint8_t* pixels, KernelColour background) {
+inline bool block_holds(const std::uint8_t* pixels, KernelColour background) {
     const __mmask64 block = (1ULL << 48) - 1;
     const __m512i bytes = _mm512_maskz_loadu_epi8(block, pixels);
     const std::int32_t wanted = background.channel[0] | background.channel[1] << 8 | background.channel[2] << 16;
@@ -182,8 +189,25 @@ bool holds(const std::uint8_t* pixels, KernelColour background) {
     return (same & same >> 1 & same >> 2 & 0x249249249249ULL) != 0;
 }
 
+struct Blocks {
+    static bool inside(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y) {
+        return block_inside(plan, x, y);
+    }
+    static void sample_block(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y,
+                             std::uint16_t* samples) {
+        block_samples(plan, x, y, samples);
+    }
+    static void keep_apart(std::uint16_t* samples, KernelColour background) { block_apart(samples, background); }
+    static bool finish_block(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
+        return block_bytes(samples, background, target);
+    }
+    static bool holds(const std::uint8_t* pixels, KernelColour background) {
+        return block_holds(pixels, background);
+    }
+};
+
 }  // namespace
 
-const RowKernels kRowKernelsAvx512 = {map_row<Lanes>, inside, bounds, sample, keep_apart, finish, holds};
+const RowKernels kRowKernelsAvx512 = {{map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
 
 }  // namespace zemora

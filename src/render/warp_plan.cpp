@@ -37,6 +37,11 @@ std::int64_t scale_back(std::int64_t value, float scale) {
     return std::clamp<std::int64_t>(round_half_up(static_cast<double>(quotient)), -kFarPosition, kFarPosition);
 }
 
+/// Division by a power of two towards zero.
+std::int64_t divided(std::int64_t value, int bits) {
+    return (value + ((value >> 63) & ((std::int64_t{1} << bits) - 1))) >> bits;
+}
+
 /// Half a frame in positions, never 0, as a divisor.
 int half_frame(int size_px) { return std::max(1, kPositionUnit * size_px / 2); }
 
@@ -137,16 +142,16 @@ Position ViewTransform::map_centred(Position p) const {
     p.x += shift_x;
     p.y += shift_y;
     if (size != 0) {
-        const int divisor = 4 << halving;
-        p.x += (p.x / divisor * size + 4096) >> 13;
-        p.y += (p.y / divisor * size + 4096) >> 13;
+        const int bits = 2 + halving;
+        p.x += (divided(p.x, bits) * size + 4096) >> 13;
+        p.y += (divided(p.y, bits) * size + 4096) >> 13;
     }
     if (rotation != 0) {
         // First order in the angle: both new values come from the old pair.
-        const int divisor = 2 << halving;
+        const int bits = 1 + halving;
         const Position old = p;
-        p.x = old.x + ((-(old.y / divisor) * rotation + 4096) >> 13);
-        p.y = old.y + ((old.x / divisor * rotation + 4096) >> 13);
+        p.x = old.x + ((-divided(old.y, bits) * rotation + 4096) >> 13);
+        p.y = old.y + ((divided(old.x, bits) * rotation + 4096) >> 13);
     }
     add_vergences(*this, p);
     return p;
@@ -224,13 +229,11 @@ MapRow map_row_of(const ViewTransform& view, int row, int first) {
     numbers.trapez_offset = round_half_up(view.sym_trapez * y / half_height);
     numbers.shift_x = static_cast<std::int32_t>(view.shift_x);
     numbers.size = static_cast<std::int32_t>(view.size);
-    numbers.size_bits = 2 + view.halving;
     numbers.rotation = static_cast<std::int32_t>(view.rotation);
-    numbers.rotation_bits = 1 + view.halving;
     p.y += view.shift_y;
-    p.y += (p.y / (4 << view.halving) * view.size + 4096) >> 13;
+    p.y += (divided(p.y, 2 + view.halving) * view.size + 4096) >> 13;
     numbers.rotation_x =
-        static_cast<std::int32_t>((-(p.y / (2 << view.halving)) * view.rotation + 4096) >> 13);
+        static_cast<std::int32_t>((-divided(p.y, 1 + view.halving) * view.rotation + 4096) >> 13);
     numbers.x = static_cast<std::int32_t>(p.x);
     numbers.y = static_cast<std::int32_t>(p.y);
     numbers.vergence_v = static_cast<std::int32_t>(view.vergence_v);

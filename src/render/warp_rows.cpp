@@ -10,7 +10,7 @@ namespace zemora {
 
 namespace {
 
-constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache.
+constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
 constexpr int kBlock = kKernelBlock;  ///< Pixels that share one test for borders and background.
 constexpr std::ptrdiff_t kLargestVectorPicture = 0x7FFFFFFF;  ///< Bytes that 32-bit offsets reach.
 
@@ -41,15 +41,28 @@ PackedWeights pack_weights(const AxisWeights& table) {
     return packed;
 }
 
-TapPlan tap_plan(Kernel kernel, ConstPicture source) {
+KernelColour kernel_colour(Colour colour) { return {{colour.blue, colour.green, colour.red}}; }
+
+/// The vector code loads 16 bytes for four pixels: more than one pixel beyond the last tap.
+constexpr int kSpareColumns = 2;
+
+TapPlan tap_plan(const Sampler& sampler, ConstPicture source) {
     static const PackedWeights bicubic = pack_weights(bicubic_weights());
     static const PackedWeights bilinear = pack_weights(bilinear_weights());
     constexpr int kHalf = 32 * 256;
-    const bool cubic = kernel == Kernel::bicubic;
-    return {cubic ? bicubic.data() : bilinear.data(), cubic ? kHalf : 0, source.bits, source.pitch};
+    const bool cubic = sampler.kernel == Kernel::bicubic;
+    TapPlan plan{};
+    plan.weights = cubic ? bicubic.data() : bilinear.data();
+    plan.rounding = cubic ? kHalf : 0;
+    plan.keeps_apart = cubic ? 1 : 0;
+    plan.background = kernel_colour(sampler.background);
+    plan.source = source.bits;
+    plan.pitch = source.pitch;
+    plan.low = kPositionUnit;
+    plan.x_end = (source.width - 2 - kSpareColumns) * kPositionUnit;
+    plan.y_end = (source.height - 2) * kPositionUnit;
+    return plan;
 }
-
-KernelColour kernel_colour(Colour colour) { return {{colour.blue, colour.green, colour.red}}; }
 
 /// Source positions of a piece, 1/128 pixel.
 struct PiecePositions {
@@ -65,7 +78,7 @@ const std::uint16_t* words_of(const Sample* samples) { return reinterpret_cast<c
 
 void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
     if (view.map_kernels != nullptr) {
-        view.map_kernels->map(map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
+        view.map_kernels->map[view.transform.halving](map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
         return;
     }
     for (int i = 0; i < count; ++i) {
@@ -74,9 +87,6 @@ void map_piece(const ViewRows& view, int row, int first, int count, PiecePositio
         positions.y[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.y);
     }
 }
-
-/// The vector code loads 16 bytes for four pixels: more than one pixel beyond the last tap.
-constexpr int kSpareColumns = 2;
 
 /// Whether all taps of a block of pixels lie inside the source and hold picture.
 bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y, int count) {
@@ -90,20 +100,19 @@ bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int3
            !view.background.touches(left, bottom, right, top);
 }
 
-/// The same for a whole block in vectors.
-bool is_plain_vector_block(const ViewRows& view, const std::int32_t* x, const std::int32_t* y) {
-    const int x_end = (view.source.width - 2 - kSpareColumns) * kPositionUnit;
-    const int y_end = (view.source.height - 2) * kPositionUnit;
-    if (!view.kernels->inside(x, y, kPositionUnit, x_end, y_end)) {
-        return false;
+/// The blocks of a piece whose taps may be background.
+std::uint32_t find_doubtful_blocks(const ViewRows& view, const PiecePositions& positions, int blocks) {
+    std::uint32_t doubtful = 0;
+    for (int i = 0; i < blocks && view.background.any(); ++i) {
+        std::array<std::int32_t, 4> bounds;
+        view.kernels->bounds(positions.x.data() + i * kBlock, positions.y.data() + i * kBlock, bounds.data());
+        const int left = std::clamp((bounds[0] >> 7) - 1, 0, view.source.width - 1);
+        const int right = std::clamp((bounds[1] >> 7) + 2, left, view.source.width - 1);
+        const int bottom = std::clamp((bounds[2] >> 7) - 1, 0, view.source.height - 1);
+        const int top = std::clamp((bounds[3] >> 7) + 2, bottom, view.source.height - 1);
+        doubtful |= view.background.touches(left, bottom, right, top) ? 1U << i : 0U;
     }
-    if (!view.background.any()) {
-        return true;
-    }
-    std::array<std::int32_t, 4> bounds;
-    view.kernels->bounds(x, y, bounds.data());
-    return !view.background.touches((bounds[0] >> 7) - 1, (bounds[2] >> 7) - 1, (bounds[1] >> 7) + 2,
-                                    (bounds[3] >> 7) + 2);
+    return doubtful;
 }
 
 /// The weighted sums of 4 by 4 taps, all of them picture.
@@ -159,22 +168,24 @@ void sample_block(const ViewRows& view, const std::int32_t* x, const std::int32_
 void sample_piece(const ViewRows& view, const PiecePositions& positions, int count, PieceSamples& samples) {
     const Kernel kernel = view.sampler.kernel;
     const bool has_plain = (kernel == Kernel::bilinear || kernel == Kernel::bicubic) && !view.sampler.linear_light;
-    for (int i = 0; i < count; i += kBlock) {
+    std::uint32_t left_out = ~std::uint32_t{0};
+    if (has_plain && view.kernels != nullptr) {
+        const int whole = count / kBlock;
+        left_out = view.kernels->sample(view.taps, positions.x.data(), positions.y.data(), whole,
+                                        find_doubtful_blocks(view, positions, whole), words_of(samples.data())) |
+                   ~std::uint32_t{0} << whole;
+    }
+    for (int i = 0; i < count; i += kBlock, left_out >>= 1) {
+        if ((left_out & 1U) == 0) {
+            continue;
+        }
         const int block = std::min(kBlock, count - i);
         const std::int32_t* x = positions.x.data() + i;
         const std::int32_t* y = positions.y.data() + i;
-        Sample* target = samples.data() + i;
-        if (!has_plain) {
-            sample_block(view, x, y, block, target);
-        } else if (view.kernels != nullptr && block == kBlock && is_plain_vector_block(view, x, y)) {
-            view.kernels->sample(view.taps, x, y, words_of(target));
-            if (kernel == Kernel::bicubic) {
-                view.kernels->keep_apart(words_of(target), kernel_colour(view.sampler.background));
-            }
-        } else if (is_plain_block(view, x, y, block)) {
-            sample_plain_block(view, x, y, block, target);
+        if (has_plain && is_plain_block(view, x, y, block)) {
+            sample_plain_block(view, x, y, block, samples.data() + i);
         } else {
-            sample_block(view, x, y, block, target);
+            sample_block(view, x, y, block, samples.data() + i);
         }
     }
 }
@@ -210,13 +221,16 @@ void finish_block(const Sample* samples, int count, Colour background, std::uint
 
 void finish_piece(const ViewRows& view, const PieceSamples& samples, int count, std::uint8_t* target) {
     const Colour background = view.sampler.background;
-    for (int i = 0; i < count; i += kBlock) {
-        const int block = std::min(kBlock, count - i);
-        const Sample* source = samples.data() + i;
-        std::uint8_t* pixels = target + static_cast<std::ptrdiff_t>(i) * kPixelBytes;
-        if (view.kernels == nullptr || block != kBlock ||
-            !view.kernels->finish(words_of(source), kernel_colour(background), pixels)) {
-            finish_block(source, block, background, pixels);
+    std::uint32_t left_out = ~std::uint32_t{0};
+    if (view.kernels != nullptr) {
+        const int whole = count / kBlock;
+        left_out = view.kernels->finish(words_of(samples.data()), whole, kernel_colour(background), target) |
+                   ~std::uint32_t{0} << whole;
+    }
+    for (int i = 0; i < count; i += kBlock, left_out >>= 1) {
+        if ((left_out & 1U) != 0) {
+            finish_block(samples.data() + i, std::min(kBlock, count - i), background,
+                         target + static_cast<std::ptrdiff_t>(i) * kPixelBytes);
         }
     }
 }
@@ -232,7 +246,7 @@ ViewRows::ViewRows(const ViewTransform& view_transform, const Sampler& view_samp
       background(view_source, view_sampler.background, usable_kernels()),
       kernels(view_source.pitch * view_source.height < kLargestVectorPicture ? usable_kernels() : nullptr),
       map_kernels(view_transform.fits_32() ? usable_kernels() : nullptr),
-      taps(tap_plan(view_sampler.kernel, view_source)) {}
+      taps(tap_plan(view_sampler, view_source)) {}
 
 void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target) {
     PiecePositions positions;
