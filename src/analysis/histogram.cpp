@@ -13,6 +13,12 @@ namespace {
 constexpr int kLanes = 4;
 constexpr int kLaneLevels = kLevels + 1;
 
+/// Below this many pixels the threads cost more than they bring.
+bool worth_sharing(ConstPicture view) {
+    constexpr std::int64_t kLeastPixels = 100000;
+    return static_cast<std::int64_t>(view.width) * view.height >= kLeastPixels;
+}
+
 bool is_colour(const std::uint8_t* pixel, Colour colour) {
     return pixel[0] == colour.blue && pixel[1] == colour.green && pixel[2] == colour.red;
 }
@@ -41,7 +47,7 @@ void histogram_kernels::grey_row_portable(const std::uint8_t* pixels, int count,
 
 Histogram grey_histogram(ConstPicture view, Colour passe) {
     Histogram total{};
-#pragma omp parallel
+#pragma omp parallel if (worth_sharing(view))
     {
         std::vector<std::uint16_t> levels(static_cast<std::size_t>(view.width));
         std::array<std::uint32_t, static_cast<std::size_t>(kLanes) * kLaneLevels> counts{};
@@ -64,7 +70,7 @@ Histogram grey_histogram(ConstPicture view, Colour passe) {
 
 std::array<Histogram, kPixelBytes> channel_histograms(ConstPicture view, Colour passe) {
     std::array<Histogram, kPixelBytes> total{};
-#pragma omp parallel
+#pragma omp parallel if (worth_sharing(view))
     {
         std::array<Histogram, kPixelBytes> counts{};
 #pragma omp for schedule(static)
