@@ -61,7 +61,7 @@ void ExifTool::require() {
         return;
     }
     // Started now, it is ready when the first picture is stored.
-    (void)dialog_.start({program_, "-stay_open", "True", "-@", "-"});
+    (void)dialog_.start({program_, "-stay_open", "True", "-@", "-"}, "-stay_open\nFalse\n");
 }
 
 std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::string>& arguments) {

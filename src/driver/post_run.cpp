@@ -1,7 +1,5 @@
 #include "driver/post_run.h"
 
-#include <unistd.h>
-
 #include <utility>
 #include <chrono>
 #include <sstream>

@@ -1,8 +1,5 @@
 #include "driver/run.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "config/help_text.h"
 #include "config/options.h"
 #include "config/parameter_file.h"
@@ -77,14 +74,7 @@ void refuse_drives(Run& run) {
 /// Whether a parameter file that the user did not name may bring commands: it and its folder belong
 /// to the user, and nobody else can write them.
 bool is_trusted(const std::string& file) {
-    const std::string folder = folder_of(join_path(working_directory(), file));
-    for (const std::string& path : {file, folder}) {
-        struct stat status = {};
-        if (stat(path.c_str(), &status) != 0 || status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-            return false;
-        }
-    }
-    return true;
+    return is_private_to_user(file) && is_private_to_user(folder_of(join_path(working_directory(), file)));
 }
 
 void drop_untrusted_commands(Run& run, const Invocation& invocation, const ParameterSet& before_options) {

@@ -13,20 +13,22 @@ public:
     ChildDialog() = default;
     ChildDialog(const ChildDialog&) = delete;
     ChildDialog& operator=(const ChildDialog&) = delete;
-    /// Closes the input of the program and waits for its end.
+    /// Ends the dialog.
     ~ChildDialog();
 
-    /// Starts the program; its standard error is dropped. False when it could not be started.
-    [[nodiscard]] bool start(const std::vector<std::string>& arguments);
+    /// Starts the program; its standard error is dropped. `goodbye` is what ends it. It also ends
+    /// when this process does, in whatever way. False when it could not be started.
+    [[nodiscard]] bool start(const std::vector<std::string>& arguments, std::string goodbye);
     [[nodiscard]] bool is_running() const { return child_ > 0; }
     /// Writes all of `text`; false when the program has gone.
     [[nodiscard]] bool write(std::string_view text);
     /// Reads until the output ends with `end`, or the program has gone (false).
     [[nodiscard]] bool read_until(std::string_view end, std::vector<std::uint8_t>& output);
-    /// Ends the dialog.
+    /// Says goodbye and waits for the end of the program; one that stays is ended.
     void close();
 
 private:
+    std::string goodbye_;
     int child_ = 0;
     int to_child_ = -1;
     int from_child_ = -1;

@@ -140,6 +140,11 @@ bool is_same_file(const std::string& a, const std::string& b) {
            first.st_ino == second.st_ino;
 }
 
+bool is_private_to_user(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 bool make_folders(const std::string& path, std::string& reason) {
     std::error_code error;
     std::filesystem::create_directories(path, error);

@@ -34,6 +34,8 @@ namespace zemora {
 [[nodiscard]] bool file_exists(const std::string& path);
 /// Whether both name one file (device and inode).
 [[nodiscard]] bool is_same_file(const std::string& a, const std::string& b);
+/// Whether a file or folder belongs to the user and nobody else can write it.
+[[nodiscard]] bool is_private_to_user(const std::string& path);
 /// Makes the whole chain of folders; true when it stands at the end. Tells the reason otherwise.
 [[nodiscard]] bool make_folders(const std::string& path, std::string& reason);
 
