@@ -2,12 +2,17 @@
 
 #include <FreeImage.h>
 
-#include <array>
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/paths.h"
+#include "input/bmp_header.h"
+#include "input/targa_check.h"
+#include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 
 namespace zemora {
@@ -44,10 +49,12 @@ PictureFormat allowed(FREE_IMAGE_FORMAT library) {
 
 /// What the image library says while it works on this thread.
 thread_local std::string t_library_message;
+constexpr char kMessageEnd = '\n';
+constexpr std::size_t kLongestMessage = 2000;  // characters; a broken file may bring thousands of lines
 
 void keep_library_message(FREE_IMAGE_FORMAT /*format*/, const char* message) {
-    if (t_library_message.empty()) {
-        t_library_message = message;
+    if (t_library_message.size() < kLongestMessage) {
+        t_library_message += std::string(message) + kMessageEnd;
     }
 }
 
@@ -55,45 +62,66 @@ void keep_library_message(FREE_IMAGE_FORMAT /*format*/, const char* message) {
 void listen_to_library() {
     [[maybe_unused]] static const bool set = [] {
         FreeImage_SetOutputMessage(keep_library_message);
+        silence_tiff_library();
         return true;
     }();
 }
 
-/// A block of memory as the image library reads it.
-class LibraryMemory {
+/// The content of a file as the image library reads it. Remembers a read that wanted more than there
+/// was: some readers take a cut-off file for a whole one.
+class LibraryStream {
 public:
-    explicit LibraryMemory(std::span<const std::uint8_t> bytes)
-        : memory_(FreeImage_OpenMemory(const_cast<std::uint8_t*>(bytes.data()),  // NOLINT: read only
-                                       static_cast<DWORD>(bytes.size()))) {}
-    LibraryMemory(const LibraryMemory&) = delete;
-    LibraryMemory& operator=(const LibraryMemory&) = delete;
-    ~LibraryMemory() { FreeImage_CloseMemory(memory_); }
-    [[nodiscard]] FIMEMORY* get() const { return memory_; }
-    void rewind() { FreeImage_SeekMemory(memory_, 0, SEEK_SET); }
+    explicit LibraryStream(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+    [[nodiscard]] bool ran_out() const { return ran_out_; }
+    [[nodiscard]] FREE_IMAGE_FORMAT type() {
+        rewind();
+        return FreeImage_GetFileTypeFromHandle(&io_, this, 0);
+    }
+    [[nodiscard]] Bitmap load(FREE_IMAGE_FORMAT format, int flags) {
+        rewind();
+        return Bitmap(FreeImage_LoadFromHandle(format, &io_, this, flags));
+    }
 
 private:
-    FIMEMORY* memory_;
+    void rewind() {
+        position_ = 0;
+        ran_out_ = false;
+    }
+    static unsigned DLL_CALLCONV read(void* buffer, unsigned size, unsigned count, fi_handle handle) {
+        auto& stream = *static_cast<LibraryStream*>(handle);
+        const std::size_t start = std::min(stream.position_, stream.bytes_.size());
+        const std::size_t wanted = std::size_t{size} * count;
+        const std::size_t given = std::min(wanted, stream.bytes_.size() - start);
+        stream.ran_out_ = stream.ran_out_ || given < wanted;
+        std::memcpy(buffer, stream.bytes_.data() + start, given);
+        stream.position_ = start + given;
+        return static_cast<unsigned>(size == 0 ? 0 : given / size);
+    }
+    static unsigned DLL_CALLCONV write(void*, unsigned, unsigned, fi_handle) { return 0; }
+    static int DLL_CALLCONV seek(fi_handle handle, long offset, int origin) {
+        auto& stream = *static_cast<LibraryStream*>(handle);
+        const auto size = static_cast<long>(stream.bytes_.size());
+        const long base = origin == SEEK_END ? size : (origin == SEEK_CUR ? static_cast<long>(stream.position_) : 0);
+        if (base + offset < 0) {
+            return -1;
+        }
+        stream.position_ = static_cast<std::size_t>(base + offset);
+        return 0;
+    }
+    static long DLL_CALLCONV tell(fi_handle handle) {
+        return static_cast<long>(static_cast<LibraryStream*>(handle)->position_);
+    }
+
+    std::span<const std::uint8_t> bytes_;
+    std::size_t position_ = 0;
+    bool ran_out_ = false;
+    FreeImageIO io_{read, write, seek, tell};
 };
 
 FREE_IMAGE_FORMAT library_format(std::span<const std::uint8_t> content, const std::string& path) {
     listen_to_library();
-    const LibraryMemory memory(content);
-    const FREE_IMAGE_FORMAT by_content = FreeImage_GetFileTypeFromMemory(memory.get(), 0);
+    const FREE_IMAGE_FORMAT by_content = LibraryStream(content).type();
     return by_content != FIF_UNKNOWN ? by_content : FreeImage_GetFIFFromFilename(path.c_str());
-}
-
-/// A message of the library that means that pixels are missing or wrong.
-bool tells_damage(const std::string& message, PictureFormat format) {
-    if (message.empty()) {
-        return false;
-    }
-    static constexpr std::array kSigns{"Premature end", "premature end", "Corrupt JPEG", "truncated",
-                                       "Truncated", "Read Error", "not enough", "Not enough"};
-    const bool sign = std::any_of(kSigns.begin(), kSigns.end(), [&](const char* text) {
-        return message.find(text) != std::string::npos;
-    });
-    // Extraneous bytes before a marker leave the picture whole.
-    return sign && !(format == PictureFormat::jpeg && message.find("extraneous bytes") != std::string::npos);
 }
 
 LoadedPicture failed(LoadStatus status, std::string reason) {
@@ -111,18 +139,53 @@ bool is_too_large(const Bitmap& header) {
 }
 
 /// Looks at the header alone, so that a false size does not cost its memory.
-bool header_is_too_large(LibraryMemory& memory, FREE_IMAGE_FORMAT format) {
+bool header_is_too_large(LibraryStream& stream, FREE_IMAGE_FORMAT format) {
     if (FreeImage_FIFSupportsNoPixels(format) == FALSE) {
         return false;
     }
-    const Bitmap header(FreeImage_LoadFromMemory(format, memory.get(), FIF_LOAD_NOPIXELS));
-    memory.rewind();
+    const Bitmap header = stream.load(format, FIF_LOAD_NOPIXELS);
     return header && is_too_large(header);
 }
 
-bool library_loads(FREE_IMAGE_FORMAT format, LibraryMemory& memory, Bitmap& bitmap) {
-    bitmap = Bitmap(FreeImage_LoadFromMemory(format, memory.get(), 0));
-    return static_cast<bool>(bitmap) && FreeImage_HasPixels(bitmap.handle()) != FALSE;
+/// Whether the file ended before its pixels did, for the formats whose reader does not tell.
+bool is_cut_off(const LibraryStream& stream, PictureFormat format, std::span<const std::uint8_t> content) {
+    switch (format) {
+        case PictureFormat::bmp:
+        case PictureFormat::tiff:
+        case PictureFormat::ppm: return stream.ran_out();
+        case PictureFormat::targa: return targa_is_cut_off(content);
+        default: return false;
+    }
+}
+
+/// A message of the library that means that pixels are missing or wrong.
+bool tells_damage(std::string_view message) {
+    static constexpr std::array<std::string_view, 8> kSigns{"Premature end", "premature end", "Corrupt JPEG", "truncated",
+                                                            "Truncated", "Read Error", "not enough", "Not enough"};
+    // These leave the pixels whole.
+    static constexpr std::array<std::string_view, 2> kHarmless{"extraneous bytes", "bad ICC marker"};
+    const auto holds = [&](std::string_view text) { return message.find(text) != std::string_view::npos; };
+    return std::any_of(kSigns.begin(), kSigns.end(), holds) && std::none_of(kHarmless.begin(), kHarmless.end(), holds);
+}
+
+/// The first of the library's messages that means damage; empty without one.
+std::string told_damage(std::string_view messages) {
+    while (!messages.empty()) {
+        const std::string_view message = messages.substr(0, messages.find(kMessageEnd));
+        if (tells_damage(message)) {
+            return std::string(message);
+        }
+        messages.remove_prefix(std::min(message.size() + 1, messages.size()));
+    }
+    return {};
+}
+
+/// Grey of 16 bits has no direct way to 24 bits; like the others it keeps its upper 8.
+Bitmap as_24_bits(Bitmap bitmap) {
+    if (FreeImage_GetImageType(bitmap.handle()) == FIT_UINT16) {
+        bitmap = Bitmap(FreeImage_ConvertTo8Bits(bitmap.handle()));
+    }
+    return bitmap ? Bitmap(FreeImage_ConvertTo24Bits(bitmap.handle())) : Bitmap();
 }
 
 }  // namespace
@@ -133,7 +196,7 @@ PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std
 
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
-    const auto content = read_file_whole(path, reason);
+    auto content = read_file_whole(path, reason);
     if (!content) {
         return failed(LoadStatus::unreadable, reason);
     }
@@ -143,27 +206,33 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     if (content->size() > UINT32_MAX) {
         return failed(LoadStatus::unreadable, "the file is too large");
     }
+    if (auto shortened = with_short_bmp_header(*content)) {
+        content = std::move(shortened);
+    }
     const FREE_IMAGE_FORMAT format = library_format(*content, path);
     const PictureFormat known = allowed(format);
     if (known == PictureFormat::unknown || FreeImage_FIFSupportsReading(format) == FALSE) {
         return failed(LoadStatus::unsupported, "the format is not supported");
     }
-    LibraryMemory memory(*content);
-    t_library_message.clear();
-    if (header_is_too_large(memory, format)) {
+    LibraryStream stream(*content);
+    if (header_is_too_large(stream, format)) {
         return failed(LoadStatus::unreadable, "the picture is too large");
     }
     t_library_message.clear();
     LoadedPicture loaded;
-    if (!library_loads(format, memory, loaded.bitmap)) {
-        return failed(LoadStatus::unreadable,
-                      t_library_message.empty() ? "the content is no picture of its type" : t_library_message);
+    loaded.bitmap = stream.load(format, 0);
+    if (!loaded.bitmap || FreeImage_HasPixels(loaded.bitmap.handle()) == FALSE) {
+        const std::string first = t_library_message.substr(0, t_library_message.find(kMessageEnd));
+        return failed(LoadStatus::unreadable, first.empty() ? "the content is no picture of its type" : first);
     }
-    if (tells_damage(t_library_message, known)) {
-        return failed(LoadStatus::unreadable, "the file is damaged or cut off: " + t_library_message);
+    if (const std::string damage = told_damage(t_library_message); !damage.empty()) {
+        return failed(LoadStatus::unreadable, "the file is damaged or cut off: " + damage);
+    }
+    if (is_cut_off(stream, known, *content)) {
+        return failed(LoadStatus::unreadable, "the file is cut off");
     }
     if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
-        loaded.bitmap = Bitmap(FreeImage_ConvertTo24Bits(loaded.bitmap.handle()));
+        loaded.bitmap = as_24_bits(std::move(loaded.bitmap));
         if (!loaded.bitmap) {
             return failed(LoadStatus::unreadable, "the pixels cannot be converted to 24 bits");
         }
@@ -182,8 +251,7 @@ std::string capture_time_text(const std::string& path) {
     if (allowed(format) == PictureFormat::unknown) {
         return {};
     }
-    const LibraryMemory memory(*content);
-    const Bitmap header(FreeImage_LoadFromMemory(format, memory.get(), FIF_LOAD_NOPIXELS));
+    const Bitmap header = LibraryStream(*content).load(format, FIF_LOAD_NOPIXELS);
     FITAG* tag = nullptr;
     if (!header || FreeImage_GetMetadata(FIMD_EXIF_EXIF, header.handle(), "DateTimeOriginal", &tag) == FALSE ||
         FreeImage_GetTagType(tag) != FIDT_ASCII) {

@@ -1,0 +1,263 @@
+#include "input/picture_file.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+#include "input/targa_check.h"
+#include "tests/support/pictures.h"
+#include "tests/support/test_folder.h"
+
+namespace zemora {
+namespace {
+
+using test::TestFolder;
+
+void write_bytes(const std::string& path, std::span<const std::uint8_t> bytes) {
+    test::write_text(path, {bytes.begin(), bytes.end()});
+}
+
+struct FormRow {
+    const char* name;
+    FREE_IMAGE_FORMAT format;
+    int flags;
+    FREE_IMAGE_TYPE type;
+    int bits;  ///< Of FIT_BITMAP.
+    int tolerance;  ///< Levels that the form may lose.
+};
+
+// clang-format off
+constexpr FormRow kForms[] = {
+    {"jpeg",            FIF_JPEG,   95,                    FIT_BITMAP, 24, 12},
+    {"jpeg_progressive",FIF_JPEG,   95 | JPEG_PROGRESSIVE, FIT_BITMAP, 24, 12},
+    {"jpeg_grey",       FIF_JPEG,   95,                    FIT_BITMAP, 8,  12},
+    {"png",             FIF_PNG,    0,                     FIT_BITMAP, 24, 0},
+    {"png_alpha",       FIF_PNG,    0,                     FIT_BITMAP, 32, 0},
+    {"png_palette",     FIF_PNG,    0,                     FIT_BITMAP, 8,  0},
+    {"png_deep",        FIF_PNG,    0,                     FIT_RGB16,  48, 0},
+    {"png_deep_grey",   FIF_PNG,    0,                     FIT_UINT16, 16, 0},
+    {"tiff",            FIF_TIFF,   TIFF_NONE,             FIT_BITMAP, 24, 0},
+    {"tiff_lzw",        FIF_TIFF,   TIFF_LZW,              FIT_BITMAP, 24, 0},
+    {"tiff_deep",       FIF_TIFF,   TIFF_DEFLATE,          FIT_RGB16,  48, 0},
+    {"bmp",             FIF_BMP,    0,                     FIT_BITMAP, 24, 0},
+    {"bmp_palette",     FIF_BMP,    0,                     FIT_BITMAP, 8,  0},
+    {"targa",           FIF_TARGA,  0,                     FIT_BITMAP, 24, 0},
+    {"targa_rle",       FIF_TARGA,  TARGA_SAVE_RLE,        FIT_BITMAP, 24, 0},
+    {"targa_rle_grey",  FIF_TARGA,  TARGA_SAVE_RLE,        FIT_BITMAP, 8,  0},
+    {"gif",             FIF_GIF,    0,                     FIT_BITMAP, 8,  0},
+    {"ppm",             FIF_PPMRAW, 0,                     FIT_BITMAP, 24, 0},
+    {"pgm",             FIF_PGMRAW, 0,                     FIT_BITMAP, 8,  0},
+    {"pgm_deep",        FIF_PGMRAW, 0,                     FIT_UINT16, 16, 0},
+};
+// clang-format on
+
+constexpr int kWidth = 61;  // odd, so that rows are padded
+constexpr int kHeight = 40;
+
+/// Brightness of a place; the same in every form.
+int level_at(int x, int y) { return (x * 3 + y * 2) % 250; }
+
+std::vector<std::uint8_t> file_of(const FormRow& row) {
+    const Bitmap bitmap(FreeImage_AllocateT(row.type, kWidth, kHeight, row.bits));
+    for (int y = 0; y < kHeight; ++y) {
+        BYTE* line = FreeImage_GetScanLine(bitmap.handle(), y);
+        const int bytes = row.bits / 8;
+        for (int x = 0; x < kWidth; ++x) {
+            std::fill_n(line + x * bytes, bytes, static_cast<BYTE>(level_at(x, y)));
+            if (row.type == FIT_BITMAP && row.bits == 32) {
+                line[x * bytes + 3] = 255;
+            }
+        }
+    }
+    return test::encoded(bitmap.handle(), row.format, row.flags);
+}
+
+class Forms : public testing::TestWithParam<FormRow> {};
+
+TEST_P(Forms, ArriveAs24BitsWithTheirPixels) {
+    const TestFolder folder;
+    write_bytes(folder / "picture.img", file_of(GetParam()));  // the content tells the type
+    const LoadedPicture loaded = load_picture(folder / "picture.img");
+    ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
+    ASSERT_EQ(loaded.bitmap.bits_per_pixel(), 24);
+    ASSERT_EQ(loaded.bitmap.width(), kWidth);
+    ASSERT_EQ(loaded.bitmap.height(), kHeight);
+    for (int y = 0; y < kHeight; y += 3) {
+        for (int x = 0; x < kWidth; x += 5) {
+            const Colour c = test::colour_at(loaded.bitmap.picture(), x, y);
+            for (const int value : {c.blue, c.green, c.red}) {
+                ASSERT_NEAR(value, level_at(x, y), GetParam().tolerance) << x << ',' << y;
+            }
+        }
+    }
+}
+
+TEST_P(Forms, CutOffFileIsNeverTakenForAWholeOne) {
+    const TestFolder folder;
+    const std::vector<std::uint8_t> whole = file_of(GetParam());
+    const bool targa = GetParam().format == FIF_TARGA;
+    for (const double part : {0.02, 0.3, 0.6, 0.9, 0.97}) {
+        const auto size = static_cast<std::size_t>(part * static_cast<double>(whole.size()));
+        write_bytes(folder / (targa ? "picture.tga" : "picture.img"), std::span(whole).first(size));
+        const LoadedPicture loaded = load_picture(folder / (targa ? "picture.tga" : "picture.img"));
+        EXPECT_NE(loaded.status, LoadStatus::done) << part;
+        EXPECT_FALSE(loaded.reason.empty()) << part;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Forms, testing::ValuesIn(kForms),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+/// A TIFF whose directory stands before its pixels, as cameras write it.
+std::vector<std::uint8_t> tiff_with_directory_first(unsigned width, unsigned height) {
+    const unsigned bytes = width * height * 3;
+    constexpr unsigned kEntries = 9;
+    constexpr unsigned kPixels = 8 + 2 + kEntries * 12 + 4 + 6;
+    std::vector<std::uint8_t> file{'I', 'I', 42, 0, 8, 0, 0, 0, kEntries, 0};
+    const auto put = [&](unsigned value, int size) {
+        for (int i = 0; i < size; ++i) {
+            file.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+    };
+    // Tag, type (3 short, 4 long), count, value.
+    const unsigned entries[kEntries][4] = {{256, 4, 1, width}, {257, 4, 1, height}, {258, 3, 3, kPixels - 6},
+                                           {259, 3, 1, 1},     {262, 3, 1, 2},      {273, 4, 1, kPixels},
+                                           {277, 3, 1, 3},     {278, 4, 1, height}, {279, 4, 1, bytes}};
+    for (const auto& entry : entries) {
+        put(entry[0], 2);
+        put(entry[1], 2);
+        put(entry[2], 4);
+        put(entry[3], 4);
+    }
+    put(0, 4);
+    for (int i = 0; i < 3; ++i) {
+        put(8, 2);
+    }
+    for (unsigned i = 0; i < bytes; ++i) {
+        file.push_back(static_cast<std::uint8_t>(i));
+    }
+    return file;
+}
+
+TEST(LoadPicture, CutOffTiffWithItsDirectoryFirstIsUnreadableAndSilent) {
+    const TestFolder folder;
+    const std::vector<std::uint8_t> whole = tiff_with_directory_first(50, 40);
+    write_bytes(folder / "a.tif", whole);
+    ASSERT_EQ(load_picture(folder / "a.tif").status, LoadStatus::done);
+    testing::internal::CaptureStderr();
+    for (const double part : {0.3, 0.9}) {
+        write_bytes(folder / "a.tif", std::span(whole).first(static_cast<std::size_t>(part * static_cast<double>(whole.size()))));
+        EXPECT_EQ(load_picture(folder / "a.tif").status, LoadStatus::unreadable) << part;
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(LoadPicture, DeepPixelsAreKeptOnRequest) {
+    const TestFolder folder;
+    const auto* deep = std::find_if(std::begin(kForms), std::end(kForms),
+                                    [](const FormRow& row) { return std::string(row.name) == "tiff_deep"; });
+    write_bytes(folder / "a.tif", file_of(*deep));
+    EXPECT_EQ(load_picture(folder / "a.tif", true).bitmap.bits_per_pixel(), 48);
+}
+
+struct BadRow {
+    const char* name;
+    const char* content;
+    LoadStatus status;
+};
+
+class NotPictures : public testing::TestWithParam<BadRow> {};
+
+TEST_P(NotPictures, AreRefusedWithAReason) {
+    const TestFolder folder;
+    test::write_text(folder / GetParam().name, GetParam().content);
+    const LoadedPicture loaded = load_picture(folder / GetParam().name);
+    EXPECT_EQ(loaded.status, GetParam().status);
+    EXPECT_FALSE(loaded.reason.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, NotPictures,
+                         testing::Values(BadRow{"empty.jpg", "", LoadStatus::unreadable},
+                                         BadRow{"text.jpg", "no picture at all\n", LoadStatus::unreadable},
+                                         BadRow{"text.png", "no picture at all\n", LoadStatus::unreadable},
+                                         BadRow{"text.tga", "x", LoadStatus::unreadable},
+                                         BadRow{"text.tif", "II*", LoadStatus::unreadable},
+                                         BadRow{"text.bmp", "BM", LoadStatus::unreadable},
+                                         BadRow{"big.ppm", "P6\n60000 60000\n255\nx", LoadStatus::unreadable},
+                                         BadRow{"text.txt", "plain text", LoadStatus::unsupported},
+                                         BadRow{"noending", "plain text", LoadStatus::unsupported},
+                                         BadRow{"a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ", LoadStatus::unsupported},
+                                         BadRow{"a.psd", "8BPS\x01\x01\x01", LoadStatus::unsupported}));
+
+TEST(LoadPicture, FoldersAndMissingFilesAreUnreadable) {
+    const TestFolder folder;
+    std::filesystem::create_directory(folder / "folder.jpg");
+    for (const char* name : {"folder.jpg", "none.jpg"}) {
+        EXPECT_EQ(load_picture(folder / name).status, LoadStatus::unreadable) << name;
+    }
+    EXPECT_EQ(capture_time_text(folder / "none.jpg"), "");
+}
+
+TEST(TargaCheck, CountsPacketsAcrossTheEndOfTheLastRow) {
+    std::vector<std::uint8_t> file(18, 0);
+    file[2] = 10;  // run-length coded true colour
+    file[12] = 3;
+    file[14] = 2;
+    file[16] = 24;
+    const std::vector<std::uint8_t> packets{0x83, 1, 2, 3, 0x01, 1, 2, 3, 4, 5, 6};  // four alike, two of their own
+    file.insert(file.end(), packets.begin(), packets.end());
+    EXPECT_FALSE(targa_is_cut_off(file));
+    file.pop_back();
+    EXPECT_TRUE(targa_is_cut_off(file));
+    EXPECT_TRUE(targa_is_cut_off({}));
+}
+
+/// Odd and damaged pictures of many programs, where they are there; empty otherwise.
+std::string odd_pictures() {
+    if (const char* set = std::getenv("ZEMORA_ODD_PICTURES")) {
+        return set;
+    }
+    for (std::filesystem::path folder = std::filesystem::path(__FILE__).parent_path(); folder != folder.root_path();
+         folder = folder.parent_path()) {
+        if (std::filesystem::is_directory(folder / "shared/data/odd")) {
+            return folder / "shared/data/odd";
+        }
+    }
+    return {};
+}
+
+TEST(OddPictures, LoadOrAreRefusedWithAReasonAndInSilence) {
+    const std::string root = odd_pictures();
+    if (root.empty()) {
+        GTEST_SKIP() << "no folder of odd pictures";
+    }
+    testing::internal::CaptureStderr();
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        if (!entry.is_regular_file()) {
+            continue;
+        }
+        const std::string name = entry.path().filename();
+        const LoadedPicture loaded = load_picture(entry.path());
+        EXPECT_EQ(loaded.status == LoadStatus::done, static_cast<bool>(loaded.bitmap)) << name;
+        EXPECT_EQ(loaded.status == LoadStatus::done, loaded.reason.empty()) << name;
+        (void)capture_time_text(entry.path());
+        const auto begins = [&](const char* text) { return name.rfind(text, 0) == 0; };
+        const std::string suffix = entry.path().extension();
+        if (begins("good_")) {
+            EXPECT_EQ(loaded.status, LoadStatus::done) << name << ": " << loaded.reason;
+        }
+        if (begins("truncated_jpeg") || begins("truncated_image") || begins("bad_shortfile") || begins("cross_scan_line_t")) {
+            EXPECT_EQ(loaded.status, LoadStatus::unreadable) << name;
+        }
+        if (suffix == ".webp" || suffix == ".HEIC" || suffix == ".jp2") {
+            EXPECT_EQ(loaded.status, LoadStatus::unsupported) << name;
+        }
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+}  // namespace
+}  // namespace zemora
