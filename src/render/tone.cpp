@@ -55,10 +55,11 @@ void ToneLookup::apply(Sample* samples, int count, Colour background) const {
     const std::uint16_t* green = values_[1].data();
     const std::uint16_t* red = values_[2].data();
     for (int i = 0; i < count; ++i) {
-        Sample& sample = samples[i];
-        if (sample.empty == 0) {
-            sample.value = {blue[sample.value[0]], green[sample.value[1]], red[sample.value[2]]};
-            keep_from_background(sample.value, background);
+        const Sample old = samples[i];
+        if (old.empty == 0) {
+            Sample changed{{blue[old.value[0]], green[old.value[1]], red[old.value[2]]}, 0};
+            keep_from_background(changed.value, background);
+            samples[i] = changed;
         }
     }
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/cpu.h"
+#include "render/warp_map_simd.h"
 
 namespace zemora {
 
@@ -13,6 +14,50 @@ namespace {
 constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
 constexpr int kBlock = kKernelBlock;  ///< Pixels that share one test for borders and background.
 constexpr std::ptrdiff_t kLargestVectorPicture = 0x7FFFFFFF;  ///< Bytes that 32-bit offsets reach.
+
+/// One pixel at a time in the form of the vector code.
+struct SingleLane {
+    using Int = std::int32_t;
+    static constexpr int kLanes = 1;
+    static Int all(Int value) { return value; }
+    static Int steps_of_128() { return 0; }
+    static Int add(Int a, Int b) { return a + b; }
+    static Int subtract(Int a, Int b) { return a - b; }
+    static Int multiply(Int a, Int b) { return a * b; }
+    template <int bits>
+    static Int shift_right(Int a) {
+        return a >> bits;
+    }
+    template <int bits>
+    static Int shift_right_logical(Int a) {
+        return static_cast<Int>(static_cast<std::uint32_t>(a) >> bits);
+    }
+    static void store(std::int32_t* target, Int a) { *target = a; }
+    static Int truncated_quotient(Int a, float divisor) {
+        return static_cast<Int>(static_cast<float>(a) / divisor);
+    }
+    static Int rounded_quotient(Int a, float divisor) {
+        const float quotient = static_cast<float>(a) / divisor;
+        const auto toward_zero = static_cast<Int>(quotient);
+        const Int whole = toward_zero - (static_cast<float>(toward_zero) > quotient ? 1 : 0);
+        return whole + (quotient - static_cast<float>(whole) >= 0.5F ? 1 : 0);
+    }
+    static Int multiply_high(Int a, std::uint32_t factor, int bits) {
+        return static_cast<Int>(static_cast<std::uint64_t>(static_cast<std::uint32_t>(a)) * factor >> bits);
+    }
+};
+
+using MapKernel = void (*)(const MapRow& row, int count, std::int32_t* x, std::int32_t* y);
+
+/// The chain in 32 bits where the numbers of `transform` fit, else null.
+MapKernel find_map_kernel(const ViewTransform& transform, const RowKernels* kernels) {
+    static constexpr std::array<MapKernel, 2> kPortable = {map_row<SingleLane, 0>, map_row<SingleLane, 1>};
+    if (!transform.fits_32()) {
+        return nullptr;
+    }
+    return kernels != nullptr ? kernels->map[transform.halving]
+                              : kPortable[static_cast<std::size_t>(transform.halving)];
+}
 
 const RowKernels* usable_kernels() {
 #if defined(__x86_64__)
@@ -77,8 +122,8 @@ std::uint16_t* words_of(Sample* samples) { return reinterpret_cast<std::uint16_t
 const std::uint16_t* words_of(const Sample* samples) { return reinterpret_cast<const std::uint16_t*>(samples); }
 
 void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
-    if (view.map_kernels != nullptr) {
-        view.map_kernels->map[view.transform.halving](map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
+    if (view.map_kernel != nullptr) {
+        view.map_kernel(map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
         return;
     }
     for (int i = 0; i < count; ++i) {
@@ -122,10 +167,14 @@ Sample sample_plain(const AxisWeights& table, const ConstPicture& source, int x,
     const auto& up = table[static_cast<std::size_t>(y & 127)];
     const std::uint8_t* taps = source.pixel((x >> 7) - 1, (y >> 7) - 1);
     std::array<int, kPixelBytes> sum{};
+    const int a = across[0];
+    const int b = across[1];
+    const int d = across[2];
+    const int e = across[3];
     for (std::size_t j = 0; j < up.size(); ++j, taps += source.pitch) {
+        const int weight = up[j];
         for (std::size_t c = 0; c < sum.size(); ++c) {
-            sum[c] += up[j] * (across[0] * taps[c] + across[1] * taps[c + 3] + across[2] * taps[c + 6] +
-                               across[3] * taps[c + 9]);
+            sum[c] += weight * (a * taps[c] + b * taps[c + 3] + d * taps[c + 6] + e * taps[c + 9]);
         }
     }
     Sample sample;
@@ -245,7 +294,7 @@ ViewRows::ViewRows(const ViewTransform& view_transform, const Sampler& view_samp
       tone(std::move(view_tone)),
       background(view_source, view_sampler.background, usable_kernels()),
       kernels(view_source.pitch * view_source.height < kLargestVectorPicture ? usable_kernels() : nullptr),
-      map_kernels(view_transform.fits_32() ? usable_kernels() : nullptr),
+      map_kernel(find_map_kernel(view_transform, usable_kernels())),
       taps(tap_plan(view_sampler, view_source)) {}
 
 void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target) {

@@ -24,8 +24,9 @@ struct ViewRows {
     ConstPicture source;
     ToneLookup tone;
     BackgroundMap background;
-    const RowKernels* kernels;      ///< Null for the portable forms.
-    const RowKernels* map_kernels;  ///< The same where the positions fit 32 bits.
+    const RowKernels* kernels;  ///< Null for the portable forms.
+    /// The chain in 32 bits; null where the numbers do not fit.
+    void (*map_kernel)(const MapRow& row, int count, std::int32_t* x, std::int32_t* y);
     TapPlan taps;
 };
 
