@@ -16,7 +16,7 @@ namespace {
 
 using namespace zemora;
 
-constexpr int kWidth = 4000;   // 12 megapixels
+constexpr int kWidth = 4000;  // 12 megapixels
 constexpr int kHeight = 3000;
 
 /// Textured, without background colour; `with_black` strews pixels of it.
@@ -83,13 +83,15 @@ Scene& scene(bool with_black = false) {
 }
 
 void count_pixels(benchmark::State& state, const WarpState& warp) {
-    state.counters["pixels"] = benchmark::Counter(2.0 * warp.width * warp.height,
-                                                  benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["pixels"] =
+        benchmark::Counter(2.0 * warp.width * warp.height, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 /// Arguments: kernel, scale in per cent, gamma in per cent, tone, black pixels, instruction set, threads.
 void warp_pair(benchmark::State& state) {
-    const auto argument = [&state](int i) { return static_cast<int>(state.range(static_cast<std::size_t>(i))); };
+    const auto argument = [&state](int i) {
+        return static_cast<int>(state.range(static_cast<std::size_t>(i)));
+    };
     Scene& pair = scene(argument(4) != 0);
     limit_instruction_set(static_cast<InstructionSet>(argument(5)));
     omp_set_num_threads(argument(6));

@@ -10,9 +10,9 @@ namespace {
 
 /// A bitmap that shows `picture` without owning its pixels.
 Bitmap borrowed(Picture picture) {
-    return Bitmap(FreeImage_ConvertFromRawBitsEx(FALSE, picture.bits, FIT_BITMAP, picture.width, picture.height,
-                                                 static_cast<int>(picture.pitch), 8 * kPixelBytes,
-                                                 FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, FALSE));
+    return Bitmap(FreeImage_ConvertFromRawBitsEx(
+        FALSE, picture.bits, FIT_BITMAP, picture.width, picture.height, static_cast<int>(picture.pitch),
+        8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, FALSE));
 }
 
 /// Black round the picture at (x, y), then the picture.
@@ -45,7 +45,8 @@ Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view
     const Bitmap& working = view == View::left ? warp.left : warp.right;
     const Picture picture = working.picture(warp.width, warp.height);
     const int column = view == View::left ? layout.left_picture_column : layout.right_picture_column;
-    if (layout.width == warp.width && layout.height == warp.height && column == 0 && layout.picture_row == 0) {
+    if (layout.width == warp.width && layout.height == warp.height && column == 0 &&
+        layout.picture_row == 0) {
         return borrowed(picture);
     }
     Bitmap canvas = Bitmap::create(layout.width, layout.height);

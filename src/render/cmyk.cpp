@@ -55,7 +55,8 @@ Inks inks_of(Colour colour) {
     const double yellow = 1.0 - colour.blue / 255.0;
     const double black = std::min({cyan, magenta, yellow});
     const auto ink = [black](double whole) {
-        return static_cast<std::uint8_t>(round_half_up(black < 1.0 ? 255.0 * (whole - black) / (1.0 - black) : 0.0));
+        return static_cast<std::uint8_t>(
+            round_half_up(black < 1.0 ? 255.0 * (whole - black) / (1.0 - black) : 0.0));
     };
     return {ink(cyan), ink(magenta), ink(yellow), static_cast<std::uint8_t>(round_half_up(255.0 * black))};
 }

@@ -17,8 +17,8 @@ using Inks = std::array<std::uint8_t, 4>;
 /// 32 bits, marked as CMYK; empty when the memory is not there.
 [[nodiscard]] Bitmap cmyk_by_formula(ConstPicture picture);
 
-/// The same by an ICC profile, from sRGB with perceptual intent. Empty with the `reason` when the profile cannot
-/// be used.
+/// The same by an ICC profile, from sRGB with perceptual intent. Empty with the `reason` when the profile
+/// cannot be used.
 [[nodiscard]] Bitmap cmyk_by_profile(ConstPicture picture, const std::string& profile, std::string& reason);
 
 }  // namespace zemora

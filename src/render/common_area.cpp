@@ -42,7 +42,8 @@ int scan(int start, int middle, const Holds& holds) {
 
 /// Last picture sample on the ray from `centre` through `target`, walked column by column to
 /// `last_column`. The row of a column is exact: floor of the line in whole numbers.
-Point walk_ray(const PictureTest& holds, Point centre, Point target, int last_column, const PixelRectangle& range) {
+Point walk_ray(const PictureTest& holds, Point centre, Point target, int last_column,
+               const PixelRectangle& range) {
     Point last = centre;
     const std::int64_t run = std::int64_t{target.column} - centre.column;
     if (run == 0) {

@@ -15,7 +15,9 @@ namespace {
 /// Where `CroppOutput` 1 writes the rectangle found: top, bottom, left, right.
 constexpr const char* kCropFile = "zemora_cropp.dat";
 
-bool has_both_targets(const WarpState& warp) { return warp.work_width > 0 && warp.work_height > 0; }
+bool has_both_targets(const WarpState& warp) {
+    return warp.work_width > 0 && warp.work_height > 0;
+}
 
 /// Snaps a window that all but has the target size to it, or cuts it to the target's ratio.
 PixelRectangle fit_window_to_target(PixelRectangle window, const WarpState& warp) {
@@ -57,7 +59,9 @@ void cut_side(int& low, int& high, int target) {
 }
 
 /// At most 1 per cent larger than the target.
-bool is_near(int low, int high, int target) { return high - low < static_cast<int>(std::int64_t{target} * 101 / 100); }
+bool is_near(int low, int high, int target) {
+    return high - low < static_cast<int>(std::int64_t{target} * 101 / 100);
+}
 
 void write_crop_file(const WarpState& warp, const PixelRectangle& area) {
     const std::string text = format_text("%d %d %d %d", area.top, area.bottom, area.left, area.right);
@@ -229,7 +233,8 @@ void blank_common(Picture left, Picture right, Colour background) {
     }
 }
 
-PixelRectangle find_kept(WarpState& warp, const SelectionBox& selection, int size_step, const PixelRectangle& range) {
+PixelRectangle find_kept(WarpState& warp, const SelectionBox& selection, int size_step,
+                         const PixelRectangle& range) {
     return has_window(selection) ? find_kept_of_window(warp, size_step, range)
                                  : find_kept_of_frame(warp, size_step, range);
 }

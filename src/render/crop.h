@@ -10,7 +10,9 @@ namespace zemora {
 inline constexpr int kSmallestCommonSide = 16;
 
 /// Whether a selection window is in force.
-[[nodiscard]] inline bool has_window(const SelectionBox& selection) { return selection.mode != 0; }
+[[nodiscard]] inline bool has_window(const SelectionBox& selection) {
+    return selection.mode != 0;
+}
 
 /// The rows and columns to warp in a frame of the given size; the whole frame without a window.
 /// Tells when the window is brought to the ratio of the target.

@@ -96,7 +96,9 @@ void blacken_columns(Picture picture, int first, int count) {
 struct Edge {
     Picture picture;
     bool from_right;
-    [[nodiscard]] int column(int distance) const { return from_right ? picture.width - 1 - distance : distance; }
+    [[nodiscard]] int column(int distance) const {
+        return from_right ? picture.width - 1 - distance : distance;
+    }
 };
 
 /// A curtain with a ramp that ends half a per cent of the width inside of it; `ramp` is 1 per cent.
@@ -105,7 +107,8 @@ void hang_soft_curtain(const Edge& edge, int curtain, int ramp) {
     const int black = std::max(0, curtain - 1);
     blacken_columns(edge.picture, edge.from_right ? edge.picture.width - black : 0, black);
     for (int distance = black; distance < end; ++distance) {
-        fade_column(edge.picture, edge.column(distance), std::max(0.0, 1.0 - (end - 1 - distance) * 2.0 / ramp));
+        fade_column(edge.picture, edge.column(distance),
+                    std::max(0.0, 1.0 - (end - 1 - distance) * 2.0 / ramp));
     }
 }
 
@@ -168,8 +171,8 @@ bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far
     if (parameters.auto_frame_floating != 1 && !narrows) {
         return false;
     }
-    const double target =
-        pixels_from_reference(parameters.floating_target, parameters.win_off_reference, warp.height, warp.width);
+    const double target = pixels_from_reference(parameters.floating_target, parameters.win_off_reference,
+                                                warp.height, warp.width);
     const int surplus = round_half_up(far_point_px - target);
     const int floating = surplus > -2 ? 2 * (surplus / 2) : 0;
     FrameSettings& frame = warp.frame;
@@ -190,9 +193,10 @@ bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far
     }
     if (frame.fill_width - width < floating) {
         const int output_width = parameters.output_width > 0 ? parameters.output_width : width;
-        warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
-                                     output_width + floating));
-        (narrows ? warp.work_width : frame.fill_width) = narrows ? frame.fill_width - floating : width + floating;
+        warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n",
+                                     frame.fill_width, output_width + floating));
+        (narrows ? warp.work_width : frame.fill_width) =
+            narrows ? frame.fill_width - floating : width + floating;
     }
     return false;
 }

@@ -94,7 +94,8 @@ struct ScaleRule {
     bool by_height = false;
 };
 
-ScaleRule find_scale_rule(int cropp_output, const TargetSize& target, double ratio_height, double ratio_width) {
+ScaleRule find_scale_rule(int cropp_output, const TargetSize& target, double ratio_height,
+                          double ratio_width) {
     if (target.work_height > 0 && target.work_width > 0) {
         if (cropp_output > 3) {
             return {};
@@ -235,7 +236,8 @@ void rescale_to_final(WarpState& warp, const TargetSize& target) {
     for (Bitmap* bitmap : {&warp.left, &warp.right}) {
         Bitmap result = rescaled(*bitmap, warp.width, warp.height, width, height);
         if (!result) {
-            end_run_without_picture_memory(warp.voice.console(), "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+            end_run_without_picture_memory(warp.voice.console(),
+                                           "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
         }
         *bitmap = std::move(result);
     }

@@ -16,7 +16,7 @@ struct TargetSize {
     FinalRescale final_rescale = FinalRescale::none;
     int final_width = 0;
     int final_height = 0;
-    int size_flag = 0;    ///< `size_step` of the final warps.
+    int size_flag = 0;  ///< `size_step` of the final warps.
     bool free_size_below_crop_3 = false;
 };
 

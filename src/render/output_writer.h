@@ -15,7 +15,7 @@ struct StoreResult {
 
 /// The source files, for the 16-bit output.
 struct SourceFiles {
-    std::string left;   ///< The stereo file for stereo input.
+    std::string left;  ///< The stereo file for stereo input.
     std::string right;
 };
 

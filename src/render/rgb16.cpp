@@ -28,14 +28,15 @@ std::uint8_t* deep_pixel(const Bitmap& bitmap, int x, int y) {
 }
 
 /// Copies the part of `source` from (source_x, source_y) on to (x, y) of `target`, as far as both reach.
-void copy_deep(const Bitmap& source, int source_x, int source_y, int width, int height, const Bitmap& target, int x,
-               int y) {
+void copy_deep(const Bitmap& source, int source_x, int source_y, int width, int height, const Bitmap& target,
+               int x, int y) {
     const int left = std::max({0, -source_x, -x});
     const int bottom = std::max({0, -source_y, -y});
     const int right = std::min({width, source.width() - source_x, target.width() - x});
     const int top = std::min({height, source.height() - source_y, target.height() - y});
     for (int row = bottom; row < top && left < right; ++row) {
-        std::memcpy(deep_pixel(target, x + left, y + row), deep_pixel(source, source_x + left, source_y + row),
+        std::memcpy(deep_pixel(target, x + left, y + row),
+                    deep_pixel(source, source_x + left, source_y + row),
                     static_cast<std::size_t>(right - left) * kDeepBytes);
     }
 }
@@ -52,11 +53,12 @@ Bitmap prepare_source(const Bitmap& file, const ViewGeometry& record, SourcePart
     if (!view) {
         return view;
     }
-    copy_deep(file, first + (cropped ? record.crop_x : 0), cropped ? record.crop_y : 0, kept_width, kept_height,
-              view, 0, 0);
+    copy_deep(file, first + (cropped ? record.crop_x : 0), cropped ? record.crop_y : 0, kept_width,
+              kept_height, view, 0, 0);
     if (record.rot_mir > 0 && record.rot_mir < kTurnModes) {
         const bool exchanged = exchanges_sides(record.rot_mir);
-        Bitmap turned = create_deep(exchanged ? kept_height : kept_width, exchanged ? kept_width : kept_height);
+        Bitmap turned =
+            create_deep(exchanged ? kept_height : kept_width, exchanged ? kept_width : kept_height);
         if (!turned) {
             return turned;
         }
@@ -169,7 +171,8 @@ Bitmap frame_deep(const WarpState& warp, Bitmap picture, View view) {
 }
 
 [[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(), "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
+    end_run_without_picture_memory(warp.voice.console(),
+                                   "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
 }
 
 }  // namespace
@@ -179,7 +182,8 @@ Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, Sou
     if (!loaded.bitmap || FreeImage_GetImageType(loaded.bitmap.handle()) != FIT_RGB16) {
         return {};
     }
-    Bitmap picture = prepare_source(loaded.bitmap, view == View::left ? warp.left_record : warp.right_record, part);
+    Bitmap picture =
+        prepare_source(loaded.bitmap, view == View::left ? warp.left_record : warp.right_record, part);
     loaded.bitmap.reset();
     if (picture) {
         picture = warp_deep(warp, picture, view);

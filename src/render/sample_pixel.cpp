@@ -21,8 +21,12 @@ struct Axis {
 
 /// Bicubic convolution with a = -1: t^3 - 2 t^2 + 1 below 1, -t^3 + 5 t^2 - 8 t + 4 up to 2, in
 /// 1/128 (Keys, Cubic convolution interpolation for digital image processing, 1981).
-int near_weight(int d) { return ((d - 256) * d * d + 0x202000) >> 14; }
-int far_weight(int d) { return (((640 - d) * d - 131072) * d + 0x802000) >> 14; }
+int near_weight(int d) {
+    return ((d - 256) * d * d + 0x202000) >> 14;
+}
+int far_weight(int d) {
+    return (((640 - d) * d - 131072) * d + 0x802000) >> 14;
+}
 
 AxisWeights make_bicubic() {
     AxisWeights table{};
@@ -39,7 +43,8 @@ AxisWeights make_bicubic() {
 AxisWeights make_bilinear() {
     AxisWeights table{};
     for (int f = 0; f < 128; ++f) {
-        table[static_cast<std::size_t>(f)] = {0, static_cast<std::int16_t>(128 - f), static_cast<std::int16_t>(f), 0};
+        table[static_cast<std::size_t>(f)] = {0, static_cast<std::int16_t>(128 - f),
+                                              static_cast<std::int16_t>(f), 0};
     }
     return table;
 }
@@ -91,7 +96,8 @@ int normalise(const Sampler& sampler, std::int64_t sum) {
 
 /// Sum of the weights of one axis.
 double axis_sum(const Sampler& sampler) {
-    return sampler.kernel == Kernel::tent ? 128.0 * (sampler.filter_radius + 1) * (sampler.filter_radius + 1) : 128.0;
+    return sampler.kernel == Kernel::tent ? 128.0 * (sampler.filter_radius + 1) * (sampler.filter_radius + 1)
+                                          : 128.0;
 }
 
 bool is_colour(const std::uint8_t* pixel, Colour colour) {
@@ -139,7 +145,8 @@ void for_taps(const Sampler& sampler, const ConstPicture& source, int x, int y, 
         for (int i = 0; i < across.taps; ++i) {
             const int column = std::clamp(across.first + i, 0, source.width - 1);
             const std::uint8_t* tap = row + static_cast<std::ptrdiff_t>(column) * kPixelBytes;
-            const int weight = across.weight[static_cast<std::size_t>(i)] * up.weight[static_cast<std::size_t>(j)];
+            const int weight =
+                across.weight[static_cast<std::size_t>(i)] * up.weight[static_cast<std::size_t>(j)];
             add(weight, is_colour(tap, sampler.background) ? centre : tap);
         }
     }
@@ -154,7 +161,8 @@ void blend(const Sampler& sampler, const ConstPicture& source, int x, int y, con
         }
     });
     for (std::size_t c = 0; c < sum.size(); ++c) {
-        sample.value[c] = static_cast<std::uint16_t>(std::clamp(normalise(sampler, sum[c]), 0, kLargestValue));
+        sample.value[c] =
+            static_cast<std::uint16_t>(std::clamp(normalise(sampler, sum[c]), 0, kLargestValue));
     }
 }
 
@@ -170,7 +178,8 @@ void blend_linear_light(const Sampler& sampler, const ConstPicture& source, int 
     for (std::size_t c = 0; c < sum.size(); ++c) {
         const double mean = sum[c] / (per_axis * per_axis);
         const double byte = mean > 0.0 ? std::pow(mean, 1.0 / sampler.gamma) : 0.0;
-        sample.value[c] = static_cast<std::uint16_t>(std::clamp(round_half_up(byte * 256.0), 0, kLargestValue));
+        sample.value[c] =
+            static_cast<std::uint16_t>(std::clamp(round_half_up(byte * 256.0), 0, kLargestValue));
     }
 }
 

@@ -65,7 +65,8 @@ void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
 
 /// The library tells a full disk to nobody: it encodes into memory here and the file is written with
 /// every byte checked.
-std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags, const std::string& path) {
+std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
+                             const std::string& path) {
     struct MemoryStream {
         FIMEMORY* handle = FreeImage_OpenMemory(nullptr, 0);
         MemoryStream() = default;

@@ -23,8 +23,8 @@ struct SaveOptions {
 /// Whether the name is that of a TIFF file.
 [[nodiscard]] bool is_tiff_name(const std::string& path);
 
-/// Saves `picture`, of 24 bits, under `path` in the format of its suffix and of `OutputFormat`. Empty, or the reason
-/// why there is no such file.
+/// Saves `picture`, of 24 bits, under `path` in the format of its suffix and of `OutputFormat`. Empty, or the
+/// reason why there is no such file.
 [[nodiscard]] std::string save_picture(const Bitmap& picture, const std::string& path,
                                        const SaveOptions& options);
 

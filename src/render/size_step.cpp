@@ -10,7 +10,9 @@ namespace zemora {
 namespace {
 
 /// A factor that cannot be used counts as 1.
-double usable(double factor) { return std::isfinite(factor) && factor > 0.0 ? factor : 1.0; }
+double usable(double factor) {
+    return std::isfinite(factor) && factor > 0.0 ? factor : 1.0;
+}
 
 SizeStep scaled(const SizeStepRequest& request, double factor) {
     return {factor, round_half_up(request.height * factor), round_half_up(request.width * factor)};

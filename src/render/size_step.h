@@ -9,7 +9,7 @@ namespace zemora {
 struct SizeStepRequest {
     int height = 0;  ///< Whole frame before the step, pixels.
     int width = 0;
-    int step = 0;    ///< 0 keeps the size.
+    int step = 0;  ///< 0 keeps the size.
     int height_done = 0;
     int width_done = 0;
     double ratio_height = 1.0;  ///< Target over present size.

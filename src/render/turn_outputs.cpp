@@ -14,7 +14,8 @@ bool turn(Bitmap& bitmap, int width, int height, int mode) {
     if (!turned) {
         return false;
     }
-    turn_pixels({bitmap.bits(), bitmap.pitch()}, width, height, kPixelBytes, mode, {turned.bits(), turned.pitch()});
+    turn_pixels({bitmap.bits(), bitmap.pitch()}, width, height, kPixelBytes, mode,
+                {turned.bits(), turned.pitch()});
     bitmap = std::move(turned);
     return true;
 }
@@ -31,8 +32,10 @@ void turn_outputs(WarpState& warp) {
     if (left == 0 && right == 0) {
         return;
     }
-    if (!turn(warp.left, warp.width, warp.height, left) || !turn(warp.right, warp.width, warp.height, right)) {
-        end_run_without_picture_memory(warp.voice.console(), "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+    if (!turn(warp.left, warp.width, warp.height, left) ||
+        !turn(warp.right, warp.width, warp.height, right)) {
+        end_run_without_picture_memory(warp.voice.console(),
+                                       "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
     }
     if (exchanges_sides(left)) {
         std::swap(warp.width, warp.height);

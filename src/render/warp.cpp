@@ -78,13 +78,15 @@ void warp_range(WarpState& warp, const std::array<ViewRows, 2>& views, const Pix
 void warp_pixels(WarpState& warp, const WarpRequest& request, const FixedCorrection& fixed,
                  const PixelRectangle& range) {
     const PairTransform transforms = make_transforms(warp, fixed, warp.height, warp.width);
-    const Sampler sampler(kernel_of(request.interpolation), warp.filter_radius, request.gamma, warp.passe_colour);
+    const Sampler sampler(kernel_of(request.interpolation), warp.filter_radius, request.gamma,
+                          warp.passe_colour);
     const auto tone = [&request](const ToneTables* tables, int mode) {
         return request.use_tone ? ToneLookup(tables, mode) : ToneLookup();
     };
-    const std::array<ViewRows, 2> views = {
-        ViewRows(transforms[0], sampler, request.source.left, tone(request.tone_left, request.tone_mode_left)),
-        ViewRows(transforms[1], sampler, request.source.right, tone(request.tone_right, request.tone_mode_right))};
+    const std::array<ViewRows, 2> views = {ViewRows(transforms[0], sampler, request.source.left,
+                                                    tone(request.tone_left, request.tone_mode_left)),
+                                           ViewRows(transforms[1], sampler, request.source.right,
+                                                    tone(request.tone_right, request.tone_mode_right))};
     warp_range(warp, views, range);
 }
 

@@ -19,12 +19,12 @@ struct WarpCorrection {
 
 /// One call of the warp.
 struct WarpRequest {
-    StereoPicture source;    ///< Untouched.
-    int frame_height = 0;    ///< Size of the whole frame before the size step, pixels.
+    StereoPicture source;  ///< Untouched.
+    int frame_height = 0;  ///< Size of the whole frame before the size step, pixels.
     int frame_width = 0;
-    int size_step = 0;       ///< 1 when this call may change the size.
-    int interpolation = 1;   ///< Kernel 0 to 3, from `choose_interpolation`.
-    int height_done = 0;     ///< 1 when that side has reached its target.
+    int size_step = 0;      ///< 1 when this call may change the size.
+    int interpolation = 1;  ///< Kernel 0 to 3, from `choose_interpolation`.
+    int height_done = 0;    ///< 1 when that side has reached its target.
     int width_done = 0;
     double ratio_height = 1.0;  ///< Target over present size, cropped.
     double ratio_width = 1.0;
@@ -34,7 +34,7 @@ struct WarpRequest {
     int tone_mode_left = 0;  ///< `AutoOutputContrast` for an adapted view, else 0.
     int tone_mode_right = 0;
     bool use_tone = false;
-    float gamma = 1.0F;      ///< 0 counts as 1.
+    float gamma = 1.0F;  ///< 0 counts as 1.
     /// 0 keep the whole frame whatever `CroppOutput` says (analysis passes); 1 crop by `CroppOutput`.
     int crop = 1;
 };

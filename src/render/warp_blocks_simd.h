@@ -27,7 +27,8 @@ std::uint32_t sample(const TapPlan& plan, const std::int32_t* x, const std::int3
 }
 
 template <class V>
-std::uint32_t finish(const std::uint16_t* samples, int blocks, KernelColour background, std::uint8_t* target) {
+std::uint32_t finish(const std::uint16_t* samples, int blocks, KernelColour background,
+                     std::uint8_t* target) {
     std::uint32_t left_out = 0;
     for (int i = 0; i < blocks; ++i, samples += 4 * kKernelBlock, target += 3 * kKernelBlock) {
         left_out |= V::finish_block(samples, background, target) ? 0U : 1U << i;

@@ -15,8 +15,8 @@ constexpr int kKernelBlock = 16;
 /// The chain of one view for one row in 32 bits, see `ViewTransform`. What is constant in the row is
 /// worked out before.
 struct MapRow {
-    std::int32_t x;         ///< Centred position of the first pixel, with the row's shear, 1/128 pixel.
-    std::int32_t y;         ///< Centred position of the row after shift and size.
+    std::int32_t x;  ///< Centred position of the first pixel, with the row's shear, 1/128 pixel.
+    std::int32_t y;  ///< Centred position of the row after shift and size.
     std::int32_t half_width;
     std::int32_t half_height;
     std::int32_t side;
@@ -29,9 +29,9 @@ struct MapRow {
     std::int32_t rotation_x;  ///< What the rotation adds to x in this row.
     std::int32_t vergence_v;
     std::int32_t halving;
-    float half_width_px;         ///< Whole pixels.
+    float half_width_px;  ///< Whole pixels.
     std::int32_t vergence_h;
-    std::uint32_t divider;       ///< n / (height / 8) = n * divider >> divider_bits for n below 2^31.
+    std::uint32_t divider;  ///< n / (height / 8) = n * divider >> divider_bits for n below 2^31.
     std::int32_t divider_bits;
     std::int32_t parabola_mean;
     float total_scale;
@@ -49,8 +49,8 @@ struct TapPlan {
     std::int32_t keeps_apart;     ///< 1: samples whose high bytes are the background move by 256 in blue.
     KernelColour background;
     const std::uint8_t* source;
-    std::ptrdiff_t pitch;         ///< Bytes; the picture is below 2^31 bytes.
-    std::int32_t low;             ///< Positions from `low` to below the ends have all taps inside.
+    std::ptrdiff_t pitch;  ///< Bytes; the picture is below 2^31 bytes.
+    std::int32_t low;      ///< Positions from `low` to below the ends have all taps inside.
     std::int32_t x_end;
     std::int32_t y_end;
 };
@@ -67,7 +67,8 @@ struct RowKernels {
     std::uint32_t (*sample)(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, int blocks,
                             std::uint32_t left_out, std::uint16_t* samples);
     /// Bytes of the blocks without empty samples; gives the blocks not done.
-    std::uint32_t (*finish)(const std::uint16_t* samples, int blocks, KernelColour background, std::uint8_t* target);
+    std::uint32_t (*finish)(const std::uint16_t* samples, int blocks, KernelColour background,
+                            std::uint8_t* target);
     /// Sets the marks of the blocks of source pixels that hold the background.
     void (*mark)(const std::uint8_t* pixels, int blocks, KernelColour background, std::uint8_t* marks);
 };

@@ -1,8 +1,7 @@
-#include "render/warp_kernels.h"
-
 #include <immintrin.h>
 
 #include "render/warp_blocks_simd.h"
+#include "render/warp_kernels.h"
 #include "render/warp_map_simd.h"
 
 namespace zemora {
@@ -25,7 +24,9 @@ struct Lanes {
     static Int shift_right_logical(Int a) {
         return _mm256_srli_epi32(a, bits);
     }
-    static void store(std::int32_t* target, Int a) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(target), a); }
+    static void store(std::int32_t* target, Int a) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(target), a);
+    }
     static Int truncated_quotient(Int a, float divisor) {
         return _mm256_cvttps_epi32(_mm256_div_ps(_mm256_cvtepi32_ps(a), _mm256_set1_ps(divisor)));
     }
@@ -57,8 +58,10 @@ inline bool block_inside(const TapPlan& plan, const std::int32_t* x, const std::
     for (int i = 0; i < kKernelBlock; i += 8) {
         const __m256i px = load8(x + i);
         const __m256i py = load8(y + i);
-        outside = _mm256_or_si256(outside, _mm256_or_si256(_mm256_cmpgt_epi32(lowest, px), _mm256_cmpgt_epi32(lowest, py)));
-        outside = _mm256_or_si256(outside, _mm256_or_si256(_mm256_cmpgt_epi32(px, last_x), _mm256_cmpgt_epi32(py, last_y)));
+        outside = _mm256_or_si256(
+            outside, _mm256_or_si256(_mm256_cmpgt_epi32(lowest, px), _mm256_cmpgt_epi32(lowest, py)));
+        outside = _mm256_or_si256(
+            outside, _mm256_or_si256(_mm256_cmpgt_epi32(px, last_x), _mm256_cmpgt_epi32(py, last_y)));
     }
     return _mm256_testz_si256(outside, outside) != 0;
 }
@@ -82,7 +85,9 @@ void bounds(const std::int32_t* x, const std::int32_t* y, std::int32_t* result) 
     bounds_of(y, result + 2);
 }
 
-inline __m256i in_both_lanes(__m128i value) { return _mm256_broadcastsi128_si256(value); }
+inline __m256i in_both_lanes(__m128i value) {
+    return _mm256_broadcastsi128_si256(value);
+}
 
 /// Two pixels: across in 8 by 8 bits, moved by 16384 into 16 bits, then up in 16 by 16 bits. A pair of
 /// products across holds one weight of each sign and stays within 16 bits.
@@ -103,17 +108,21 @@ inline __m256i weigh_two(const TapPlan& plan, const std::int32_t* offset, __m256
     const __m256i low_pair = _mm256_blend_epi16(sums[0], _mm256_slli_epi32(sums[1], 16), 0xAA);
     const __m256i high_pair = _mm256_blend_epi16(sums[2], _mm256_slli_epi32(sums[3], 16), 0xAA);
     // Each weight in the high byte of its 16 bits: 256 times the weight.
-    const __m256i low_weights = _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x01800080)));
-    const __m256i high_weights = _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x03800280)));
+    const __m256i low_weights =
+        _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x01800080)));
+    const __m256i high_weights =
+        _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x03800280)));
     const __m256i back = _mm256_set1_epi16(-16384);
     const __m256i sum = _mm256_add_epi32(_mm256_madd_epi16(low_pair, low_weights),
                                          _mm256_madd_epi16(high_pair, high_weights));
     const __m256i moved =
         _mm256_add_epi32(_mm256_madd_epi16(back, low_weights), _mm256_madd_epi16(back, high_weights));
-    return _mm256_srai_epi32(_mm256_add_epi32(_mm256_add_epi32(sum, moved), _mm256_set1_epi32(plan.rounding)), 14);
+    return _mm256_srai_epi32(_mm256_add_epi32(_mm256_add_epi32(sum, moved), _mm256_set1_epi32(plan.rounding)),
+                             14);
 }
 
-inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
+inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y,
+                          std::uint16_t* samples) {
     const __m256i fraction = _mm256_set1_epi32(127);
     const __m256i one = _mm256_set1_epi32(1);
     for (int i = 0; i < kKernelBlock; i += 8) {
@@ -125,14 +134,16 @@ inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std:
         const __m256i up = _mm256_i32gather_epi32(plan.weights, _mm256_and_si256(py, fraction), 4);
         alignas(32) std::int32_t offset[8];
         const __m256i columns3 = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
-        const __m256i rows = _mm256_mullo_epi32(row, _mm256_set1_epi32(static_cast<std::int32_t>(plan.pitch)));
+        const __m256i rows =
+            _mm256_mullo_epi32(row, _mm256_set1_epi32(static_cast<std::int32_t>(plan.pitch)));
         _mm256_store_si256(reinterpret_cast<__m256i*>(offset), _mm256_add_epi32(columns3, rows));
         __m256i lane = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1);
         for (int k = 0; k < 8; k += 2) {
             const __m256i values = weigh_two(plan, offset + k, _mm256_permutevar8x32_epi32(across, lane),
                                              _mm256_permutevar8x32_epi32(up, lane));
             const __m256i narrow = _mm256_permute4x64_epi64(_mm256_packus_epi32(values, values), 0x08);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(samples + 4 * (i + k)), _mm256_castsi256_si128(narrow));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(samples + 4 * (i + k)),
+                             _mm256_castsi256_si128(narrow));
             lane = _mm256_add_epi32(lane, _mm256_set1_epi32(2));
         }
     }
@@ -178,7 +189,8 @@ inline bool block_bytes(const std::uint16_t* samples, KernelColour background, s
     }
     const __m256i half = _mm256_set1_epi16(128);
     const __m256i step = _mm256_set1_epi32(background.channel[0] < 128 ? 1 : -1);
-    const __m256i three = in_both_lanes(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+    const __m256i three =
+        in_both_lanes(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
     for (int i = 0; i < kKernelBlock; i += 8, samples += 32, target += 24) {
         __m256i pixels = narrowed(_mm256_srli_epi16(_mm256_adds_epu16(load_samples(samples), half), 8),
                                   _mm256_srli_epi16(_mm256_adds_epu16(load_samples(samples + 16), half), 8));
@@ -206,7 +218,8 @@ inline std::uint64_t equal_bytes(const std::uint8_t* pixels, KernelColour colour
 }
 
 inline bool block_holds(const std::uint8_t* pixels, KernelColour background) {
-    const std::uint64_t same = equal_bytes(pixels, background, 0) | equal_bytes(pixels + 16, background, 1) << 16 |
+    const std::uint64_t same = equal_bytes(pixels, background, 0) |
+                               equal_bytes(pixels + 16, background, 1) << 16 |
                                equal_bytes(pixels + 32, background, 2) << 32;
     return (same & same >> 1 & same >> 2 & 0x249249249249ULL) != 0;
 }
@@ -219,7 +232,9 @@ struct Blocks {
                              std::uint16_t* samples) {
         block_samples(plan, x, y, samples);
     }
-    static void keep_apart(std::uint16_t* samples, KernelColour background) { block_apart(samples, background); }
+    static void keep_apart(std::uint16_t* samples, KernelColour background) {
+        block_apart(samples, background);
+    }
     static bool finish_block(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
         return block_bytes(samples, background, target);
     }
@@ -230,6 +245,7 @@ struct Blocks {
 
 }  // namespace
 
-const RowKernels kRowKernelsAvx2 = {{map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
+const RowKernels kRowKernelsAvx2 = {
+    {map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
 
 }  // namespace zemora

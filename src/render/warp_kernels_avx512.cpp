@@ -19,7 +19,8 @@ struct Lanes {
     static constexpr int kLanes = 16;
     static Int all(std::int32_t value) { return _mm512_set1_epi32(value); }
     static Int steps_of_128() {
-        return _mm512_setr_epi32(0, 128, 256, 384, 512, 640, 768, 896, 1024, 1152, 1280, 1408, 1536, 1664, 1792, 1920);
+        return _mm512_setr_epi32(0, 128, 256, 384, 512, 640, 768, 896, 1024, 1152, 1280, 1408, 1536, 1664,
+                                 1792, 1920);
     }
     static Int add(Int a, Int b) { return _mm512_add_epi32(a, b); }
     static Int subtract(Int a, Int b) { return _mm512_sub_epi32(a, b); }
@@ -40,7 +41,8 @@ struct Lanes {
     static Int rounded_quotient(Int a, float divisor) {
         const __m512 quotient = _mm512_div_ps(_mm512_cvtepi32_ps(a), _mm512_set1_ps(divisor));
         const __m512 whole = _mm512_roundscale_ps(quotient, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
-        const __mmask16 up = _mm512_cmp_ps_mask(_mm512_sub_ps(quotient, whole), _mm512_set1_ps(0.5F), _CMP_GE_OQ);
+        const __mmask16 up =
+            _mm512_cmp_ps_mask(_mm512_sub_ps(quotient, whole), _mm512_set1_ps(0.5F), _CMP_GE_OQ);
         const Int floored = _mm512_cvttps_epi32(whole);
         return _mm512_mask_add_epi32(floored, up, floored, _mm512_set1_epi32(1));
     }
@@ -85,8 +87,8 @@ inline __m512i load_taps(const std::uint8_t* base, const std::int32_t* offset) {
 
 /// Four pixels: across in 8 by 8 bits, moved by 16384 into 16 bits, then up in 16 by 16 bits.
 inline __m512i weigh_four(const TapPlan& plan, const std::int32_t* offset, __m512i across, __m512i up) {
-    const __m512i by_channel = _mm512_broadcast_i32x4(
-        _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
+    const __m512i by_channel =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
     const __m512i middle = _mm512_set1_epi32(16384);
     __m512i sums[4];
     for (int j = 0; j < 4; ++j) {
@@ -97,8 +99,10 @@ inline __m512i weigh_four(const TapPlan& plan, const std::int32_t* offset, __m51
     const __m512i low_pair = _mm512_mask_blend_epi16(high, sums[0], _mm512_slli_epi32(sums[1], 16));
     const __m512i high_pair = _mm512_mask_blend_epi16(high, sums[2], _mm512_slli_epi32(sums[3], 16));
     // Each weight in the high byte of its 16 bits: 256 times the weight.
-    const __m512i low_weights = _mm512_shuffle_epi8(up, _mm512_set1_epi32(static_cast<std::int32_t>(0x01800080)));
-    const __m512i high_weights = _mm512_shuffle_epi8(up, _mm512_set1_epi32(static_cast<std::int32_t>(0x03800280)));
+    const __m512i low_weights =
+        _mm512_shuffle_epi8(up, _mm512_set1_epi32(static_cast<std::int32_t>(0x01800080)));
+    const __m512i high_weights =
+        _mm512_shuffle_epi8(up, _mm512_set1_epi32(static_cast<std::int32_t>(0x03800280)));
     const __m512i back = _mm512_set1_epi16(-16384);
     __m512i sum = _mm512_set1_epi32(plan.rounding);
     sum = _mm512_dpwssd_epi32(sum, low_pair, low_weights);
@@ -108,7 +112,8 @@ inline __m512i weigh_four(const TapPlan& plan, const std::int32_t* offset, __m51
     return _mm512_max_epi32(_mm512_srai_epi32(_mm512_add_epi32(sum, moved), 14), _mm512_setzero_si512());
 }
 
-inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y, std::uint16_t* samples) {
+inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y,
+                          std::uint16_t* samples) {
     const __m512i px = _mm512_loadu_si512(x);
     const __m512i py = _mm512_loadu_si512(y);
     const __m512i fraction = _mm512_set1_epi32(127);
@@ -119,8 +124,10 @@ inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std:
     const __m512i up = _mm512_i32gather_epi32(_mm512_and_si512(py, fraction), plan.weights, 4);
     alignas(64) std::int32_t offset[kKernelBlock];
     const __m512i columns3 = _mm512_add_epi32(column, _mm512_add_epi32(column, column));
-    _mm512_store_si512(offset, _mm512_add_epi32(columns3, _mm512_mullo_epi32(row, _mm512_set1_epi32(
-                                                              static_cast<std::int32_t>(plan.pitch)))));
+    _mm512_store_si512(
+        offset,
+        _mm512_add_epi32(columns3,
+                         _mm512_mullo_epi32(row, _mm512_set1_epi32(static_cast<std::int32_t>(plan.pitch)))));
     __m512i lane = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
     const __m512i next = _mm512_set1_epi32(4);
     for (int i = 0; i < kKernelBlock; i += 4) {
@@ -139,7 +146,8 @@ inline __mmask16 equal_pixels(__m512i pixels, KernelColour colour) {
 
 /// High or rounded bytes of 16 samples, four bytes a sample.
 inline __m512i narrowed(__m512i first, __m512i second) {
-    return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(first)), _mm512_cvtepi16_epi8(second), 1);
+    return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(first)),
+                              _mm512_cvtepi16_epi8(second), 1);
 }
 
 inline void block_apart(std::uint16_t* samples, KernelColour background) {
@@ -166,10 +174,11 @@ inline bool block_bytes(const std::uint16_t* samples, KernelColour background, s
     pixels = _mm512_mask_or_epi32(pixels, black, pixels, _mm512_set1_epi32(1));
     const __m512i step = _mm512_set1_epi32(background.channel[0] < 128 ? 1 : -1);
     pixels = _mm512_mask_add_epi32(pixels, equal_pixels(pixels, background), pixels, step);
-    const __m512i three = _mm512_broadcast_i32x4(
-        _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-    const __m512i packed = _mm512_permutexvar_epi32(
-        _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15), _mm512_shuffle_epi8(pixels, three));
+    const __m512i three =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+    const __m512i packed =
+        _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15),
+                                 _mm512_shuffle_epi8(pixels, three));
     _mm512_mask_storeu_epi32(target, 0x0FFF, packed);
     return true;
 }
@@ -177,9 +186,10 @@ inline bool block_bytes(const std::uint16_t* samples, KernelColour background, s
 inline bool block_holds(const std::uint8_t* pixels, KernelColour background) {
     const __mmask64 block = (1ULL << 48) - 1;
     const __m512i bytes = _mm512_maskz_loadu_epi8(block, pixels);
-    const std::int32_t wanted = background.channel[0] | background.channel[1] << 8 | background.channel[2] << 16;
-    const __m512i repeat = _mm512_broadcast_i32x4(
-        _mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0));
+    const std::int32_t wanted =
+        background.channel[0] | background.channel[1] << 8 | background.channel[2] << 16;
+    const __m512i repeat =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0));
     // Lane by lane the pattern starts one channel later: 16 bytes are five pixels and a third.
     const __m512i late = _mm512_inserti32x4(
         _mm512_inserti32x4(repeat, _mm_setr_epi8(1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1, 2, 0, 1), 1),
@@ -197,7 +207,9 @@ struct Blocks {
                              std::uint16_t* samples) {
         block_samples(plan, x, y, samples);
     }
-    static void keep_apart(std::uint16_t* samples, KernelColour background) { block_apart(samples, background); }
+    static void keep_apart(std::uint16_t* samples, KernelColour background) {
+        block_apart(samples, background);
+    }
     static bool finish_block(const std::uint16_t* samples, KernelColour background, std::uint8_t* target) {
         return block_bytes(samples, background, target);
     }
@@ -208,6 +220,7 @@ struct Blocks {
 
 }  // namespace
 
-const RowKernels kRowKernelsAvx512 = {{map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
+const RowKernels kRowKernelsAvx512 = {
+    {map_row<Lanes, 0>, map_row<Lanes, 1>}, bounds, sample<Blocks>, finish<Blocks>, mark<Blocks>};
 
 }  // namespace zemora

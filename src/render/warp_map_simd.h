@@ -46,7 +46,8 @@ void map_row(const MapRow& row, int count, std::int32_t* x_out, std::int32_t* y_
     for (int i = 0; i < count; i += V::kLanes) {
         Int x = V::add(V::all(row.x + 128 * i), V::steps_of_128());
         if (row.has_trapez != 0) {
-            const Int shear = V::add(V::multiply(x, V::all(row.trapez_slope)), V::all(row.trapez_offset + 2048));
+            const Int shear =
+                V::add(V::multiply(x, V::all(row.trapez_slope)), V::all(row.trapez_offset + 2048));
             x = V::subtract(x, V::template shift_right<12>(shear));
         }
         x = V::add(x, V::all(row.shift_x));

@@ -11,13 +11,15 @@ namespace zemora {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr int kLargestSize = 4096;          // 12.5 per cent of 32768
-constexpr int kLargestRotation = 2048;      // sine 0.125
+constexpr int kLargestSize = 4096;      // 12.5 per cent of 32768
+constexpr int kLargestRotation = 2048;  // sine 0.125
 constexpr int kLargestVergence = 2048;
 constexpr std::int64_t kLargestPreTurn = std::int64_t{1} << 25;
 constexpr std::int64_t kFarPosition = std::int64_t{1} << 30;
 
-int fixed_sine(float angle_rad, float unit) { return round_half_up(static_cast<double>(std::sin(angle_rad) * unit)); }
+int fixed_sine(float angle_rad, float unit) {
+    return round_half_up(static_cast<double>(std::sin(angle_rad) * unit));
+}
 
 int fixed_sine_of_degrees(float angle_deg, float unit) {
     return fixed_sine(static_cast<float>(static_cast<double>(angle_deg) * kPi / 180.0), unit);
@@ -34,7 +36,8 @@ std::int64_t scale_back(std::int64_t value, float scale) {
         return std::clamp(value, -kFarPosition, kFarPosition);
     }
     const float quotient = static_cast<float>(value) / scale;
-    return std::clamp<std::int64_t>(round_half_up(static_cast<double>(quotient)), -kFarPosition, kFarPosition);
+    return std::clamp<std::int64_t>(round_half_up(static_cast<double>(quotient)), -kFarPosition,
+                                    kFarPosition);
 }
 
 /// Division by a power of two towards zero.
@@ -43,7 +46,9 @@ std::int64_t divided(std::int64_t value, int bits) {
 }
 
 /// Half a frame in positions, never 0, as a divisor.
-int half_frame(int size_px) { return std::max(1, kPositionUnit * size_px / 2); }
+int half_frame(int size_px) {
+    return std::max(1, kPositionUnit * size_px / 2);
+}
 
 void add_shapes(const ViewTransform& view, Position& p) {
     const double half_height = half_frame(view.height);
@@ -74,7 +79,8 @@ void add_vergences(const ViewTransform& view, Position& p) {
     if (view.vergence_h != 0) {
         const std::int64_t parabola = (p.y >> 4) * (p.y >> 5) / std::max(1, view.height >> 3) -
                                       std::int64_t{kPositionUnit} * (view.height / 6);
-        p.y += view.side * ((view.vergence_h * parabola + (std::int64_t{16384} << halving)) >> (15 + halving));
+        p.y +=
+            view.side * ((view.vergence_h * parabola + (std::int64_t{16384} << halving)) >> (15 + halving));
     }
 }
 
@@ -160,15 +166,15 @@ Position ViewTransform::map_centred(Position p) const {
 Position ViewTransform::map(int column, int row) const {
     const std::int64_t half_width = kPositionUnit * width / 2;
     const std::int64_t half_height = kPositionUnit * height / 2;
-    const Position p = map_centred({std::int64_t{kPositionUnit} * column - half_width,
-                                    std::int64_t{kPositionUnit} * row - half_height});
+    const Position p = map_centred(
+        {std::int64_t{kPositionUnit} * column - half_width, std::int64_t{kPositionUnit} * row - half_height});
     return {scale_back(p.x + half_width, total_scale), scale_back(p.y + half_height, total_scale)};
 }
 
 bool ViewTransform::is_identity() const {
     return phantogram == 0.0 && edge_warp == 0.0 && vertical_ax == 0.0 && common_trapez == 0.0 &&
-           sym_trapez == 0.0 && shift_x == 0 && shift_y == 0 && size == 0 && rotation == 0 && vergence_v == 0 &&
-           vergence_h == 0 && total_scale == 1.0F;
+           sym_trapez == 0.0 && shift_x == 0 && shift_y == 0 && size == 0 && rotation == 0 &&
+           vergence_v == 0 && vergence_h == 0 && total_scale == 1.0F;
 }
 
 bool ViewTransform::fits_32() const {
@@ -197,7 +203,8 @@ bool ViewTransform::fits_32() const {
     const double turn = 1.0 + rotation_limit / (16384 << halving) + size_limit / (32768 << halving);
     x = (x + rotation_limit / 16384.0 * y) * turn + 2.0;
     y = (y + rotation_limit / 16384.0 * x) * turn + 2.0;
-    const double strength = (x / std::max(1.0, width / 2.0 - 0.5)) * static_cast<double>(std::abs(vergence_v));
+    const double strength =
+        (x / std::max(1.0, width / 2.0 - 0.5)) * static_cast<double>(std::abs(vergence_v));
     if (std::max(x, y) / 256.0 * strength + 8192.0 > kLimit) {
         return false;
     }

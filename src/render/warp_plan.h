@@ -34,7 +34,7 @@ struct Position {
 struct ViewTransform {
     int height = 0;  ///< Output frame, pixels.
     int width = 0;
-    int side = 1;    ///< -1 left, +1 right.
+    int side = 1;  ///< -1 left, +1 right.
     float total_scale = 1.0F;
 
     // Shapes: shears mirrored between the views, trapezoids common to both.
@@ -47,11 +47,11 @@ struct ViewTransform {
     // The share of this view in the correction.
     std::int64_t shift_x = 0;
     std::int64_t shift_y = 0;
-    std::int64_t size = 0;            ///< Signed for this view.
-    std::int64_t rotation = 0;        ///< Signed for this view.
+    std::int64_t size = 0;      ///< Signed for this view.
+    std::int64_t rotation = 0;  ///< Signed for this view.
     std::int64_t vergence_v = 0;
     std::int64_t vergence_h = 0;
-    int halving = 0;                  ///< 1 when this view takes half of the correction.
+    int halving = 0;  ///< 1 when this view takes half of the correction.
 
     /// Source position in 1/128 source pixel of the output pixel; limited to 30 bits.
     [[nodiscard]] Position map(int column, int row) const;

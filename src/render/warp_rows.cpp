@@ -11,7 +11,8 @@ namespace zemora {
 
 namespace {
 
-constexpr int kPiece = 256;  ///< Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
+constexpr int kPiece =
+    256;  ///< Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
 constexpr int kBlock = kKernelBlock;  ///< Pixels that share one test for borders and background.
 constexpr std::ptrdiff_t kLargestVectorPicture = 0x7FFFFFFF;  ///< Bytes that 32-bit offsets reach.
 
@@ -86,7 +87,9 @@ PackedWeights pack_weights(const AxisWeights& table) {
     return packed;
 }
 
-KernelColour kernel_colour(Colour colour) { return {{colour.blue, colour.green, colour.red}}; }
+KernelColour kernel_colour(Colour colour) {
+    return {{colour.blue, colour.green, colour.red}};
+}
 
 /// The vector code loads 16 bytes for four pixels: more than one pixel beyond the last tap.
 constexpr int kSpareColumns = 2;
@@ -118,12 +121,17 @@ struct PiecePositions {
 using PieceSamples = std::array<Sample, kPiece>;
 static_assert(sizeof(Sample) == 4 * sizeof(std::uint16_t));
 
-std::uint16_t* words_of(Sample* samples) { return reinterpret_cast<std::uint16_t*>(samples); }
-const std::uint16_t* words_of(const Sample* samples) { return reinterpret_cast<const std::uint16_t*>(samples); }
+std::uint16_t* words_of(Sample* samples) {
+    return reinterpret_cast<std::uint16_t*>(samples);
+}
+const std::uint16_t* words_of(const Sample* samples) {
+    return reinterpret_cast<const std::uint16_t*>(samples);
+}
 
 void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
     if (view.map_kernel != nullptr) {
-        view.map_kernel(map_row_of(view.transform, row, first), count, positions.x.data(), positions.y.data());
+        view.map_kernel(map_row_of(view.transform, row, first), count, positions.x.data(),
+                        positions.y.data());
         return;
     }
     for (int i = 0; i < count; ++i) {
@@ -141,8 +149,8 @@ bool is_plain_block(const ViewRows& view, const std::int32_t* x, const std::int3
     const int right = (*high_x >> 7) + 2;
     const int bottom = (*low_y >> 7) - 1;
     const int top = (*high_y >> 7) + 2;
-    return left >= 0 && bottom >= 0 && right + kSpareColumns < view.source.width && top < view.source.height &&
-           !view.background.touches(left, bottom, right, top);
+    return left >= 0 && bottom >= 0 && right + kSpareColumns < view.source.width &&
+           top < view.source.height && !view.background.touches(left, bottom, right, top);
 }
 
 /// The blocks of a piece whose taps may be background.
@@ -162,7 +170,8 @@ std::uint32_t find_doubtful_blocks(const ViewRows& view, const PiecePositions& p
 
 /// The weighted sums of 4 by 4 taps, all of them picture.
 template <class Normalise>
-Sample sample_plain(const AxisWeights& table, const ConstPicture& source, int x, int y, const Normalise& normalise) {
+Sample sample_plain(const AxisWeights& table, const ConstPicture& source, int x, int y,
+                    const Normalise& normalise) {
     const auto& across = table[static_cast<std::size_t>(x & 127)];
     const auto& up = table[static_cast<std::size_t>(y & 127)];
     const std::uint8_t* taps = source.pixel((x >> 7) - 1, (y >> 7) - 1);
@@ -216,13 +225,15 @@ void sample_block(const ViewRows& view, const std::int32_t* x, const std::int32_
 
 void sample_piece(const ViewRows& view, const PiecePositions& positions, int count, PieceSamples& samples) {
     const Kernel kernel = view.sampler.kernel;
-    const bool has_plain = (kernel == Kernel::bilinear || kernel == Kernel::bicubic) && !view.sampler.linear_light;
+    const bool has_plain =
+        (kernel == Kernel::bilinear || kernel == Kernel::bicubic) && !view.sampler.linear_light;
     std::uint32_t left_out = ~std::uint32_t{0};
     if (has_plain && view.kernels != nullptr) {
         const int whole = count / kBlock;
-        left_out = view.kernels->sample(view.taps, positions.x.data(), positions.y.data(), whole,
-                                        find_doubtful_blocks(view, positions, whole), words_of(samples.data())) |
-                   ~std::uint32_t{0} << whole;
+        left_out =
+            view.kernels->sample(view.taps, positions.x.data(), positions.y.data(), whole,
+                                 find_doubtful_blocks(view, positions, whole), words_of(samples.data())) |
+            ~std::uint32_t{0} << whole;
     }
     for (int i = 0; i < count; i += kBlock, left_out >>= 1) {
         if ((left_out & 1U) == 0) {

@@ -5,7 +5,8 @@ namespace zemora {
 namespace {
 
 Colour colour_of(int red, int green, int blue) {
-    return {static_cast<std::uint8_t>(blue), static_cast<std::uint8_t>(green), static_cast<std::uint8_t>(red)};
+    return {static_cast<std::uint8_t>(blue), static_cast<std::uint8_t>(green),
+            static_cast<std::uint8_t>(red)};
 }
 
 FrameSettings frame_of(const ParameterSet& parameters) {
@@ -18,7 +19,8 @@ FrameSettings frame_of(const ParameterSet& parameters) {
     frame.fill_height = parameters.fill_height;
     frame.fill_width = parameters.fill_width;
     frame.thin_line = parameters.thin_black_line;
-    frame.colour = colour_of(parameters.frame_color_red, parameters.frame_color_green, parameters.frame_color_blue);
+    frame.colour =
+        colour_of(parameters.frame_color_red, parameters.frame_color_green, parameters.frame_color_blue);
     return frame;
 }
 

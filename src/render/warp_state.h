@@ -75,14 +75,14 @@ struct WarpState {
     int work_height = 0;
     int work_width = 0;
     int force_size = kForceNothing;
-    int filter_radius = 1;         ///< Set by `choose_interpolation`.
-    float total_scale = 1.0F;      ///< Output pixels per source pixel.
+    int filter_radius = 1;     ///< Set by `choose_interpolation`.
+    float total_scale = 1.0F;  ///< Output pixels per source pixel.
     float last_scale_step = 1.0F;
-    int latest_size_step = 0;      ///< `size_step` of the latest warp.
-    float aspect = 1.0F;           ///< Source width over source height.
+    int latest_size_step = 0;  ///< `size_step` of the latest warp.
+    float aspect = 1.0F;       ///< Source width over source height.
     int source_height = 0;
     int source_width = 0;
-    int scaled_height = 0;         ///< Whole frame after scaling to the target.
+    int scaled_height = 0;  ///< Whole frame after scaling to the target.
     int scaled_width = 0;
     /// Whole, uncropped frame of the latest warp; the size step multiplies it.
     int frame_height = 0;

@@ -96,7 +96,8 @@ FrameSettings filled_width(int width, int central) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, StereoLayouts,
     ::testing::Values(StereoCase{"bare", settings(0, 0, 0, 0, 0, 0), 120, 0, 60, 0},
-                      StereoCase{"framed", settings(0, 0, 10, 6, 0, 2), 2 * 64 + 40 + 6, 12, 12 + 64 + 20 + 6, 6},
+                      StereoCase{"framed", settings(0, 0, 10, 6, 0, 2), 2 * 64 + 40 + 6, 12, 12 + 64 + 20 + 6,
+                                 6},
                       StereoCase{"touching", settings(0, 0, 10, -99, 0, 0), 140, 10, 70, -20},
                       StereoCase{"floating_keeps_its_gap", settings(0, 0, 10, -99, -8, 0), 148, 14, 74, -12},
                       StereoCase{"filled", filled_width(71, -4), 138, 5, 72, -4},

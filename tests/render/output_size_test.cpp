@@ -66,10 +66,11 @@ TEST(SetupOutputSize, ScalesByTheSideThatRules) {
     struct Row {
         int crop, work_height, work_width, force, height, width;
     };
-    for (const Row& row : {Row{2, 300, 500, kForceBothWidthLarger, 375, 500},
-                           Row{2, 450, 500, kForceBothHeightLarger, 450, 600}, Row{3, 450, 500, kForceWidth, 375, 500},
-                           Row{3, 300, 500, kForceHeight, 300, 400}, Row{4, 300, 500, kForceNothing, 600, 800},
-                           Row{2, 0, 400, kForceWidth, 300, 400}, Row{2, 300, 0, kForceHeight, 300, 400}}) {
+    for (const Row& row :
+         {Row{2, 300, 500, kForceBothWidthLarger, 375, 500},
+          Row{2, 450, 500, kForceBothHeightLarger, 450, 600}, Row{3, 450, 500, kForceWidth, 375, 500},
+          Row{3, 300, 500, kForceHeight, 300, 400}, Row{4, 300, 500, kForceNothing, 600, 800},
+          Row{2, 0, 400, kForceWidth, 300, 400}, Row{2, 300, 0, kForceHeight, 300, 400}}) {
         Rig rig;
         rig.warp->cropp_output = row.crop;
         TargetSize target;
@@ -92,8 +93,8 @@ TEST(SetupOutputSize, RefusesSidesAboveTheLargest) {
 }
 
 /// Repeats the final warp as the driver does; a correction that cuts wedges makes it necessary.
-int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& correction, const TargetSize& target,
-                     int output_height, int output_width) {
+int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& correction,
+                     const TargetSize& target, int output_height, int output_width) {
     EXPECT_TRUE(setup_output_size(*rig.warp, target, source.height(), source.width()));
     WarpRequest request = rig.request(source, source);
     request.crop = 1;
@@ -123,7 +124,9 @@ int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& corre
 
 TEST(SizeStep, ReachesTheTargetWithinThreeWarps) {
     std::mt19937 random(7);
-    const auto between = [&random](int low, int high) { return low + static_cast<int>(random() % (high - low + 1)); };
+    const auto between = [&random](int low, int high) {
+        return low + static_cast<int>(random() % (high - low + 1));
+    };
     int most = 0;
     for (int round = 0; round < 45; ++round) {
         const Bitmap source = textured(between(280, 420), between(280, 420), static_cast<unsigned>(round));
@@ -132,10 +135,13 @@ TEST(SizeStep, ReachesTheTargetWithinThreeWarps) {
         const int output_width = kind == 1 ? 0 : between(250, 500);
         Rig rig;
         rig.warp->cropp_output = between(2, 3);
-        const TargetSize target = find_target_size(source.height(), source.width(), output_height, output_width,
-                                                   rig.warp->cropp_output);
-        const WarpCorrection correction{static_cast<float>(between(-8, 8)), static_cast<float>(between(-3, 3)) / 100.0F,
-                                        static_cast<float>(between(-4, 4)) / 100.0F, 0.0F, 0.0F,
+        const TargetSize target = find_target_size(source.height(), source.width(), output_height,
+                                                   output_width, rig.warp->cropp_output);
+        const WarpCorrection correction{static_cast<float>(between(-8, 8)),
+                                        static_cast<float>(between(-3, 3)) / 100.0F,
+                                        static_cast<float>(between(-4, 4)) / 100.0F,
+                                        0.0F,
+                                        0.0F,
                                         static_cast<float>(between(-20, 20))};
         most = std::max(most, warps_until_size(rig, source, correction, target, output_height, output_width));
         if (output_height > 0 && output_width > 0 && rig.warp->cropp_output == 2) {
@@ -166,8 +172,9 @@ Bitmap shaped(int width, int height, const Holds& holds) {
 TEST(CommonArea, IsTheWholeFrameWithoutWedges) {
     for (const auto& [width, height] : {std::pair{400, 301}, std::pair{1999, 1500}, std::pair{31, 17}}) {
         const Bitmap whole = shaped(width, height, [](int, int) { return true; });
-        EXPECT_EQ(find_common_area({whole.picture(), whole.picture()}, {0, width - 1, 0, height - 1}, Colour{}),
-                  (PixelRectangle{0, width - 1, 0, height - 1}))
+        EXPECT_EQ(
+            find_common_area({whole.picture(), whole.picture()}, {0, width - 1, 0, height - 1}, Colour{}),
+            (PixelRectangle{0, width - 1, 0, height - 1}))
             << width << " x " << height;
     }
 }

@@ -78,7 +78,8 @@ TEST_F(Outputs, EveryFormatIsWrittenAndReadBack) {
         const Colour wanted = colour_at(rig.warp->pair().right, 20, 11);
         EXPECT_NEAR(pixel.green, wanted.green, row.lossless ? 0 : 16) << row.name;
         if (row.lossless) {
-            EXPECT_EQ(count_differences(rig.warp->pair().left, read.bitmap.picture().part(0, 0, 61, 43)), 0) << row.name;
+            EXPECT_EQ(count_differences(rig.warp->pair().left, read.bitmap.picture().part(0, 0, 61, 43)), 0)
+                << row.name;
         }
     }
     EXPECT_LT(fs::file_size(file("a.png")), fs::file_size(file("b.png")));
@@ -278,8 +279,8 @@ TEST_F(Outputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
     ASSERT_TRUE(read);
     ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
     ASSERT_EQ(read.width(), 2 * (rig.warp->width + 6));
-    for (const auto& [view, column] : {std::pair{rig.warp->pair().left, 3},
-                                       std::pair{rig.warp->pair().right, rig.warp->width + 9}}) {
+    for (const auto& [view, column] :
+         {std::pair{rig.warp->pair().left, 3}, std::pair{rig.warp->pair().right, rig.warp->width + 9}}) {
         const DeepDifference difference = compare_deep(read, column, view);
         EXPECT_LT(std::abs(difference.mean), 0.05);
         EXPECT_LT(difference.largest, 1.6);

@@ -33,8 +33,8 @@ inline Bitmap noisy(int width, int height, unsigned seed) {
     for (int y = 0; y < height; ++y) {
         for (int i = 0; i < width * kPixelBytes; ++i) {
             const unsigned draw = random();
-            bitmap.picture().row(y)[i] =
-                static_cast<std::uint8_t>((draw & 0x300U) == 0 ? ((draw & 0x400U) == 0 ? 0 : 255) : draw & 255U);
+            bitmap.picture().row(y)[i] = static_cast<std::uint8_t>(
+                (draw & 0x300U) == 0 ? ((draw & 0x400U) == 0 ? 0 : 255) : draw & 255U);
         }
     }
     return bitmap;

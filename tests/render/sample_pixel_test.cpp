@@ -65,16 +65,18 @@ TEST_P(SampleFlags, TellWhereThereIsNoPicture) {
     EXPECT_EQ(sample_pixel(sampler_of(c.kernel), bitmap.picture(), c.x, c.y).empty, c.empty);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rules, SampleFlags,
-    ::testing::Values(FlagCase{"bilinear_just_outside", 1, -1, 128, 0}, FlagCase{"bilinear_reach", 1, -191, 128, 0},
-                      FlagCase{"bilinear_beyond", 1, -192, 128, 1}, FlagCase{"bicubic_half_outside", 2, -64, 128, 0},
-                      FlagCase{"bicubic_beyond", 2, -65, 128, 1}, FlagCase{"tent_beyond_top", 3, 128, 8 * 128 - 64, 1},
-                      FlagCase{"nearest_background", 0, 5 * 128 + 10, 128, 1},
-                      FlagCase{"nearest_outside_is_an_edge_pixel", 0, -5000, 128, 0},
-                      FlagCase{"bicubic_background", 2, 5 * 128 - 64, 128, 1},
-                      FlagCase{"bicubic_beside_background", 2, 5 * 128 - 65, 128, 0}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rules, SampleFlags,
+                         ::testing::Values(FlagCase{"bilinear_just_outside", 1, -1, 128, 0},
+                                           FlagCase{"bilinear_reach", 1, -191, 128, 0},
+                                           FlagCase{"bilinear_beyond", 1, -192, 128, 1},
+                                           FlagCase{"bicubic_half_outside", 2, -64, 128, 0},
+                                           FlagCase{"bicubic_beyond", 2, -65, 128, 1},
+                                           FlagCase{"tent_beyond_top", 3, 128, 8 * 128 - 64, 1},
+                                           FlagCase{"nearest_background", 0, 5 * 128 + 10, 128, 1},
+                                           FlagCase{"nearest_outside_is_an_edge_pixel", 0, -5000, 128, 0},
+                                           FlagCase{"bicubic_background", 2, 5 * 128 - 64, 128, 1},
+                                           FlagCase{"bicubic_beside_background", 2, 5 * 128 - 65, 128, 0}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(SamplePixel, BackgroundNeighboursLeaveNoFringe) {
     Bitmap bitmap = Bitmap::create(10, 10);

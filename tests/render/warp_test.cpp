@@ -73,8 +73,8 @@ TEST(WarpStill, RoundedBytesNeverBecomeTheBackgroundColour) {
 struct SignCase {
     const char* name;
     WarpCorrection correction;
-    int apply;         ///< ApplyLeftRight
-    int column, row;   ///< output position from the centre, pixels
+    int apply;                                    ///< ApplyLeftRight
+    int column, row;                              ///< output position from the centre, pixels
     double left_dx, left_dy, right_dx, right_dy;  ///< expected source offset, pixels
 };
 
@@ -165,7 +165,8 @@ const float kSineLimit = std::asin(0.125F);
 INSTANTIATE_TEST_SUITE_P(
     Limits, WarpLimits,
     ::testing::Values(LimitCase{"size_at_limit", correction(0, 0.125F, 0, 0, 0, 0), WarpStatus::done},
-                      LimitCase{"size_beyond", correction(0, -0.1251F, 0, 0, 0, 0), WarpStatus::beyond_limits},
+                      LimitCase{"size_beyond", correction(0, -0.1251F, 0, 0, 0, 0),
+                                WarpStatus::beyond_limits},
                       LimitCase{"rotation_at_limit", correction(0, 0, kSineLimit, 0, 0, 0), WarpStatus::done},
                       LimitCase{"rotation_beyond", correction(0, 0, kSineLimit + 1e-4F, 0, 0, 0),
                                 WarpStatus::beyond_limits},
@@ -266,7 +267,8 @@ TEST_P(WarpPaths, AgreeForInstructionSetsAndThreads) {
     };
     Rig plain;
     warped(InstructionSet::portable, 1, plain);
-    for (const InstructionSet set : {InstructionSet::portable, InstructionSet::avx2, InstructionSet::avx512}) {
+    for (const InstructionSet set :
+         {InstructionSet::portable, InstructionSet::avx2, InstructionSet::avx512}) {
         for (const int threads : {2, 8}) {
             Rig rig;
             warped(set, threads, rig);
@@ -277,11 +279,12 @@ TEST_P(WarpPaths, AgreeForInstructionSetsAndThreads) {
     omp_set_num_threads(omp_get_num_procs());
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, WarpPaths,
-                         ::testing::Values(PathCase{301, 97, 1, 1.0F, false}, PathCase{301, 97, 2, 1.0F, true},
-                                           PathCase{640, 50, 2, 1.37F, false}, PathCase{523, 61, 1, 0.71F, true},
-                                           PathCase{33, 5, 2, 1.0F, false}, PathCase{300, 200, 3, 0.3F, false},
-                                           PathCase{300, 90, 0, 1.1F, true}, PathCase{2, 300, 2, 1.0F, false}));
+INSTANTIATE_TEST_SUITE_P(
+    Sizes, WarpPaths,
+    ::testing::Values(PathCase{301, 97, 1, 1.0F, false}, PathCase{301, 97, 2, 1.0F, true},
+                      PathCase{640, 50, 2, 1.37F, false}, PathCase{523, 61, 1, 0.71F, true},
+                      PathCase{33, 5, 2, 1.0F, false}, PathCase{300, 200, 3, 0.3F, false},
+                      PathCase{300, 90, 0, 1.1F, true}, PathCase{2, 300, 2, 1.0F, false}));
 
 }  // namespace
 }  // namespace zemora
