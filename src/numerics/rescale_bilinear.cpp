@@ -70,18 +70,24 @@ struct Triangle {
     int n = 1;
     int shift = 0;
     std::uint32_t total = 1;
+    std::uint64_t reciprocal = 0;
 
     explicit Triangle(int factor) : n(factor), total(static_cast<std::uint32_t>(factor) * static_cast<std::uint32_t>(factor)) {
         while (total > kLargestTotal) {
             total >>= 1U;
             ++shift;
         }
+        const std::uint64_t divisor = static_cast<std::uint64_t>(total) * total;
+        reciprocal = ((std::uint64_t{1} << kReciprocalBits) + divisor - 1) / divisor;
     }
-    /// The weighted sum of both directions, brought back to the range of a byte.
+    /// The weighted sum of both directions, brought back to the range of a byte: divided by the
+    /// squared total, as a product with the rounded-up reciprocal. Shifted sums are below 2^24 and
+    /// the divisor is below 2^16, so that 40 bits make it exact.
     [[nodiscard]] std::uint16_t normalised(std::uint32_t sum) const {
-        return static_cast<std::uint16_t>((sum >> static_cast<std::uint32_t>(shift)) / total / total);
+        return static_cast<std::uint16_t>((sum >> static_cast<std::uint32_t>(shift)) * reciprocal >> kReciprocalBits);
     }
 
+    static constexpr std::uint32_t kReciprocalBits = 40;
     static constexpr std::uint32_t kLargestTotal = 255;
 };
 
