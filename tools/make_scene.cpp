@@ -12,8 +12,8 @@ namespace {
 int usage() {
     std::puts("zemora_scene LEFT RIGHT WIDTH HEIGHT [height=PX] [size=PERCENT] [rotation=DEG] [vergence_v=DEG]\n"
               "             [vergence_h=DEG] [brightness=FACTOR] [noise=LEVELS] [seed=N] [near=PERMILLE] [far=PERMILLE]\n"
-              "             [flat=1] [quality=1..100]\n"
-              "Renders a textured stereo pair whose right view is misaligned by the given amounts.");
+              "             [objects=N] [share=-1|0|1] [flat=1] [quality=1..100]\n"
+              "Renders a textured stereo pair whose views are misaligned by the given amounts.");
     return EXIT_FAILURE;
 }
 
@@ -24,7 +24,7 @@ int main(int count, char** values) {
     if (count < kPositional) {
         return usage();
     }
-    std::map<std::string, double> settings{{"brightness", 1.0}, {"seed", 1.0}, {"near", -15.0}, {"far", 10.0}, {"quality", 95.0}};
+    std::map<std::string, double> settings{{"brightness", 1.0}, {"seed", 1.0}, {"near", -12.0}, {"far", 8.0}, {"objects", 14.0}, {"quality", 95.0}};
     for (int i = kPositional; i < count; ++i) {
         const std::string argument = values[i];
         const std::size_t equals = argument.find('=');
@@ -40,12 +40,14 @@ int main(int count, char** values) {
     errors.rotation_rad = settings["rotation"] * kRadians;
     errors.vergence_v_rad = settings["vergence_v"] * kRadians;
     errors.vergence_h_rad = settings["vergence_h"] * kRadians;
+    errors.share = static_cast<int>(settings["share"]);
     errors.brightness = settings["brightness"];
     errors.noise = settings["noise"];
     zemora::SceneOptions options;
     options.width = std::atoi(values[3]);
     options.height = std::atoi(values[4]);
     options.seed = static_cast<std::uint32_t>(settings["seed"]);
+    options.objects = static_cast<int>(settings["objects"]);
     options.near_disparity = settings["near"] / 1000.0;
     options.far_disparity = settings["far"] / 1000.0;
     options.flat = settings["flat"] != 0.0;

@@ -65,7 +65,6 @@ float noise_at(float x, float y) {
 }
 
 constexpr double kFinestDetail = 3.5;     // pixels of a lattice step, so that the sampling is honest
-constexpr int kPatches = 40;              // objects in front of the ground
 
 }  // namespace
 
@@ -91,7 +90,7 @@ Scene::Scene(const SceneOptions& options, const SceneErrors& errors) : options_(
         layer.pattern_x = static_cast<float>(random.between(0.0, 100.0));
         layer.pattern_y = static_cast<float>(random.between(0.0, 100.0));
     };
-    for (int i = 0; i < kPatches; ++i) {
+    for (int i = 0; i < options.objects; ++i) {
         Layer layer;
         layer.centre_x = random.between(-0.48, 0.48) * w;
         layer.centre_y = random.between(-0.48, 0.48) * h;
@@ -125,24 +124,30 @@ Scene::Hit Scene::hit(double x, double y, int side) const {
     return {&layers_.back(), x};
 }
 
-double Scene::disparity_at_left(ScenePoint left) const { return hit(left.x, left.y, -1).layer->disparity_at(left.y); }
-
-ScenePoint Scene::displaced(ScenePoint ideal) const {
+ScenePoint Scene::displaced(ScenePoint ideal, int side) const {
+    const double share = errors_.share == 0 ? 0.5 : (errors_.share == side ? 1.0 : 0.0);
+    const double sign = side * share;
     const double half_w = options_.width / 2.0;
     const double half_h = options_.height / 2.0;
-    const double barrel = ideal.y * ideal.y / half_h - options_.height / 6.0;
-    const double dx = errors_.size * ideal.x - errors_.rotation_rad * ideal.y +
-                      errors_.vergence_v_rad * ideal.x * ideal.x / half_w;
-    const double dy = errors_.height_px + errors_.size * ideal.y + errors_.rotation_rad * ideal.x +
-                      errors_.vergence_v_rad * ideal.x * ideal.y / half_w + errors_.vergence_h_rad * barrel;
-    return {ideal.x + dx, ideal.y + dy};
+    double x = ideal.x;
+    double y = ideal.y + sign * errors_.height_px;
+    x += sign * errors_.size * x;
+    y += sign * errors_.size * y;
+    const double turned_x = x - sign * errors_.rotation_rad * y;
+    y += sign * errors_.rotation_rad * x;
+    x = turned_x;
+    const double keystone = sign * errors_.vergence_v_rad * x / half_w;
+    x += keystone * x;
+    y += keystone * y;
+    y += sign * errors_.vergence_h_rad * (y * y / half_h - options_.height / 6.0);
+    return {x, y};
 }
 
-ScenePoint Scene::ideal_of(ScenePoint point) const {
+ScenePoint Scene::ideal_of(ScenePoint point, int side) const {
     constexpr int kRounds = 6;  // the displacements are small; each round gains two digits
     ScenePoint ideal = point;
     for (int i = 0; i < kRounds; ++i) {
-        const ScenePoint there = displaced(ideal);
+        const ScenePoint there = displaced(ideal, side);
         ideal.x += point.x - there.x;
         ideal.y += point.y - there.y;
     }
@@ -150,7 +155,9 @@ ScenePoint Scene::ideal_of(ScenePoint point) const {
 }
 
 ScenePoint Scene::right_of_left(ScenePoint left) const {
-    return displaced({left.x + disparity_at_left(left), left.y});
+    const ScenePoint ideal = ideal_of(left, -1);
+    const double disparity = hit(ideal.x, ideal.y, -1).layer->disparity_at(ideal.y);
+    return displaced({ideal.x + disparity, ideal.y}, +1);
 }
 
 void Scene::shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const {
@@ -185,10 +192,7 @@ Bitmap Scene::render(int side) const {
 #pragma omp parallel for schedule(dynamic, 8)
     for (int row = 0; row < options_.height; ++row) {
         for (int column = 0; column < options_.width; ++column) {
-            ScenePoint point{column - options_.width / 2.0, row - options_.height / 2.0};
-            if (side > 0) {
-                point = ideal_of(point);
-            }
+            const ScenePoint point = ideal_of({column - options_.width / 2.0, row - options_.height / 2.0}, side);
             const auto number = static_cast<std::uint32_t>((row * 2 + (side > 0 ? 1 : 0)) * options_.width + column);
             shade(point, side, mix(number ^ options_.seed), picture.pixel(column, row));
         }

@@ -11,15 +11,22 @@
 
 namespace zemora {
 
-/// Misalignment of the right view: the point that belongs at (X, Y) appears at (X + dx, Y + dy) with
-///   dx = size X - rotation Y + vergence_v X^2 / (W/2)
-///   dy = height + size Y + rotation X + vergence_v X Y / (W/2) + vergence_h (Y^2 / (H/2) - H/6)
+/// Misalignment of the views, right minus left. A view of side s (-1 left, +1 right) that carries the
+/// share w of it shows the point that belongs at (x, y) where these steps lead, in this order, with
+/// e the error times s w:
+///   height      y += e
+///   size        x += e x, y += e y
+///   rotation    x, y = x - e y, y + e x
+///   vergence V  x, y = x + e x^2 / (W/2), y + e x y / (W/2)
+///   vergence H  y += e (y^2 / (H/2) - H/6)
+/// To first order dy is the model of the analysis, whatever the share; to second order the share counts.
 struct SceneErrors {
     double height_px = 0.0;
     double size = 0.0;            ///< Fraction.
     double rotation_rad = 0.0;
     double vergence_v_rad = 0.0;
     double vergence_h_rad = 0.0;
+    int share = 0;                ///< 0 half on each view, -1 all on the left, 1 all on the right.
     double brightness = 1.0;      ///< Factor of the right view.
     double noise = 0.0;           ///< Half range of uniform noise in both views, levels.
 };
@@ -33,8 +40,9 @@ struct SceneOptions {
     int width = 0;   ///< Pixels.
     int height = 0;
     std::uint32_t seed = 1;
-    double near_disparity = -0.015;  ///< Fractions of the width.
-    double far_disparity = 0.010;
+    int objects = 14;                ///< Surfaces in front of ground and wall.
+    double near_disparity = -0.012;  ///< Fractions of the width.
+    double far_disparity = 0.008;
     bool flat = false;  ///< A wall of one colour.
 };
 
@@ -45,8 +53,6 @@ public:
     [[nodiscard]] Bitmap render_left() const { return render(-1); }
     [[nodiscard]] Bitmap render_right() const { return render(+1); }
 
-    /// Disparity of what the left view shows at a centred position, before the misalignment.
-    [[nodiscard]] double disparity_at_left(ScenePoint left) const;
     /// Where the right view shows what the left view has at `left`, hidden or not.
     [[nodiscard]] ScenePoint right_of_left(ScenePoint left) const;
     [[nodiscard]] const SceneErrors& errors() const { return errors_; }
@@ -75,8 +81,8 @@ private:
     };
     [[nodiscard]] Bitmap render(int side) const;
     [[nodiscard]] Hit hit(double x, double y, int side) const;
-    [[nodiscard]] ScenePoint displaced(ScenePoint ideal) const;
-    [[nodiscard]] ScenePoint ideal_of(ScenePoint displaced_point) const;
+    [[nodiscard]] ScenePoint displaced(ScenePoint ideal, int side) const;
+    [[nodiscard]] ScenePoint ideal_of(ScenePoint displaced_point, int side) const;
     void shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const;
 
     SceneOptions options_;

@@ -93,7 +93,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     parameters.meta_transfer = 0;
     parameters.path_of_images = temporary_folder();
     parameters.apply_left_right = mount.apply_left_right;
-    parameters.output_height = mount.output_height;
+    parameters.iterative_min = mount.iterative_min;
     Console console;
     MessageCatalogue messages(Language::english);
     const Voice voice(console, messages, parameters);

@@ -12,7 +12,7 @@ namespace zemora::test {
 /// Settings that differ between the cases.
 struct MountOptions {
     int apply_left_right = 0;
-    int output_height = 0;
+    int iterative_min = 3;  ///< Rounds before a good result may end the iteration.
 };
 
 struct MountedScene {
