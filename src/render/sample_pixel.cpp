@@ -202,7 +202,6 @@ const AxisWeights& bilinear_weights() {
 Sampler::Sampler(Kernel chosen, int tent_radius, float gamma_value, Colour background_colour)
     : kernel(chosen),
       filter_radius(std::clamp(tent_radius, 1, 3)),
-      linear_light(false),
       gamma(gamma_value > 0.0F && std::isfinite(gamma_value) ? gamma_value : 1.0),
       background(background_colour) {
     linear_light = kernel != Kernel::nearest && (gamma < 0.99 || gamma > 1.01);

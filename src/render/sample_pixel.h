@@ -34,8 +34,8 @@ struct Sampler {
     Sampler(Kernel chosen, int tent_radius, float gamma_value, Colour background_colour);
 
     Kernel kernel;
-    int filter_radius;  ///< Of the tent, 1 to 3.
-    bool linear_light;  ///< Blend in linear light by `gamma`.
+    int filter_radius;          ///< Of the tent, 1 to 3.
+    bool linear_light = false;  ///< Blend in linear light by `gamma`.
     double gamma;
     Colour background;
     std::array<double, 256> light{};  ///< pow(byte, gamma).

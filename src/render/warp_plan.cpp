@@ -52,8 +52,8 @@ int half_frame(int size_px) {
 
 void add_shapes(const ViewTransform& view, Position& p) {
     const double half_height = half_frame(view.height);
-    const double x = static_cast<double>(p.x);
-    const double y = static_cast<double>(p.y);
+    const auto x = static_cast<double>(p.x);
+    const auto y = static_cast<double>(p.y);
     if (view.phantogram != 0.0 || view.edge_warp != 0.0 || view.vertical_ax != 0.0) {
         const std::int64_t shear = std::int64_t{round_half_up(view.phantogram * y)} +
                                    round_half_up(view.edge_warp * x * y / half_height) +

@@ -48,8 +48,8 @@ struct FixedCorrection {
 };
 
 struct WarpState {
-    WarpState(const ParameterSet& parameters, ViewGeometry& left_record, ViewGeometry& right_record,
-              const Voice& voice);
+    WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
+              const Voice& speaker);
 
     /// The two working pictures: the latest result of a warp, `width` by `height` pixels in the
     /// lower left of bitmaps of one pitch.
