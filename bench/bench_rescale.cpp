@@ -65,7 +65,8 @@ void run_rotated(benchmark::State& state) {
     const Bitmap source = make_gradient(kWidth, kHeight);
     const Bitmap target = Bitmap::create(800, 600);
     for ([[maybe_unused]] auto turn : state) {
-        rescale_rotated(source.picture(), target.picture(), {static_cast<double>(state.range(0)), 0.0, 1.0, {}});
+        rescale_rotated(source.picture(), target.picture(),
+                        {static_cast<double>(state.range(0)), 0.0, 1.0, {}});
     }
     if (std::abs(target.picture().pixel(400, 300)[0] - 103) > 6) {
         state.SkipWithError("wrong picture");
@@ -109,6 +110,13 @@ void adapt_colours(benchmark::State& state) {
     }
     megapixels(state, 2.0 * kWidth * kHeight);
 }
-BENCHMARK(adapt_colours)->ArgName("mode")->Arg(1)->Arg(4)->Arg(5)->Arg(9)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(adapt_colours)
+    ->ArgName("mode")
+    ->Arg(1)
+    ->Arg(4)
+    ->Arg(5)
+    ->Arg(9)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace zemora {
 
 namespace {
 
-constexpr double kShareWhole = 0.75;         ///< Of a tile that must overlap.
-constexpr double kSharePassepartout = 0.5;   ///< The same for pictures with a frame of one colour.
+constexpr double kShareWhole = 0.75;        ///< Of a tile that must overlap.
+constexpr double kSharePassepartout = 0.5;  ///< The same for pictures with a frame of one colour.
 
 }  // namespace
 
@@ -63,7 +63,8 @@ int tile_start(int index, int count, int side, int length, double margin) {
     return std::clamp(round_half_up(index * pitch + margin), 0, std::max(length - side, 0));
 }
 
-void for_each_cell(int cells, const AnalyseProgress& progress, const std::function<void(int, CellTools&)>& measure) {
+void for_each_cell(int cells, const AnalyseProgress& progress,
+                   const std::function<void(int, CellTools&)>& measure) {
     std::atomic<int> done = 0;
 #pragma omp parallel
     {

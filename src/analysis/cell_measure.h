@@ -40,8 +40,8 @@ struct DirectionResult {
 };
 
 /// Measures contrast and displacement of the tile of `first` in `second`.
-[[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
-                                                CellTools& tools);
+[[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first,
+                                                const TileSearch& search, CellTools& tools);
 
 /// Contrast of the tile of a search; -1 when less than half of it lies in the view.
 [[nodiscard]] float search_contrast(const ToneView& view, const TileSearch& search);
@@ -64,6 +64,7 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
 
 /// Calls `measure` for the cells 0 to `cells` - 1, shared out to all cores; each thread has tools of
 /// its own. Progress is told from the calling thread only.
-void for_each_cell(int cells, const AnalyseProgress& progress, const std::function<void(int cell, CellTools& tools)>& measure);
+void for_each_cell(int cells, const AnalyseProgress& progress,
+                   const std::function<void(int cell, CellTools& tools)>& measure);
 
 }  // namespace zemora

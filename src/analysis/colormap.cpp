@@ -36,8 +36,9 @@ constexpr std::array<ToneMode, 10> kModes = {{
 using ViewHistograms = std::array<Histogram, kPixelBytes>;
 
 ConstPicture counted_part(ConstPicture view, const CountRectangle* r) {
-    const bool valid = r != nullptr && r->first_row >= 0 && r->first_row <= r->last_row && r->last_row < view.height &&
-                       r->first_column >= 0 && r->first_column <= r->last_column && r->last_column < view.width;
+    const bool valid = r != nullptr && r->first_row >= 0 && r->first_row <= r->last_row &&
+                       r->last_row < view.height && r->first_column >= 0 &&
+                       r->first_column <= r->last_column && r->last_column < view.width;
     return valid ? view.part(r->first_column, r->first_row, r->last_column - r->first_column + 1,
                              r->last_row - r->first_row + 1)
                  : view;
@@ -92,8 +93,8 @@ public:
         const auto right = planes_of(state_.Colormap_r, mode_.channels);
         for (std::size_t c = 0; c < left.size(); ++c) {
             const BothViews<Histogram> histograms{counts_.left[c], counts_.right[c]};
-            const BothViews<ToneLevels> matched =
-                mode_.lines ? match_lines(histograms, target_) : match_histograms(histograms, target_, pixels);
+            const BothViews<ToneLevels> matched = mode_.lines ? match_lines(histograms, target_)
+                                                              : match_histograms(histograms, target_, pixels);
             left[c] = matched.left;
             right[c] = matched.right;
         }
@@ -147,7 +148,9 @@ private:
 /// Dark colours that would come out as the passepartout colour are raised by the smallest amount.
 void keep_from_passe_colour(ToneTables& tables, Colour passe) {
     constexpr std::size_t kDarkLevels = 10;
-    const auto raise = [](std::uint16_t& level) { level = static_cast<std::uint16_t>(std::min(level + 1, 65535)); };
+    const auto raise = [](std::uint16_t& level) {
+        level = static_cast<std::uint16_t>(std::min(level + 1, 65535));
+    };
     const auto whole = [&tables](std::size_t plane, std::size_t i) { return tables.plane[plane][i] >> 8; };
     for (std::size_t i = 0; i < kDarkLevels; ++i) {
         for (std::size_t j = 0; j < kDarkLevels; ++j) {
@@ -170,7 +173,8 @@ void colormap_identity(AnalysisState& state) {
     state.Colormap_r = ToneTables::identity();
 }
 
-void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle, int mode) {
+void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle,
+                    int mode) {
     if (mode >= 1 && mode <= static_cast<int>(kModes.size())) {
         const ToneMode& how = kModes[static_cast<std::size_t>(mode - 1)];
         const BothViews<ViewHistograms> counts{

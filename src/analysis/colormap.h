@@ -21,6 +21,7 @@ inline constexpr int kColormapForGeometry = 10;
 void colormap_identity(AnalysisState& state);
 
 /// Fills `Colormap_l` and `Colormap_r` from the histograms of the pair.
-void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle, int mode);
+void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle,
+                    int mode);
 
 }  // namespace zemora

@@ -37,6 +37,8 @@ const CrossKernel& kernel() {
     return correlation_kernels::kPortable;
 }
 
+constexpr int kPixel = 4;  ///< Bytes of a pixel in a patch.
+
 /// Sum of the squares of the channels of a pixel of the region.
 std::uint32_t squares(const std::uint8_t* pixel) {
     return static_cast<std::uint32_t>(pixel[0] * pixel[0] + pixel[1] * pixel[1] + pixel[2] * pixel[2]);
@@ -45,9 +47,20 @@ std::uint32_t squares(const std::uint8_t* pixel) {
 /// The same of the tile, whose values are stored less 128.
 std::uint32_t tile_squares(const std::uint8_t* pixel) {
     constexpr std::uint8_t kSign = 0x80;
-    const std::uint8_t values[] = {static_cast<std::uint8_t>(pixel[0] ^ kSign), static_cast<std::uint8_t>(pixel[1] ^ kSign),
+    const std::uint8_t values[] = {static_cast<std::uint8_t>(pixel[0] ^ kSign),
+                                   static_cast<std::uint8_t>(pixel[1] ^ kSign),
                                    static_cast<std::uint8_t>(pixel[2] ^ kSign)};
     return squares(values);
+}
+
+/// The same over a row of the tile. All four bytes of a pixel are taken; the fourth, a 0, adds 128^2.
+std::uint32_t tile_row_squares(const std::uint8_t* row, int columns) {
+    std::uint32_t sum = 0;
+    for (int k = 0; k < columns * kPixel; ++k) {
+        const auto value = static_cast<std::int16_t>(static_cast<std::int8_t>(row[k]) + 128);
+        sum += static_cast<std::uint32_t>(value * value);
+    }
+    return sum - static_cast<std::uint32_t>(columns) * 128 * 128;
 }
 
 /// out[j] -= high[j] - low[j]
@@ -57,8 +70,6 @@ void take_off(std::uint32_t* out, const std::uint32_t* high, const std::uint32_t
     }
 }
 
-constexpr int kPixel = 4;  ///< Bytes of a pixel in a patch.
-
 /// Rows first to end - 1 of the tile.
 struct StripRows {
     int first = 0;
@@ -67,7 +78,8 @@ struct StripRows {
 
 }  // namespace
 
-ToneView::ToneView(ConstPicture view, const ToneTables& tables) : picture(view), grey(tables.plane[0]), mapped{} {
+ToneView::ToneView(ConstPicture view, const ToneTables& tables)
+    : picture(view), grey(tables.plane[0]), mapped{} {
     for (std::size_t i = 0; i < grey.size(); ++i) {
         mapped[i] = static_cast<std::uint8_t>(grey[i] >> 8U);
     }
@@ -88,10 +100,11 @@ struct Correlator::Work {
     Buffer<std::uint8_t> kernel_work;
     Buffer<std::uint32_t> window_sums;  ///< [region row][offset column] of R^2 - 256 R.
     Buffer<std::uint32_t> line;         ///< Along one row.
+    Buffer<std::uint32_t> terms;        ///< The same.
     Buffer<std::uint32_t> cross;
-    Buffer<std::uint32_t> errors;        ///< Of one strip.
+    Buffer<std::uint32_t> errors;  ///< Of one strip.
     Buffer<std::uint32_t> counts;
-    Buffer<std::int64_t> sums;           ///< Of all strips.
+    Buffer<std::int64_t> sums;  ///< Of all strips.
     // Running sums along each row of the tile, from right to left and continued on both sides by
     // the offsets, so that they are read forward with growing displacement.
     Buffer<std::uint32_t> tile_square_sums;
@@ -106,21 +119,26 @@ struct Correlator::Work {
     void take_off_region_runs(const Sampling& s, StripRows rows);
     void take_off_tile_runs(const Sampling& s, StripRows rows);
     void add_strip(const Sampling& s, StripRows rows);
-    void normalise(const Sampling& s, const OverlapRule& rule, const TileSearch& search, ErrorSurface& surface);
+    void normalise(const Sampling& s, const OverlapRule& rule, const TileSearch& search,
+                   ErrorSurface& surface);
 
-    [[nodiscard]] const std::uint8_t* tile_row(const Sampling& s, int r) const { return tile.row(s.padded_row(r)); }
+    [[nodiscard]] const std::uint8_t* tile_row(const Sampling& s, int r) const {
+        return tile.row(s.padded_row(r));
+    }
 };
 
 void Correlator::Work::sum_windows(const Sampling& s) {
     std::uint32_t* out = window_sums.ensure(static_cast<std::ptrdiff_t>(s.region_rows()) * s.offset_columns);
+    std::uint32_t* term = terms.ensure(s.region_columns() + correlation_kernels::kColumnBlock);
     std::uint32_t* prefix = line.ensure(s.region_columns() + 1);
+    const auto square_terms = kernel().square_terms;
     prefix[0] = 0;
     for (int r = 0; r < s.region_rows(); ++r) {
-        const std::uint8_t* row = region.row(r);
+        square_terms(region.row(r), s.region_columns(), term);
+        std::uint32_t sum = 0;
         for (int c = 0; c < s.region_columns(); ++c) {
-            const std::uint8_t* pixel = row + c * kPixel;
-            const auto sum = static_cast<std::uint32_t>(pixel[0] + pixel[1] + pixel[2]);
-            prefix[c + 1] = prefix[c] + squares(pixel) - 256 * sum;
+            sum += term[c];
+            prefix[c + 1] = sum;
         }
         for (int j = 0; j < s.offset_columns; ++j) {
             *out++ = prefix[j + s.tile_columns] - prefix[j];
@@ -155,7 +173,8 @@ void Correlator::Work::sum_tile_rows(const Sampling& s) {
 }
 
 void Correlator::Work::sum_region_rows(const Sampling& s) {
-    std::uint32_t* sums_out = region_square_sums.ensure(static_cast<std::ptrdiff_t>(s.region_rows()) * (s.region_columns() + 1));
+    std::uint32_t* sums_out =
+        region_square_sums.ensure(static_cast<std::ptrdiff_t>(s.region_rows()) * (s.region_columns() + 1));
     for (int r = 0; r < s.region_rows(); ++r) {
         std::uint32_t sum = 0;
         for (int c = 0; c < s.region_columns(); ++c) {
@@ -182,13 +201,13 @@ void Correlator::Work::start_counts(const Sampling& s) {
 void Correlator::Work::start_errors(const Sampling& s, StripRows rows) {
     std::uint32_t tile_sum = 0;
     for (int r = rows.first; r < rows.end; ++r) {
-        for (int c = 0; c < s.tile_columns; ++c) {
-            tile_sum += tile_squares(tile_row(s, r) + static_cast<std::ptrdiff_t>(c) * kPixel);
-        }
+        tile_sum += tile_row_squares(tile_row(s, r), s.tile_columns);
     }
     std::uint32_t* column = line.ensure(s.offset_columns);
     std::fill(column, column + s.offset_columns, tile_sum);
-    const auto window = [&](int row) { return window_sums.data() + static_cast<std::ptrdiff_t>(row) * s.offset_columns; };
+    const auto window = [&](int row) {
+        return window_sums.data() + static_cast<std::ptrdiff_t>(row) * s.offset_columns;
+    };
     for (int r = rows.first; r + 1 < rows.end; ++r) {
         for (int j = 0; j < s.offset_columns; ++j) {
             column[j] += window(r)[j];
@@ -211,7 +230,8 @@ void Correlator::Work::take_off_region_runs(const Sampling& s, StripRows rows) {
     const std::ptrdiff_t length = s.tile_columns + 2 * s.offset_columns - 1;
     const int end = s.tile_columns + s.offset_columns - 1;
     for (const PixelRun& run : region.excluded()) {
-        for (int i = std::max(0, run.row - rows.end + 1); i <= std::min(s.offset_rows - 1, run.row - rows.first); ++i) {
+        for (int i = std::max(0, run.row - rows.end + 1);
+             i <= std::min(s.offset_rows - 1, run.row - rows.first); ++i) {
             const std::ptrdiff_t from = (run.row - i) * length + end;
             const std::ptrdiff_t out = static_cast<std::ptrdiff_t>(i) * s.out_pitch();
             take_off(errors.data() + out, tile_square_sums.data() + from - run.last - 1,
@@ -228,10 +248,10 @@ void Correlator::Work::take_off_tile_runs(const Sampling& s, StripRows rows) {
             continue;
         }
         for (int i = 0; i < s.offset_rows; ++i) {
-            const std::uint32_t* row =
-                region_square_sums.data() + static_cast<std::ptrdiff_t>(run.row + i) * (s.region_columns() + 1);
-            take_off(errors.data() + static_cast<std::ptrdiff_t>(i) * s.out_pitch(), row + run.last + 1, row + run.first,
-                     s.offset_columns);
+            const std::uint32_t* row = region_square_sums.data() +
+                                       static_cast<std::ptrdiff_t>(run.row + i) * (s.region_columns() + 1);
+            take_off(errors.data() + static_cast<std::ptrdiff_t>(i) * s.out_pitch(), row + run.last + 1,
+                     row + run.first, s.offset_columns);
         }
     }
 }

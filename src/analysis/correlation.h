@@ -21,7 +21,7 @@ struct ToneView {
     ToneView(ConstPicture view, const ToneTables& tables);
 
     ConstPicture picture;
-    std::array<std::uint16_t, ToneTables::kLevels> grey;  ///< 8.8 fixed point.
+    std::array<std::uint16_t, ToneTables::kLevels> grey;   ///< 8.8 fixed point.
     std::array<std::uint8_t, ToneTables::kLevels> mapped;  ///< The whole part of `grey`.
 };
 
@@ -37,11 +37,11 @@ struct TileSearch {
     int y = 0;
     int tile_rows = 0;
     int tile_columns = 0;
-    int search_rows = 0;     ///< Displacements 0 to this, both inclusive.
+    int search_rows = 0;  ///< Displacements 0 to this, both inclusive.
     int search_columns = 0;
-    int step_y = 1;          ///< Every so many rows and columns of tile and displacements.
+    int step_y = 1;  ///< Every so many rows and columns of tile and displacements.
     int step_x = 1;
-    int shift_x = 0;         ///< Displacement at the centre of the search.
+    int shift_x = 0;  ///< Displacement at the centre of the search.
     int shift_y = 0;
 };
 
@@ -87,8 +87,8 @@ public:
 
     /// Fills `surface` for the tile, which lies inside the first view. The sums behind the errors
     /// are exact integers: they depend neither on threads nor on the instruction set.
-    void correlate(const ToneView& first, const ToneView& second, const OverlapRule& rule, const TileSearch& search,
-                   ErrorSurface& surface);
+    void correlate(const ToneView& first, const ToneView& second, const OverlapRule& rule,
+                   const TileSearch& search, ErrorSurface& surface);
 
 private:
     struct Work;

@@ -6,7 +6,7 @@ namespace zemora::correlation_kernels {
 
 namespace {
 
-constexpr int kLanes = 8;       ///< Displacements in a register.
+constexpr int kLanes = 8;  ///< Displacements in a register.
 constexpr int kPixel = 4;
 constexpr int kChannels = 3;
 constexpr int kBlockRows = 4;
@@ -19,9 +19,9 @@ static_assert(kColumnBlock % (2 * kLanes) == 0);
 struct PairPlanes {
     std::int32_t* tile;
     std::int32_t* region;
-    std::ptrdiff_t tile_plane;    ///< Pairs of one channel of a row.
+    std::ptrdiff_t tile_plane;  ///< Pairs of one channel of a row.
     std::ptrdiff_t region_plane;
-    std::ptrdiff_t tile_row;      ///< Pairs of a row, all channels.
+    std::ptrdiff_t tile_row;  ///< Pairs of a row, all channels.
     std::ptrdiff_t region_row;
 };
 
@@ -44,7 +44,9 @@ std::size_t work_bytes(const Strip& strip) {
     return static_cast<std::size_t>(region + tile) * sizeof(std::int32_t);
 }
 
-std::int32_t pair_of(std::int32_t low, std::int32_t high) { return (low & 0xFFFF) | static_cast<std::int32_t>(static_cast<std::uint32_t>(high) << 16U); }
+std::int32_t pair_of(std::int32_t low, std::int32_t high) {
+    return (low & 0xFFFF) | static_cast<std::int32_t>(static_cast<std::uint32_t>(high) << 16U);
+}
 
 void make_tile_row(const std::int8_t* pixels, const PairPlanes& p, std::int32_t* out) {
     for (std::ptrdiff_t k = 0; k < p.tile_plane; ++k, pixels += 2 * kPixel) {
@@ -75,7 +77,8 @@ void make_region_row(const std::uint8_t* pixels, const PairPlanes& p, std::int32
 /// `Rows` displacement rows from `i0` and `Registers` x 8 columns from `j0`. A region row meets the
 /// tile rows of these displacements together; rows off the strip are zeros.
 template <int Rows, int Registers>
-void block(const Strip& strip, const PairPlanes& p, int i0, int j0, std::uint32_t* out, std::ptrdiff_t out_pitch) {
+void block(const Strip& strip, const PairPlanes& p, int i0, int j0, std::uint32_t* out,
+           std::ptrdiff_t out_pitch) {
     __m256i sums[Rows][Registers];
     for (auto& row : sums) {
         for (__m256i& sum : row) {
@@ -102,7 +105,8 @@ void block(const Strip& strip, const PairPlanes& p, int i0, int j0, std::uint32_
     }
     for (int k = 0; k < Rows; ++k) {
         for (int v = 0; v < Registers; ++v) {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + (i0 + k) * out_pitch + j0 + v * kLanes), sums[k][v]);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + (i0 + k) * out_pitch + j0 + v * kLanes),
+                                sums[k][v]);
         }
     }
 }
@@ -134,8 +138,20 @@ void cross(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch) {
     }
 }
 
+void square_terms(const std::uint8_t* pixels, int count, std::uint32_t* out) {
+    constexpr int kQuad = 4;  // pixels of 16-bit channels in a register
+    const __m256i level = _mm256_set1_epi16(256);
+    for (int x = 0; x < count; x += kQuad, pixels += kQuad * kPixel) {
+        const __m256i values =
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels)));
+        const __m256i pairs = _mm256_madd_epi16(values, _mm256_sub_epi16(values, level));
+        const __m256i sums = _mm256_permute4x64_epi64(_mm256_hadd_epi32(pairs, pairs), 0x08);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), _mm256_castsi256_si128(sums));
+    }
+}
+
 }  // namespace
 
-const CrossKernel kAvx2 = {cross, work_bytes};
+const CrossKernel kAvx2 = {cross, work_bytes, square_terms};
 
 }  // namespace zemora::correlation_kernels

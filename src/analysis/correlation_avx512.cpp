@@ -6,9 +6,9 @@ namespace zemora::correlation_kernels {
 
 namespace {
 
-constexpr int kLanes = 16;      ///< Pixels of four bytes in a register.
+constexpr int kLanes = 16;  ///< Pixels of four bytes in a register.
 constexpr int kPixel = 4;
-constexpr int kBlockRows = 8;   ///< Displacement rows of a block; they share the loads of the region.
+constexpr int kBlockRows = 8;  ///< Displacement rows of a block; they share the loads of the region.
 
 static_assert(kBlockRows <= kRowPad);
 static_assert(kColumnBlock % kLanes == 0);
@@ -31,7 +31,8 @@ void block(const Strip& strip, int i0, int j0, std::uint32_t* out, std::ptrdiff_
         }
     }
     for (int q = 0; q < strip.tile_rows + Rows - 1; ++q) {
-        const std::uint8_t* region = strip.region + (q + i0) * strip.region_pitch + static_cast<std::ptrdiff_t>(j0) * kPixel;
+        const std::uint8_t* region =
+            strip.region + (q + i0) * strip.region_pitch + static_cast<std::ptrdiff_t>(j0) * kPixel;
         const std::int8_t* tile = strip.tile + q * strip.tile_pitch;
         for (int c = 0; c < strip.tile_columns; ++c, region += kPixel, tile += kPixel) {
             __m512i right[Registers];
@@ -58,13 +59,16 @@ void rows(const Strip& strip, int i0, std::uint32_t* out, std::ptrdiff_t out_pit
     constexpr int kMost = Rows > 1 ? 3 : 4;  // registers of columns that the sums leave room for
     const int end = static_cast<int>(out_pitch) / kLanes;
     for (int v = 0; v < end;) {
-        switch (end - v < kMost ? end - v : kMost) {
+        // The rest in equal parts: two blocks of two registers are faster than three and one.
+        const int blocks = (end - v + kMost - 1) / kMost;
+        const int registers = (end - v + blocks - 1) / blocks;
+        switch (registers) {
             case 1: block<Rows, 1>(strip, i0, v * kLanes, out, out_pitch); break;
             case 2: block<Rows, 2>(strip, i0, v * kLanes, out, out_pitch); break;
             case 3: block<Rows, 3>(strip, i0, v * kLanes, out, out_pitch); break;
             default: block<Rows, kMost>(strip, i0, v * kLanes, out, out_pitch); break;
         }
-        v += kMost;
+        v += registers;
     }
 }
 
@@ -82,10 +86,23 @@ void cross(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch) {
     }
 }
 
-std::size_t work_bytes(const Strip& /*strip*/) { return 0; }
+std::size_t work_bytes(const Strip& /*strip*/) {
+    return 0;
+}
+
+/// v^2 - 256 v = v (v - 128) - 128 v, both products of an unsigned and a signed byte.
+void square_terms(const std::uint8_t* pixels, int count, std::uint32_t* out) {
+    const __m512i minus_128 = _mm512_set1_epi8(-128);
+    for (int x = 0; x < count; x += kLanes, pixels += kLanes * kPixel) {
+        const __m512i values = _mm512_loadu_si512(pixels);
+        const __m512i centred = _mm512_xor_si512(values, minus_128);
+        const __m512i products = _mm512_dpbusd_epi32(_mm512_setzero_si512(), values, centred);
+        _mm512_storeu_si512(out + x, _mm512_dpbusd_epi32(products, values, minus_128));
+    }
+}
 
 }  // namespace
 
-const CrossKernel kAvx512 = {cross, work_bytes};
+const CrossKernel kAvx512 = {cross, work_bytes, square_terms};
 
 }  // namespace zemora::correlation_kernels

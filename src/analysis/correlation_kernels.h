@@ -18,22 +18,25 @@ inline constexpr int kColumnPad = 32;
 /// A strip of the tile and the region of the other view that it meets. Pixels have four bytes, the
 /// fourth is 0 in the region. Rows of pixels are `..._pitch` bytes apart.
 struct Strip {
-    const std::int8_t* tile;      ///< Mapped value - 128; `kRowPad` rows of zeros on either side.
+    const std::int8_t* tile;  ///< Mapped value - 128; `kRowPad` rows of zeros on either side.
     std::ptrdiff_t tile_pitch;
-    const std::uint8_t* region;   ///< Mapped value, 0 where the pixel takes no part.
+    const std::uint8_t* region;  ///< Mapped value, 0 where the pixel takes no part.
     std::ptrdiff_t region_pitch;
     int tile_rows;
-    int tile_columns;             ///< Pixels behind the last one are zeros.
-    int offset_rows;              ///< The region has `tile_rows` + `offset_rows` - 1 rows
-    int offset_columns;           ///< and columns alike.
-    void* work;                   ///< `work_bytes` bytes, 64-byte aligned.
+    int tile_columns;    ///< Pixels behind the last one are zeros.
+    int offset_rows;     ///< The region has `tile_rows` + `offset_rows` - 1 rows
+    int offset_columns;  ///< and columns alike.
+    void* work;          ///< `work_bytes` bytes, 64-byte aligned.
 };
 
-/// Writes the sums to out[i x out_pitch + j] for all displacements, modulo 2^32; out_pitch is
-/// `offset_columns` rounded up to `kColumnBlock`.
 struct CrossKernel {
+    /// Writes the sums to out[i x out_pitch + j] for all displacements, modulo 2^32; out_pitch is
+    /// `offset_columns` rounded up to `kColumnBlock`.
     void (*cross)(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch);
     std::size_t (*work_bytes)(const Strip& strip);
+    /// out[x] = sum of v^2 - 256 v over the bytes of pixel x, modulo 2^32. Reads and writes up to
+    /// `kColumnBlock` - 1 pixels behind the last.
+    void (*square_terms)(const std::uint8_t* pixels, int count, std::uint32_t* out);
 };
 
 extern const CrossKernel kPortable;

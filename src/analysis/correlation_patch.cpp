@@ -52,7 +52,8 @@ std::uint32_t* Patch::prepare(std::ptrdiff_t rows, std::ptrdiff_t columns) {
     return reinterpret_cast<std::uint32_t*>(bytes);
 }
 
-void Patch::exclude(const ToneView& view, Colour passe, int x, int y, int step_x, int row, int first, int end) {
+void Patch::exclude(const ToneView& view, Colour passe, int x, int y, int step_x, int row, int first,
+                    int end) {
     const auto excluded = [&](int k) { return is_colour(view.picture.pixel(x + k * step_x, y), passe); };
     for (int k = first; k < end; ++k) {
         if (!excluded(k)) {
@@ -69,7 +70,8 @@ void Patch::exclude(const ToneView& view, Colour passe, int x, int y, int step_x
 void Patch::copy_row(const ToneView& view, Colour passe, int x, int y, int step_x, int count, int row,
                      std::uint32_t* out) {
     const bool row_inside = y >= 0 && y < view.picture.height;
-    const auto [first, end] = row_inside ? samples_inside(x, step_x, count, view.picture.width) : std::pair(count, count);
+    const auto [first, end] =
+        row_inside ? samples_inside(x, step_x, count, view.picture.width) : std::pair(count, count);
     if (first > 0) {
         excluded_.push_back({row, 0, first - 1});
     }

@@ -38,9 +38,9 @@ struct Sampling {
     int tile_columns;
     int offset_rows;
     int offset_columns;
-    int tile_x;      ///< First sampled pixel of the tile.
+    int tile_x;  ///< First sampled pixel of the tile.
     int tile_y;
-    int region_x;    ///< First sampled pixel of the region; it may lie outside the view.
+    int region_x;  ///< First sampled pixel of the region; it may lie outside the view.
     int region_y;
     int strip_rows;  ///< Tile rows of a strip, which is summed up in 32 bits.
 
@@ -51,9 +51,13 @@ struct Sampling {
         constexpr int kBlock = correlation_kernels::kColumnBlock;
         return (offset_columns + kBlock - 1) / kBlock * kBlock;
     }
-    [[nodiscard]] std::ptrdiff_t out_size() const { return static_cast<std::ptrdiff_t>(offset_rows) * out_pitch(); }
+    [[nodiscard]] std::ptrdiff_t out_size() const {
+        return static_cast<std::ptrdiff_t>(offset_rows) * out_pitch();
+    }
     /// Row of the padded tile copy that holds tile row r.
-    [[nodiscard]] int padded_row(int r) const { return r + correlation_kernels::kRowPad * (r / strip_rows + 1); }
+    [[nodiscard]] int padded_row(int r) const {
+        return r + correlation_kernels::kRowPad * (r / strip_rows + 1);
+    }
 };
 
 /// Neighbouring pixels of one row, both ends inclusive.
@@ -76,7 +80,8 @@ public:
     [[nodiscard]] const std::vector<PixelRun>& excluded() const { return excluded_; }
 
 private:
-    void copy_row(const ToneView& view, Colour passe, int x, int y, int step_x, int count, int row, std::uint32_t* out);
+    void copy_row(const ToneView& view, Colour passe, int x, int y, int step_x, int count, int row,
+                  std::uint32_t* out);
     void exclude(const ToneView& view, Colour passe, int x, int y, int step_x, int row, int first, int end);
     std::uint32_t* prepare(std::ptrdiff_t rows, std::ptrdiff_t columns);
 

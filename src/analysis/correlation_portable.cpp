@@ -1,6 +1,6 @@
-#include "analysis/correlation_kernels.h"
-
 #include <algorithm>
+
+#include "analysis/correlation_kernels.h"
 
 namespace zemora::correlation_kernels {
 
@@ -47,7 +47,8 @@ std::size_t work_bytes(const Strip& strip) {
     const auto tile = static_cast<std::size_t>(strip.tile_columns);
     const auto region = static_cast<std::size_t>(region_columns(strip));
     const auto region_rows = static_cast<std::size_t>(strip.tile_rows + strip.offset_rows - 1);
-    return sizeof(std::int16_t) * kChannels * (tile * static_cast<std::size_t>(strip.tile_rows) + region * region_rows);
+    return sizeof(std::int16_t) * kChannels *
+           (tile * static_cast<std::size_t>(strip.tile_rows) + region * region_rows);
 }
 
 void cross(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch) {
@@ -56,7 +57,8 @@ void cross(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch) {
     auto* tile = static_cast<std::int16_t*>(strip.work);
     std::int16_t* region = tile + static_cast<std::ptrdiff_t>(strip.tile_rows) * tile_values;
     for (int r = 0; r < strip.tile_rows; ++r) {
-        widen_row(strip.tile + r * strip.tile_pitch, strip.tile_columns, tile + static_cast<std::ptrdiff_t>(r) * tile_values);
+        widen_row(strip.tile + r * strip.tile_pitch, strip.tile_columns,
+                  tile + static_cast<std::ptrdiff_t>(r) * tile_values);
     }
     for (int r = 0; r < strip.tile_rows + strip.offset_rows - 1; ++r) {
         widen_row(strip.region + r * strip.region_pitch, region_columns(strip),
@@ -68,14 +70,22 @@ void cross(const Strip& strip, std::uint32_t* out, std::ptrdiff_t out_pitch) {
             std::fill(sums, sums + kTogether, 0U);
             for (int r = 0; r < strip.tile_rows; ++r) {
                 add_dots(tile + static_cast<std::ptrdiff_t>(r) * tile_values,
-                         region + static_cast<std::ptrdiff_t>(r + i) * region_values + j * kChannels, tile_values, sums);
+                         region + static_cast<std::ptrdiff_t>(r + i) * region_values + j * kChannels,
+                         tile_values, sums);
             }
         }
     }
 }
 
+void square_terms(const std::uint8_t* pixels, int count, std::uint32_t* out) {
+    const auto term = [](int value) { return value * (value - 256); };
+    for (int x = 0; x < count; ++x, pixels += 4) {
+        out[x] = static_cast<std::uint32_t>(term(pixels[0]) + term(pixels[1]) + term(pixels[2]));
+    }
+}
+
 }  // namespace
 
-const CrossKernel kPortable = {cross, work_bytes};
+const CrossKernel kPortable = {cross, work_bytes, square_terms};
 
 }  // namespace zemora::correlation_kernels

@@ -97,13 +97,15 @@ bool update_line_disparities(AnalysisState& state, int width) {
         state.disparity = {};
         return false;
     }
-    take_edges(cells, state.disparity, [&state](std::size_t i, std::size_t j) { return state.CQOK5[i][j] != 0; });
+    take_edges(cells, state.disparity,
+               [&state](std::size_t i, std::size_t j) { return state.CQOK5[i][j] != 0; });
     state.disparity.centre_disparity = centre_disparity(state);
     return true;
 }
 
 double window_length_px(double length, int reference, double height, double width) {
-    constexpr std::array<double, 4> kAspects = {1.3333333333333333, 1.6, 1.7777777777777777, 1.8888888888888888};
+    constexpr std::array<double, 4> kAspects = {1.3333333333333333, 1.6, 1.7777777777777777,
+                                                1.8888888888888888};
     constexpr int kFirstAspect = 2;  // value of `WinOffReference`
     if (reference == 1) {
         return width * length / 1000.0;
@@ -127,9 +129,10 @@ bool choose_window(AnalysisState& state, int height, int width) {
             break;
         case 4: window = d.far_point; break;
         case 5:
-            window = std::max(d.near_point, static_cast<float>(d.far_point - window_length_px(state.far_point_limit,
-                                                                                              state.win_off_reference,
-                                                                                              height, width)));
+            window = std::max(
+                d.near_point,
+                static_cast<float>(d.far_point - window_length_px(state.far_point_limit,
+                                                                  state.win_off_reference, height, width)));
             break;
         default: return false;
     }

@@ -24,7 +24,9 @@ Basis basis(const ModelPoint& point, int height, int width) {
 }  // namespace
 
 ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered) {
-    const auto on = [corners_covered](int setting) { return setting == 1 || (setting == 2 && corners_covered); };
+    const auto on = [corners_covered](int setting) {
+        return setting == 1 || (setting == 2 && corners_covered);
+    };
     return {on(estimate_vergence_v), on(estimate_vergence_h)};
 }
 
@@ -59,7 +61,8 @@ ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width
     for (const ModelPoint& point : points) {
         fit.residual_rms += point.dy * point.dy;
     }
-    fit.residual_rms = points.empty() ? 0.0 : std::sqrt(fit.residual_rms / static_cast<double>(points.size()));
+    fit.residual_rms =
+        points.empty() ? 0.0 : std::sqrt(fit.residual_rms / static_cast<double>(points.size()));
     return fit;
 }
 
@@ -70,7 +73,8 @@ double mean_model_error(const CorrectionValues& values, int height, int width) {
             const double x = (j - kLattice / 2) * static_cast<double>(width) / kLattice;
             const double y = (i - kLattice / 2) * static_cast<double>(height) / kLattice;
             sum += std::fabs(values.height + values.size * y + values.rotation * x +
-                             values.vergence_v * x * y / (width / 2.0) + values.vergence_h * y * y / (height / 2.0));
+                             values.vergence_v * x * y / (width / 2.0) +
+                             values.vergence_h * y * y / (height / 2.0));
         }
     }
     return sum / (kLattice * kLattice);

@@ -29,11 +29,12 @@ struct ModelPoint {
 };
 
 struct ModelFit {
-    CorrectionValues values;   ///< Shift and window stay 0.
+    CorrectionValues values;    ///< Shift and window stay 0.
     double residual_rms = 0.0;  ///< Pixels.
 };
 
 /// Fits the terms in turn, five times over, each to what the others leave.
-[[nodiscard]] ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width, ModelTerms terms);
+[[nodiscard]] ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width,
+                                         ModelTerms terms);
 
 }  // namespace zemora

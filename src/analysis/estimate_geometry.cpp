@@ -23,7 +23,8 @@ std::vector<GridPoint> valid_points(const AnalysisState& state, int columns, int
             const auto i = static_cast<std::size_t>(row);
             const auto j = static_cast<std::size_t>(column);
             if (state.CQOK3[i][j] != 0) {
-                points.push_back({{state.middle_x[i][j], state.middle_y[i][j], state.ErrorPixel_y[i][j]}, row});
+                points.push_back(
+                    {{state.middle_x[i][j], state.middle_y[i][j], state.ErrorPixel_y[i][j]}, row});
             }
         }
     }
@@ -48,7 +49,8 @@ void estimate_first_grid(AnalysisState& state, const std::vector<GridPoint>& poi
     }
     state.values = {};
     state.values.height = static_cast<float>(mean);
-    state.values.size = points.size() >= kLeastSizeCells && square > 0.0 ? static_cast<float>(product / square) : 0.0F;
+    state.values.size =
+        points.size() >= kLeastSizeCells && square > 0.0 ? static_cast<float>(product / square) : 0.0F;
     state.residual_rms = 0.0F;
 }
 

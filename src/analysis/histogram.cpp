@@ -31,8 +31,8 @@ void grey_row(const std::uint8_t* pixels, int count, Colour passe, std::uint16_t
         done = histogram_kernels::grey_row_avx2(pixels, count, bytes, levels);
     }
 #endif
-    histogram_kernels::grey_row_portable(pixels + static_cast<std::ptrdiff_t>(done) * kPixelBytes, count - done, bytes,
-                                         levels + done);
+    histogram_kernels::grey_row_portable(pixels + static_cast<std::ptrdiff_t>(done) * kPixelBytes,
+                                         count - done, bytes, levels + done);
 }
 
 }  // namespace
@@ -41,7 +41,8 @@ void histogram_kernels::grey_row_portable(const std::uint8_t* pixels, int count,
                                           std::uint16_t* levels) {
     for (int x = 0; x < count; ++x, pixels += kPixelBytes) {
         const bool counted = pixels[0] != passe[0] || pixels[1] != passe[1] || pixels[2] != passe[2];
-        levels[x] = static_cast<std::uint16_t>(counted ? grey_value(pixels[0], pixels[1], pixels[2]) : kNotCounted);
+        levels[x] =
+            static_cast<std::uint16_t>(counted ? grey_value(pixels[0], pixels[1], pixels[2]) : kNotCounted);
     }
 }
 

@@ -33,7 +33,8 @@ namespace histogram_kernels {
 inline constexpr int kNotCounted = kLevels;
 
 /// levels[x] = grey value of pixel x, or `kNotCounted` for the colour `passe` (three bytes).
-void grey_row_portable(const std::uint8_t* pixels, int count, const std::uint8_t* passe, std::uint16_t* levels);
+void grey_row_portable(const std::uint8_t* pixels, int count, const std::uint8_t* passe,
+                       std::uint16_t* levels);
 #if defined(__x86_64__)
 /// The same for the leading pixels of a row; returns how many it did.
 int grey_row_avx2(const std::uint8_t* pixels, int count, const std::uint8_t* passe, std::uint16_t* levels);

@@ -11,20 +11,21 @@ namespace zemora::phases {
 namespace {
 
 constexpr int kCells = kGridMax * kGridMax;
-constexpr int kCopySide = 1024;         ///< Pixels of the copy's longer side.
-constexpr int kSearch = 304;            ///< Displacements -152 to 152 pixels.
-constexpr int kMargin = 14;             ///< Pixels round the grid.
+constexpr int kCopySide = 1024;  ///< Pixels of the copy's longer side.
+constexpr int kSearch = 304;     ///< Displacements -152 to 152 pixels.
+constexpr int kMargin = 14;      ///< Pixels round the grid.
 constexpr int kLeastTilePixels = 1300;
 constexpr float kLeastSlope = 7.0F;
-constexpr int kMostAmbiguous = 50;      ///< Displacements of similar error, and width of the low band.
-constexpr int kGap = 5;                 ///< Empty pixels that make an extreme stand alone.
+constexpr int kMostAmbiguous = 50;  ///< Displacements of similar error, and width of the low band.
+constexpr int kGap = 5;             ///< Empty pixels that make an extreme stand alone.
 
-DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const TileSearch& search, CellTools& tools,
-                             ErrorSurface& surface) {
+DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const TileSearch& search,
+                             CellTools& tools, ErrorSurface& surface) {
     const ToneView& first = left_first ? pair.left : pair.right;
     const ToneView& second = left_first ? pair.right : pair.left;
     DirectionResult result;
-    result.contrast = tile_contrast(first, kDisparityTile, kDisparityTile, search.x, search.y, kLeastTilePixels);
+    result.contrast =
+        tile_contrast(first, kDisparityTile, kDisparityTile, search.x, search.y, kLeastTilePixels);
     tools.correlator.correlate(first, second, pair.rule, search, surface);
     result.figures = evaluate_profile(surface);
     result.position_dx = result.figures.dx;
@@ -79,7 +80,14 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
     const auto j = static_cast<std::size_t>(column);
     const TileSearch search{tile_start(column, kGridMax, kDisparityTile, pair.width, kMargin),
                             tile_start(row, kGridMax, kDisparityTile, pair.height, kMargin),
-                            kDisparityTile, kDisparityTile, 0, kSearch, 1, 1, 0, 0};
+                            kDisparityTile,
+                            kDisparityTile,
+                            0,
+                            kSearch,
+                            1,
+                            1,
+                            0,
+                            0};
     state.middle_x[i][j] = search.x + kDisparityTile / 2;
     state.middle_y[i][j] = search.y + kDisparityTile / 2;
     const DirectionResult forward = measure_line(pair, true, search, tools, tools.surface);
@@ -97,8 +105,8 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
 /// Brings the disparities from the copy's pixels to those of the picture.
 void scale_disparities(AnalysisState& state, float scale) {
     DisparityStatistics& d = state.disparity;
-    for (float* value : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near, &d.right_edge_near,
-                         &d.top_edge_near, &d.bottom_edge_near, &state.values.shift}) {
+    for (float* value : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near,
+                         &d.right_edge_near, &d.top_edge_near, &d.bottom_edge_near, &state.values.shift}) {
         *value *= scale;
     }
 }
@@ -145,17 +153,19 @@ void remove_isolated_extremes(AnalysisState& state) {
     }
 }
 
-AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress) {
+AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
+                                const AnalyseProgress& progress) {
     const int long_side = std::max(pair.left.width, pair.left.height);
     const int short_side = std::min(pair.left.width, pair.left.height);
     state.CQOK5 = {};
     if (short_side <= 0) {
         return AnalyseStatus::no_disparity;
     }
-    const int across = static_cast<int>(std::max<std::int64_t>(static_cast<std::int64_t>(short_side) * kCopySide / long_side, 1));
+    const int across = static_cast<int>(
+        std::max<std::int64_t>(static_cast<std::int64_t>(short_side) * kCopySide / long_side, 1));
     const bool portrait = pair.left.width < pair.left.height;
-    const WorkingCopies copies = make_copies(
-        state, pair, portrait ? PictureSize{across, kCopySide} : PictureSize{kCopySide, across});
+    const WorkingCopies copies =
+        make_copies(state, pair, portrait ? PictureSize{across, kCopySide} : PictureSize{kCopySide, across});
     if (!copies.made) {
         state.memory_failure = MemoryFailure::disparity_copy;
         return AnalyseStatus::no_memory;

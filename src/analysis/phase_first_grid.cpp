@@ -6,20 +6,23 @@ namespace zemora::phases {
 
 namespace {
 
-constexpr int kStep = 2;                 ///< Of tile and search, pixels.
+constexpr int kStep = 2;  ///< Of tile and search, pixels.
 constexpr float kLeastSharpness = 0.5F;
 
 bool is_good(const DirectionResult& result, const TileSearch& search, int width) {
     const SurfaceFigures& f = result.figures;
-    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness && f.sharpness_y >= kLeastSharpness &&
-           f.sharpness >= kLeastSharpness && match_inside(search, result.position_dx, width);
+    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness &&
+           f.sharpness_y >= kLeastSharpness && f.sharpness >= kLeastSharpness &&
+           match_inside(search, result.position_dx, width);
 }
 
 CellValue value_of(const DirectionResult& result, float sign) {
     return {sign * result.figures.dx, sign * result.figures.dy, result.contrast, result.figures};
 }
 
-float mean(float a, float b) { return (a + b) / 2.0F; }
+float mean(float a, float b) {
+    return (a + b) / 2.0F;
+}
 
 CellValue mean_of(const DirectionResult& forward, const DirectionResult& reverse) {
     const SurfaceFigures& a = forward.figures;
@@ -68,7 +71,14 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
         const auto j = static_cast<std::size_t>(column);
         TileSearch search{tile_start(column, kFirstGrid, tile_columns, measured.width, margin),
                           tile_start(row, kFirstGrid, tile_rows, measured.height, margin),
-                          tile_rows, tile_columns, tile_rows, tile_columns, kStep, kStep, shift_x, shift_y};
+                          tile_rows,
+                          tile_columns,
+                          tile_rows,
+                          tile_columns,
+                          kStep,
+                          kStep,
+                          shift_x,
+                          shift_y};
         state.middle_x[i][j] = search.x + tile_columns / 2;
         state.middle_y[i][j] = search.y + tile_rows / 2;
         const DirectionResult forward = measure_direction(measured, true, search, tools);

@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kCells = kGeometryGrid * kGeometryGrid;
 constexpr int kMostPasses = 4;
-constexpr int kLargestSearch = 500;       ///< Pixels.
-constexpr int kLeastCells = 7;            ///< Valid cells that end a phase.
+constexpr int kLargestSearch = 500;  ///< Pixels.
+constexpr int kLeastCells = 7;       ///< Valid cells that end a phase.
 constexpr float kLeastSharpness = 0.25F;
 constexpr int kValueLimitReduced = 2500;  ///< Of `CQVAL`.
 constexpr int kValueLimitFull = 10000;
@@ -29,7 +29,9 @@ struct Blank {
 constexpr Blank kBlankForward = {-99.0F, 9999};
 constexpr Blank kBlankReverse = {-97.0F, 9997};
 
-int default_search_rows(int height) { return height < 680 ? 23 : (height - 600) / 80 + 23; }
+int default_search_rows(int height) {
+    return height < 680 ? 23 : (height - 600) / 80 + 23;
+}
 int default_search_columns(int width) {
     return std::min(width < 840 ? 43 : (width - 800) / 40 + 43, kLargestSearch);
 }
@@ -47,13 +49,14 @@ struct GeometryRun {
 
 bool acceptable(const DirectionResult& result, const TileSearch& search, const GeometryRun& run, int width) {
     const SurfaceFigures& f = result.figures;
-    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness && f.sharpness_y >= kLeastSharpness &&
-           f.sharpness >= kLeastSharpness && f.value <= run.value_limit && match_inside(search, result.position_dx, width);
+    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness &&
+           f.sharpness_y >= kLeastSharpness && f.sharpness >= kLeastSharpness && f.value <= run.value_limit &&
+           match_inside(search, result.position_dx, width);
 }
 
 /// A direction, or the blank figures when its tile has no contrast.
-DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search, const Blank& blank,
-                              CellTools& tools) {
+DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
+                              const Blank& blank, CellTools& tools) {
     const float contrast = search_contrast(left_first ? pair.left : pair.right, search);
     if (contrast >= kLeastContrast) {
         return measure_direction(pair, left_first, search, tools);
@@ -67,13 +70,13 @@ DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const T
 
 /// Displacements of the left view's pixels, whichever view was looked for in the other.
 CellValue value_of(const DirectionResult& result, float sign, int prediction) {
-    return {static_cast<float>(prediction) + sign * result.figures.dx, sign * result.figures.dy, result.contrast,
-            result.figures};
+    return {static_cast<float>(prediction) + sign * result.figures.dx, sign * result.figures.dy,
+            result.contrast, result.figures};
 }
 
 /// Measures the cell forward and, where that gives nothing, in reverse.
-void measure_cell(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run, TileSearch search, int row,
-                  int column, CellTools& tools) {
+void measure_cell(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run, TileSearch search,
+                  int row, int column, CellTools& tools) {
     const auto i = static_cast<std::size_t>(row);
     const auto j = static_cast<std::size_t>(column);
     const int prediction = search.shift_x;
@@ -128,8 +131,16 @@ void measure_pass(AnalysisState& state, const MeasuredPair& pair, const Geometry
         state.middle_x[i][j] = x + run.tile_columns / 2;
         state.middle_y[i][j] = y + run.tile_rows / 2;
         const int prediction = run.predicted ? round_half_up(state.ErrorPixel_x[i][j]) : 0;
-        const TileSearch search{x, y, run.tile_rows, run.tile_columns, state.TH_A[i][j], state.TW_A[i][j],
-                                run.step_y, run.step_x, prediction, 0};
+        const TileSearch search{x,
+                                y,
+                                run.tile_rows,
+                                run.tile_columns,
+                                state.TH_A[i][j],
+                                state.TW_A[i][j],
+                                run.step_y,
+                                run.step_x,
+                                prediction,
+                                0};
         measure_cell(state, pair, run, search, row, column, tools);
     });
 }
@@ -261,7 +272,8 @@ bool corners_covered(const AnalysisState& state) {
             for (int b = 0; b < kBlock; ++b) {
                 const int row = (corner & 1) != 0 ? kGeometryGrid - 1 - a : a;
                 const int column = (corner & 2) != 0 ? kGeometryGrid - 1 - b : b;
-                const int valid = state.CQOK3[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+                const int valid =
+                    state.CQOK3[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
                 weight += valid != 0 ? kCornerWeight - a - b : 0;
             }
         }

@@ -19,14 +19,14 @@ struct AxisPlan {
 
 /// The copy for one of the two correlations.
 struct CopyPlan {
-    AxisPlan along;   ///< Along the longer side.
+    AxisPlan along;  ///< Along the longer side.
     AxisPlan across;
 };
 
 constexpr int kFirstLongSide = 66;
 constexpr int kSecondLongSide = 200;
-constexpr int kSecondPerFirst = 3;   ///< Pixels of the second copy per pixel of the first.
-constexpr int kFinalPerSecond = 4;   ///< Pixels of the 800-pixel analysis image per pixel of the second.
+constexpr int kSecondPerFirst = 3;       ///< Pixels of the second copy per pixel of the first.
+constexpr int kFinalPerSecond = 4;       ///< Pixels of the 800-pixel analysis image per pixel of the second.
 constexpr float kLargestShift = 200.0F;  ///< Pixels of the analysis image.
 
 CopyPlan first_plan(std::int64_t long_side, std::int64_t short_side) {
@@ -45,8 +45,8 @@ struct Displacement {
 };
 
 /// Correlates the middle of the left copy; the copy's memory is missing when `found` stays false.
-Displacement correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan, int shift_x,
-                            int shift_y, bool& found) {
+Displacement correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan,
+                            int shift_x, int shift_y, bool& found) {
     const bool portrait = pair.left.width < pair.left.height;
     const AxisPlan& x = portrait ? plan.across : plan.along;
     const AxisPlan& y = portrait ? plan.along : plan.across;
@@ -79,7 +79,8 @@ AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
     }
     const int shift_x = round_half_up(kSecondPerFirst * rough.dx);
     const int shift_y = round_half_up(kSecondPerFirst * rough.dy);
-    const Displacement fine = correlate_copy(state, pair, second_plan(long_side, short_side), shift_x, shift_y, found);
+    const Displacement fine =
+        correlate_copy(state, pair, second_plan(long_side, short_side), shift_x, shift_y, found);
     if (!found) {
         state.memory_failure = MemoryFailure::second_copy;
         return AnalyseStatus::no_memory;

@@ -36,10 +36,10 @@ struct DisparityStatistics {
     float bottom_edge_near = 0.0F;
 };
 
-inline constexpr int kGridMax = 16;         ///< Cells a side of the largest grid, phase 5.
-inline constexpr int kGeometryGrid = 10;    ///< Cells a side in phase 3.
-inline constexpr int kFirstGrid = 3;        ///< Cells a side in phase 2.
-inline constexpr int kDisparityTile = 51;   ///< Pixels a side of a tile in phase 5.
+inline constexpr int kGridMax = 16;        ///< Cells a side of the largest grid, phase 5.
+inline constexpr int kGeometryGrid = 10;   ///< Cells a side in phase 3.
+inline constexpr int kFirstGrid = 3;       ///< Cells a side in phase 2.
+inline constexpr int kDisparityTile = 51;  ///< Pixels a side of a tile in phase 5.
 
 template <class T>
 using Grid = std::array<std::array<T, kGridMax>, kGridMax>;
@@ -82,12 +82,12 @@ public:
     // Results.
     CorrectionValues values;
     DisparityStatistics disparity;
-    float residual_rms = 0.0F;  ///< Root mean square of the solver's residuals, pixels.
-    int corner_coverage = 0;    ///< 1 when the valid cells reach into all four corners.
+    float residual_rms = 0.0F;    ///< Root mean square of the solver's residuals, pixels.
+    int corner_coverage = 0;      ///< 1 when the valid cells reach into all four corners.
     double oversize_shift = 0.0;  ///< Pixels; what phase 1 found when it refused.
     bool oversize_is_vertical = false;
     MemoryFailure memory_failure = MemoryFailure::none;
-    int disparity_width = 0;    ///< Width of the copy that phase 5 measured, pixels.
+    int disparity_width = 0;  ///< Width of the copy that phase 5 measured, pixels.
 
     // Cells, [row][column], row 0 at the bottom.
     Grid<float> CQX{}, CQY{}, CQZ{}, CQM{};

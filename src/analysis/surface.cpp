@@ -11,9 +11,9 @@ namespace zemora {
 
 namespace {
 
-constexpr int kSlopeReach = 5;              ///< Steps on either side of the minimum that a slope uses.
-constexpr double kReferenceSide = 800.0;    ///< Pixels; slopes of larger images count for more.
-constexpr double kSubPixelShare = 0.75;     ///< Of the vertex of the parabola that is applied.
+constexpr int kSlopeReach = 5;            ///< Steps on either side of the minimum that a slope uses.
+constexpr double kReferenceSide = 800.0;  ///< Pixels; slopes of larger images count for more.
+constexpr double kSubPixelShare = 0.75;   ///< Of the vertex of the parabola that is applied.
 
 struct CellIndex {
     int row = 0;
@@ -26,8 +26,8 @@ CellIndex find_minimum(const ErrorSurface& surface) {
     const float least = *std::min_element(surface.errors().begin(), surface.errors().end());
     CellIndex cell{surface.centre_row(), surface.centre_column()};
     const auto found = [&] {
-        return cell.row >= 0 && cell.column >= 0 && cell.row < surface.rows() && cell.column < surface.columns() &&
-               surface.at(cell.row, cell.column) == least;
+        return cell.row >= 0 && cell.column >= 0 && cell.row < surface.rows() &&
+               cell.column < surface.columns() && surface.at(cell.row, cell.column) == least;
     };
     const int longest = 2 * std::max(surface.rows(), surface.columns()) + 2;
     for (int leg = 1, direction = 1; leg <= longest; ++leg, direction = -direction) {
@@ -82,7 +82,9 @@ double slope_along(const ErrorSurface& surface, CellIndex best, CellIndex step) 
 }
 
 /// A slope measured on an image larger than the reference counts for more.
-double raised(double slope, int side, int step) { return std::max(slope, slope * side / (kReferenceSide * step)); }
+double raised(double slope, int side, int step) {
+    return std::max(slope, slope * side / (kReferenceSide * step));
+}
 
 struct RingPoint {
     double least = 0.0;
@@ -92,7 +94,8 @@ struct RingPoint {
 /// The smallest cell of the ring at `distance`, and the one opposite to it. The first in the given
 /// order wins; false when a cell is missing.
 template <std::size_t N>
-bool ring_point(const ErrorSurface& surface, CellIndex best, const std::array<CellIndex, N>& ring, RingPoint& point) {
+bool ring_point(const ErrorSurface& surface, CellIndex best, const std::array<CellIndex, N>& ring,
+                RingPoint& point) {
     const CellIndex* least = nullptr;
     for (const CellIndex& step : ring) {
         if (!surface.valid(best.row + step.row, best.column + step.column)) {
@@ -110,9 +113,22 @@ bool ring_point(const ErrorSurface& surface, CellIndex best, const std::array<Ce
 
 constexpr std::array<CellIndex, 8> kInnerRing = {
     {{-1, -1}, {-1, 0}, {-1, 1}, {0, 1}, {1, 1}, {1, 0}, {1, -1}, {0, -1}}};
-constexpr std::array<CellIndex, 16> kOuterRing = {{{-2, -2}, {-2, -1}, {-2, 0}, {-2, 1}, {-2, 2}, {-1, 2},
-                                                   {0, 2},   {1, 2},   {2, 2},  {2, 1},  {2, 0},  {2, -1},
-                                                   {2, -2},  {1, -2},  {0, -2}, {-1, -2}}};
+constexpr std::array<CellIndex, 16> kOuterRing = {{{-2, -2},
+                                                   {-2, -1},
+                                                   {-2, 0},
+                                                   {-2, 1},
+                                                   {-2, 2},
+                                                   {-1, 2},
+                                                   {0, 2},
+                                                   {1, 2},
+                                                   {2, 2},
+                                                   {2, 1},
+                                                   {2, 0},
+                                                   {2, -1},
+                                                   {2, -2},
+                                                   {1, -2},
+                                                   {0, -2},
+                                                   {-1, -2}}};
 
 /// Slope over the five cells of a line through the minimum in its direction of weakest rise.
 float sharpness_2d(const ErrorSurface& surface, CellIndex best, int height, int width) {
@@ -123,9 +139,11 @@ float sharpness_2d(const ErrorSurface& surface, CellIndex best, int height, int 
     }
     const double e = std::max(static_cast<double>(surface.at(best.row, best.column)), 1e-12);
     const double t1 = (inner.least + outer.least + e + inner.opposite + outer.opposite) / (e + 1.0) - 5.0;
-    const double t2 = (4.0 * outer.least + inner.least + inner.opposite + 4.0 * outer.opposite) / (e + 1.0) - 10.0;
+    const double t2 =
+        (4.0 * outer.least + inner.least + inner.opposite + 4.0 * outer.opposite) / (e + 1.0) - 10.0;
     const double slope = -(2.0 * t1 - t2) / 14.0;
-    return static_cast<float>(100.0 * raised(raised(slope, height, surface.step_y()), width, surface.step_x()));
+    return static_cast<float>(100.0 *
+                              raised(raised(slope, height, surface.step_y()), width, surface.step_x()));
 }
 
 /// Vertical sub-pixel part, in pixels, where the minimum lies strictly between two neighbours. Only
@@ -148,7 +166,8 @@ double sub_pixel_dy(const ErrorSurface& surface, CellIndex best) {
 int count_ambiguous(const ErrorSurface& surface, float least) {
     const auto near = std::count_if(surface.errors().begin(), surface.errors().end(),
                                     [least](float error) { return error <= 2.0F * least; });
-    return static_cast<int>(std::min<std::ptrdiff_t>(near, static_cast<std::ptrdiff_t>(surface.errors().size()) - 1));
+    return static_cast<int>(
+        std::min<std::ptrdiff_t>(near, static_cast<std::ptrdiff_t>(surface.errors().size()) - 1));
 }
 
 /// Rise per step on one side of a V-shaped profile.
@@ -186,7 +205,8 @@ SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int wid
     const float least = surface.at(best.row, best.column);
     SurfaceFigures figures;
     figures.dx = static_cast<float>((best.column - surface.centre_column()) * surface.step_x());
-    figures.dy = static_cast<float>((best.row - surface.centre_row()) * surface.step_y() + sub_pixel_dy(surface, best));
+    figures.dy = static_cast<float>((best.row - surface.centre_row()) * surface.step_y() +
+                                    sub_pixel_dy(surface, best));
     figures.ambiguity = count_ambiguous(surface, least);
     figures.value = round_half_up(least * 1000.0 / static_cast<double>(surface.errors().size()));
     const bool on_side = best.column == 0 || best.column == surface.columns() - 1;
@@ -195,7 +215,8 @@ SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int wid
         on_side ? kNoMinimum
                 : static_cast<float>(raised(slope_along(surface, best, {0, 1}), width, surface.step_x()));
     figures.sharpness_y =
-        on_end ? kNoMinimum : static_cast<float>(raised(slope_along(surface, best, {1, 0}), height, surface.step_y()));
+        on_end ? kNoMinimum
+               : static_cast<float>(raised(slope_along(surface, best, {1, 0}), height, surface.step_y()));
     figures.sharpness = sharpness_2d(surface, best, height, width);
     return figures;
 }

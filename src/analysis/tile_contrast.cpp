@@ -15,7 +15,8 @@ double row_variance(const std::uint8_t* pixels, int count, const std::uint16_t* 
     std::uint64_t sum = 0;
     std::uint64_t squares = 0;
     for (int x = 0; x < count; ++x, pixels += kPixelBytes) {
-        const std::uint32_t value = static_cast<std::uint32_t>(grey[pixels[0]]) + grey[pixels[1]] + grey[pixels[2]];
+        const std::uint32_t value =
+            static_cast<std::uint32_t>(grey[pixels[0]]) + grey[pixels[1]] + grey[pixels[2]];
         sum += value;
         squares += static_cast<std::uint64_t>(value) * value;
     }

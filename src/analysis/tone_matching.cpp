@@ -7,7 +7,7 @@ namespace zemora {
 
 namespace {
 
-constexpr int kSplit = 128;                 ///< Level where the upward table gives way to the downward one.
+constexpr int kSplit = 128;  ///< Level where the upward table gives way to the downward one.
 constexpr std::int64_t kPixelsPerCount = 5000;  ///< One count is added to each bin per so many pixels.
 constexpr double kSmallStep = 1e-12;
 
@@ -94,7 +94,8 @@ struct MeanLevels {
         ToneLevels levels{};
         for (int i = 0; i < kLevels; ++i) {
             const auto k = static_cast<std::size_t>(i);
-            levels[k] = entry(kLevels * (i < split ? read(up, kLevels * view.up[k]) : read(down, kLevels * view.down[k])));
+            levels[k] = entry(
+                kLevels * (i < split ? read(up, kLevels * view.up[k]) : read(down, kLevels * view.down[k])));
         }
         smooth(levels);
         return levels;
@@ -187,7 +188,8 @@ double bent(double level, const Range& range, double from, double to) {
 ToneLevels line_table(const Line& line, const Range& range, double mean_from, double mean_to) {
     ToneLevels levels{};
     for (std::size_t i = 0; i < levels.size(); ++i) {
-        const double straight = entry(line.at(static_cast<double>(i)) * kLevels) / static_cast<double>(kLevels);
+        const double straight =
+            entry(line.at(static_cast<double>(i)) * kLevels) / static_cast<double>(kLevels);
         levels[i] = entry(bent(straight, range, mean_from, mean_to) * kLevels);
     }
     return levels;
@@ -196,10 +198,12 @@ ToneLevels line_table(const Line& line, const Range& range, double mean_from, do
 }  // namespace
 
 ToneTarget tone_target(int color_left_right) {
-    return color_left_right == 0 ? ToneTarget::mean : (color_left_right > 0 ? ToneTarget::left : ToneTarget::right);
+    return color_left_right == 0 ? ToneTarget::mean
+                                 : (color_left_right > 0 ? ToneTarget::left : ToneTarget::right);
 }
 
-BothViews<ToneLevels> match_histograms(const BothViews<Histogram>& histograms, ToneTarget target, std::int64_t pixels) {
+BothViews<ToneLevels> match_histograms(const BothViews<Histogram>& histograms, ToneTarget target,
+                                       std::int64_t pixels) {
     const Cumulative left(histograms.left, pixels / kPixelsPerCount);
     const Cumulative right(histograms.right, pixels / kPixelsPerCount);
     const ToneLevels same = ToneTables::identity().plane[0];

@@ -23,8 +23,8 @@ enum class ToneTarget { right = -1, mean = 0, left = 1 };
 
 /// Identity, then the tables that bring both histograms together. `pixels` is the count of the
 /// picture, from which the constant follows that fills empty bins.
-[[nodiscard]] BothViews<ToneLevels> match_histograms(const BothViews<Histogram>& histograms, ToneTarget target,
-                                                     std::int64_t pixels);
+[[nodiscard]] BothViews<ToneLevels> match_histograms(const BothViews<Histogram>& histograms,
+                                                     ToneTarget target, std::int64_t pixels);
 
 /// The same by straight lines between the percentiles, bent at the mean.
 [[nodiscard]] BothViews<ToneLevels> match_lines(const BothViews<Histogram>& histograms, ToneTarget target);

@@ -7,7 +7,7 @@ namespace zemora {
 
 namespace {
 
-constexpr int kDarkest = 1;        ///< Levels that the counted range is spread over.
+constexpr int kDarkest = 1;  ///< Levels that the counted range is spread over.
 constexpr int kBrightest = 245;
 constexpr double kLowPercent = 0.75;
 constexpr double kHighPercent = 99.25;

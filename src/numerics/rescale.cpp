@@ -26,7 +26,8 @@ namespace {
 
 /// Whether the width limits a picture of the size `in` that is to fit into `wanted`.
 bool width_decides(PictureSize in, PictureSize wanted) {
-    return static_cast<std::int64_t>(wanted.height) * in.width >= static_cast<std::int64_t>(wanted.width) * in.height;
+    return static_cast<std::int64_t>(wanted.height) * in.width >=
+           static_cast<std::int64_t>(wanted.width) * in.height;
 }
 
 /// The largest size with the aspect of `in` that fits into `wanted`.

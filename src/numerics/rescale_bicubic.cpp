@@ -8,9 +8,9 @@ namespace zemora::rescale_parts {
 
 namespace {
 
-constexpr int kOne = 128;        ///< Kernel positions and weights: one sample, weight 1.
-constexpr int kSumBits = 14;     ///< Two passes with weights of 7 bits.
-constexpr int kMostTaps = 100;   ///< A side, of the wide kernel.
+constexpr int kOne = 128;       ///< Kernel positions and weights: one sample, weight 1.
+constexpr int kSumBits = 14;    ///< Two passes with weights of 7 bits.
+constexpr int kMostTaps = 100;  ///< A side, of the wide kernel.
 
 /// Cubic convolution with the parameter -1 at a position of 0 to 256 (R. G. Keys, "Cubic Convolution
 /// Interpolation for Digital Image Processing", 1981), rounded.
@@ -23,9 +23,9 @@ int kernel(int u) {
 class Taps {
 public:
     struct Run {
-        int first = 0;       ///< Source sample of the first weight.
+        int first = 0;  ///< Source sample of the first weight.
         int count = 0;
-        int start = 0;       ///< Index of the first weight.
+        int start = 0;  ///< Index of the first weight.
     };
 
     Taps(const Axis& axis, bool wide) : samples_(axis.in) {
@@ -41,9 +41,7 @@ public:
         }
     }
     [[nodiscard]] const Run& run(int i) const { return runs_[static_cast<std::size_t>(i)]; }
-    [[nodiscard]] const std::int16_t* weights(const Run& run) const {
-        return weights_.data() + run.start;
-    }
+    [[nodiscard]] const std::int16_t* weights(const Run& run) const { return weights_.data() + run.start; }
 
 private:
     struct Tap {
@@ -55,7 +53,10 @@ private:
         const float at = static_cast<float>(i) / axis.scale;
         const int p = static_cast<int>(at);
         const int f = static_cast<int>(at * 128.0F) - kOne * p;
-        taps_ = {{p - 1, kernel(kOne + f)}, {p, kernel(f)}, {p + 1, kernel(kOne - f)}, {p + 2, kernel(2 * kOne - f)}};
+        taps_ = {{p - 1, kernel(kOne + f)},
+                 {p, kernel(f)},
+                 {p + 1, kernel(kOne - f)},
+                 {p + 2, kernel(2 * kOne - f)}};
     }
 
     /// Kernel stretched over the source samples that fall on one sample of the result.
@@ -144,7 +145,8 @@ void filter_row(const std::uint8_t* row, const Taps& taps, int out_width, std::v
         const Taps::Run& run = taps.run(i);
         const std::int16_t* weights = taps.weights(run);
         for (int c = 0; c < kPixelBytes; ++c) {
-            const std::int16_t* samples = planes.data() + static_cast<std::ptrdiff_t>(c) * in_width + run.first;
+            const std::int16_t* samples =
+                planes.data() + static_cast<std::ptrdiff_t>(c) * in_width + run.first;
             int sum = 0;
             for (int k = 0; k < run.count; ++k) {
                 sum += weights[k] * samples[k];

@@ -43,8 +43,9 @@ void interpolate_row(const Sample* lower, const Sample* upper, float fy, const s
         const auto first = static_cast<std::ptrdiff_t>(column.first) * kPixelBytes;
         const auto second = static_cast<std::ptrdiff_t>(column.second) * kPixelBytes;
         for (int c = 0; c < kPixelBytes; ++c) {
-            const float value = w00 * static_cast<float>(lower[first + c]) + w10 * static_cast<float>(lower[second + c]) +
-                                w01 * static_cast<float>(upper[first + c]) + w11 * static_cast<float>(upper[second + c]);
+            const float value =
+                w00 * static_cast<float>(lower[first + c]) + w10 * static_cast<float>(lower[second + c]) +
+                w01 * static_cast<float>(upper[first + c]) + w11 * static_cast<float>(upper[second + c]);
             *out++ = static_cast<std::uint8_t>(value);
         }
     }
@@ -56,7 +57,8 @@ void interpolate(const Sample* samples, std::ptrdiff_t pitch, PictureSize in, fl
                  Picture target) {
     const std::vector<Place> columns = places(target.width, in.width, scale_x);
     const std::vector<Place> rows = places(target.height, in.height, scale_y);
-#pragma omp parallel for schedule(static)
+    constexpr int kLeastPixels = 50000;  // below, the threads cost more than they bring
+#pragma omp parallel for schedule(static) if (target.width * target.height >= kLeastPixels)
     for (int r = 0; r < target.height; ++r) {
         const Place& row = rows[static_cast<std::size_t>(r)];
         interpolate_row(samples + row.first * pitch, samples + row.second * pitch, row.fraction, columns,
@@ -72,7 +74,8 @@ struct Triangle {
     std::uint32_t total = 1;
     std::uint64_t reciprocal = 0;
 
-    explicit Triangle(int factor) : n(factor), total(static_cast<std::uint32_t>(factor) * static_cast<std::uint32_t>(factor)) {
+    explicit Triangle(int factor)
+        : n(factor), total(static_cast<std::uint32_t>(factor) * static_cast<std::uint32_t>(factor)) {
         while (total > kLargestTotal) {
             total >>= 1U;
             ++shift;
@@ -84,7 +87,8 @@ struct Triangle {
     /// squared total, as a product with the rounded-up reciprocal. Shifted sums are below 2^24 and
     /// the divisor is below 2^16, so that 40 bits make it exact.
     [[nodiscard]] std::uint16_t normalised(std::uint32_t sum) const {
-        return static_cast<std::uint16_t>((sum >> static_cast<std::uint32_t>(shift)) * reciprocal >> kReciprocalBits);
+        return static_cast<std::uint16_t>((sum >> static_cast<std::uint32_t>(shift)) * reciprocal >>
+                                          kReciprocalBits);
     }
 
     static constexpr std::uint32_t kReciprocalBits = 40;
@@ -121,14 +125,16 @@ std::uint32_t sum_columns(const Sample* row, int width, int centre, int n) {
         return sum;
     }
     for (int k = 1; k < n; ++k) {
-        sum += static_cast<std::uint32_t>(n - k) * (at(std::max(centre - k, 0)) + at(std::min(centre + k, width - 1)));
+        sum += static_cast<std::uint32_t>(n - k) *
+               (at(std::max(centre - k, 0)) + at(std::min(centre + k, width - 1)));
     }
     return sum;
 }
 
 /// Prefilter for factors without shift: nothing is cut between the two directions, so that the rows
 /// may be summed first, which is a walk along memory.
-void prefilter_rows_first(ConstPicture source, const Triangle& triangle, PictureSize reduced, std::uint16_t* out) {
+void prefilter_rows_first(ConstPicture source, const Triangle& triangle, PictureSize reduced,
+                          std::uint16_t* out) {
 #pragma omp parallel
     {
         std::vector<std::uint16_t> sum(static_cast<std::size_t>(source.width) * kPixelBytes);
@@ -138,7 +144,8 @@ void prefilter_rows_first(ConstPicture source, const Triangle& triangle, Picture
             std::uint16_t* row = out + static_cast<std::ptrdiff_t>(j) * reduced.width * kPixelBytes;
             for (int i = 0; i < reduced.width; ++i) {
                 for (int c = 0; c < kPixelBytes; ++c) {
-                    *row++ = triangle.normalised(sum_columns(sum.data() + c, source.width, i * triangle.n, triangle.n));
+                    *row++ = triangle.normalised(
+                        sum_columns(sum.data() + c, source.width, i * triangle.n, triangle.n));
                 }
             }
         }
@@ -153,8 +160,10 @@ void prefilter_columns_first(ConstPicture source, const Triangle& triangle, Pict
     for (int y = 0; y < source.height; ++y) {
         for (int i = 0; i < reduced.width * kPixelBytes; ++i) {
             const int centre = i / kPixelBytes * triangle.n;
-            const std::uint32_t sum = sum_columns(source.row(y) + i % kPixelBytes, source.width, centre, triangle.n);
-            between[y * pitch + i] = static_cast<std::uint16_t>(sum >> static_cast<std::uint32_t>(triangle.shift));
+            const std::uint32_t sum =
+                sum_columns(source.row(y) + i % kPixelBytes, source.width, centre, triangle.n);
+            between[y * pitch + i] =
+                static_cast<std::uint16_t>(sum >> static_cast<std::uint32_t>(triangle.shift));
         }
     }
 #pragma omp parallel for schedule(static)
@@ -181,8 +190,8 @@ int prefilter_factor(PictureSize in, PictureSize out) {
         end_process(kExitDone);
     }
     if (n == 0) {
-        std::printf("nb1154: severe error: HI=%d, WI=%d, HO_USE=%d, WO_USE=%d\n", in.height, in.width, out.height,
-                    out.width);
+        std::printf("nb1154: severe error: HI=%d, WI=%d, HO_USE=%d, WO_USE=%d\n", in.height, in.width,
+                    out.height, out.width);
         end_process(kExitDone);
     }
     return n;
@@ -191,7 +200,8 @@ int prefilter_factor(PictureSize in, PictureSize out) {
 void reduce(ConstPicture source, Picture target, RescaleScratch& scratch) {
     const PictureSize out{target.width, target.height};
     const Triangle triangle(prefilter_factor({source.width, source.height}, out));
-    const PictureSize reduced{std::max(source.width / triangle.n, 1), std::max(source.height / triangle.n, 1)};
+    const PictureSize reduced{std::max(source.width / triangle.n, 1),
+                              std::max(source.height / triangle.n, 1)};
     const auto pitch = static_cast<std::size_t>(reduced.width) * kPixelBytes;
     const std::size_t needed = pitch * static_cast<std::size_t>(reduced.height + source.height);
     if (scratch.samples.size() < needed) {

@@ -7,8 +7,8 @@ namespace zemora::rescale_parts {
 
 /// One axis of a rescaling.
 struct Axis {
-    int in = 0;         ///< Samples of the source.
-    int out = 0;        ///< Samples of the result.
+    int in = 0;          ///< Samples of the source.
+    int out = 0;         ///< Samples of the result.
     float scale = 1.0F;  ///< Result samples per source sample.
     /// The scale as a fraction of whole numbers, `out_span` over `in_span`: the distances between
     /// the first and the last sample, or the counts where there is only one sample.

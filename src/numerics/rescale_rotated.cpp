@@ -27,12 +27,14 @@ public:
     [[nodiscard]] double column(int x, int y) const {
         const double dx = x - half_out_x_;
         const double dy = y - half_out_y_;
-        return std::floor((cosine_ * sheared_x(dx) + sine_ * sheared_y(dx, dy)) / scale_x_ + half_in_x_ + 0.5);
+        return std::floor((cosine_ * sheared_x(dx) + sine_ * sheared_y(dx, dy)) / scale_x_ + half_in_x_ +
+                          0.5);
     }
     [[nodiscard]] double row(int x, int y) const {
         const double dx = x - half_out_x_;
         const double dy = y - half_out_y_;
-        return std::floor((cosine_ * sheared_y(dx, dy) - sine_ * sheared_x(dx)) / scale_y_ + half_in_y_ + 0.5);
+        return std::floor((cosine_ * sheared_y(dx, dy) - sine_ * sheared_x(dx)) / scale_y_ + half_in_y_ +
+                          0.5);
     }
 
 private:

@@ -42,7 +42,8 @@ void exchange_pivot(int n, int k, double** a, double* b, int* perm) {
 
 double raico(double x, double r) {
     if (!(r >= 0.0 && r <= 1.0)) {
-        std::fprintf(stderr, "ERROR raico r = %f != {0..1}\n      File %s, Line %d \n", r, "num_bib", __LINE__);
+        std::fprintf(stderr, "ERROR raico r = %f != {0..1}\n      File %s, Line %d \n", r, "num_bib",
+                     __LINE__);
         end_process(kExitFailure);
     }
     const double p = std::numbers::pi * x;

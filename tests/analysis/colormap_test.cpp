@@ -45,13 +45,18 @@ double mapped_mean(ConstPicture view, const ToneTables& tables, bool channels, i
     double sum = 0.0;
     for (int y = 0; y < view.height; ++y) {
         for (int x = 0; x < view.width; ++x) {
-            sum += tables.plane[channels ? static_cast<std::size_t>(channel) + 1 : 0][view.pixel(x, y)[channel]] / 256.0;
+            sum +=
+                tables
+                    .plane[channels ? static_cast<std::size_t>(channel) + 1 : 0][view.pixel(x, y)[channel]] /
+                256.0;
         }
     }
     return sum / (static_cast<double>(view.width) * view.height);
 }
 
-bool is_channel_mode(int mode) { return mode == 3 || mode == 4 || mode == 7 || mode == 8; }
+bool is_channel_mode(int mode) {
+    return mode == 3 || mode == 4 || mode == 7 || mode == 8;
+}
 
 class ColormapMode : public ::testing::TestWithParam<int> {};
 
@@ -62,8 +67,10 @@ TEST_P(ColormapMode, BringsADarkViewToTheToneOfTheOther) {
         AnalysisState state = state_for(direction);
         colormap_adapt(state, pair.pictures(), nullptr, mode);
         for (int channel = 0; channel < kPixelBytes; ++channel) {
-            const double left = mapped_mean(pair.left.picture(), state.Colormap_l, is_channel_mode(mode), channel);
-            const double right = mapped_mean(pair.right.picture(), state.Colormap_r, is_channel_mode(mode), channel);
+            const double left =
+                mapped_mean(pair.left.picture(), state.Colormap_l, is_channel_mode(mode), channel);
+            const double right =
+                mapped_mean(pair.right.picture(), state.Colormap_r, is_channel_mode(mode), channel);
             EXPECT_NEAR(left, right, 4.0) << "ColorLeftRight " << direction << " channel " << channel;
         }
     }
@@ -78,8 +85,10 @@ TEST_P(ColormapMode, EqualViewsGetEqualRisingTables) {
             colormap_adapt(state, same, nullptr, GetParam());
             for (std::size_t p = 0; p < ToneTables::kPlanes; ++p) {
                 for (std::size_t i = 11; i < 256; ++i) {  // below, the passepartout colour is avoided
-                    EXPECT_NEAR(state.Colormap_l.plane[p][i], state.Colormap_r.plane[p][i], 320) << p << " " << i;
-                    EXPECT_GE(state.Colormap_l.plane[p][i], state.Colormap_l.plane[p][i - 1]) << p << " " << i;
+                    EXPECT_NEAR(state.Colormap_l.plane[p][i], state.Colormap_r.plane[p][i], 320)
+                        << p << " " << i;
+                    EXPECT_GE(state.Colormap_l.plane[p][i], state.Colormap_l.plane[p][i - 1])
+                        << p << " " << i;
                 }
             }
         }
@@ -111,7 +120,8 @@ TEST(Colormap, ChannelsAreBroughtTogetherOneByOne) {
     colormap_adapt(state, pair.pictures(), nullptr, 3);
     EXPECT_NEAR(mapped_mean(pair.right.picture(), state.Colormap_r, true, 2),
                 mapped_mean(pair.left.picture(), state.Colormap_l, true, 2), 2.0);
-    EXPECT_GT(state.Colormap_r.plane[3][100], state.Colormap_r.plane[1][100] + 20 * 256) << "red is raised, blue is not";
+    EXPECT_GT(state.Colormap_r.plane[3][100], state.Colormap_r.plane[1][100] + 20 * 256)
+        << "red is raised, blue is not";
 }
 
 TEST(Colormap, MeanOfBothModesForMeasuringIsOneHalf) {
@@ -128,7 +138,8 @@ TEST(Colormap, PassepartoutPixelsAndTheOutsideOfTheRectangleDoNotCount) {
     TexturePair pair = toned_pair(0.7, 0.0);
     const CountRectangle inner{40, 259, 30, 369};
     AnalysisState plain = state_for(0);
-    const StereoPicture cut{pair.pictures().left.part(30, 40, 340, 220), pair.pictures().right.part(30, 40, 340, 220)};
+    const StereoPicture cut{pair.pictures().left.part(30, 40, 340, 220),
+                            pair.pictures().right.part(30, 40, 340, 220)};
     colormap_adapt(plain, cut, nullptr, 5);
     AnalysisState rectangle = state_for(0);
     colormap_adapt(rectangle, pair.pictures(), &inner, 5);
@@ -203,18 +214,21 @@ TEST(GreyHistogram, EqualsThePlainCountForOddWidthsThreadsAndInstructionSets) {
             for (int x = 0; x < width; ++x) {
                 const bool excluded = random() % 4 == 0;
                 const Colour colour = excluded ? passe
-                                               : Colour{static_cast<std::uint8_t>(random() % 256), static_cast<std::uint8_t>(random() % 256),
+                                               : Colour{static_cast<std::uint8_t>(random() % 256),
+                                                        static_cast<std::uint8_t>(random() % 256),
                                                         static_cast<std::uint8_t>(random() % 256)};
                 std::uint8_t* pixel = picture.pixel(x, y);
                 pixel[0] = colour.blue, pixel[1] = colour.green, pixel[2] = colour.red;
                 if (!(colour == passe)) {
-                    ++expected[static_cast<std::size_t>((114 * colour.blue + 587 * colour.green + 299 * colour.red) / 1000)];
+                    ++expected[static_cast<std::size_t>(
+                        (114 * colour.blue + 587 * colour.green + 299 * colour.red) / 1000)];
                 }
             }
         }
         for (const int count : {1, 2, 8}) {
             omp_set_num_threads(count);
-            testing::for_each_instruction_set([&] { EXPECT_EQ(grey_histogram(picture, passe), expected) << width; });
+            testing::for_each_instruction_set(
+                [&] { EXPECT_EQ(grey_histogram(picture, passe), expected) << width; });
         }
     }
     omp_set_num_threads(threads);

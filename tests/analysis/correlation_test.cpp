@@ -15,11 +15,12 @@ namespace {
 using testing::for_each_instruction_set;
 
 /// The definition, pixel by pixel.
-void plain_correlate(const ToneView& first, const ToneView& second, const OverlapRule& rule, const TileSearch& s,
-                     ErrorSurface& surface) {
+void plain_correlate(const ToneView& first, const ToneView& second, const OverlapRule& rule,
+                     const TileSearch& s, ErrorSurface& surface) {
     surface.reshape(s);
     const auto is_passe = [&](const std::uint8_t* p) {
-        return p[0] == rule.passe_colour.blue && p[1] == rule.passe_colour.green && p[2] == rule.passe_colour.red;
+        return p[0] == rule.passe_colour.blue && p[1] == rule.passe_colour.green &&
+               p[2] == rule.passe_colour.red;
     };
     const bool upward = s.y > first.picture.height / 2;
     const bool rightward = s.x > first.picture.width / 2;
@@ -39,7 +40,8 @@ void plain_correlate(const ToneView& first, const ToneView& second, const Overla
                     }
                     ++count;
                     for (int ch = 0; ch < kPixelBytes; ++ch) {
-                        const int d = first.mapped[first.picture.pixel(x, y)[ch]] - second.mapped[second.picture.pixel(x2, y2)[ch]];
+                        const int d = first.mapped[first.picture.pixel(x, y)[ch]] -
+                                      second.mapped[second.picture.pixel(x2, y2)[ch]];
                         sum += d * d;
                     }
                 }
@@ -47,7 +49,9 @@ void plain_correlate(const ToneView& first, const ToneView& second, const Overla
             const double half = s.search_columns / 2.0;
             const double t = j * s.step_x - half;
             const double n = std::floor(count * (half > 0 ? 2.0 - t * t / (half * half) : 2.0) + 0.5);
-            const double least = s.search_rows == 0 ? 0.0 : rule.least_share * (s.tile_rows / s.step_y) * (s.tile_columns / s.step_x);
+            const double least = s.search_rows == 0 ? 0.0
+                                                    : rule.least_share * (s.tile_rows / s.step_y) *
+                                                          (s.tile_columns / s.step_x);
             if (n > 0.0 && n >= least) {
                 surface.set(i, j, static_cast<float>(static_cast<double>(sum) / n));
             }
@@ -58,11 +62,13 @@ void plain_correlate(const ToneView& first, const ToneView& second, const Overla
 struct Shape {
     const char* name;
     TileSearch search;
-    int excluded_percent;   ///< Of single pixels of the passepartout colour.
-    bool wedges;            ///< Black wedges as a warp leaves them.
+    int excluded_percent;  ///< Of single pixels of the passepartout colour.
+    bool wedges;           ///< Black wedges as a warp leaves them.
 };
 
-void PrintTo(const Shape& shape, std::ostream* out) { *out << shape.name; }
+void PrintTo(const Shape& shape, std::ostream* out) {
+    *out << shape.name;
+}
 
 class CorrelationTwin : public ::testing::TestWithParam<Shape> {};
 
@@ -137,7 +143,8 @@ TEST(Correlation, LargestDifferencesOfALargeTileDoNotOverflow) {
         Correlator correlator;
         ErrorSurface surface;
         correlator.correlate(ToneView(dark.picture(), ToneTables::identity()),
-                             ToneView(bright.picture(), ToneTables::identity()), {{0, 0, 0}, 0.75}, search, surface);
+                             ToneView(bright.picture(), ToneTables::identity()), {{0, 0, 0}, 0.75}, search,
+                             surface);
         EXPECT_FLOAT_EQ(surface.at(2, 2), (254.0F * 254.0F + 2 * 255.0F * 255.0F) / 2.0F);
     });
 }
@@ -149,8 +156,9 @@ TEST(Correlation, MatchNearTheCentreIsTwiceAsCheapAsAtTheEnds) {
     fill(brighter.picture(), {60, 60, 60});
     Correlator correlator;
     ErrorSurface surface;
-    correlator.correlate(ToneView(grey.picture(), ToneTables::identity()), ToneView(brighter.picture(), ToneTables::identity()),
-                         {{0, 0, 0}, 0.75}, {40, 30, 20, 20, 10, 20, 1, 1, 0, 0}, surface);
+    correlator.correlate(ToneView(grey.picture(), ToneTables::identity()),
+                         ToneView(brighter.picture(), ToneTables::identity()), {{0, 0, 0}, 0.75},
+                         {40, 30, 20, 20, 10, 20, 1, 1, 0, 0}, surface);
     EXPECT_FLOAT_EQ(surface.at(5, 0), 300.0F);
     EXPECT_FLOAT_EQ(surface.at(5, 10), 150.0F);
     EXPECT_FLOAT_EQ(surface.at(0, 10), 150.0F);
@@ -176,7 +184,8 @@ TEST(TileContrast, IsTheVarianceAlongRowsOfTheMappedGrey) {
     for (auto& entry : halved.plane[0]) {
         entry /= 2;
     }
-    EXPECT_FLOAT_EQ(tile_contrast(ToneView(picture, halved), 10, 10, 25, 3, 50), 2.25F) << "tables are applied";
+    EXPECT_FLOAT_EQ(tile_contrast(ToneView(picture, halved), 10, 10, 25, 3, 50), 2.25F)
+        << "tables are applied";
 }
 
 }  // namespace

@@ -37,7 +37,9 @@ struct TermCase {
     const char* name;
     CorrectionValues truth;
 };
-void PrintTo(const TermCase& c, std::ostream* out) { *out << c.name; }
+void PrintTo(const TermCase& c, std::ostream* out) {
+    *out << c.name;
+}
 class ErrorModel : public ::testing::TestWithParam<TermCase> {};
 
 TEST_P(ErrorModel, RecoversEachTermAndKeepsThemApart) {
@@ -55,7 +57,8 @@ TEST_P(ErrorModel, RecoversEachTermAndKeepsThemApart) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Terms, ErrorModel,
-                         ::testing::Values(TermCase{"height", {.height = -3.0F}}, TermCase{"size", {.size = 0.01F}},
+                         ::testing::Values(TermCase{"height", {.height = -3.0F}},
+                                           TermCase{"size", {.size = 0.01F}},
                                            TermCase{"rotation", {.rotation = -0.01F}},
                                            TermCase{"keystone", {.vergence_v = 0.008F}},
                                            TermCase{"barrel", {.vergence_h = -0.008F}},
@@ -69,16 +72,19 @@ TEST(ErrorModelTerms, SettingTwoWantsPointsInAllCorners) {
         bool corners;
         ModelTerms terms;
     };
-    for (const Level& level : {Level{0, 0, true, {false, false}}, Level{1, 0, false, {true, false}}, Level{2, 0, false, {false, false}},
-                               Level{2, 0, true, {true, false}}, Level{0, 1, false, {false, true}}, Level{2, 1, false, {false, true}},
-                               Level{1, 2, false, {true, false}}, Level{0, 2, true, {false, true}}, Level{2, 2, true, {true, true}},
-                               Level{2, 2, false, {false, false}}}) {
-        EXPECT_EQ(model_terms(level.v, level.h, level.corners), level.terms) << level.v << level.h << level.corners;
+    for (const Level& level : {Level{0, 0, true, {false, false}}, Level{1, 0, false, {true, false}},
+                               Level{2, 0, false, {false, false}}, Level{2, 0, true, {true, false}},
+                               Level{0, 1, false, {false, true}}, Level{2, 1, false, {false, true}},
+                               Level{1, 2, false, {true, false}}, Level{0, 2, true, {false, true}},
+                               Level{2, 2, true, {true, true}}, Level{2, 2, false, {false, false}}}) {
+        EXPECT_EQ(model_terms(level.v, level.h, level.corners), level.terms)
+            << level.v << level.h << level.corners;
     }
 }
 
 TEST(ErrorModel, TermsThatAreLeftOutAreExactlyZeroAndStayInTheResidual) {
-    const ModelFit fit = solve_error_model(points({.vergence_v = 0.01F}, false), kHeight, kWidth, {false, true});
+    const ModelFit fit =
+        solve_error_model(points({.vergence_v = 0.01F}, false), kHeight, kWidth, {false, true});
     EXPECT_EQ(fit.values.vergence_v, 0.0F);
     EXPECT_GT(fit.residual_rms, 0.5);
     const ModelFit nothing = solve_error_model({}, kHeight, kWidth, {true, true});
@@ -95,7 +101,8 @@ TEST(ErrorModel, OneColumnOfPointsGivesNoRotation) {
 TEST(MeanModelError, AveragesTheAbsoluteDisplacement) {
     EXPECT_DOUBLE_EQ(mean_model_error({.height = -2.5F}, 600, 800), 2.5);
     EXPECT_NEAR(mean_model_error({.size = 0.01F}, 600, 800), 1.5, 1e-6) << "mean |Y| of the lattice is H/4";
-    EXPECT_NEAR(mean_model_error({.vergence_h = 0.01F}, 600, 800), 0.01 * (600.0 / 6.0) * (1.0 + 2.0 / 256.0), 1e-3)
+    EXPECT_NEAR(mean_model_error({.vergence_h = 0.01F}, 600, 800), 0.01 * (600.0 / 6.0) * (1.0 + 2.0 / 256.0),
+                1e-3)
         << "no constant part";
 }
 

@@ -19,7 +19,8 @@ using testing::TexturePair;
 constexpr int kWidth = 800;
 constexpr int kHeight = 600;
 
-AnalyseStatus run(AnalysisState& state, const StereoPicture& pair, AnalysePhase phase, int iteration = 1, bool reduced = true) {
+AnalyseStatus run(AnalysisState& state, const StereoPicture& pair, AnalysePhase phase, int iteration = 1,
+                  bool reduced = true) {
     return analyse_phase(state, pair, {phase, iteration, false, reduced}, {});
 }
 
@@ -29,9 +30,11 @@ TEST(PhaseShift, FindsTheDisplacementOfLandscapeAndPortrait) {
         int height;
         Displacement shift;
     };
-    for (const Case& c : {Case{800, 600, {40.0, -24.0}}, Case{800, 600, {-120.0, 8.0}}, Case{600, 800, {-32.0, 60.0}},
-                          Case{800, 800, {16.0, 16.0}}, Case{800, 300, {-48.0, 12.0}}}) {
-        const TexturePair pair(c.width, c.height, [&](double, double) { return c.shift; }, 6.0);
+    for (const Case& c :
+         {Case{800, 600, {40.0, -24.0}}, Case{800, 600, {-120.0, 8.0}}, Case{600, 800, {-32.0, 60.0}},
+          Case{800, 800, {16.0, 16.0}}, Case{800, 300, {-48.0, 12.0}}}) {
+        const TexturePair pair(
+            c.width, c.height, [&](double, double) { return c.shift; }, 6.0);
         AnalysisState state(analysis_parameters());
         ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::shift), AnalyseStatus::done);
         EXPECT_NEAR(state.ErrorPixel_x[0][0], c.shift.dx, 4.0);
@@ -40,22 +43,38 @@ TEST(PhaseShift, FindsTheDisplacementOfLandscapeAndPortrait) {
 }
 
 TEST(PhaseShift, RefusesTwoHundredPixels) {
-    const TexturePair sideways(kWidth, kHeight, [](double, double) { return Displacement{-210.0, 0.0}; }, 9.0);
+    const TexturePair sideways(
+        kWidth, kHeight,
+        [](double, double) {
+            return Displacement{-210.0, 0.0};
+        },
+        9.0);
     AnalysisState state(analysis_parameters());
     EXPECT_EQ(run(state, sideways.pictures(), AnalysePhase::shift), AnalyseStatus::shift_too_large);
     EXPECT_NEAR(state.oversize_shift, -210.0, 6.0);
     EXPECT_FALSE(state.oversize_is_vertical);
-    const TexturePair upward(600, 800, [](double, double) { return Displacement{0.0, 212.0}; }, 9.0);
+    const TexturePair upward(
+        600, 800,
+        [](double, double) {
+            return Displacement{0.0, 212.0};
+        },
+        9.0);
     EXPECT_EQ(run(state, upward.pictures(), AnalysePhase::shift), AnalyseStatus::shift_too_large);
     EXPECT_TRUE(state.oversize_is_vertical);
 }
 
 TEST(PhaseFirstGrid, GivesHeightShiftAndSize) {
-    const TexturePair pair(kWidth, kHeight, [](double x, double y) { return Displacement{-31.0 + 0.01 * x, 11.0 + 0.02 * y}; }, 2.0);
+    const TexturePair pair(
+        kWidth, kHeight,
+        [](double x, double y) {
+            return Displacement{-31.0 + 0.01 * x, 11.0 + 0.02 * y};
+        },
+        2.0);
     AnalysisState state(analysis_parameters());
     ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::shift), AnalyseStatus::done);
     ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::first_grid), AnalyseStatus::done);
-    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 3, 3, AnalysePhase::first_grid), EstimateStatus::done);
+    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 3, 3, AnalysePhase::first_grid),
+              EstimateStatus::done);
     EXPECT_NEAR(state.values.height, 11.0, 0.5);
     EXPECT_NEAR(state.values.shift, -31.0, 1.0);
     EXPECT_NEAR(state.values.size, 0.02, 0.002);
@@ -69,22 +88,29 @@ struct GeometryCase {
     const char* name;
     CorrectionValues truth;
 };
-void PrintTo(const GeometryCase& c, std::ostream* out) { *out << c.name; }
+void PrintTo(const GeometryCase& c, std::ostream* out) {
+    *out << c.name;
+}
 class PhaseGeometry : public ::testing::TestWithParam<GeometryCase> {};
 
 Displacement model_displacement(const CorrectionValues& v, int height, int width, double x, double y) {
     // Some depth: the near cells of a scene without any would all count as outliers.
-    return {v.shift + 8.0 * std::sin(x / 90.0 + 1.0) * std::cos(y / 110.0), v.height + v.size * y + v.rotation * x + v.vergence_v * x * y / (width / 2.0) +
-                         v.vergence_h * (y * y / (height / 2.0) - height / 6.0)};
+    return {v.shift + 8.0 * std::sin(x / 90.0 + 1.0) * std::cos(y / 110.0),
+            v.height + v.size * y + v.rotation * x + v.vergence_v * x * y / (width / 2.0) +
+                v.vergence_h * (y * y / (height / 2.0) - height / 6.0)};
 }
 
 TEST_P(PhaseGeometry, MeasuresEveryTermInBothDirections) {
     const CorrectionValues& truth = GetParam().truth;
-    const TexturePair pair(kWidth, kHeight, [&](double x, double y) { return model_displacement(truth, kHeight, kWidth, x, y); });
+    const TexturePair pair(kWidth, kHeight, [&](double x, double y) {
+        return model_displacement(truth, kHeight, kWidth, x, y);
+    });
     for (const float sign : {1.0F, -1.0F}) {
         AnalysisState state(analysis_parameters());
-        ASSERT_EQ(run(state, sign > 0 ? pair.pictures() : pair.exchanged(), AnalysePhase::geometry), AnalyseStatus::done);
-        ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry), EstimateStatus::done);
+        ASSERT_EQ(run(state, sign > 0 ? pair.pictures() : pair.exchanged(), AnalysePhase::geometry),
+                  AnalyseStatus::done);
+        ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry),
+                  EstimateStatus::done);
         // A fifth of the vertical displacements stay by the share of the sub-pixel step.
         EXPECT_NEAR(sign * state.values.height, truth.height, 0.2);
         EXPECT_NEAR(sign * state.values.shift, truth.shift, 1.5);
@@ -97,18 +123,24 @@ TEST_P(PhaseGeometry, MeasuresEveryTermInBothDirections) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Terms, PhaseGeometry,
-                         ::testing::Values(GeometryCase{"identical", {}}, GeometryCase{"height", {.height = 4.0F}},
-                                           GeometryCase{"shift", {.shift = -4.0F}}, GeometryCase{"size", {.size = 0.012F}},
-                                           GeometryCase{"rotation", {.rotation = -0.01F}},
-                                           GeometryCase{"keystone", {.vergence_v = 0.012F}},
-                                           GeometryCase{"barrel", {.vergence_h = 0.012F}},
-                                           GeometryCase{"all", {2.0F, 6.0F, 0.006F, 0.005F, -0.006F, 0.005F, 0}}),
-                         [](const auto& tested) { return std::string(tested.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Terms, PhaseGeometry,
+    ::testing::Values(GeometryCase{"identical", {}}, GeometryCase{"height", {.height = 4.0F}},
+                      GeometryCase{"shift", {.shift = -4.0F}}, GeometryCase{"size", {.size = 0.012F}},
+                      GeometryCase{"rotation", {.rotation = -0.01F}},
+                      GeometryCase{"keystone", {.vergence_v = 0.012F}},
+                      GeometryCase{"barrel", {.vergence_h = 0.012F}},
+                      GeometryCase{"all", {2.0F, 6.0F, 0.006F, 0.005F, -0.006F, 0.005F, 0}}),
+    [](const auto& tested) { return std::string(tested.param.name); });
 
 TEST(PhaseGeometryLarge, StepsOfTwoAndThreeKeepTheCentre) {
     // Searches of full-size pictures are no multiples of their steps.
-    const TexturePair pair(1900, 1420, [](double, double) { return Displacement{6.0, 0.0}; }, 2.5);
+    const TexturePair pair(
+        1900, 1420,
+        [](double, double) {
+            return Displacement{6.0, 0.0};
+        },
+        2.5);
     AnalysisState state(analysis_parameters());
     state.previous_width = kWidth;
     ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::geometry, 1, false), AnalyseStatus::done);
@@ -119,19 +151,27 @@ TEST(PhaseGeometryLarge, StepsOfTwoAndThreeKeepTheCentre) {
 
 TEST(PhaseGeometryLater, PredictsFromTheIterationBeforeInItsOwnScale) {
     const TexturePair small(kWidth, kHeight, [](double, double) { return Displacement{19.0, 2.0}; });
-    const TexturePair large(2 * kWidth, 2 * kHeight, [](double, double) { return Displacement{38.0, 0.0}; }, 2.0);
+    const TexturePair large(
+        2 * kWidth, 2 * kHeight,
+        [](double, double) {
+            return Displacement{38.0, 0.0};
+        },
+        2.0);
     AnalysisState state(analysis_parameters());
     ASSERT_EQ(run(state, small.pictures(), AnalysePhase::geometry), AnalyseStatus::done);
     for (auto& row : state.TW_A) {
         row.fill(12);  // too narrow without the prediction
     }
     ASSERT_EQ(run(state, large.pictures(), AnalysePhase::geometry, 2, true), AnalyseStatus::done);
-    ASSERT_EQ(estimate_geometry(state, 2 * kHeight, 2 * kWidth, 10, 10, AnalysePhase::geometry), EstimateStatus::done);
+    ASSERT_EQ(estimate_geometry(state, 2 * kHeight, 2 * kWidth, 10, 10, AnalysePhase::geometry),
+              EstimateStatus::done);
     EXPECT_NEAR(state.values.shift, 38.0, 1.0);
 }
 
 TEST(PhaseGeometryResults, DoNotDependOnThreadsOrInstructionSet) {
-    const TexturePair pair(kWidth, kHeight, [](double x, double y) { return Displacement{-5.0 + 0.02 * y, 3.0 + 0.01 * x}; });
+    const TexturePair pair(kWidth, kHeight, [](double x, double y) {
+        return Displacement{-5.0 + 0.02 * y, 3.0 + 0.01 * x};
+    });
     const int threads = omp_get_max_threads();
     AnalysisState first(analysis_parameters());
     (void)run(first, pair.pictures(), AnalysePhase::geometry);
@@ -154,10 +194,12 @@ TEST(PhasesWithoutMatch, EndWithTheirStatus) {
     AnalysisState state(analysis_parameters());
     EXPECT_EQ(run(state, pair, AnalysePhase::shift), AnalyseStatus::done);
     EXPECT_EQ(run(state, pair, AnalysePhase::first_grid), AnalyseStatus::done);
-    EXPECT_EQ(estimate_geometry(state, kHeight, kWidth, 3, 3, AnalysePhase::first_grid), EstimateStatus::no_cell);
+    EXPECT_EQ(estimate_geometry(state, kHeight, kWidth, 3, 3, AnalysePhase::first_grid),
+              EstimateStatus::no_cell);
     EXPECT_EQ(run(state, pair, AnalysePhase::geometry), AnalyseStatus::done);
     EXPECT_EQ(state.DONE[4][4], -97);
-    EXPECT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry), EstimateStatus::too_few_cells);
+    EXPECT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry),
+              EstimateStatus::too_few_cells);
     EXPECT_EQ(run(state, pair, AnalysePhase::disparity), AnalyseStatus::no_disparity);
 }
 
@@ -190,8 +232,9 @@ TEST(PhaseDisparity, FindsNearFarEdgesAndCentre) {
     EXPECT_NEAR(state.disparity.right_edge_near, state.disparity.far_point, 2.1);
     EXPECT_NEAR(state.disparity.centre_disparity, 0.0, 3.0);
     EXPECT_NEAR(state.values.shift, 0.0, 3.0);
-    EXPECT_FLOAT_EQ(state.values.window, std::min({state.disparity.left_edge_near, state.disparity.top_edge_near,
-                                                   state.disparity.bottom_edge_near}));
+    EXPECT_FLOAT_EQ(state.values.window,
+                    std::min({state.disparity.left_edge_near, state.disparity.top_edge_near,
+                              state.disparity.bottom_edge_near}));
     AnalysisState exchanged(parameters);
     ASSERT_EQ(run(exchanged, pair.exchanged(), AnalysePhase::disparity), AnalyseStatus::done);
     EXPECT_NEAR(exchanged.disparity.right_edge_near, -56.0, 4.0);
@@ -213,11 +256,12 @@ TEST(Progress, GrowsToOneHundredOnTheCallingThread) {
     AnalysisState state(analysis_parameters());
     double last = 0.0;
     const int caller = omp_get_thread_num();
-    (void)analyse_phase(state, pair.pictures(), {AnalysePhase::disparity, 1, false, true}, [&](double percent) {
-        EXPECT_GE(percent, last);
-        EXPECT_EQ(omp_get_thread_num(), caller);
-        last = percent;
-    });
+    (void)analyse_phase(state, pair.pictures(), {AnalysePhase::disparity, 1, false, true},
+                        [&](double percent) {
+                            EXPECT_GE(percent, last);
+                            EXPECT_EQ(omp_get_thread_num(), caller);
+                            last = percent;
+                        });
     EXPECT_EQ(last, 100.0);
 }
 
@@ -277,8 +321,8 @@ TEST(IsolatedExtremes, SingleCellsBeyondAGapGo) {
     for (std::size_t k = 0; k < 40; ++k) {
         set(k, static_cast<float>(k % 9));
     }
-    set(50, 13.0F);   // five empty bins: 8 .. 13 leaves four
-    set(60, -6.0F);   // -1 .. -5 are empty
+    set(50, 13.0F);  // five empty bins: 8 .. 13 leaves four
+    set(60, -6.0F);  // -1 .. -5 are empty
     phases::remove_isolated_extremes(state);
     EXPECT_EQ(state.CQOK5[50 / 16][50 % 16], 1) << "a gap of four";
     EXPECT_EQ(state.CQOK5[60 / 16][60 % 16], 0);
@@ -297,11 +341,13 @@ TEST(Estimate, LastColumnCornersOnlyGiveNoKeystone) {
         const std::size_t j = k % 10;
         state.middle_x[i][j] = static_cast<int>(40 + 80 * j);
         state.middle_y[i][j] = static_cast<int>(30 + 60 * i);
-        state.ErrorPixel_y[i][j] = 0.001F * static_cast<float>((state.middle_x[i][j] - 400) * (state.middle_y[i][j] - 300)) / 400.0F;
+        state.ErrorPixel_y[i][j] =
+            0.001F * static_cast<float>((state.middle_x[i][j] - 400) * (state.middle_y[i][j] - 300)) / 400.0F;
         state.CQOK3[i][j] = i < 5 || j < 5 ? 1 : 0;
     }
     state.corner_coverage = phases::corners_covered(state) ? 1 : 0;
-    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry), EstimateStatus::done);
+    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, 10, 10, AnalysePhase::geometry),
+              EstimateStatus::done);
     EXPECT_EQ(state.values.vergence_v, 0.0F);
 }
 

@@ -28,7 +28,9 @@ ErrorSurface surface_of(int search_rows, int search_columns, int step_y, int ste
 
 /// A bowl with its lowest point at (row, column), steeper along the columns.
 Errors bowl(double row, double column) {
-    return [=](int i, int j) { return 20.0 + 40.0 * (i - row) * (i - row) + 10.0 * (j - column) * (j - column); };
+    return [=](int i, int j) {
+        return 20.0 + 40.0 * (i - row) * (i - row) + 10.0 * (j - column) * (j - column);
+    };
 }
 
 TEST(Surface, MinimumIsCountedFromTheCentreInPixels) {
@@ -44,7 +46,8 @@ TEST(Surface, OnlyTheVerticalDisplacementIsRefinedByThreeQuarters) {
     const SurfaceFigures figures = evaluate_surface(surface_of(20, 20, 1, 1, bowl(12.4, 7.4)), 600, 800);
     EXPECT_FLOAT_EQ(figures.dx, -3.0F);
     EXPECT_NEAR(figures.dy, 2.0 + 0.75 * 0.4, 1e-5);
-    EXPECT_NEAR(evaluate_surface(surface_of(40, 40, 2, 2, bowl(11.6, 10)), 600, 800).dy, 2 * (2.0 - 0.75 * 0.4), 1e-5);
+    EXPECT_NEAR(evaluate_surface(surface_of(40, 40, 2, 2, bowl(11.6, 10)), 600, 800).dy,
+                2 * (2.0 - 0.75 * 0.4), 1e-5);
 }
 
 TEST(Surface, AmongEqualMinimaTheFirstOfTheSpiralWins) {
@@ -83,8 +86,12 @@ TEST(Surface, SharpnessFollowsTheCurvatureAndTheImageSize) {
 }
 
 TEST(Surface, ALongEdgeIsSharpOnlyAcross) {
-    const SurfaceFigures figures =
-        evaluate_surface(surface_of(20, 20, 1, 1, [](int i, int j) { return 5.0 * std::pow(i - 10.0 + (j - 10.0), 2) + 0.002 * std::pow(j - 10.0, 2); }), 600, 800);
+    const SurfaceFigures figures = evaluate_surface(
+        surface_of(20, 20, 1, 1,
+                   [](int i, int j) {
+                       return 5.0 * std::pow(i - 10.0 + (j - 10.0), 2) + 0.002 * std::pow(j - 10.0, 2);
+                   }),
+        600, 800);
     EXPECT_GT(figures.sharpness_x, 50.0F);
     EXPECT_GT(figures.sharpness_y, 50.0F);
     EXPECT_LT(figures.sharpness, 0.5F);
@@ -99,10 +106,12 @@ struct Border {
 };
 
 TEST(Surface, MinimumAtTheBorderIsNoMinimum) {
-    for (const Border& at : {Border{10, 0, true, false, true}, Border{10, 20, true, false, true}, Border{0, 10, false, true, true},
-                             Border{20, 10, false, true, true}, Border{10, 1, false, false, true}, Border{19, 10, false, false, true},
+    for (const Border& at : {Border{10, 0, true, false, true}, Border{10, 20, true, false, true},
+                             Border{0, 10, false, true, true}, Border{20, 10, false, true, true},
+                             Border{10, 1, false, false, true}, Border{19, 10, false, false, true},
                              Border{18, 2, false, false, false}}) {
-        const SurfaceFigures figures = evaluate_surface(surface_of(20, 20, 1, 1, bowl(at.row, at.column)), 600, 800);
+        const SurfaceFigures figures =
+            evaluate_surface(surface_of(20, 20, 1, 1, bowl(at.row, at.column)), 600, 800);
         EXPECT_EQ(figures.sharpness_x == kNoMinimum, at.x) << at.row << " " << at.column;
         EXPECT_EQ(figures.sharpness_y == kNoMinimum, at.y) << at.row << " " << at.column;
         EXPECT_EQ(figures.sharpness == kNoMinimum, at.z) << at.row << " " << at.column;
@@ -116,7 +125,8 @@ TEST(Surface, DisplacementsWithoutOverlapCountAsOutside) {
     EXPECT_NEAR(figures.sharpness_y, 100.0 * 40.0 / 24.6, 60.0) << "no leap to 1e8 in the slope";
     const auto border = [](int i, int j) { return i > 10 ? kNoOverlap : bowl(10.3, 10)(i, j); };
     EXPECT_EQ(evaluate_surface(surface_of(20, 20, 1, 1, border), 600, 800).dy, 0.0F) << "no parabola";
-    const SurfaceFigures none = evaluate_surface(surface_of(20, 20, 1, 1, [](int, int) { return kNoOverlap; }), 600, 800);
+    const SurfaceFigures none =
+        evaluate_surface(surface_of(20, 20, 1, 1, [](int, int) { return kNoOverlap; }), 600, 800);
     EXPECT_EQ(none.dx, 0.0F);
     EXPECT_EQ(none.sharpness_x, 0.0F);
 }
@@ -146,7 +156,8 @@ TEST(Profile, FigureIsTheFlankThatRisesLess) {
 }
 
 TEST(Profile, PerfectMatchIsNarrow) {
-    const SurfaceFigures figures = evaluate_profile(surface_of(0, 304, 1, 1, [](int, int j) { return j == 152 ? 0.0 : 5.0; }));
+    const SurfaceFigures figures =
+        evaluate_profile(surface_of(0, 304, 1, 1, [](int, int j) { return j == 152 ? 0.0 : 5.0; }));
     EXPECT_EQ(figures.value, -1 - 304);
     EXPECT_EQ(figures.ambiguity, 1);
 }

@@ -12,7 +12,8 @@ namespace {
 
 /// A value of 0 to 1 for each lattice point.
 double lattice(std::int64_t x, std::int64_t y, int salt) {
-    std::uint64_t h = static_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15ULL ^ static_cast<std::uint64_t>(y) * 0xC2B2AE3D27D4EB4FULL ^
+    std::uint64_t h = static_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15ULL ^
+                      static_cast<std::uint64_t>(y) * 0xC2B2AE3D27D4EB4FULL ^
                       static_cast<std::uint64_t>(salt) * 0x165667B19E3779F9ULL;
     h = (h ^ (h >> 29U)) * 0xBF58476D1CE4E5B9ULL;
     h = (h ^ (h >> 32U)) * 0x94D049BB133111EBULL;
@@ -47,7 +48,8 @@ void draw(const Picture& out, const DisplacementField& field, double scale) {
                 y = py - d.dy;
             }
             for (int c = 0; c < kPixelBytes; ++c) {
-                out.pixel(column, row)[c] = static_cast<std::uint8_t>(std::lround(20.0 + 215.0 * texture(x, y, c, scale)));
+                out.pixel(column, row)[c] =
+                    static_cast<std::uint8_t>(std::lround(20.0 + 215.0 * texture(x, y, c, scale)));
             }
         }
     }
@@ -64,7 +66,8 @@ double texture(double x, double y, int channel, double scale) {
 
 TexturePair::TexturePair(int width, int height, const DisplacementField& field, double scale)
     : left(Bitmap::create(width, height)), right(Bitmap::create(width, height)) {
-    draw(left.picture(), [](double, double) { return Displacement{}; }, scale);
+    draw(
+        left.picture(), [](double, double) { return Displacement{}; }, scale);
     draw(right.picture(), field, scale);
 }
 
@@ -77,7 +80,8 @@ ParameterSet analysis_parameters() {
 
 void for_each_instruction_set(const std::function<void()>& run) {
     const InstructionSet best = usable_instruction_set();
-    for (const InstructionSet set : {InstructionSet::portable, InstructionSet::avx2, InstructionSet::avx512}) {
+    for (const InstructionSet set :
+         {InstructionSet::portable, InstructionSet::avx2, InstructionSet::avx512}) {
         if (set <= best) {
             limit_instruction_set(set);
             run();

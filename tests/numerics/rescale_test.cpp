@@ -16,7 +16,8 @@ Bitmap noise(int width, int height, unsigned seed) {
     Bitmap bitmap = Bitmap::create(width, height);
     std::mt19937 random(seed);
     for (int y = 0; y < height; ++y) {
-        std::generate_n(bitmap.picture().row(y), width * kPixelBytes, [&] { return static_cast<std::uint8_t>(random()); });
+        std::generate_n(bitmap.picture().row(y), width * kPixelBytes,
+                        [&] { return static_cast<std::uint8_t>(random()); });
     }
     return bitmap;
 }
@@ -45,8 +46,10 @@ int plain_interpolate(const Fetch& p, int in_w, int in_h, float sx, float sy, in
     const int x1 = limited(u + 1.0F / sx + 0.5F, in_w);
     const int y0 = limited(t + 0.5F, in_h);
     const int y1 = limited(t + 1.0F / sy + 0.5F, in_h);
-    const float value = (1.0F - fx) * (1.0F - fy) * static_cast<float>(p(x0, y0)) + fx * (1.0F - fy) * static_cast<float>(p(x1, y0)) +
-                        (1.0F - fx) * fy * static_cast<float>(p(x0, y1)) + fx * fy * static_cast<float>(p(x1, y1));
+    const float value = (1.0F - fx) * (1.0F - fy) * static_cast<float>(p(x0, y0)) +
+                        fx * (1.0F - fy) * static_cast<float>(p(x1, y0)) +
+                        (1.0F - fx) * fy * static_cast<float>(p(x0, y1)) +
+                        fx * fy * static_cast<float>(p(x1, y1));
     return static_cast<int>(value);
 }
 
@@ -87,8 +90,11 @@ std::vector<int> plain_bilinear(ConstPicture in, int out_w, int out_h) {
                 }
                 const int w = in.width / n;
                 const int h = in.height / n;
-                const Fetch reduced = [&](int x, int y) { return plain_prefilter(source, in.width, in.height, n, x, y); };
-                all.push_back(plain_interpolate(reduced, w, h, static_cast<float>(out_w) / static_cast<float>(w),
+                const Fetch reduced = [&](int x, int y) {
+                    return plain_prefilter(source, in.width, in.height, n, x, y);
+                };
+                all.push_back(plain_interpolate(reduced, w, h,
+                                                static_cast<float>(out_w) / static_cast<float>(w),
                                                 static_cast<float>(out_h) / static_cast<float>(h), c, r));
             }
         }
@@ -96,7 +102,9 @@ std::vector<int> plain_bilinear(ConstPicture in, int out_w, int out_h) {
     return all;
 }
 
-int kernel(int u) { return u <= 128 ? ((u - 256) * u * u + 2105344) >> 14 : (((640 - u) * u - 131072) * u + 8396800) >> 14; }
+int kernel(int u) {
+    return u <= 128 ? ((u - 256) * u * u + 2105344) >> 14 : (((640 - u) * u - 131072) * u + 8396800) >> 14;
+}
 
 /// (sample, weight) of one result sample along an axis.
 std::vector<std::pair<int, int>> plain_taps(int in, int out, bool wide, int i) {
@@ -161,7 +169,8 @@ std::vector<int> plain_bicubic(ConstPicture in, int out_w, int out_h) {
         for (int k = 0; k < out_w * kPixelBytes; ++k) {
             int sum = 8192;
             for (const auto& [y, weight] : plain_taps(in.height, out_h, wide, r)) {
-                sum += weight * between[static_cast<std::size_t>(std::clamp(y, 0, in.height - 1) * out_w * kPixelBytes + k)];
+                sum += weight * between[static_cast<std::size_t>(
+                                    std::clamp(y, 0, in.height - 1) * out_w * kPixelBytes + k)];
             }
             all.push_back(std::clamp(sum >> 14, 0, 255));
         }
@@ -172,7 +181,9 @@ std::vector<int> plain_bicubic(ConstPicture in, int out_w, int out_h) {
 struct Sizes {
     int in_w, in_h, out_w, out_h;
 };
-void PrintTo(const Sizes& s, std::ostream* out) { *out << s.in_w << "x" << s.in_h << "_to_" << s.out_w << "x" << s.out_h; }
+void PrintTo(const Sizes& s, std::ostream* out) {
+    *out << s.in_w << "x" << s.in_h << "_to_" << s.out_w << "x" << s.out_h;
+}
 
 class RescaleTwin : public ::testing::TestWithParam<Sizes> {};
 
@@ -187,7 +198,8 @@ TEST_P(RescaleTwin, EqualsTheDefinitionForAllThreadCounts) {
     RescaleScratch scratch;
     for (const int count : {1, 2, 8}) {
         omp_set_num_threads(count);
-        EXPECT_EQ(rescale(source.picture(), area, scratch, RescaleFilter::bilinear, RescaleFit::stretch), (PictureSize{s.out_w, s.out_h}));
+        EXPECT_EQ(rescale(source.picture(), area, scratch, RescaleFilter::bilinear, RescaleFit::stretch),
+                  (PictureSize{s.out_w, s.out_h}));
         EXPECT_EQ(values(area), bilinear);
         rescale(source.picture(), area, scratch, RescaleFilter::bicubic, RescaleFit::stretch);
         EXPECT_EQ(values(area), bicubic);
@@ -198,8 +210,10 @@ TEST_P(RescaleTwin, EqualsTheDefinitionForAllThreadCounts) {
 
 // Magnification, mixed, reduction by less than 2, by 2, 3 and, with a shift in the weights, by 16.
 INSTANTIATE_TEST_SUITE_P(Sizes, RescaleTwin,
-                         ::testing::Values(Sizes{31, 23, 31, 23}, Sizes{20, 14, 61, 40}, Sizes{40, 30, 55, 12}, Sizes{53, 41, 37, 29},
-                                           Sizes{80, 61, 40, 30}, Sizes{101, 77, 33, 25}, Sizes{130, 66, 40, 4}, Sizes{170, 163, 10, 10},
+                         ::testing::Values(Sizes{31, 23, 31, 23}, Sizes{20, 14, 61, 40},
+                                           Sizes{40, 30, 55, 12}, Sizes{53, 41, 37, 29},
+                                           Sizes{80, 61, 40, 30}, Sizes{101, 77, 33, 25},
+                                           Sizes{130, 66, 40, 4}, Sizes{170, 163, 10, 10},
                                            Sizes{90, 40, 2, 2}),
                          ::testing::PrintToStringParamName());
 
@@ -217,7 +231,15 @@ TEST(Rescale, FlatPicturesStayFlatAtEveryFactor) {
     const Bitmap source = Bitmap::create(640, 480);
     fill(source.picture(), {200, 100, 7});
     RescaleScratch scratch;
-    for (const auto& [w, h] : {std::pair(639, 479), {320, 240}, {123, 77}, {40, 30}, {9, 7}, {2, 2}, {1, 30}, {30, 2}, {900, 700}}) {
+    for (const auto& [w, h] : {std::pair(639, 479),
+                               {320, 240},
+                               {123, 77},
+                               {40, 30},
+                               {9, 7},
+                               {2, 2},
+                               {1, 30},
+                               {30, 2},
+                               {900, 700}}) {
         const Bitmap target = Bitmap::create(w, h);
         for (const RescaleFilter filter : {RescaleFilter::bilinear, RescaleFilter::bicubic}) {
             rescale(source.picture(), target.picture(), scratch, filter, RescaleFit::stretch);
@@ -234,7 +256,8 @@ TEST(Rescale, KeepsTheAspectInsideTheTarget) {
     RescaleScratch scratch;
     const auto written = [&](int w, int h) {
         const Bitmap target = Bitmap::create(w, h);
-        return rescale(source.picture(), target.picture(), scratch, RescaleFilter::bicubic, RescaleFit::keep_aspect);
+        return rescale(source.picture(), target.picture(), scratch, RescaleFilter::bicubic,
+                       RescaleFit::keep_aspect);
     };
     EXPECT_EQ(written(150, 150), (PictureSize{150, 100}));
     EXPECT_EQ(written(150, 100), (PictureSize{150, 100}));
@@ -252,7 +275,8 @@ TEST(Rescale, PicturesOfOnePixelAndEmptyOnesAreNoTrouble) {
         rescale(dot.picture(), target.picture(), scratch, filter, RescaleFit::stretch);
         EXPECT_EQ(target.picture().pixel(19, 9)[0], 9);
     }
-    EXPECT_EQ(rescale({}, target.picture(), scratch, RescaleFilter::bicubic, RescaleFit::stretch), PictureSize{});
+    EXPECT_EQ(rescale({}, target.picture(), scratch, RescaleFilter::bicubic, RescaleFit::stretch),
+              PictureSize{});
 }
 
 TEST(RescaleDeath, ReductionBeyond255EndsTheRun) {
@@ -260,8 +284,9 @@ TEST(RescaleDeath, ReductionBeyond255EndsTheRun) {
     const Bitmap source = Bitmap::create(300, 600);
     const Bitmap target = Bitmap::create(2, 2);
     RescaleScratch scratch;
-    EXPECT_EXIT(rescale(source.picture(), target.picture(), scratch, RescaleFilter::bilinear, RescaleFit::stretch),
-                ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        rescale(source.picture(), target.picture(), scratch, RescaleFilter::bilinear, RescaleFit::stretch),
+        ::testing::ExitedWithCode(0), "");
 }
 
 // --- Rotated ---------------------------------------------------------------------------------------
@@ -275,7 +300,8 @@ TEST(RescaleRotated, UprightCopyAndQuarterTurn) {
     rescale_rotated(source.picture(), target.picture(), {90.0, 0.0, 1.0, outside});
     // A quarter turn maps (dx, dy) to the source's (dy, -dx) from the middle, between four pixels.
     EXPECT_EQ(values(target.picture().part(25, 12, 1, 1)), values(source.picture().part(12, 15, 1, 1)));
-    EXPECT_EQ(target.picture().pixel(0, 5)[2], outside.red) << "the turn about a pixel corner leaves the source by one";
+    EXPECT_EQ(target.picture().pixel(0, 5)[2], outside.red)
+        << "the turn about a pixel corner leaves the source by one";
 }
 
 TEST(RescaleRotated, ZoomAndOddSizesKeepTheMiddle) {
@@ -305,7 +331,8 @@ TEST(RescaleRotated, KeystoneAndTurnFollowTheFormula) {
             const int column = static_cast<int>(std::floor((c * gx + s * gy) / (59.0F / 89.0F * 1.1) + 45.5));
             const int row = static_cast<int>(std::floor((c * gy - s * gx) / (49.0F / 69.0F * 1.1) + 35.5));
             const bool inside = column >= 0 && row >= 0 && column < 90 && row < 70;
-            EXPECT_EQ(target.picture().pixel(x, y)[1], inside ? source.picture().pixel(column, row)[1] : 12) << x << " " << y;
+            EXPECT_EQ(target.picture().pixel(x, y)[1], inside ? source.picture().pixel(column, row)[1] : 12)
+                << x << " " << y;
         }
     }
 }

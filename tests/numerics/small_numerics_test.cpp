@@ -21,13 +21,16 @@ TEST(Raico, ValuesAtThePolesJoinTheCurve) {
         }
         EXPECT_DOUBLE_EQ(raico(0.7, r), raico(-0.7, r));
     }
-    EXPECT_EXIT((void)raico(1.0, 1.5), ::testing::ExitedWithCode(1), "ERROR raico r = 1.500000 != \\{0..1\\}");
+    EXPECT_EXIT((void)raico(1.0, 1.5), ::testing::ExitedWithCode(1),
+                "ERROR raico r = 1.500000 != \\{0..1\\}");
 }
 
 TEST(WindowMedian, EntriesOutsideCountAsZero) {
     const std::vector<float> data = {5, 9, -3, 7, 8};
     std::vector<float> scratch(6);
-    const auto median = [&](int size, int centre) { return window_median(data.data(), 5, scratch.data(), size, centre); };
+    const auto median = [&](int size, int centre) {
+        return window_median(data.data(), 5, scratch.data(), size, centre);
+    };
     EXPECT_EQ(median(3, 2), 7.0F);
     EXPECT_EQ(median(3, 0), 5.0F);
     EXPECT_EQ(median(5, 0), 0.0F);
@@ -70,7 +73,8 @@ TEST(LinearSystem, SingularMatricesAreToldApart) {
     std::array<double*, 2> a = {r0.data(), r1.data()};
     std::array<double, 2> b = {1, 2};
     std::array<int, 2> perm = {};
-    EXPECT_EQ(gauss_lr_kijtp(2, a.data(), b.data(), perm.data()), Solution::done) << "the last pivot is not looked at";
+    EXPECT_EQ(gauss_lr_kijtp(2, a.data(), b.data(), perm.data()), Solution::done)
+        << "the last pivot is not looked at";
     forward_substitution(2, a.data(), b.data());
     EXPECT_EQ(back_substitution(2, a.data(), b.data()), Solution::singular);
     r0 = r1 = {0, 0};
