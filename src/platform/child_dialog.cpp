@@ -15,9 +15,9 @@ namespace zemora {
 
 namespace {
 
-/// In the child: the pipes in place of its standard streams, and the program. Only calls that are
-/// allowed between fork and exec.
-[[noreturn]] void become_program(char** arguments, int input, int output) {
+/// In the child: the pipes in place of its standard streams, and the program; `failure` closes when it
+/// runs and gets a byte when it cannot. Only calls that are allowed between fork and exec.
+[[noreturn]] void become_program(char** arguments, int input, int output, int failure) {
 #if defined(__linux__)
     prctl(PR_SET_PDEATHSIG, SIGTERM);
 #endif
@@ -27,7 +27,43 @@ namespace {
     dup2(output, STDOUT_FILENO);
     dup2(nowhere, STDERR_FILENO);
     execvp(arguments[0], arguments);
+    [[maybe_unused]] const ssize_t count = write(failure, "x", 1);
     _exit(127);
+}
+
+/// The two ends of a pipe that no other program inherits; -1 when there is none.
+struct Pipe {
+    std::array<int, 2> ends{-1, -1};
+    Pipe() {
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+            ends = {-1, -1};
+        }
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        close_end(0);
+        close_end(1);
+    }
+    [[nodiscard]] bool is_open() const { return ends[0] >= 0; }
+    void close_end(std::size_t end) {
+        if (ends[end] >= 0) {
+            ::close(ends[end]);
+        }
+        ends[end] = -1;
+    }
+    [[nodiscard]] int take(std::size_t end) { return std::exchange(ends[end], -1); }
+};
+
+/// Waits until the child runs its program; false when it could not.
+bool has_become_program(Pipe& failure) {
+    failure.close_end(1);
+    char byte = 0;
+    ssize_t count = 0;
+    do {
+        count = read(failure.ends[0], &byte, 1);
+    } while (count < 0 && errno == EINTR);
+    return count == 0;
 }
 
 /// Waits for the end of a child for about `seconds`; true when it has ended.
@@ -48,14 +84,10 @@ bool has_ended_within(int child, int seconds) {
 ChildDialog::~ChildDialog() { close(); }
 
 bool ChildDialog::start(const std::vector<std::string>& arguments, std::string goodbye) {
-    std::array<int, 2> input{};
-    std::array<int, 2> output{};
-    if (arguments.empty() || pipe2(input.data(), O_CLOEXEC) != 0) {
-        return false;
-    }
-    if (pipe2(output.data(), O_CLOEXEC) != 0) {
-        ::close(input[0]);
-        ::close(input[1]);
+    Pipe input;
+    Pipe output;
+    Pipe failure;
+    if (arguments.empty() || !input.is_open() || !output.is_open() || !failure.is_open()) {
         return false;
     }
     signal(SIGPIPE, SIG_IGN);  // a program that has gone is seen at the write
@@ -66,18 +98,20 @@ bool ChildDialog::start(const std::vector<std::string>& arguments, std::string g
     vector.push_back(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        become_program(vector.data(), input[0], output[1]);
+        become_program(vector.data(), input.ends[0], output.ends[1], failure.ends[1]);
     }
-    ::close(input[0]);
-    ::close(output[1]);
-    to_child_ = input[1];
-    from_child_ = output[0];
-    child_ = child > 0 ? child : 0;
+    if (child < 0) {
+        return false;
+    }
+    child_ = child;
+    to_child_ = input.take(1);
+    from_child_ = output.take(0);
     goodbye_ = std::move(goodbye);
-    if (child <= 0) {
+    if (!has_become_program(failure)) {
         close();
+        return false;
     }
-    return child > 0;
+    return true;
 }
 
 bool ChildDialog::write(std::string_view text) {

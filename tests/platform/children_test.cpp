@@ -45,7 +45,7 @@ TEST(RunChild, ReadsMoreThanAPipeHoldsAndGivesNoInput) {
 
 TEST(ChildDialog, AnswersSeveralRequests) {
     ChildDialog dialog;
-    ASSERT_TRUE(dialog.start({"sh", "-c", "while read -r line; do printf '%s.end' \"$line\"; done"}));
+    ASSERT_TRUE(dialog.start({"sh", "-c", "while read -r line; do [ \"$line\" = bye ] && exit; printf '%s.end' \"$line\"; done"}, "bye\n"));
     for (const std::string request : {"one", "two words", "three"}) {
         std::vector<std::uint8_t> answer;
         ASSERT_TRUE(dialog.write(request + '\n'));
@@ -58,15 +58,15 @@ TEST(ChildDialog, AnswersSeveralRequests) {
 
 TEST(ChildDialog, NoticesAProgramThatHasGone) {
     ChildDialog dialog;
-    ASSERT_TRUE(dialog.start({"sh", "-c", "read -r line; printf part; exit 3"}));
+    ASSERT_TRUE(dialog.start({"sh", "-c", "read -r line; printf part; exit 3"}, ""));
     std::vector<std::uint8_t> answer;
     ASSERT_TRUE(dialog.write("go\n"));
     EXPECT_FALSE(dialog.read_until(".end", answer));
     EXPECT_EQ(text_of(answer), "part");
     EXPECT_FALSE(dialog.is_running());
     EXPECT_FALSE(dialog.write("more\n"));
-    EXPECT_FALSE(ChildDialog().start({"/no/such/program"}));
-    EXPECT_FALSE(ChildDialog().start({}));
+    EXPECT_FALSE(ChildDialog().start({"/no/such/program"}, ""));
+    EXPECT_FALSE(ChildDialog().start({}, ""));
 }
 
 TEST(FindProgram, TakesTheFirstExecutableOfThePathWithAndWithoutExe) {
