@@ -26,7 +26,8 @@ bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
 
 namespace {
 
-bool is_measured_mode(int mode) { return mode == 1 || mode == 3; }
+/// Mode -3 differs from 3 only in the file that its record goes to.
+bool is_measured_mode(int mode) { return mode == 1 || mode == 3 || mode == -3; }
 
 /// From the loaded pair to its corrections and its place behind the stereo window.
 bool find_geometry(Pipeline& pipeline, PairRun& pair) {
