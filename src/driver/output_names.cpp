@@ -97,11 +97,9 @@ std::string safe_ident(const std::string& ident) {
 
 std::string with_ident(std::string folder, const std::string& ident) {
     const std::string safe = safe_ident(ident);
-    if (folder.empty() && (safe == "." || safe == "..")) {
-        return "_";
-    }
     // Behind a folder part that ends with a separator the text is a folder of its own.
-    return folder + safe;
+    const bool stands_alone = folder.empty() || folder.back() == '/';
+    return folder + (stands_alone && (safe == "." || safe == "..") ? "_" : safe);
 }
 
 std::string field_text(const ParameterSet& parameters, int frame_index) {
