@@ -23,11 +23,38 @@ std::string shell_word(const std::string& text) {
     return word + '\'';
 }
 
-std::string with_last_replaced(const std::string& line, const std::string& mark, const std::string& name) {
-    std::string changed = line;
-    changed.replace(line.rfind(mark), mark.size(), shell_word(name));
-    return changed;
+/// What stands for a variable at the end of `before`, so that its value is one word there or a part of
+/// the quoted text, and never a command.
+std::string reference_behind(const std::string& before, const std::string& variable) {
+    char quote = '\0';
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const char c = before[i];
+        if (c == '\\' && quote != '\'') {
+            ++i;
+        } else if (quote == '\0' && (c == '\'' || c == '"')) {
+            quote = c;
+        } else if (c == quote) {
+            quote = '\0';
+        }
+    }
+    const std::string value = "${" + variable + '}';
+    return quote == '"' ? value : (quote == '\'' ? "'\"" + value + "\"'" : '"' + value + '"');
 }
+
+std::string with_last_replaced(const std::string& line, const std::string& mark, const std::string& variable) {
+    const std::size_t place = line.rfind(mark);
+    const std::string before = line.substr(0, place);
+    return before + reference_behind(before, variable) + line.substr(place + mark.size());
+}
+
+/// The marks of a batch text and the variables that hold their names.
+struct Mark {
+    const char* mark;
+    const char* variable;
+};
+constexpr const char* kAnaglyphVariable = "ZEMORA_CA";
+constexpr const char* kStereoVariable = "ZEMORA_CS";
+constexpr Mark kMarks[] = {{"#CA#", kAnaglyphVariable}, {"#CS#", kStereoVariable}, {"#CM#", kStereoVariable}};
 
 bool is_remark(const std::string& line) { return lower_case(line.substr(0, 3)) == "rem"; }
 
@@ -35,6 +62,8 @@ bool is_remark(const std::string& line) { return lower_case(line.substr(0, 3)) =
 
 std::string batch_script(const std::string& text, const std::string& anaglyph_name, const std::string& stereo_name) {
     std::string script = "rm -f -- \"$0\"\n";
+    script += std::string(kAnaglyphVariable) + '=' + shell_word(anaglyph_name) + '\n';
+    script += std::string(kStereoVariable) + '=' + shell_word(stereo_name) + '\n';
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line) && !line.empty();) {
         if (line.back() == '\r') {
@@ -42,10 +71,9 @@ std::string batch_script(const std::string& text, const std::string& anaglyph_na
         }
         std::string written = line;
         // Each replacement starts from the line as read; the last one that applies counts.
-        for (const auto& [mark, name] : {std::pair<std::string, const std::string&>{"#CA#", anaglyph_name},
-                                         {"#CS#", stereo_name}, {"#CM#", stereo_name}}) {
+        for (const auto& [mark, variable] : kMarks) {
             if (line.find(mark) != std::string::npos) {
-                written = with_last_replaced(line, mark, name);
+                written = with_last_replaced(line, mark, variable);
             }
         }
         script += (is_remark(line) ? "# " : "") + written + '\n';
