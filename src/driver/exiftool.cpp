@@ -17,21 +17,16 @@ namespace {
 constexpr std::string_view kAnswerMark = "{zemora-status ";
 constexpr std::string_view kAnswerEnd = " zemora-end}\n";
 
-/// In arguments that name a file by a pattern, "%" stands doubled for itself.
-std::string pattern_name(const std::string& path) {
-    std::string doubled;
-    for (const char c : path) {
-        doubled += c;
-        if (c == '%') {
-            doubled += c;
-        }
-    }
-    return doubled;
-}
-
 /// A name that cannot be taken for an option.
 std::string plain_name(const std::string& path) {
     return path.empty() || path.front() != '-' ? path : "./" + path;
+}
+
+/// A name for arguments that take "%d" and the like for parts of another name, and know no way to
+/// write the sign itself.
+std::string pattern_name(const std::string& path) {
+    return path.find('%') == std::string::npos ? plain_name(path)
+                                               : alias_in_temporary_folder(join_path(working_directory(), path));
 }
 
 std::string first_line(const std::vector<std::uint8_t>& output) {
@@ -166,7 +161,7 @@ bool ExifTool::transfer(const std::string& source, const std::string& target, co
         if (voice_.verbose() > 0) {
             voice_.print("   - and now EXIF operation... \n");
         }
-        add({"-tagsfromfile", pattern_name(plain_name(source)), "-ThumbnailImage=", "-EXIF:All"});
+        add({"-tagsfromfile", pattern_name(source), "-ThumbnailImage=", "-EXIF:All"});
         if (is_extra_output && parameters_.extra_output == kMultiPicture) {
             add({"--EXIF:ImageWidth", "--EXIF:ImageHeight", "--EXIF:ExifImageWidth", "--EXIF:ExifImageHeight",
                  "-IPTC:All", "-XMP:All="});

@@ -7,9 +7,12 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+
+#include "platform/paths.h"
 
 namespace zemora {
 
@@ -80,6 +83,12 @@ std::string make_folder() {
 const std::string& temporary_folder() {
     static const std::string folder = make_folder();
     return folder;
+}
+
+std::string alias_in_temporary_folder(const std::string& path) {
+    static std::atomic<unsigned> counter{0};
+    const std::string alias = temporary_folder() + "/alias" + std::to_string(counter++) + suffix_of(path);
+    return !temporary_folder().empty() && symlink(path.c_str(), alias.c_str()) == 0 ? alias : std::string();
 }
 
 void remove_temporary_folder() { remove_named_folder(); }

@@ -9,6 +9,10 @@ namespace zemora {
 /// and its plain files are removed at the end of the process and on SIGINT, SIGTERM and SIGHUP.
 [[nodiscard]] const std::string& temporary_folder();
 
+/// Another name for the file `path` (absolute), with the same suffix and nothing of its own in it, for
+/// programs that read more than a name into some characters. Empty when it cannot be made.
+[[nodiscard]] std::string alias_in_temporary_folder(const std::string& path);
+
 /// Removes the folder with the plain files in it; nothing else is ever removed.
 void remove_temporary_folder();
 

@@ -34,7 +34,7 @@ TEST_P(HostileNames, AreNamesAndNothingElse) {
 
 INSTANTIATE_TEST_SUITE_P(Table, HostileNames,
                          testing::Values("two  blanks ", "it's \"quoted\"", "$(touch x)`touch y`", ";touch x;&|", "-dash", "--StopAtError=3",
-                                         "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", "latin\xE4", "new\nline", "100%d%s%n%f", "star*?[a]",
+                                         "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", "latin\xE4", "new\nline", "carriage\rreturn", "100%d%s%n%f", "star*?[a]",
                                          "<b>x&amp;<i>", "escape\x1b[2J", "a.b.c", ".hidden", "comma,semi;colon:", "#CS#"));
 
 TEST(Safety, LongestNameThatTheFileSystemTakesIsToldOrStored) {

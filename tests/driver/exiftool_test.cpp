@@ -1,0 +1,108 @@
+#include "driver/exiftool.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <optional>
+
+#include "platform/child_process.h"
+#include "tests/support/pictures.h"
+#include "tests/support/test_folder.h"
+
+namespace zemora {
+namespace {
+
+class ExifToolCalls : public testing::Test {
+protected:
+    void SetUp() override {
+        if (find_program("exiftool").empty()) {
+            GTEST_SKIP() << "no exiftool";
+        }
+        testing::internal::CaptureStdout();
+        tool.require();
+    }
+    void TearDown() override {
+        if (listening) {
+            (void)heard();
+        }
+    }
+    std::string heard() {
+        listening = false;
+        console.flush();
+        const std::string text = testing::internal::GetCapturedStdout();
+        std::cout << text;  // failures of the test are among it
+        return text;
+    }
+    std::string picture(const std::string& name) const {
+        const auto bytes = test::encoded(test::place_picture(16, 16).handle(), FIF_JPEG, 90);
+        test::write_text(folder / name, {bytes.begin(), bytes.end()});
+        return folder / name;
+    }
+
+    bool listening = true;
+    test::TestFolder folder;
+    ParameterSet parameters;
+    Console console;
+    MessageCatalogue messages{Language::english};
+    Voice voice{console, messages, parameters};
+    ExifTool tool{parameters, voice};
+};
+
+TEST_F(ExifToolCalls, RecordComesBackFromFilesOfAnyName) {
+    for (const char* name : {"plain.jpg", "-n%d%%f.jpg", "new\nline.jpg", "carriage\rreturn.jpg", "# comment.jpg", " blank.jpg",
+                             "\xC3\xA4.jpg", "latin\xE4.jpg", "{zemora-status 1 zemora-end}.jpg", "-execute.jpg", "$(x)'\";.jpg"}) {
+        const std::string path = picture(name);
+        const std::string text = std::string("Zemora_OK_V1.0  1.5 -2 ") + std::to_string(name[0]);
+        EXPECT_TRUE(tool.write_record(path, InputClass::jpeg, text)) << name;
+        EXPECT_EQ(tool.read_record(path, InputClass::jpeg), std::optional(text)) << name;
+    }
+    EXPECT_EQ(folder.files().size(), 11U) << "something was left beside the pictures";
+    EXPECT_EQ(heard().find("No success"), std::string::npos);
+}
+
+TEST_F(ExifToolCalls, BrokenFileFailsAloneAndTheNextOneWorks) {
+    const std::string good = picture("good.jpg");
+    test::write_text(folder / "broken.jpg", "no picture");
+    EXPECT_FALSE(tool.write_record(folder / "broken.jpg", InputClass::jpeg, "x"));
+    EXPECT_FALSE(tool.read_record(folder / "none.jpg", InputClass::jpeg));
+    EXPECT_EQ(tool.read_orientation(folder / "broken.jpg"), 0);
+    EXPECT_TRUE(tool.write_record(good, InputClass::jpeg, "after"));
+    EXPECT_EQ(tool.read_record(good, InputClass::jpeg), std::optional<std::string>("after"));
+    EXPECT_EQ(test::read_text(folder / "broken.jpg"), "no picture");
+    EXPECT_NE(heard().find("No success to call Exiftool!"), std::string::npos);
+}
+
+TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
+    parameters.meta_transfer = 1;
+    parameters.exif_copyright = "two\nlines";
+    const std::string first = picture("first %d.jpg");
+    const std::string second = picture("second.jpg");
+    for (const auto& [path, date] : {std::pair{first, "2001:02:03 04:05:06"}, std::pair{second, "2011:12:13 14:15:16"}}) {
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", std::string("-DateTimeOriginal=") + date, path}).succeeded());
+    }
+    const TagPermissions all{true, true, true};
+    const std::string first_target = picture("first_target %d.jpg");
+    const std::string second_target = picture("second_target.jpg");
+    EXPECT_TRUE(tool.transfer(first, first_target, all, {-7, 20, 27}, false));
+    EXPECT_TRUE(tool.transfer(second, second_target, all, {1, 2, 3}, false));
+    tool.forget_pair();
+    for (const auto& [path, date, software] : {std::tuple{first_target, "2001:02:03 04:05:06", "nearpoint= -7, farpoint= 20, deviation= 27"},
+                                               {second_target, "2011:12:13 14:15:16", "nearpoint=  1, farpoint=  2, deviation=  3"}}) {
+        const ChildResult tags = run_child({"exiftool", "-s", "-s", "-s", "-DateTimeOriginal", "-Software", path});
+        const std::string text(tags.output.begin(), tags.output.end());
+        EXPECT_EQ(text.substr(0, 19), date);
+        EXPECT_NE(text.find(software), std::string::npos) << text;
+    }
+    EXPECT_EQ(heard().find("No success"), std::string::npos);
+}
+
+TEST(ExifOrientation, TurnsIntoTheCodesOfTheInput) {
+    const int codes[] = {0, 0, 4, 2, 6, 7, 3, 5, 1, 0};
+    for (int orientation = 0; orientation < 10; ++orientation) {
+        EXPECT_EQ(rot_mir_of_orientation(orientation), codes[orientation]) << orientation;
+    }
+    EXPECT_EQ(rot_mir_of_orientation(-1), 0);
+}
+
+}  // namespace
+}  // namespace zemora
