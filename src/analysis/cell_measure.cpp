@@ -58,9 +58,9 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
     state.CQVAL[i][j] = value.figures.value;
 }
 
-int tile_start(int index, int count, int side, int length, double margin) {
-    const double pitch = (length - 2.0 * margin - static_cast<double>(count) * side) / (count - 1) + side;
-    return std::clamp(round_half_up(index * pitch + margin), 0, std::max(length - side, 0));
+int tile_start(int nth, int tiles, int side, int length, double margin) {
+    const double pitch = (length - 2.0 * margin - static_cast<double>(tiles) * side) / (tiles - 1) + side;
+    return std::clamp(round_half_up(nth * pitch + margin), 0, std::max(length - side, 0));
 }
 
 void for_each_cell(int cells, const AnalyseProgress& progress,

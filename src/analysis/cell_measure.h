@@ -58,9 +58,9 @@ struct CellValue {
 };
 void store_cell(AnalysisState& state, int row, int column, const CellValue& value);
 
-/// Left or lower start of tile `index` of a row of `count` tiles of `side` pixels that are spread
+/// Left or lower start of tile `nth` of a row of `tiles` tiles of `side` pixels that are spread
 /// over `length` pixels with `margin` at both ends; kept inside the picture.
-[[nodiscard]] int tile_start(int index, int count, int side, int length, double margin);
+[[nodiscard]] int tile_start(int nth, int tiles, int side, int length, double margin);
 
 /// Calls `measure` for the cells 0 to `cells` - 1, shared out to all cores; each thread has tools of
 /// its own. Progress is told from the calling thread only.

@@ -78,8 +78,7 @@ struct StripRows {
 
 }  // namespace
 
-ToneView::ToneView(ConstPicture view, const ToneTables& tables)
-    : picture(view), grey(tables.plane[0]), mapped{} {
+ToneView::ToneView(ConstPicture view, const ToneTables& tables) : picture(view), grey(tables.plane[0]) {
     for (std::size_t i = 0; i < grey.size(); ++i) {
         mapped[i] = static_cast<std::uint8_t>(grey[i] >> 8U);
     }
@@ -283,10 +282,9 @@ void Correlator::Work::add_strip(const Sampling& s, StripRows rows) {
 void Correlator::Work::normalise(const Sampling& s, const OverlapRule& rule, const TileSearch& search,
                                  ErrorSurface& surface) {
     const double half = search.search_columns / 2.0;
-    const bool two_dimensional = search.search_rows != 0;
-    const double least = two_dimensional ? rule.least_share * (search.tile_rows / search.step_y) *
-                                               (search.tile_columns / search.step_x)
-                                         : 0.0;
+    const std::int64_t sampled =
+        static_cast<std::int64_t>(search.tile_rows / search.step_y) * (search.tile_columns / search.step_x);
+    const double least = search.search_rows != 0 ? rule.least_share * static_cast<double>(sampled) : 0.0;
     for (int j = 0; j < s.offset_columns; ++j) {
         const double from_middle = j * search.step_x - half;
         const double weight = half > 0.0 ? 2.0 - from_middle * from_middle / (half * half) : 2.0;

@@ -21,8 +21,8 @@ struct ToneView {
     ToneView(ConstPicture view, const ToneTables& tables);
 
     ConstPicture picture;
-    std::array<std::uint16_t, ToneTables::kLevels> grey;   ///< 8.8 fixed point.
-    std::array<std::uint8_t, ToneTables::kLevels> mapped;  ///< The whole part of `grey`.
+    std::array<std::uint16_t, ToneTables::kLevels> grey;     ///< 8.8 fixed point.
+    std::array<std::uint8_t, ToneTables::kLevels> mapped{};  ///< The whole part of `grey`.
 };
 
 /// What takes no part, and how much of a tile has to take part.

@@ -13,7 +13,7 @@ template <class Byte>
 void widen_row(const Byte* pixels, int count, std::int16_t* out) {
     for (int x = 0; x < count; ++x) {
         for (int c = 0; c < kChannels; ++c) {
-            *out++ = pixels[4 * x + c];
+            *out++ = static_cast<std::int16_t>(static_cast<int>(pixels[4 * x + c]));
         }
     }
 }

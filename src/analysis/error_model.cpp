@@ -8,15 +8,18 @@ namespace zemora {
 namespace {
 
 constexpr int kRounds = 5;
-constexpr int kLattice = 16;  ///< Points a side over which an error is averaged.
+constexpr int kHalfLattice = 8;  ///< Half the points a side over which an error is averaged.
+constexpr int kLattice = 2 * kHalfLattice;
 
 enum Term { kHeight, kSize, kRotation, kVergenceV, kVergenceH, kTerms };
 using Basis = std::array<double, kTerms>;
 
 /// Values of the terms at a point for coefficients of 1.
 Basis basis(const ModelPoint& point, int height, int width) {
-    const double x = point.x - width / 2;
-    const double y = point.y - height / 2;
+    const int middle_x = width / 2;
+    const int middle_y = height / 2;
+    const double x = point.x - middle_x;
+    const double y = point.y - middle_y;
     const double exact_y = point.y - height / 2.0;
     return {1.0, y, x, x * y / (width / 2.0), exact_y * exact_y / (height / 2.0) - height / 6.0};
 }
@@ -70,8 +73,8 @@ double mean_model_error(const CorrectionValues& values, int height, int width) {
     double sum = 0.0;
     for (int i = 0; i < kLattice; ++i) {
         for (int j = 0; j < kLattice; ++j) {
-            const double x = (j - kLattice / 2) * static_cast<double>(width) / kLattice;
-            const double y = (i - kLattice / 2) * static_cast<double>(height) / kLattice;
+            const double x = (j - kHalfLattice) * static_cast<double>(width) / kLattice;
+            const double y = (i - kHalfLattice) * static_cast<double>(height) / kLattice;
             sum += std::fabs(values.height + values.size * y + values.rotation * x +
                              values.vergence_v * x * y / (width / 2.0) +
                              values.vergence_h * y * y / (height / 2.0));

@@ -38,11 +38,12 @@ void estimate_first_grid(AnalysisState& state, const std::vector<GridPoint>& poi
         sum += p.point.dy;
     }
     const double mean = sum / static_cast<double>(points.size());
+    const int middle = height / 2;
     double product = 0.0;
     double square = 0.0;
     for (const GridPoint& p : points) {
         if (p.row == 0 || p.row == rows - 1) {
-            const double y = p.point.y - height / 2;
+            const double y = p.point.y - middle;
             product += (p.point.dy - mean) * y;
             square += y * y;
         }

@@ -115,8 +115,9 @@ void scale_disparities(AnalysisState& state, float scale) {
 
 void remove_isolated_extremes(AnalysisState& state) {
     std::array<int, kSearch + 1> cells_at{};
+    constexpr int kMiddle = kSearch / 2;
     const auto bin = [&state](std::size_t i, std::size_t j) {
-        return std::clamp(round_half_up(state.ErrorPixel_x[i][j] + kSearch / 2), 0, kSearch);
+        return std::clamp(round_half_up(state.ErrorPixel_x[i][j] + kMiddle), 0, kSearch);
     };
     int low = kSearch + 1;
     int high = -1;

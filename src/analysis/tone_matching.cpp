@@ -36,7 +36,7 @@ struct Cumulative {
 
     /// Level at which the share from below reaches `share`, between the bins.
     [[nodiscard]] double reach_up(double share) const {
-        const auto it = std::find_if(up.begin(), up.end(), [share](double c) { return c >= share; });
+        const auto* it = std::find_if(up.begin(), up.end(), [share](double c) { return c >= share; });
         const auto a = static_cast<std::size_t>(std::min<std::ptrdiff_t>(it - up.begin(), kLevels - 1));
         if (a == 0) {
             return 0.0;

@@ -35,12 +35,12 @@ std::array<double, kLevels> cumulative_percent(const Histogram& histogram) {
 /// One end of the softly bent line: a cubic t ((A t + B) t + C) that leaves 0 at t = 0 and meets the
 /// line g t + a at the level one half with the same slope.
 struct SoftEnd {
-    double cubic;
-    double square;
-    double linear;
+    double cubic = 0.0;
+    double square = 0.0;
+    double linear = 0.0;
 
     /// `gentle`: the line reaches the end of the range so near that a parabola does.
-    SoftEnd(double g, double a, bool gentle) : cubic(0.0), square(0.0), linear(0.0) {
+    SoftEnd(double g, double a, bool gentle) {
         const double d = 2.0 * a - 1.0;
         if (gentle) {
             square = -4.0 * g * g * a / (d * d);
@@ -111,7 +111,8 @@ double gamma_coefficient(const Histogram& histogram) {
         s2 += histogram[i] * t * t;
         total += histogram[i];
     }
-    const double half = static_cast<double>(total / 2);
+    const std::uint64_t whole_half = total / 2;
+    const auto half = static_cast<double>(whole_half);
     return s2 != s1 ? (half - s1) / (s2 - s1) : 0.0;
 }
 
