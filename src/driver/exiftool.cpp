@@ -49,14 +49,22 @@ int rot_mir_of_orientation(int orientation) {
 ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice) : parameters_(parameters), voice_(voice) {}
 
 void ExifTool::require() {
-    program_ = find_program("exiftool.exe");
-    if (program_.empty()) {
+    // Started now, it is ready when the first picture is stored.
+    if (!is_available()) {
         voice_.say<Msg::main_exiftool_missing>();
         voice_.wait(WaitAbove::warning);
-        return;
     }
-    // Started now, it is ready when the first picture is stored.
-    (void)dialog_.start({program_, "-stay_open", "True", "-@", "-"}, "-stay_open\nFalse\n");
+}
+
+bool ExifTool::is_available() {
+    if (!looked_for_) {
+        looked_for_ = true;
+        program_ = find_program("exiftool.exe");
+        if (!program_.empty()) {
+            (void)dialog_.start({program_, "-stay_open", "True", "-@", "-"}, "-stay_open\nFalse\n");
+        }
+    }
+    return !program_.empty();
 }
 
 std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::string>& arguments) {
@@ -105,6 +113,14 @@ int ExifTool::read_orientation(const std::string& path) {
     return value >= 1 && value <= kLastOrientation ? value : 0;
 }
 
+std::string ExifTool::read_software(const std::string& path) {
+    if (!is_available()) {
+        return {};
+    }
+    const Answer answer = run({plain_name(path), "-Exif:Software"});
+    return answer.exit_code == 0 ? first_line(answer.output) : std::string();
+}
+
 std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
     const Answer answer = is_available()
                               ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)}) : Answer{};
@@ -151,7 +167,11 @@ bool ExifTool::transfer(const std::string& source, const std::string& target, co
     const auto add = [&](std::initializer_list<std::string> more) {
         arguments.insert(arguments.end(), more.begin(), more.end());
     };
-    if (!is_available()) {
+    const bool has_resolution = parameters_.dots_per_inch_x != 0 || parameters_.dots_per_inch_y != 0;
+    const bool has_work = (wanted && (permissions.colour_profile_ok || permissions.exif_ok)) ||
+                          (permissions.tags_ok && !parameters_.exif_copyright.empty()) ||
+                          (permissions.exif_ok && has_resolution);
+    if (!has_work || !is_available()) {
         return true;
     }
     if (wanted && permissions.colour_profile_ok) {

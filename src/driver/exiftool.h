@@ -36,10 +36,13 @@ public:
 
     /// Looks for the program; warns once, in the words of the catalogue, when it is missing.
     void require();
-    [[nodiscard]] bool is_available() const { return !program_.empty(); }
+    /// Looks for the program at the first call that needs it; without a word when it is missing.
+    [[nodiscard]] bool is_available();
 
     /// The EXIF orientation 1 to 8 of a picture; 0 when it has none.
     [[nodiscard]] int read_orientation(const std::string& path);
+    /// The line that names the software of a picture, or an empty text.
+    [[nodiscard]] std::string read_software(const std::string& path);
     /// The line that holds the record; nothing when the call failed.
     [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class);
     /// Writes the record into the input file.
@@ -63,6 +66,7 @@ private:
 
     const ParameterSet& parameters_;
     const Voice& voice_;
+    bool looked_for_ = false;
     std::string program_;
     ChildDialog dialog_;
     std::map<std::string, std::string> profile_files_;  ///< Source to the file that holds its profile.

@@ -1,7 +1,24 @@
+#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "platform/process_end.h"
 #include "report/pair_report.h"
 
 namespace zemora {
+
+namespace {
+
+/// TIFF files of that program carry forms that are not read.
+void refuse_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
+    const Voice& voice = pipeline.voice;
+    if (pipeline.exiftool.read_software(path).find("Photoshop") == std::string::npos) {
+        return;
+    }
+    voice.print_and_report(voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
+    voice.wait(WaitAbove::error);
+    end_process(kExitDone);
+}
+
+}  // namespace
 
 Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
                    const Voice& voice_in)
@@ -14,11 +31,14 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       analysis(parameters_in),
       warp(parameters_in, left_geometry, right_geometry, voice_in),
       initial_frame(warp.frame),
-      initial_frame_left_right(parameters_in.frame_left_right) {}
+      initial_frame_left_right(parameters_in.frame_left_right) {
+    input.look_at_tiff = [this](const std::string& path) { refuse_photoshop_tiff(*this, path); };
+}
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
     report_mount_failure(pipeline.voice);
     pipeline.voice.wait(WaitAbove::information);
+    rename_refused(pipeline, pair);
     pair.status = status;
     pair.failure_told = true;
     return false;
@@ -42,8 +62,22 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
     return true;
 }
 
-bool mount_pair(Pipeline& pipeline, PairRun& pair) {
-    return find_geometry(pipeline, pair) && warp_final(pipeline, pair) && measure_result(pipeline, pair);
+/// From the corrections to the stored pictures, again as long as the post viewer asks for it.
+void mount_pair(Pipeline& pipeline, PairRun& pair) {
+    do {
+        if (pair.repeat) {
+            pipeline.voice.say<Msg::main_same_image_repeated>();
+            pipeline.voice.wait(WaitAbove::warning);
+            pair.repeat = false;
+        }
+        if (!run_post_viewer(pipeline, pair)) {
+            pair.status = StatusCode::abandoned;
+        } else if (warp_final(pipeline, pair) && measure_result(pipeline, pair)) {
+            finish_pictures(pipeline, pair);
+            store_outputs(pipeline, pair);
+        }
+        conclude_pair(pipeline, pair);
+    } while (pair.repeat);
 }
 
 void run_pair(Pipeline& pipeline, int index) {
@@ -52,11 +86,11 @@ void run_pair(Pipeline& pipeline, int index) {
     if (!prepare_pair(pipeline, pair)) {
         return;
     }
-    if (mount_pair(pipeline, pair)) {
-        finish_pictures(pipeline, pair);
-        store_outputs(pipeline, pair);
+    if (find_geometry(pipeline, pair) && make_depth_views(pipeline, pair)) {
+        mount_pair(pipeline, pair);
+    } else {
+        conclude_pair(pipeline, pair);
     }
-    conclude_pair(pipeline, pair);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "driver/outside_steps.h"
 
+#include <algorithm>
 #include <ctime>
 #include <span>
 
@@ -41,13 +42,31 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
 
 }  // namespace
 
+void apply_consistency_rules(ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
+
+void list_parameters_on_console(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
+
+void list_parameters_in_report(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
+
+void write_alignment_image(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
+
 long long current_seconds() { return static_cast<long long>(std::time(nullptr)); }
 
 bool run_previewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
 
-void condition_input(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+bool run_post_viewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
 
-bool make_depth_views(Pipeline& pipeline, PairRun& /*pair*/) {
+bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
+
+void reduce_ghosts(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void sharpen_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void draw_image_text(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void make_thumbnails(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+bool is_layout_known(const Pipeline& pipeline) {
     constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
     if (pipeline.parameters.stereo_image_input < kFirstDepthLayout) {
         return true;
@@ -60,6 +79,8 @@ bool make_depth_views(Pipeline& pipeline, PairRun& /*pair*/) {
 void store_anaglyph(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
 void store_extra(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
+
+void rename_refused(const Pipeline& /*pipeline*/, const PairRun& /*pair*/) {}
 
 void update_list_line(Pipeline& /*pipeline*/, const PairRun& /*pair*/) {}
 
@@ -112,7 +133,7 @@ StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) 
             preset.left_start_x, preset.left_start_y, preset.left_width, preset.left_height,
             preset.right_start_x, preset.right_start_y, preset.right_width, preset.right_height,
             c.height_px, 100.0 * c.size, c.rotation_rad / kRadiansPerDegree, c.vergence_v_rad / kRadiansPerDegree,
-            c.vergence_h_rad / kRadiansPerDegree, static_cast<double>(pipeline.warp.width) / pipeline.warp.height,
+            c.vergence_h_rad / kRadiansPerDegree, static_cast<double>(pair.output_width) / std::max(pair.output_height, 1),
             pair.window.pure_shift_px, pair.deviation, pair.original_near_px, pair.window.window_shift_px,
             box.window_offset, box.left, box.right, box.top, box.bottom, box.band_left, box.band_right,
             p.phantogram, p.edge_warp, p.vertical_ax, p.common_trapez, p.sym_trapez, p.trapez_scale,

@@ -6,19 +6,43 @@
 
 namespace zemora {
 
+// Steps of the run before its first pair.
+
+/// Settings that contradict each other are brought together or end the run. All stay so far.
+void apply_consistency_rules(ParameterSet& parameters, const Voice& voice);
+/// The parameters on the console and in the text report (`VerboseMode` above 1). Not listed yet.
+void list_parameters_on_console(const ParameterSet& parameters, const Voice& voice);
+void list_parameters_in_report(const ParameterSet& parameters, const Voice& voice);
+/// The picture to set `AutoGhostBust` by. Not written yet.
+void write_alignment_image(const ParameterSet& parameters, const Voice& voice);
+
+// Steps of a pair.
+
 /// Calendar seconds of now.
 [[nodiscard]] long long current_seconds();
 
 /// The previewer before a pair is loaded; false when the user abandoned the pair. There is no
 /// previewer yet: the pair goes on.
 [[nodiscard]] bool run_previewer(Pipeline& pipeline, PairRun& pair);
-/// Passepartout and edges of the loaded views. Not conditioned yet.
-void condition_input(Pipeline& pipeline, PairRun& pair);
-/// Views from a depth mask; false when the pair cannot be had. Layouts with depth are refused so far.
+/// False, with the reason told, for the layouts with depth, which cannot be mounted yet.
+[[nodiscard]] bool is_layout_known(const Pipeline& pipeline);
+/// Views from a photo and its depth mask, and the mask for `ExtraOutput` 9; false when they cannot be
+/// had. Two views stay as they are.
 [[nodiscard]] bool make_depth_views(Pipeline& pipeline, PairRun& pair);
+/// The viewer of a pair with its corrections; false when the user abandoned it. Sets the selection and
+/// `repeat` of the pair, and its stamp anew. There is none yet: the pair goes on.
+[[nodiscard]] bool run_post_viewer(Pipeline& pipeline, PairRun& pair);
+/// Steps of the finished views: ghosts reduced, sharpened, the text drawn, thumbnails made for
+/// `HtmlImages` 4. All left as they are so far.
+void reduce_ghosts(Pipeline& pipeline, PairRun& pair);
+void sharpen_views(Pipeline& pipeline, PairRun& pair);
+void draw_image_text(Pipeline& pipeline, PairRun& pair);
+void make_thumbnails(Pipeline& pipeline, PairRun& pair);
 /// Anaglyph and extra formats: not written yet.
 void store_anaglyph(Pipeline& pipeline, PairRun& pair);
 void store_extra(Pipeline& pipeline, PairRun& pair);
+/// A pair that cannot be mounted gets other names (`RenameRefused` 1, two folders). Not renamed yet.
+void rename_refused(const Pipeline& pipeline, const PairRun& pair);
 /// The line of the pair in the list of images. No list is kept yet.
 void update_list_line(Pipeline& pipeline, const PairRun& pair);
 

@@ -54,6 +54,8 @@ struct PairRun {
     StatusCode status = StatusCode::no_result;
     bool analysed = false;
     bool failure_told = false;
+    bool store_failed = false;  ///< A product is missing: no record, no line of the list.
+    bool repeat = false;        ///< The post viewer wants the pair once more.
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 
     // Names.
@@ -89,12 +91,15 @@ struct PairRun {
     // Result, in output pixels.
     double original_near_px = 0.0;  ///< Input pixels.
     double original_far_px = 0.0;
+    int output_width = 0;  ///< Of the pair that was measured; pixels.
+    int output_height = 0;
     DisparityStatistics result;
     double deviation = 0.0;
     double projected_deviation = 0.0;
     double stress_px = 0.0;
     Curtains curtains;
     int final_interpolation = 0;
+    std::string picture_tag;  ///< Of the stored pictures, for the HTML report.
 };
 
 /// Runs all objects of the list.

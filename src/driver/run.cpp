@@ -199,7 +199,9 @@ void collect_input(Run& run) {
     }
     if (run.list.count() == 0) {
         run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() + printable(p.path_of_images) + '\n');
-        run.voice.print_and_report(empty_list_hint(run));
+        // What a list lacks is told on the console alone.
+        const std::string hint = empty_list_hint(run);
+        p.input_mode == 10 ? run.console.print(hint) : run.voice.print_and_report(hint);
         run.wait(WaitAbove::error);
         run.end(kExitFailure);
     }
@@ -253,7 +255,17 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     find_directories(run, *invocation);
     look_for_exiftool(run);
     refuse_unbuilt_runs(run);
+    apply_consistency_rules(run.parameters, run.voice);
+    if (run.voice.verbose() > 1) {
+        list_parameters_on_console(run.parameters, run.voice);
+    }
     open_reports(run);
+    if (run.voice.verbose() > 1) {
+        list_parameters_in_report(run.parameters, run.voice);
+    }
+    if (run.parameters.auto_ghost_bust != 0) {
+        write_alignment_image(run.parameters, run.voice);
+    }
     collect_input(run);
     mount_all(run);
     return kExitDone;

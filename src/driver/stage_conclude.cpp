@@ -17,8 +17,8 @@ CorrectionValues values_of(const PairCorrection& c) {
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
     const PreSelection& preset = pipeline.input.pre_selection;
-    report.width = pipeline.warp.width;
-    report.height = pipeline.warp.height;
+    report.width = pair.output_width;
+    report.height = pair.output_height;
     report.pre_rotation_left = preset.rotation_left;
     report.pre_rotation_right = preset.rotation_right;
     report.pre_vergence_v = preset.vergence_v;
@@ -46,12 +46,16 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
 }  // namespace
 
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
-    report_pair(report_of(pipeline, pair), pipeline.voice);
-    if (pair.status == StatusCode::success) {
-        write_stored_record(pipeline, pair);
-    }
-    if (is_written(pair.status) || pair.status == StatusCode::abandoned) {
-        update_list_line(pipeline, pair);
+    if (!pair.failure_told) {
+        report_pair(report_of(pipeline, pair), pipeline.voice);
+        if (pair.status == StatusCode::success && !pair.store_failed) {
+            write_stored_record(pipeline, pair);
+        }
+        if (!is_written(pair.status) && pair.status != StatusCode::abandoned) {
+            rename_refused(pipeline, pair);
+        } else if (!pair.store_failed) {
+            update_list_line(pipeline, pair);
+        }
     }
     write_progress_end(pipeline, pair);
 }

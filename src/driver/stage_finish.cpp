@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "platform/process_end.h"
 #include "render/output_writer.h"
 #include "numerics/rounding.h"
 
@@ -56,6 +58,16 @@ void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     }
 }
 
+/// One value of `ExtraOutput` has never had a product.
+void refuse_unknown_extra_output(const Pipeline& pipeline) {
+    constexpr int kWithoutProduct = 8;
+    if (pipeline.parameters.extra_output == kWithoutProduct) {
+        pipeline.voice.print("Sorry - not implemented - nicht implementiert!\n");
+        pipeline.voice.console().wait_for_enter();
+        end_process(kExitFailure);
+    }
+}
+
 /// Deviation against the projection, for stamps and reports.
 void project_deviation(const Pipeline& pipeline, PairRun& pair) {
     static constexpr double kRatios[] = {0.0, 0.0, 1.333, 1.6, 1.777, 1.896};
@@ -75,7 +87,12 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     ++pipeline.processed;
     warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
+    reduce_ghosts(pipeline, pair);
+    sharpen_views(pipeline, pair);
     hang_curtains(pipeline, pair);
+    refuse_unknown_extra_output(pipeline);
+    draw_image_text(pipeline, pair);
+    make_thumbnails(pipeline, pair);
     project_deviation(pipeline, pair);
     rescale_to_final(warp, pair.target);
     if (p.left_right_output != 0 || p.extra_output != 0) {

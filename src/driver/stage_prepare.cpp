@@ -65,10 +65,7 @@ void announce(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.list.two_files) {
         text += "   " + printable(pair.right_relative) + '\n';
     }
-    if (voice.verbose() > 0) {
-        voice.print(text);
-    }
-    voice.report_text(text);
+    voice.print_and_report(text);
     voice.report_html("<hr>\n<p><b>" + html_text(head) + "</b><br>\n&nbsp;&nbsp;&nbsp;" +
                       html_text(printable(pair.left_relative)) +
                       (pipeline.list.two_files ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative)) : "") +
@@ -91,9 +88,7 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
         !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = kThumbnails;
-        if (voice.verbose() > 0) {
-            voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
-        }
+        voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
     }
 }
 
@@ -214,11 +209,12 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     orient_views(pipeline, pair);
     read_record(pipeline, pair);
     take_stored_pre_selection(pipeline, pair);
-    if (!run_previewer(pipeline, pair) || !load_pair(pipeline, pair)) {
+    if (!run_previewer(pipeline, pair)) {
+        pair.status = StatusCode::abandoned;
+        conclude_pair(pipeline, pair);
         return false;
     }
-    condition_input(pipeline, pair);
-    if (!make_depth_views(pipeline, pair)) {
+    if (!is_layout_known(pipeline) || !load_pair(pipeline, pair)) {
         return false;
     }
     if (!set_up_size(pipeline, pair)) {

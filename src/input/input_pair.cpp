@@ -122,6 +122,7 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     release_images();
     unsupported_ = false;
     failure_.clear();
+    look_at_files(files);
     ReadResult result = ReadResult::done;
     if (!(two_files_ ? load_two_files(files) : load_stereo_file(files.stereo))) {
         if (!unsupported_ || !load_converted(files)) {
@@ -134,6 +135,7 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     if (has_pre_selection) {
         crop_by_percent();
     }
+    condition_views();
     turn_views();
     make_equal_size();
     make_exact(left_);
@@ -145,6 +147,23 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
         make_correlation_images();
     }
     return result;
+}
+
+void InputPair::look_at_files(const PairFiles& files) const {
+    if (!look_at_tiff) {
+        return;
+    }
+    const auto look = [this](const std::string& path) {
+        if (is_tiff_file(path)) {
+            look_at_tiff(path);
+        }
+    };
+    if (two_files_) {
+        look(files.left);
+        look(files.right);
+    } else {
+        look(files.stereo);
+    }
 }
 
 bool InputPair::load_two_files(const PairFiles& files) {
@@ -286,21 +305,22 @@ void InputPair::crop_by_percent() {
     struct Axis {
         const char* start_label;
         const char* size_label;
+        const char* lone_size_label;  ///< Where the size stands alone.
         float start;
         float size;
     };
     const PreSelection& chosen = pre_selection;
     const Axis axes[] = {
-        {"   LeftImageStartx = ", "   LeftImageWidth  = ", chosen.left_start_x, chosen.left_width},
-        {"   LeftImageStarty = ", "   LeftImageHeight = ", chosen.left_start_y, chosen.left_height},
-        {"   RightImageStartx = ", "   RightImageWidth  = ", chosen.right_start_x, chosen.right_width},
-        {"   RightImageStarty = ", "   RightImageHeight = ", chosen.right_start_y, chosen.right_height},
+        {"   LeftImageStartx = ", "   LeftImageWidth  = ", "   LeftImageWidth  = ", chosen.left_start_x, chosen.left_width},
+        {"   LeftImageStarty = ", "   LeftImageHeight = ", "   LeftImageHeight  = ", chosen.left_start_y, chosen.left_height},
+        {"   RightImageStartx = ", "   RightImageWidth  = ", "   RightImageWidth  = ", chosen.right_start_x, chosen.right_width},
+        {"   RightImageStarty = ", "   RightImageHeight = ", "   RightImageHeight  = ", chosen.right_start_y, chosen.right_height},
     };
     constexpr float kTenths = 10.0F;
     constexpr int kLimit = 1001;  // tenths of a per cent; just above the whole
     for (const Axis& axis : axes) {
         if (axis.size < 1.0F) {
-            voice_.print(format_text("%s%5.1f", axis.size_label, static_cast<double>(axis.size)));
+            voice_.print(format_text("%s%5.1f", axis.lone_size_label, static_cast<double>(axis.size)));
             voice_.say<Msg::img_input_value_not_used>();
             voice_.print("\n");
             return;
@@ -326,6 +346,8 @@ void InputPair::crop_by_percent() {
     crop(left_, left_geometry_, axes[0], axes[1]);
     crop(right_, right_geometry_, axes[2], axes[3]);
 }
+
+void InputPair::condition_views() {}
 
 void InputPair::turn_views() {
     for (const auto& [view, mode] : {std::pair{&left_, rot_mir_left}, std::pair{&right_, rot_mir_right}}) {

@@ -2,6 +2,7 @@
 /// The two views of the current pair: loaded, turned, equal in size, with reduced copies for the
 /// analysis.
 
+#include <functional>
 #include <string>
 
 #include "config/parameter_set.h"
@@ -68,6 +69,8 @@ public:
     PreSelection pre_selection;
     float left_zoom = 1.0F;  ///< Of the analysis copies.
     float right_zoom = 1.0F;
+    /// Called with every TIFF file before it is loaded; may end the run.
+    std::function<void(const std::string& path)> look_at_tiff;
 
     /// Loads the pair and brings it to `view` and, with `make_correlation`, to the analysis copies.
     [[nodiscard]] ReadResult read_input_images(const PairFiles& files, bool make_correlation);
@@ -95,9 +98,12 @@ private:
     bool load_stereo_file(const std::string& path);
     bool split_stereo(Bitmap&& stereo, int layout);
     bool load_converted(const PairFiles& files);
+    void look_at_files(const PairFiles& files) const;
     [[nodiscard]] Bitmap load_through_converter(const std::string& path);
     void start_geometry();
     void crop_by_percent();
+    /// Passepartout and edges of the loaded views; they stay as they are so far.
+    void condition_views();
     void turn_views();
     void make_equal_size();
     void scale_smaller_view();

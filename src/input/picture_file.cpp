@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -192,6 +194,23 @@ Bitmap as_24_bits(Bitmap bitmap) {
 
 PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path) {
     return allowed(library_format(content, path));
+}
+
+bool is_tiff_file(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {
+        return false;
+    }
+    std::array<char, 2> order{};
+    std::ifstream(path, std::ios::binary).read(order.data(), order.size());
+    const std::string_view mark(order.data(), order.size());
+    if (mark != "II" && mark != "MM") {
+        return false;
+    }
+    std::string reason;
+    const auto content = read_file_whole(path, reason);
+    return content && !content->empty() && content->size() <= UINT32_MAX &&
+           picture_format_of(*content, path) == PictureFormat::tiff;
 }
 
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {

@@ -27,6 +27,9 @@ struct LoadedPicture {
     std::string reason;  ///< For the user, when not done.
 };
 
+/// Whether the content of a file is a TIFF picture (and no camera's raw file of that family).
+[[nodiscard]] bool is_tiff_file(const std::string& path);
+
 /// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
 [[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
 
