@@ -8,10 +8,15 @@
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/output_writer.h"
+#include "report/picture_tags.h"
 
 namespace zemora {
 
 namespace {
+
+// Values of `HtmlImages`.
+constexpr int kShowViews = 1;
+constexpr int kShowStereo = 2;
 
 /// What the console calls a product that failed.
 struct ProductWords {
@@ -103,12 +108,12 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
         voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
     }
     voice.wait(WaitAbove::information);
-    pair.status = StatusCode::failed;
+    pair.store_failed = true;
     return false;
 }
 
-SoftwareTagValues tag_values(const Pipeline& pipeline, const PairRun& pair) {
-    const double width = pipeline.warp.width;
+SoftwareTagValues tag_values(const PairRun& pair) {
+    const double width = pair.output_width;
     return {round_half_up(pair.result.near_point * 1000.0 / width), round_half_up(pair.result.far_point * 1000.0 / width),
             round_half_up(pair.deviation * 1000.0)};
 }
@@ -116,7 +121,7 @@ SoftwareTagValues tag_values(const Pipeline& pipeline, const PairRun& pair) {
 /// Metadata and times of a stored file.
 void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file) {
     constexpr int kWithTimes = 2;  // of `MetaTransfer`
-    (void)pipeline.exiftool.transfer(source, file, pair.permissions, tag_values(pipeline, pair), false);
+    (void)pipeline.exiftool.transfer(source, file, pair.permissions, tag_values(pair), false);
     if (pipeline.parameters.meta_transfer == kWithTimes) {
         copy_capture_time(source, file, pipeline.voice);
     }
@@ -141,6 +146,9 @@ void store_stereo(Pipeline& pipeline, PairRun& pair) {
     }
     pipeline.last_stereo_name = path;
     dress_file(pipeline, pair, sources.right, path);
+    if (pair.html_images == kShowStereo) {
+        pair.picture_tag = preview_tag(path, pipeline.parameters.path_of_images);
+    }
 }
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
@@ -166,6 +174,9 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
     }
     dress_file(pipeline, pair, sources.left, left);
     dress_file(pipeline, pair, sources.right, right);
+    if (pair.html_images == kShowViews) {
+        pair.picture_tag = pair_tag(left, right, pipeline.parameters.path_of_images);
+    }
 }
 
 }  // namespace
@@ -182,6 +193,9 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     store_extra(pipeline, pair);
     store_left_right(pipeline, pair);
     voice.report_html("</p>\n");
+    if (!pair.picture_tag.empty()) {
+        voice.report_html("<p style=\"text-align:left; margin-left:1em\">\n" + pair.picture_tag);
+    }
 }
 
 }  // namespace zemora
