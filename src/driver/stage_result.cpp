@@ -10,10 +10,10 @@ namespace {
 
 /// The finished pair has no disparity that could be measured.
 bool no_disparity(Pipeline& pipeline, PairRun& pair) {
-    pipeline.voice.wait(WaitAbove::information);
     pair.result = {};
     pair.deviation = 0.0;
     if (pair.mode == 0) {
+        pipeline.voice.wait(WaitAbove::information);
         return true;
     }
     return fail_to_mount(pipeline, pair, StatusCode::failed);
@@ -80,13 +80,15 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
     AnalysisState& analysis = pipeline.analysis;
     const WarpState& warp = pipeline.warp;
+    pair.output_width = warp.width;
+    pair.output_height = warp.height;
     const std::string step = voice.messages().either("Zemora::analyse:  phase 4: EstimateDeviation           ",
                                                      "Zemora::Analyse:    Phase 4: EstimateDeviation           ");
     const ToneTables left_tone = analysis.Colormap_l;
     const ToneTables right_tone = analysis.Colormap_r;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     const AnalyseStatus status =
-        analyse_phase(analysis, warp.pair(), {AnalysePhase::disparity, 1, false, false}, progress_of(pipeline, step));
+        run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, progress_of(pipeline, step));
     analysis.Colormap_l = left_tone;
     analysis.Colormap_r = right_tone;
     if (status != AnalyseStatus::done) {
@@ -98,7 +100,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const auto original = [&](double value_px) {
         return (value_px - selection_shift_px) / warp.total_scale + pair.window.pure_shift_px;
     };
-    pair.original_near_px = original(pair.result.near_point);
+    if (!pair.has_stored) {  // a record keeps its near point
+        pair.original_near_px = original(pair.result.near_point);
+    }
     pair.original_far_px = original(pair.result.far_point);
     tell_evaluated_area(pipeline);
     if (voice.verbose() > 1) {

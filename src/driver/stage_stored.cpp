@@ -15,11 +15,10 @@ void take_keys(const Pipeline& pipeline, PairRun& pair) {
                        p.use_rotation * kRadiansPerDegree,
                        p.use_vergence_v * kRadiansPerDegree,
                        p.use_vergence_h * kRadiansPerDegree};
-    const double offset_px = pixels_from_reference(p.window_offset, p.win_off_reference, pipeline.input.height(),
-                                                   pipeline.input.width());
-    pair.window.window_shift_px = offset_px;
-    pair.window.pure_shift_px = -offset_px;
-    pair.window.output_window_px = offset_px;
+    pair.window.output_window_px =
+        pixels_from_reference(p.window_offset, p.win_off_reference, pair.working_height, pair.working_width);
+    pair.window.window_shift_px = pair.window.output_window_px / pair.scale;
+    pair.window.pure_shift_px = -pair.window.window_shift_px;
 }
 
 void take_record(Pipeline& pipeline, PairRun& pair) {
