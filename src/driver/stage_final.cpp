@@ -14,10 +14,6 @@ namespace {
 
 constexpr int kForcedRounds = 6;  // size tests: the final warp and at most five repeats
 
-bool wants_pictures(const ParameterSet& p) {
-    return p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
-}
-
 /// The perspective terms come into force with the final warps.
 void load_shape(Pipeline& pipeline) {
     const ParameterSet& p = pipeline.parameters;
@@ -97,19 +93,24 @@ void lift_disparities(PairRun& pair, double scale) {
 float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
     WarpState& warp = pipeline.warp;
     const double scale = warp.total_scale;
+    const double selection_shift_px = pair.selection.window_offset * static_cast<double>(warp.frame_width);
     if (pair.analysed) {
         lift_disparities(pair, scale);
-        return pair.result.far_point;
+        return static_cast<float>(pair.result.far_point + selection_shift_px);
     }
     if (pair.has_stored) {
-        const double near_px = scale * (pair.original_near_px - pair.window.pure_shift_px);
+        const double near_px = scale * (pair.original_near_px - pair.window.pure_shift_px) + selection_shift_px;
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
-    colormap_adapt(pipeline.analysis, warp.pair(), nullptr, kColormapForDisparity);
-    const bool found = analyse_phase(pipeline.analysis, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
-                       AnalyseStatus::done;
-    colormap_identity(pipeline.analysis);
-    return found ? pipeline.analysis.disparity.far_point : 0.0F;
+    AnalysisState& analysis = pipeline.analysis;
+    const ToneTables left_tone = analysis.Colormap_l;
+    const ToneTables right_tone = analysis.Colormap_r;
+    colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
+    const bool found =
+        run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) == AnalyseStatus::done;
+    analysis.Colormap_l = left_tone;
+    analysis.Colormap_r = right_tone;
+    return found ? analysis.disparity.far_point : 0.0F;
 }
 
 void frame_automatically(Pipeline& pipeline, PairRun& pair) {
@@ -162,14 +163,18 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
     load_shape(pipeline);
-    const bool tone_of_result = !pair.analysed && p.auto_output_contrast != 0;
+    // Without measurement, or after a viewer, only the result shows what the picture holds.
+    const bool tone_first = pair.analysed && p.post_viewer_active == 0;
+    const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
     if (pair.analysed) {
         const CorrectionValues c{static_cast<float>(pair.correction.height_px), 0.0F,
                                  static_cast<float>(pair.correction.size), static_cast<float>(pair.correction.rotation_rad),
                                  static_cast<float>(pair.correction.vergence_v_rad),
                                  static_cast<float>(pair.correction.vergence_h_rad), 0.0F};
-        adapt_tone(pipeline);
         pair.stress_px = mean_model_error(c, pipeline.input.height(), pipeline.input.width());
+    }
+    if (tone_first) {
+        adapt_tone(pipeline);
     } else {
         colormap_identity(pipeline.analysis);
     }
@@ -178,16 +183,15 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     warp.total_scale = static_cast<float>(pair.scale);
     warp.frame_height = pair.working_height;
     warp.frame_width = pair.working_width;
-    if (wants_pictures(p)) {
-        SizeRepeat first;
-        first.height_done = first.width_done = false;
-        first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
-        first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
-        if (!warp_once(pipeline, pair, first,
-                       pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
-                                                        "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
-            return false;
-        }
+    SizeRepeat first;
+    first.height_done = first.width_done = false;
+    first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
+    first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
+    // Also without any product to store: the result is measured on this warp.
+    if (!warp_once(pipeline, pair, first,
+                   pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
+                                                    "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
+        return false;
     }
     if (tone_of_result) {
         adapt_tone(pipeline);
