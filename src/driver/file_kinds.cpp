@@ -11,7 +11,7 @@ namespace zemora {
 namespace {
 
 /// Suffixes that are written as they come in.
-constexpr std::array<std::string_view, 5> kWritable{".bmp", ".jpg", ".png", ".tga", ".tif"};
+constexpr std::array<std::string_view, 6> kWritable{".bmp", ".jpg", ".png", ".ppm", ".tga", ".tif"};
 constexpr std::array<std::string_view, 5> kWithExif{".jpg", ".mpo", ".tif", ".arw", ".cr2"};
 constexpr std::array<std::string_view, 3> kWithIptc{".jpg", ".tif", ".mpo"};
 

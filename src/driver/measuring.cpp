@@ -19,6 +19,18 @@ AnalyseProgress progress_of(const Pipeline& pipeline, std::string step) {
     return [&voice = pipeline.voice, text = std::move(step)](double percent) { voice.progress(text, percent); };
 }
 
+AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const PhaseRequest& request,
+                        const AnalyseProgress& progress) {
+    const AnalyseStatus status = analyse_phase(pipeline.analysis, pictures, request, progress);
+    if (status == AnalyseStatus::no_memory) {
+        end_run_without_picture_memory(
+            pipeline.voice.console(),
+            format_text("%d: FAILED TO ALLOCATE MEMORY FOR CORRELATION IMAGE\n",
+                        static_cast<int>(pipeline.analysis.memory_failure)));
+    }
+    return status;
+}
+
 PairCorrection correction_of(const CorrectionValues& values, double scale) {
     return {values.height / scale, values.shift / scale, values.size, values.rotation, values.vergence_v, values.vergence_h};
 }

@@ -10,7 +10,7 @@ enum class StatusCode {
     abandoned = -1,
     failed = 0,
     second_phase_failed = 1,
-    first_phase_failed = 2,
+    first_phase_failed = 2,  ///< Or that of an iteration.
     no_result = 3,
     usable = 4,
     success = 5,

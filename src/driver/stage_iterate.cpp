@@ -27,8 +27,10 @@ bool measure_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
         loop.number);
     const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced};
     const WarpState& warp = pipeline.warp;
-    if (analyse_phase(pipeline.analysis, warp.pair(), request, progress_of(pipeline, step)) != AnalyseStatus::done ||
-        estimate_geometry(pipeline.analysis, warp.height, warp.width, kGeometryGrid, kGeometryGrid,
+    if (run_phase(pipeline, warp.pair(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
+        return fail_to_mount(pipeline, pair, StatusCode::first_phase_failed);
+    }
+    if (estimate_geometry(pipeline.analysis, warp.height, warp.width, kGeometryGrid, kGeometryGrid,
                           AnalysePhase::geometry) != EstimateStatus::done) {
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }

@@ -34,7 +34,7 @@ bool measure_shift(Pipeline& pipeline, PairRun& pair) {
                                             "Zemora::Analyse:    Phase 1: Korrelation\n"));
     }
     const PhaseRequest request{AnalysePhase::shift, 1, false, true};
-    if (analyse_phase(pipeline.analysis, pipeline.input.reduced(), request, {}) != AnalyseStatus::done) {
+    if (run_phase(pipeline, pipeline.input.reduced(), request, {}) != AnalyseStatus::done) {
         tell_oversize_shift(pipeline);
         return fail_to_mount(pipeline, pair, StatusCode::first_phase_failed);
     }
@@ -49,8 +49,10 @@ bool measure_grid(Pipeline& pipeline, PairRun& pair) {
                                                               "Zemora::Analyse:    Phase 2: Korrelation                  ");
     const PhaseRequest request{AnalysePhase::first_grid, 1, false, true};
     const InputPair& input = pipeline.input;
-    if (analyse_phase(pipeline.analysis, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done ||
-        estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid, kFirstGrid,
+    if (run_phase(pipeline, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
+        return fail_to_mount(pipeline, pair, StatusCode::second_phase_failed);
+    }
+    if (estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid, kFirstGrid,
                           AnalysePhase::first_grid) != EstimateStatus::done) {
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
@@ -71,7 +73,7 @@ bool measure_first(Pipeline& pipeline, PairRun& pair) {
     pair.disparities = disparities_of(pipeline.analysis, scale);
     pair.remaining = {};
     if (pipeline.parameters.iterative_warp == 0) {
-        voice.print("You have choosen IterativeWarp = 0. That is an unsupported setting and you\n"
+        voice.print("\nYou have choosen IterativeWarp = 0. That is an unsupported setting and you\n"
                     "should be aware, that the results, which you get, are eventually unsatisfying!\n\n");
         return true;
     }
