@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <sstream>
 
 #include "tests/e2e/workshop.h"
 #include "tests/support/pictures.h"
@@ -216,10 +216,15 @@ TEST(OutputFormats, EachViewKeepsItsOwnSuffix) {
 
 TEST(OutputFormats, TypesThatAreNotWrittenBecomeBmp) {
     Workshop workshop;
-    save_pair(workshop, aligned_views(), "foo_l.ppm", "foo_r.ppm");
-    const Outcome outcome = workshop.run({"foo_l.ppm", "foo_r.ppm", "--EstimateGeometry=-1", "--StereoOutput=0"});
-    EXPECT_TRUE(outcome.tells("'.ppm' cannot be written")) << outcome.text;
-    EXPECT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "foo_l.ppm", "foo_r.ppm"}));
+    for (const auto& [name, view] : {std::pair<std::string, const Bitmap*>{"foo_l.gif", &aligned_views().left},
+                                     {"foo_r.gif", &aligned_views().right}}) {
+        const Bitmap palette(FreeImage_ColorQuantize(view->handle(), FIQ_WUQUANT));
+        const auto bytes = encoded(palette.handle(), FIF_GIF);
+        workshop.write(name, {bytes.begin(), bytes.end()});
+    }
+    const Outcome outcome = workshop.run({"foo_l.gif", "foo_r.gif", "--EstimateGeometry=-1", "--StereoOutput=0"});
+    EXPECT_TRUE(outcome.tells("'.gif' cannot be written")) << outcome.text;
+    EXPECT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "foo_l.gif", "foo_r.gif"}));
 }
 
 struct SizeCase {
@@ -284,9 +289,19 @@ TEST(Sizes, BlankedFrameIsBlankInBothViewsAlike) {
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");
     ASSERT_EQ(workshop.run({"foo_l.bmp", "foo_r.bmp", "--CroppOutput=1", "--PasseColorRed=1", "--PasseColorGreen=254",
                             "--AutoOutputContrast=0"}).exit_code, 0);
+    std::istringstream area(read_text(workshop.path("zemora_cropp.dat")));
+    int top = 0;
+    int bottom = 0;
+    int first = 0;
+    int last = 0;
+    ASSERT_TRUE(area >> top >> bottom >> first >> last);
+    EXPECT_GT(top - bottom, 640);
+    EXPECT_GT(last - first, 820);
     const Bitmap left = workshop.load("cl/foo_cl.bmp");
     const Bitmap right = workshop.load("cr/foo_cr.bmp");
     const Colour passe{0, 254, 1};
+    const int row = (top + bottom) / 2;
+    EXPECT_FALSE(colour_at(left.picture(), first + 1, row) == passe);
     int blank = 0;
     int unlike = 0;
     for (int y = 0; y < left.height(); ++y) {

@@ -1,6 +1,7 @@
 #include "tests/e2e/workshop.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -85,6 +86,14 @@ Outcome Workshop::run(const std::vector<std::string>& arguments) const {
         EXPECT_EQ(name.find(".zemora"), std::string::npos) << name << " stays";
     }
     return outcome;
+}
+
+void Workshop::become_ordinary_user(unsigned folder_permissions) {
+    std::filesystem::permissions(folder(), std::filesystem::perms{folder_permissions});
+    if (geteuid() == 0) {
+        std::filesystem::permissions(temporary_.path(), std::filesystem::perms::all);
+        around = "exec setpriv --reuid=65534 --regid=65534 --clear-groups \"$@\"";
+    }
 }
 
 void Workshop::save(const std::string& name, ConstPicture picture) const {

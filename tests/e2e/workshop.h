@@ -33,6 +33,9 @@ public:
     /// Runs the program in the folder, for two minutes at most.
     [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;
 
+    /// The runs to come have no rights of root. The folder keeps `folder_permissions` for all.
+    void become_ordinary_user(unsigned folder_permissions);
+
     [[nodiscard]] const std::string& folder() const { return folder_.path(); }
     [[nodiscard]] std::string path(const std::string& name) const { return folder_ / name; }
     /// All files below the folder, hidden ones too.
