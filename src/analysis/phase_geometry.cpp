@@ -201,8 +201,9 @@ void for_valid_cells(const AnalysisState& state, Visit visit) {
     }
 }
 
-/// Cells much nearer than the spread of those on the near side. Only that side is cut.
-void remove_near_outliers(AnalysisState& state) {
+/// Cells much nearer than the spread of those on the near side. Only that side is cut, and no cell that
+/// lies within the same number of search steps of the mean: a flat subject has no spread at all.
+void remove_near_outliers(AnalysisState& state, int step_x) {
     constexpr double kSigmas = 2.5;
     double sum = 0.0;
     int count = 0;
@@ -223,7 +224,7 @@ void remove_near_outliers(AnalysisState& state) {
     if (near == 0) {
         return;
     }
-    const double limit = -kSigmas * std::sqrt(squares / near);
+    const double limit = std::min(-kSigmas * std::sqrt(squares / near), mean - kSigmas * step_x);
     for_valid_cells(state, [&](std::size_t i, std::size_t j) {
         if (state.ErrorPixel_x[i][j] < limit) {
             state.CQOK3[i][j] = 0;
@@ -257,8 +258,8 @@ void remove_vertical_extremes(AnalysisState& state) {
 
 }  // namespace
 
-void remove_outliers(AnalysisState& state) {
-    remove_near_outliers(state);
+void remove_outliers(AnalysisState& state, int step_x) {
+    remove_near_outliers(state, step_x);
     remove_vertical_extremes(state);
 }
 
@@ -307,7 +308,7 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     const int passes = run.first || run.predicted ? kMostPasses : 1;
     for (int pass = 0; pass < passes; ++pass) {
         measure_pass(state, measured, run, progress);
-        remove_outliers(state);
+        remove_outliers(state, run.step_x);
         const CellCount count = count_cells(state);
         const bool enough = request.iteration > 1 || (kCells - count.without_contrast) / 2 <= count.valid;
         if (enough && count.valid >= kLeastCells) {

@@ -28,7 +28,7 @@ struct WorkingCopies {
 
 /// Outliers of phase 3 lose their validity: cells far on the near side, and the cells with the
 /// largest and the smallest vertical displacement.
-void remove_outliers(AnalysisState& state);
+void remove_outliers(AnalysisState& state, int step_x);
 
 /// Whether the valid cells of phase 3 reach into all four corners.
 [[nodiscard]] bool corners_covered(const AnalysisState& state);

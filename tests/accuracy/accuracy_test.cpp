@@ -121,6 +121,20 @@ TEST_P(OtherScenes, KeepTheRemainingErrorSmall) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, OtherScenes, testing::Values(1U, 2U, 3U, 7U, 9U));
 
+TEST(FlatSubject, IsMountedWhereverItStands) {
+    const Format format{"4MP", 2304, 1728};
+    for (const double disparity : {-0.0122, 0.0087}) {
+        SceneOptions options = options_of(format);
+        options.objects = 0;
+        options.near_disparity = disparity / 0.6 * 0.9;  // the ground lies flat too
+        options.far_disparity = disparity;
+        const MountedScene mounted = mount_scene(options, errors_of(kOrdinary[5], format.height));
+        ASSERT_TRUE(mounted.mounted) << disparity;
+        show("flat", format, mounted);
+        EXPECT_LT(mounted.median_dy_px, 0.2);
+    }
+}
+
 class LargeErrors : public testing::TestWithParam<Misalignment> {};
 
 TEST_P(LargeErrors, ConvergeWithinTenRounds) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -282,23 +283,38 @@ TEST(Outliers, FarOnTheNearSideAndVerticalExtremesGo) {
     state.ErrorPixel_x[5][5] = 60.0F;
     state.ErrorPixel_y[7][2] = 3.0F;
     state.ErrorPixel_y[2][7] = -3.0F;
-    phases::remove_outliers(state);
+    phases::remove_outliers(state, 1);
     EXPECT_EQ(state.CQOK3[4][4], 0);
     EXPECT_EQ(state.CQOK3[5][5], 1) << "the far side is never cut";
     EXPECT_EQ(state.CQOK3[7][2], 0);
     EXPECT_EQ(state.CQOK3[2][7], 0);
 }
 
+TEST(Outliers, FlatSubjectOnTheNearSideKeepsItsCells) {
+    AnalysisState state = valid_grid();
+    for (auto& row : state.ErrorPixel_x) {
+        row.fill(-6.0F);
+    }
+    state.ErrorPixel_x[4][4] = -16.0F;
+    phases::remove_outliers(state, 3);
+    int kept = 0;
+    for (const auto& row : state.CQOK3) {
+        kept += static_cast<int>(std::count(row.begin(), row.end(), 1));
+    }
+    EXPECT_EQ(state.CQOK3[4][4], 0);
+    EXPECT_EQ(kept, 98) << "one outlier, and the first cell as vertical extreme of equals";
+}
+
 TEST(Outliers, OfEqualExtremesTheFirstGoesAndTwoCellsStay) {
     AnalysisState state = valid_grid();
     state.ErrorPixel_y[3][3] = state.ErrorPixel_y[6][6] = 2.0F;
-    phases::remove_outliers(state);
+    phases::remove_outliers(state, 1);
     EXPECT_EQ(state.CQOK3[3][3], 0);
     EXPECT_EQ(state.CQOK3[6][6], 1);
     AnalysisState few(analysis_parameters());
-    phases::remove_outliers(few);
+    phases::remove_outliers(few, 1);
     few.CQOK3[1][1] = few.CQOK3[8][8] = 1;
-    phases::remove_outliers(few);
+    phases::remove_outliers(few, 1);
     EXPECT_EQ(few.CQOK3[1][1] + few.CQOK3[8][8], 2);
 }
 
