@@ -25,6 +25,8 @@ namespace zemora {
 struct Pipeline {
     Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
              const Voice& voice_in);
+    Pipeline(const Pipeline&) = delete;  // `input` calls back into it
+    Pipeline& operator=(const Pipeline&) = delete;
 
     ParameterSet& parameters;
     RunContext& run;

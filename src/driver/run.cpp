@@ -201,7 +201,11 @@ void collect_input(Run& run) {
         run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() + printable(p.path_of_images) + '\n');
         // What a list lacks is told on the console alone.
         const std::string hint = empty_list_hint(run);
-        p.input_mode == 10 ? run.console.print(hint) : run.voice.print_and_report(hint);
+        if (p.input_mode == 10) {
+            run.console.print(hint);
+        } else {
+            run.voice.print_and_report(hint);
+        }
         run.wait(WaitAbove::error);
         run.end(kExitFailure);
     }

@@ -27,13 +27,13 @@ std::string page_address(const std::string& path, const std::string& page_folder
 }
 
 std::string pair_tag(const std::string& left, const std::string& right, const std::string& page_folder) {
-    return "<img src=\"" + page_address(left, page_folder) +
-           "\" alt=\"left thumb\" width=267>&nbsp;&nbsp;<img src=\"" + page_address(right, page_folder) +
+    return R"(<img src=")" + page_address(left, page_folder) +
+           R"(" alt="left thumb" width=267>&nbsp;&nbsp;<img src=")" + page_address(right, page_folder) +
            "\" alt=\"right thumb\" width=267></p>\n";
 }
 
 std::string preview_tag(const std::string& path, const std::string& page_folder) {
-    return "<img src=\"" + page_address(path, page_folder) + "\" alt=\"anaglyph-preview\" width=560></p>\n";
+    return R"(<img src=")" + page_address(path, page_folder) + "\" alt=\"anaglyph-preview\" width=560></p>\n";
 }
 
 }  // namespace zemora
