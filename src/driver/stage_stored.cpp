@@ -48,7 +48,7 @@ void take_record(Pipeline& pipeline, PairRun& pair) {
     p.vertical_ax = static_cast<float>(r[kRecordVerticalAx]);
     p.common_trapez = static_cast<float>(r[kRecordCommonTrapez]);
     p.sym_trapez = static_cast<float>(r[kRecordSymTrapez]);
-    p.trapez_scale = static_cast<float>(r[kRecordTrapezScale]);
+    p.trapez_scale = r[kRecordTrapezScale] != 0.0 ? static_cast<float>(r[kRecordTrapezScale]) : 1.0F;
 }
 
 }  // namespace
