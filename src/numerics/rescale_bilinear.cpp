@@ -85,10 +85,12 @@ struct Triangle {
     }
     /// The weighted sum of both directions, brought back to the range of a byte: divided by the
     /// squared total, as a product with the rounded-up reciprocal. Shifted sums are below 2^24 and
-    /// the divisor is below 2^16, so that 40 bits make it exact.
+    /// the divisor is below 2^16, so that 40 bits make it exact. A total that lost bits to the shift
+    /// is too small: white comes out above 255 and has to be limited.
     [[nodiscard]] std::uint16_t normalised(std::uint32_t sum) const {
-        return static_cast<std::uint16_t>((sum >> static_cast<std::uint32_t>(shift)) * reciprocal >>
-                                          kReciprocalBits);
+        const std::uint64_t value =
+            (sum >> static_cast<std::uint32_t>(shift)) * reciprocal >> kReciprocalBits;
+        return static_cast<std::uint16_t>(std::min<std::uint64_t>(value, 255));
     }
 
     static constexpr std::uint32_t kReciprocalBits = 40;

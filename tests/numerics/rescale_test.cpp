@@ -251,6 +251,18 @@ TEST(Rescale, FlatPicturesStayFlatAtEveryFactor) {
     }
 }
 
+TEST(Rescale, WhiteStaysWhiteAtEveryReduction) {
+    const Bitmap source = Bitmap::create(540, 540);
+    fill(source.picture(), {255, 255, 255});
+    RescaleScratch scratch;
+    for (int side = 3; side < 540; side += 1 + side / 30) {
+        const Bitmap target = Bitmap::create(side, side);
+        rescale(source.picture(), target.picture(), scratch, RescaleFilter::bilinear, RescaleFit::stretch);
+        // Cut-off fractions may cost a level or two, never more.
+        EXPECT_GE(target.picture().pixel(side / 2, side - 1)[1], 252) << side;
+    }
+}
+
 TEST(Rescale, KeepsTheAspectInsideTheTarget) {
     const Bitmap source = noise(300, 200, 1);
     RescaleScratch scratch;
