@@ -151,14 +151,14 @@ Bitmap frame_deep(const WarpState& warp, Bitmap picture, View view) {
                                               : picture.height() + frame.top + frame.bottom;
     const int width = frame.fill_width != 0 ? std::max(frame.fill_width, picture.width())
                                             : picture.width() + 2 * frame.left_right;
-    if (width == picture.width() && height == picture.height()) {
-        return picture;
-    }
     const int margin = (width - picture.width()) / 2;
     int share = frame.floating / 2;
     if (std::abs(share) > margin) {
         warp.voice.say<Msg::warpimage_frame_floating_reduced>();
         share = std::clamp(share, -margin, margin);
+    }
+    if (width == picture.width() && height == picture.height()) {
+        return picture;
     }
     const int excess = height - picture.height();
     const int bottom = frame.fill_height != 0 ? excess - excess / 2 : frame.bottom;

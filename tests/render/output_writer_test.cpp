@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <lcms2.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -286,6 +287,23 @@ TEST_F(Outputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
         EXPECT_LT(difference.largest, 1.6);
         EXPECT_GT(difference.odd_low_bytes, view.width * view.height / 2);
     }
+}
+
+TEST_F(Outputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
+    const DeepSource source(60, 50);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ParameterSet set;
+    set.output_format = 7;
+    set.stereo_image_input = 2;
+    Rig rig(set);
+    ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+    rig.warp->frame.floating = 6;
+    ::testing::internal::CaptureStdout();
+    const StoreResult result = write_stereo(*rig.warp, file("s.tif"), {file("deep.tif"), file("deep.tif")});
+    std::fflush(stdout);
+    EXPECT_NE(::testing::internal::GetCapturedStdout().find("FrameFloating was too large"), std::string::npos);
+    ASSERT_EQ(result.code, 0);
+    EXPECT_EQ(loaded(file("s.tif"), FIF_TIFF).width(), 120);
 }
 
 TEST_F(Outputs, AnEightBitSourceStaysEightBits) {
