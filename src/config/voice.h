@@ -63,6 +63,8 @@ private:
 
 /// Prints `reason`, the advice to close other applications and the waiting line, waits for Enter
 /// and ends the process with code 1. The one road for pictures that do not fit into memory.
-[[noreturn]] void end_run_without_picture_memory(Console& console, std::string_view reason);
+/// `advice` is one more line behind the advice.
+[[noreturn]] void end_run_without_picture_memory(Console& console, std::string_view reason,
+                                                 std::string_view advice = {});
 
 }  // namespace zemora

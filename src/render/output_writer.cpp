@@ -111,8 +111,9 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
     const CanvasLayout layout = side_by_side_layout(warp);
     const Bitmap canvas = compose_side_by_side(warp, layout);
     if (!canvas) {
-        warp.voice.print("5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n");
-        fail_for_memory(warp, "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
+        end_run_without_picture_memory(warp.voice.console(),
+                                       "5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n",
+                                       "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
     }
     return result_of(file, save_picture(canvas, file, SaveOptions(warp.parameters)));
 }
