@@ -33,7 +33,8 @@ std::uint16_t apply_tone(const std::array<std::uint16_t, ToneTables::kLevels>& p
     return static_cast<std::uint16_t>((low * (256U - fraction) + high * fraction) >> 8);
 }
 
-ToneLookup::ToneLookup(const ToneTables* tables, int tone_mode) {
+ToneLookup::ToneLookup(const ToneTables* tables, int tone_mode, bool keeps_apart)
+    : keeps_apart_(keeps_apart) {
     for (int channel = 0; channel < kPixelBytes && tables != nullptr; ++channel) {
         const auto* plane = tone_plane(*tables, tone_mode, channel);
         if (plane == nullptr) {
@@ -49,6 +50,11 @@ ToneLookup::ToneLookup(const ToneTables* tables, int tone_mode) {
 
 void ToneLookup::apply(Sample* samples, int count, Colour background) const {
     if (!active()) {
+        for (int i = 0; i < count && keeps_apart_; ++i) {
+            if (samples[i].empty == 0) {
+                keep_from_background(samples[i].value, background);
+            }
+        }
         return;
     }
     const std::uint16_t* blue = values_[0].data();

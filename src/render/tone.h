@@ -24,13 +24,15 @@ class ToneLookup {
 public:
     /// Does nothing.
     ToneLookup() = default;
-    ToneLookup(const ToneTables* tables, int tone_mode);
+    /// `keeps_apart`: without tables too, samples are kept apart from the background.
+    ToneLookup(const ToneTables* tables, int tone_mode, bool keeps_apart = false);
 
     [[nodiscard]] bool active() const { return !values_[0].empty(); }
-    /// Applies the tables and keeps the result apart from `background`. Empty samples stay.
+    /// Applies the tables and keeps their result apart from `background`. Empty samples stay.
     void apply(Sample* samples, int count, Colour background) const;
 
 private:
+    bool keeps_apart_ = false;
     std::array<std::vector<std::uint16_t>, kPixelBytes> values_;
 };
 

@@ -80,8 +80,10 @@ void warp_pixels(WarpState& warp, const WarpRequest& request, const FixedCorrect
     const PairTransform transforms = make_transforms(warp, fixed, warp.height, warp.width);
     const Sampler sampler(kernel_of(request.interpolation), warp.filter_radius, request.gamma,
                           warp.passe_colour);
-    const auto tone = [&request](const ToneTables* tables, int mode) {
-        return request.use_tone ? ToneLookup(tables, mode) : ToneLookup();
+    const auto tone = [&request, &sampler](const ToneTables* tables, int mode) {
+        // The wide kernels have kept picture and background apart already.
+        const bool apart = sampler.kernel == Kernel::nearest || sampler.kernel == Kernel::bilinear;
+        return request.use_tone ? ToneLookup(tables, mode, apart) : ToneLookup();
     };
     const std::array<ViewRows, 2> views = {ViewRows(transforms[0], sampler, request.source.left,
                                                     tone(request.tone_left, request.tone_mode_left)),

@@ -69,6 +69,26 @@ TEST(WarpStill, RoundedBytesNeverBecomeTheBackgroundColour) {
     EXPECT_EQ(colour_at(rig.warp->pair().left, 5, 5), (Colour{254, 0, 255}));
 }
 
+TEST(WarpStill, OutputWarpsKeepBilinearSamplesFromTheBackgroundWithoutTables) {
+    ParameterSet set;
+    set.passe_color_red = set.passe_color_green = set.passe_color_blue = 100;
+    Bitmap source = Bitmap::create(40, 40);
+    fill(source.picture(), Colour{100, 100, 101});
+    for (int x = 1; x < 40; x += 2) {
+        fill(source.picture().part(x, 0, 1, 40), Colour{101, 101, 100});
+    }
+    for (const bool output : {false, true}) {
+        Rig rig(set);
+        rig.warp->apply_left_right = 1;
+        WarpRequest request = rig.request(source, source);
+        request.correction.shift = 0.5F;  // 100.5 in every channel
+        request.use_tone = output;
+        ASSERT_EQ(rig.run(request), WarpStatus::done);
+        const Colour expected = output ? Colour{102, 101, 101} : Colour{101, 101, 101};
+        EXPECT_EQ(colour_at(rig.warp->pair().right, 20, 20), expected) << output;
+    }
+}
+
 /// Where a correction takes the content: output pixel at `row`, `column` shows the source at an offset.
 struct SignCase {
     const char* name;
