@@ -186,7 +186,7 @@ void blend_linear_light(const Sampler& sampler, const ConstPicture& source, int 
 }  // namespace
 
 Kernel kernel_of(int interpolation) {
-    return interpolation >= 0 && interpolation <= 3 ? static_cast<Kernel>(interpolation) : Kernel::bilinear;
+    return has_kernel(interpolation) ? static_cast<Kernel>(interpolation) : Kernel::bilinear;
 }
 
 const AxisWeights& bicubic_weights() {

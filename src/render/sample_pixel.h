@@ -14,6 +14,10 @@ namespace zemora {
 /// Kernels by number.
 enum class Kernel { nearest = 0, bilinear = 1, bicubic = 2, tent = 3 };
 
+/// Whether the number is one of `Kernel`.
+[[nodiscard]] constexpr bool has_kernel(int interpolation) {
+    return interpolation >= 0 && interpolation <= 3;
+}
 /// Rows of `Kernel`; another number is the bilinear kernel.
 [[nodiscard]] Kernel kernel_of(int interpolation);
 

@@ -4,6 +4,7 @@
 #include <omp.h>
 
 #include <cmath>
+#include <cstdio>
 
 #include "platform/cpu.h"
 #include "render/warp_plan.h"
@@ -87,6 +88,20 @@ TEST(WarpStill, OutputWarpsKeepBilinearSamplesFromTheBackgroundWithoutTables) {
         const Colour expected = output ? Colour{102, 101, 101} : Colour{101, 101, 101};
         EXPECT_EQ(colour_at(rig.warp->pair().right, 20, 20), expected) << output;
     }
+}
+
+TEST(WarpStill, AnUnknownKernelIsToldOnceAndReadAsBilinear) {
+    const Bitmap source = textured(30, 20);
+    Rig rig;
+    WarpRequest request = rig.request(source, source);
+    request.interpolation = 17;
+    ::testing::internal::CaptureStdout();
+    const WarpStatus status = rig.run(request);
+    std::fflush(stdout);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+              "image_interpol_discret: Interpolation_Mode = 17 ist nicht implementiert!\n");
+    ASSERT_EQ(status, WarpStatus::done);
+    EXPECT_EQ(count_differences(rig.warp->pair().left, source.picture()), 0);
 }
 
 /// Where a correction takes the content: output pixel at `row`, `column` shows the source at an offset.
