@@ -59,7 +59,7 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
     const MeasuredPair measured(state, pair);
     const int tile_rows = measured.height / 6;
     const int tile_columns = measured.width / 6;
-    const int margin = tile_columns / 2 + 1;
+    const double margin = tile_columns / 2.0 + 1.0;
     const int shift_x = round_half_up(state.ErrorPixel_x[0][0]);
     const int shift_y = round_half_up(state.ErrorPixel_y[0][0]);
     const bool has_area = tile_rows > 0 && tile_columns > 0;

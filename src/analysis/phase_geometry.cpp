@@ -113,7 +113,7 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, const Geometry
 /// One pass over the cells.
 void measure_pass(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run,
                   const AnalyseProgress& progress) {
-    const int margin = state.TW_A[0][0] / 2 + 1;
+    const double margin = state.TW_A[0][0] / 2.0 + 1.0;
     for_each_cell(kCells, progress, [&](int cell, CellTools& tools) {
         const int row = cell / kGeometryGrid;
         const int column = cell % kGeometryGrid;

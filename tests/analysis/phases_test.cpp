@@ -134,6 +134,22 @@ INSTANTIATE_TEST_SUITE_P(
                       GeometryCase{"all", {2.0F, 6.0F, 0.006F, 0.005F, -0.006F, 0.005F, 0}}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
+TEST(Grids, LeaveHalfASearchAndAPixelFreeAtTheirEdges) {
+    // Odd tiles and searches: half of them is no whole number of pixels.
+    const TexturePair pair(kWidth, kHeight, [](double, double) { return Displacement{3.0, 0.0}; });
+    AnalysisState state(analysis_parameters());
+    ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::first_grid), AnalyseStatus::done);
+    EXPECT_EQ(state.middle_x[0][0], 68 + 66);
+    EXPECT_EQ(state.middle_x[2][2], 600 + 66);
+    EXPECT_EQ(state.middle_y[0][0], 68 + 50);
+    EXPECT_EQ(state.middle_y[2][2], 433 + 50);
+    ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::geometry), AnalyseStatus::done);
+    EXPECT_EQ(state.middle_x[0][0], 23 + 38);
+    EXPECT_EQ(state.middle_x[9][9], 702 + 38);
+    EXPECT_EQ(state.middle_y[0][0], 23 + 28);
+    EXPECT_EQ(state.middle_y[9][9], 521 + 28);
+}
+
 TEST(PhaseGeometryLarge, StepsOfTwoAndThreeKeepTheCentre) {
     // Searches of full-size pictures are no multiples of their steps.
     const TexturePair pair(
