@@ -114,6 +114,32 @@ TEST(Colormap, TheViewThatSetsTheToneKeepsItsTable) {
     }
 }
 
+TEST(MatchLines, MeansOfDifferentlySpreadViewsMeet) {
+    // Equal ends, so that the straight lines change nothing and only the bend brings the means together.
+    const auto spread_round = [](std::size_t level) {
+        Histogram histogram{};
+        histogram[5] = histogram[250] = 50;
+        histogram[level] = 900;
+        return histogram;
+    };
+    const auto mean = [](const Histogram& histogram, const ToneLevels& levels) {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < histogram.size(); ++i) {
+            sum += histogram[i] * levels[i] / 256.0 / 1000.0;
+        }
+        return sum;
+    };
+    const BothViews<Histogram> views{spread_round(100), spread_round(140)};
+    for (const auto& [target, common] : {std::pair(ToneTarget::left, 102.75),
+                                         {ToneTarget::mean, 120.75},
+                                         {ToneTarget::right, 138.75}}) {
+        const BothViews<ToneLevels> tables = match_lines(views, target);
+        // The pieces on either side of the mean differ in slope, which costs a few levels.
+        EXPECT_NEAR(mean(views.left, tables.left), common, 5.0);
+        EXPECT_NEAR(mean(views.right, tables.right), common, 5.0);
+    }
+}
+
 TEST(Colormap, ChannelsAreBroughtTogetherOneByOne) {
     const TexturePair pair = toned_pair(1.0, 0.0, 30.0);
     AnalysisState state = state_for(1);
