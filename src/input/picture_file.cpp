@@ -14,6 +14,7 @@
 
 #include "input/bmp_header.h"
 #include "input/targa_check.h"
+#include "input/tiff_profile.h"
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 
@@ -190,6 +191,18 @@ Bitmap as_24_bits(Bitmap bitmap) {
     return bitmap ? Bitmap(FreeImage_ConvertTo24Bits(bitmap.handle())) : Bitmap();
 }
 
+/// A file in the form that the image library reads well and without harm.
+std::optional<std::vector<std::uint8_t>> read_content(const std::string& path, std::string& reason) {
+    auto content = read_file_whole(path, reason);
+    if (content) {
+        if (auto shortened = with_short_bmp_header(*content)) {
+            content = std::move(shortened);
+        }
+        hide_tiff_profile(*content);
+    }
+    return content;
+}
+
 }  // namespace
 
 PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path) {
@@ -208,14 +221,14 @@ bool is_tiff_file(const std::string& path) {
         return false;
     }
     std::string reason;
-    const auto content = read_file_whole(path, reason);
+    const auto content = read_content(path, reason);
     return content && !content->empty() && content->size() <= UINT32_MAX &&
            picture_format_of(*content, path) == PictureFormat::tiff;
 }
 
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
-    auto content = read_file_whole(path, reason);
+    const auto content = read_content(path, reason);
     if (!content) {
         return failed(LoadStatus::unreadable, reason);
     }
@@ -224,9 +237,6 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     }
     if (content->size() > UINT32_MAX) {
         return failed(LoadStatus::unreadable, "the file is too large");
-    }
-    if (auto shortened = with_short_bmp_header(*content)) {
-        content = std::move(shortened);
     }
     const FREE_IMAGE_FORMAT format = library_format(*content, path);
     const PictureFormat known = allowed(format);
@@ -262,7 +272,7 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
 
 std::string capture_time_text(const std::string& path) {
     std::string reason;
-    const auto content = read_file_whole(path, reason);
+    const auto content = read_content(path, reason);
     if (!content || content->empty() || content->size() > UINT32_MAX) {
         return {};
     }

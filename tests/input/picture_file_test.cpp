@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "input/targa_check.h"
+#include "input/tiff_profile.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
 
@@ -153,6 +154,36 @@ TEST(LoadPicture, CutOffTiffWithItsDirectoryFirstIsUnreadableAndSilent) {
         EXPECT_EQ(load_picture(folder / "a.tif").status, LoadStatus::unreadable) << part;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(LoadPicture, ColourProfileOfATiffIsNotHandedOn) {
+    const TestFolder folder;
+    const Bitmap picture = test::place_picture(20, 10);
+    std::vector<std::uint8_t> profile(300'000, 7);  // memory of this size goes back to the system when freed
+    FreeImage_CreateICCProfile(picture.handle(), profile.data(), static_cast<long>(profile.size()));
+    write_bytes(folder / "a.tif", test::encoded(picture.handle(), FIF_TIFF, TIFF_NONE));
+    ASSERT_GT(std::filesystem::file_size(folder / "a.tif"), profile.size());
+    const LoadedPicture loaded = load_picture(folder / "a.tif");
+    ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
+    EXPECT_EQ(FreeImage_GetICCProfile(loaded.bitmap.handle())->size, 0U);
+    EXPECT_EQ(test::colour_at(loaded.bitmap.picture(), 3, 4), test::place_colour(3, 4));
+}
+
+TEST(TiffProfile, IsHiddenInEitherByteOrderAndBrokenDirectoriesAreLeft) {
+    std::vector<std::uint8_t> low{'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x73, 0x87, 7, 0, 1, 0, 0, 0, 0, 0, 0, 0};
+    std::vector<std::uint8_t> high{'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x87, 0x73, 0, 7, 0, 0, 0, 1, 0, 0, 0, 0};
+    hide_tiff_profile(low);
+    hide_tiff_profile(high);
+    EXPECT_EQ(low[10], 0x72);
+    EXPECT_EQ(high[11], 0x72);
+    for (std::size_t size = 0; size < low.size(); ++size) {  // no read or write outside
+        std::vector<std::uint8_t> part(high.begin(), high.begin() + static_cast<std::ptrdiff_t>(size));
+        hide_tiff_profile(part);
+    }
+    std::vector<std::uint8_t> far{'I', 'I', 42, 0, 0xFF, 0xFF, 0xFF, 0xFF, 1, 0};
+    std::vector<std::uint8_t> endless{'I', 'I', 43, 0, 8, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    hide_tiff_profile(far);
+    hide_tiff_profile(endless);
 }
 
 TEST(LoadPicture, DeepPixelsAreKeptOnRequest) {
