@@ -1,6 +1,7 @@
 #include "render/output_writer.h"
 
 #include <array>
+#include <utility>
 
 #include "render/canvas.h"
 #include "render/rgb16.h"
@@ -49,20 +50,17 @@ ViewStore store_view(const WarpState& warp, const CanvasLayout& layout, View vie
     return {false, save_picture(canvas, file, options)};
 }
 
-/// The sources have not been exchanged, the outputs have: then the names change places.
-StoreResult write_deep_views(const WarpState& warp, const DeepPair& pair, const std::string& left_file,
-                             const std::string& right_file) {
-    const SaveOptions options(warp.parameters);
-    const bool inverse = warp.inverse_output == 1;
-    const std::string& of_left = inverse ? right_file : left_file;
-    const std::string& of_right = inverse ? left_file : right_file;
-    const StoreResult left = result_of(of_left, save_deep_picture(pair.left, of_left, options));
-    return joined(left, result_of(of_right, save_deep_picture(pair.right, of_right, options)));
+/// The deep views in the order of the outputs: these have been exchanged, the sources have not.
+DeepPair deep_outputs(const WarpState& warp, const SourceFiles& sources) {
+    DeepPair pair = make_deep_pair(warp, sources);
+    if (warp.inverse_output == 1) {
+        std::swap(pair.left, pair.right);
+    }
+    return pair;
 }
 
 StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const std::string& file) {
-    const bool inverse = warp.inverse_output == 1;
-    const Bitmap both = inverse ? join_deep(pair.right, pair.left) : join_deep(pair.left, pair.right);
+    const Bitmap both = join_deep(pair.left, pair.right);
     if (!both) {
         fail_for_memory(warp, "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
     }
@@ -73,13 +71,17 @@ StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const
 
 StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,
                              const SourceFiles& sources) {
+    DeepPair deep;
     if (wants_deep(warp, left_file)) {
-        if (const DeepPair pair = make_deep_pair(warp, sources)) {
-            return write_deep_views(warp, pair, left_file, right_file);
+        deep = deep_outputs(warp, sources);
+    }
+    const std::array<const Bitmap*, 2> deep_views = {&deep.left, &deep.right};
+    std::array<CanvasLayout, 2> layouts;
+    for (std::size_t i = 0; i < layouts.size(); ++i) {
+        if (!*deep_views[i]) {
+            layouts[i] = single_view_layout(warp, i == 0 ? View::left : View::right);
         }
     }
-    const std::array<CanvasLayout, 2> layouts = {single_view_layout(warp, View::left),
-                                                 single_view_layout(warp, View::right)};
     const std::array<const std::string*, 2> files = {&left_file, &right_file};
     const SaveOptions options(warp.parameters);
     std::array<ViewStore, 2> stores;
@@ -87,8 +89,10 @@ StoreResult write_left_right(WarpState& warp, const std::string& left_file, cons
 #pragma omp parallel for schedule(static, 1) num_threads(2)
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
-        stores[index] =
-            store_view(warp, layouts[index], i == 0 ? View::left : View::right, *files[index], options);
+        const std::string& file = *files[index];
+        stores[index] = *deep_views[index]
+                            ? ViewStore{false, save_deep_picture(*deep_views[index], file, options)}
+                            : store_view(warp, layouts[index], i == 0 ? View::left : View::right, file, options);
     }
     if (stores[0].out_of_memory) {
         fail_for_memory(warp, "4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");
@@ -104,7 +108,7 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
         return {};
     }
     if (wants_deep(warp, file)) {
-        if (const DeepPair pair = make_deep_pair(warp, sources)) {
+        if (const DeepPair pair = deep_outputs(warp, sources)) {
             return write_deep_stereo(warp, pair, file);
         }
     }

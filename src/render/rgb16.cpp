@@ -19,6 +19,10 @@ namespace {
 
 constexpr int kDeepBytes = 6;  ///< Bytes of a pixel: red, green, blue of 16 bits each.
 
+// Values of `StereoImageInput` whose files hold the views as they are.
+constexpr int kSideBySide = 1;
+constexpr int kTwoFiles = 2;
+
 Bitmap create_deep(int width, int height) {
     return width > 0 && height > 0 ? Bitmap(FreeImage_AllocateT(FIT_RGB16, width, height)) : Bitmap();
 }
@@ -199,7 +203,10 @@ Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, Sou
 
 DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
     const ParameterSet& parameters = warp.parameters;
-    const bool single_views = parameters.stereo_image_input == 2;
+    const bool single_views = parameters.stereo_image_input == kTwoFiles;
+    if (!single_views && parameters.stereo_image_input != kSideBySide) {
+        return {};  // the views are not what the files show
+    }
     const bool inverse = parameters.inverse_input == 1;
     const SourcePart left_part =
         single_views ? SourcePart::whole : (inverse ? SourcePart::right_half : SourcePart::left_half);
@@ -207,9 +214,7 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
         single_views ? SourcePart::whole : (inverse ? SourcePart::left_half : SourcePart::right_half);
     DeepPair pair;
     pair.left = make_rgb16(warp, sources.left, View::left, left_part);
-    if (pair.left) {
-        pair.right = make_rgb16(warp, single_views ? sources.right : sources.left, View::right, right_part);
-    }
+    pair.right = make_rgb16(warp, single_views ? sources.right : sources.left, View::right, right_part);
     return pair;
 }
 

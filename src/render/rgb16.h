@@ -17,8 +17,8 @@ enum class SourcePart { whole, left_half, right_half };
 /// does not hold 16 bits per channel.
 [[nodiscard]] Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part);
 
-/// Whether the outputs are wanted and possible in 16 bits: left and right, or both side by side. The
-/// views belong to the sources, before an exchange of the outputs. Empty when a source is not deep.
+/// Both views in 16 bits. They belong to the sources, before an exchange of the outputs; a view whose
+/// source is not deep is empty.
 struct DeepPair {
     Bitmap left;
     Bitmap right;

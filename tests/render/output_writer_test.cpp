@@ -319,6 +319,38 @@ TEST_F(Outputs, AnEightBitSourceStaysEightBits) {
     EXPECT_EQ(loaded(file("r.tif"), FIF_TIFF).bits_per_pixel(), 24);
 }
 
+TEST_F(Outputs, OnlyTheViewWithADeepSourceHasSixteenBits) {
+    const DeepSource source(60, 50);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.shallow.handle(), file("flat.tif").c_str(), 0));
+    for (const bool inverse : {false, true}) {
+        ParameterSet set;
+        set.output_format = 7;
+        set.stereo_image_input = 2;
+        set.inverse_output = inverse ? 1 : 0;
+        Rig rig(set);
+        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+        const SourceFiles sources{file("deep.tif"), file("flat.tif")};
+        ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
+        EXPECT_EQ(loaded(file("l.tif"), FIF_TIFF).bits_per_pixel(), inverse ? 24 : 48);
+        EXPECT_EQ(loaded(file("r.tif"), FIF_TIFF).bits_per_pixel(), inverse ? 48 : 24);
+    }
+}
+
+TEST_F(Outputs, SqueezedAndAnaglyphSourcesStayEightBits) {
+    const DeepSource source(60, 50);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    for (const int layout : {3, 4}) {
+        ParameterSet set;
+        set.output_format = 7;
+        set.stereo_image_input = layout;
+        Rig rig(set);
+        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+        ASSERT_EQ(write_stereo(*rig.warp, file("s.tif"), {file("deep.tif"), file("deep.tif")}).code, 0);
+        EXPECT_EQ(loaded(file("s.tif"), FIF_TIFF).bits_per_pixel(), 24) << layout;
+    }
+}
+
 TEST_F(Outputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
     const DeepSource source(160, 60);
     ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("both.tif").c_str(), 0));
