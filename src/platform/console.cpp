@@ -43,7 +43,7 @@ void Console::print(std::string_view text) {
 
 void Console::progress(std::string_view step, double percent) {
     if (is_terminal_) {
-        std::printf("\r%.*s  %5.1f %%", static_cast<int>(step.size()), step.data(), percent);
+        std::printf("\r%.*s  %5.1f %% ", static_cast<int>(step.size()), step.data(), percent);
         std::fflush(stdout);
         line_open_ = true;
     } else if (percent >= kDone) {
