@@ -130,9 +130,8 @@ TEST(MatchLines, MeansOfDifferentlySpreadViewsMeet) {
         return sum;
     };
     const BothViews<Histogram> views{spread_round(100), spread_round(140)};
-    for (const auto& [target, common] : {std::pair(ToneTarget::left, 102.75),
-                                         {ToneTarget::mean, 120.75},
-                                         {ToneTarget::right, 138.75}}) {
+    for (const auto& [target, common] :
+         {std::pair(ToneTarget::left, 102.75), {ToneTarget::mean, 120.75}, {ToneTarget::right, 138.75}}) {
         const BothViews<ToneLevels> tables = match_lines(views, target);
         // The pieces on either side of the mean differ in slope, which costs a few levels.
         EXPECT_NEAR(mean(views.left, tables.left), common, 5.0);
