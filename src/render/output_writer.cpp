@@ -90,9 +90,10 @@ StoreResult write_left_right(WarpState& warp, const std::string& left_file, cons
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
         const std::string& file = *files[index];
-        stores[index] = *deep_views[index]
-                            ? ViewStore{false, save_deep_picture(*deep_views[index], file, options)}
-                            : store_view(warp, layouts[index], i == 0 ? View::left : View::right, file, options);
+        stores[index] =
+            *deep_views[index]
+                ? ViewStore{false, save_deep_picture(*deep_views[index], file, options)}
+                : store_view(warp, layouts[index], i == 0 ? View::left : View::right, file, options);
     }
     if (stores[0].out_of_memory) {
         fail_for_memory(warp, "4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");

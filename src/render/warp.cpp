@@ -78,8 +78,9 @@ void warp_range(WarpState& warp, const std::array<ViewRows, 2>& views, const Pix
 void warp_pixels(WarpState& warp, const WarpRequest& request, const FixedCorrection& fixed,
                  const PixelRectangle& range) {
     if (!has_kernel(request.interpolation)) {
-        warp.voice.print(format_text("image_interpol_discret: Interpolation_Mode = %d ist nicht implementiert!\n",
-                                     request.interpolation));
+        warp.voice.print(
+            format_text("image_interpol_discret: Interpolation_Mode = %d ist nicht implementiert!\n",
+                        request.interpolation));
     }
     const PairTransform transforms = make_transforms(warp, fixed, warp.height, warp.width);
     const Sampler sampler(kernel_of(request.interpolation), warp.filter_radius, request.gamma,

@@ -301,7 +301,8 @@ TEST_F(Outputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
     ::testing::internal::CaptureStdout();
     const StoreResult result = write_stereo(*rig.warp, file("s.tif"), {file("deep.tif"), file("deep.tif")});
     std::fflush(stdout);
-    EXPECT_NE(::testing::internal::GetCapturedStdout().find("FrameFloating was too large"), std::string::npos);
+    EXPECT_NE(::testing::internal::GetCapturedStdout().find("FrameFloating was too large"),
+              std::string::npos);
     ASSERT_EQ(result.code, 0);
     EXPECT_EQ(loaded(file("s.tif"), FIF_TIFF).width(), 120);
 }
