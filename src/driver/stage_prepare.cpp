@@ -65,7 +65,10 @@ void announce(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.list.two_files) {
         text += "   " + printable(pair.right_relative) + '\n';
     }
-    voice.print_and_report(text);
+    if (voice.verbose() > 0) {
+        voice.print(text);
+    }
+    voice.report_text(text);
     voice.report_html("<hr>\n<p><b>" + html_text(head) + "</b><br>\n&nbsp;&nbsp;&nbsp;" +
                       html_text(printable(pair.left_relative)) +
                       (pipeline.list.two_files ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative)) : "") +
@@ -88,7 +91,9 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
         !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = kThumbnails;
-        voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
+        if (voice.verbose() > 0) {
+            voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
+        }
     }
 }
 
