@@ -52,8 +52,9 @@ class StageClock {
 public:
     void add(benchmark::State& state, const char* stage) {
         const auto now = std::chrono::steady_clock::now();
-        state.counters[stage] += benchmark::Counter(
-            std::chrono::duration<double, std::milli>(now - last_).count(), benchmark::Counter::kAvgIterations);
+        state.counters[stage] +=
+            benchmark::Counter(std::chrono::duration<double, std::milli>(now - last_).count(),
+                               benchmark::Counter::kAvgIterations);
         last_ = now;
     }
 

@@ -10,10 +10,12 @@
 namespace {
 
 int usage() {
-    std::puts("zemora_scene LEFT RIGHT WIDTH HEIGHT [height=PX] [size=PERCENT] [rotation=DEG] [vergence_v=DEG]\n"
-              "             [vergence_h=DEG] [brightness=FACTOR] [noise=LEVELS] [seed=N] [near=PERMILLE] [far=PERMILLE]\n"
-              "             [objects=N] [share=-1|0|1] [flat=1] [quality=1..100]\n"
-              "Renders a textured stereo pair whose views are misaligned by the given amounts.");
+    std::puts(
+        "zemora_scene LEFT RIGHT WIDTH HEIGHT [height=PX] [size=PERCENT] [rotation=DEG] [vergence_v=DEG]\n"
+        "             [vergence_h=DEG] [brightness=FACTOR] [noise=LEVELS] [seed=N] [near=PERMILLE] "
+        "[far=PERMILLE]\n"
+        "             [objects=N] [share=-1|0|1] [flat=1] [quality=1..100]\n"
+        "Renders a textured stereo pair whose views are misaligned by the given amounts.");
     return EXIT_FAILURE;
 }
 
@@ -24,7 +26,8 @@ int main(int count, char** values) {
     if (count < kPositional) {
         return usage();
     }
-    std::map<std::string, double> settings{{"brightness", 1.0}, {"seed", 1.0}, {"near", -12.0}, {"far", 8.0}, {"objects", 14.0}, {"quality", 95.0}};
+    std::map<std::string, double> settings{{"brightness", 1.0}, {"seed", 1.0},     {"near", -12.0},
+                                           {"far", 8.0},        {"objects", 14.0}, {"quality", 95.0}};
     for (int i = kPositional; i < count; ++i) {
         const std::string argument = values[i];
         const std::size_t equals = argument.find('=');
@@ -65,5 +68,6 @@ int main(int count, char** values) {
         }
         return reason.empty();
     };
-    return write(values[1], scene.render_left()) && write(values[2], scene.render_right()) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return write(values[1], scene.render_left()) && write(values[2], scene.render_right()) ? EXIT_SUCCESS
+                                                                                           : EXIT_FAILURE;
 }

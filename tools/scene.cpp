@@ -44,7 +44,9 @@ const std::array<float, kLatticeSide * kLatticeSide>& lattice() {
     return values;
 }
 
-float smooth(float t) { return t * t * (3.0F - 2.0F * t); }
+float smooth(float t) {
+    return t * t * (3.0F - 2.0F * t);
+}
 
 /// Value noise, continuous in position and slope (K. Perlin, "An Image Synthesizer", 1985, in its
 /// simplest form).
@@ -64,7 +66,7 @@ float noise_at(float x, float y) {
     return low + fy * (high - low);
 }
 
-constexpr double kFinestDetail = 3.5;     // pixels of a lattice step, so that the sampling is honest
+constexpr double kFinestDetail = 3.5;  // pixels of a lattice step, so that the sampling is honest
 
 }  // namespace
 
@@ -100,7 +102,8 @@ Scene::Scene(const SceneOptions& options, const SceneErrors& errors) : options_(
         paint(layer);
         layers_.push_back(layer);
     }
-    std::sort(layers_.begin(), layers_.end(), [](const Layer& a, const Layer& b) { return a.disparity < b.disparity; });
+    std::sort(layers_.begin(), layers_.end(),
+              [](const Layer& a, const Layer& b) { return a.disparity < b.disparity; });
     Layer ground;  // rises from the near to the far distance at the horizon
     ground.top = 0.1 * h;
     ground.disparity = far_px * 0.9;
@@ -179,8 +182,10 @@ void Scene::shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t*
     const float gain = side > 0 ? static_cast<float>(errors_.brightness) : 1.0F;
     constexpr std::array kTint{0.25F, 0.0F, -0.25F};
     for (int channel = 0; channel < kPixelBytes; ++channel) {
-        float value = layer.colour[channel] * (1.0F + 0.55F * texture + kTint[static_cast<std::size_t>(channel)] * tint);
-        const auto grain = static_cast<float>(mix(noise * 3U + static_cast<std::uint32_t>(channel))) / 2147483648.0F - 1.0F;
+        float value = layer.colour[channel] *
+                      (1.0F + 0.55F * texture + kTint[static_cast<std::size_t>(channel)] * tint);
+        const auto grain =
+            static_cast<float>(mix(noise * 3U + static_cast<std::uint32_t>(channel))) / 2147483648.0F - 1.0F;
         value = value * gain + static_cast<float>(errors_.noise) * grain;
         pixel[channel] = static_cast<std::uint8_t>(std::clamp(value + 0.5F, 1.0F, 255.0F));
     }
@@ -192,8 +197,10 @@ Bitmap Scene::render(int side) const {
 #pragma omp parallel for schedule(dynamic, 8)
     for (int row = 0; row < options_.height; ++row) {
         for (int column = 0; column < options_.width; ++column) {
-            const ScenePoint point = ideal_of({column - options_.width / 2.0, row - options_.height / 2.0}, side);
-            const auto number = static_cast<std::uint32_t>((row * 2 + (side > 0 ? 1 : 0)) * options_.width + column);
+            const ScenePoint point =
+                ideal_of({column - options_.width / 2.0, row - options_.height / 2.0}, side);
+            const auto number =
+                static_cast<std::uint32_t>((row * 2 + (side > 0 ? 1 : 0)) * options_.width + column);
             shade(point, side, mix(number ^ options_.seed), picture.pixel(column, row));
         }
     }

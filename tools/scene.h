@@ -22,13 +22,13 @@ namespace zemora {
 /// To first order dy is the model of the analysis, whatever the share; to second order the share counts.
 struct SceneErrors {
     double height_px = 0.0;
-    double size = 0.0;            ///< Fraction.
+    double size = 0.0;  ///< Fraction.
     double rotation_rad = 0.0;
     double vergence_v_rad = 0.0;
     double vergence_h_rad = 0.0;
-    int share = 0;                ///< 0 half on each view, -1 all on the left, 1 all on the right.
-    double brightness = 1.0;      ///< Factor of the right view.
-    double noise = 0.0;           ///< Half range of uniform noise in both views, levels.
+    int share = 0;            ///< 0 half on each view, -1 all on the left, 1 all on the right.
+    double brightness = 1.0;  ///< Factor of the right view.
+    double noise = 0.0;       ///< Half range of uniform noise in both views, levels.
 };
 
 struct ScenePoint {
@@ -37,7 +37,7 @@ struct ScenePoint {
 };
 
 struct SceneOptions {
-    int width = 0;   ///< Pixels.
+    int width = 0;  ///< Pixels.
     int height = 0;
     std::uint32_t seed = 1;
     int objects = 14;                ///< Surfaces in front of ground and wall.
@@ -67,7 +67,7 @@ private:
         double radius_x = 0.0;  ///< 0 covers everything below `top`.
         double radius_y = 0.0;
         double top = 0.0;
-        double disparity = 0.0;        ///< Pixels, at y = 0.
+        double disparity = 0.0;  ///< Pixels, at y = 0.
         double disparity_per_row = 0.0;
         float colour[3] = {};
         float pattern_x = 0.0F;  ///< Origin in the texture.

@@ -2,8 +2,6 @@
 
 #include "platform/process_end.h"
 
-
-
 namespace zemora {
 
 void Voice::report_text(std::string_view text) const {

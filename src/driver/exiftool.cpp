@@ -25,8 +25,9 @@ std::string plain_name(const std::string& path) {
 /// A name for arguments that take "%d" and the like for parts of another name, and know no way to
 /// write the sign itself.
 std::string pattern_name(const std::string& path) {
-    return path.find('%') == std::string::npos ? plain_name(path)
-                                               : alias_in_temporary_folder(join_path(working_directory(), path));
+    return path.find('%') == std::string::npos
+               ? plain_name(path)
+               : alias_in_temporary_folder(join_path(working_directory(), path));
 }
 
 std::string first_line(const std::vector<std::uint8_t>& output) {
@@ -43,10 +44,12 @@ const char* record_tag(InputClass input_class) {
 int rot_mir_of_orientation(int orientation) {
     static constexpr std::array kCodes{0, 0, 4, 2, 6, 7, 3, 5, 1};  // orientation 0 (none) to 8
     return orientation >= 1 && orientation < static_cast<int>(kCodes.size())
-               ? kCodes[static_cast<std::size_t>(orientation)] : 0;
+               ? kCodes[static_cast<std::size_t>(orientation)]
+               : 0;
 }
 
-ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice) : parameters_(parameters), voice_(voice) {}
+ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice)
+    : parameters_(parameters), voice_(voice) {}
 
 void ExifTool::require() {
     // Started now, it is ready when the first picture is stored.
@@ -76,12 +79,14 @@ std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::s
     for (const std::string& argument : arguments) {
         request += argument + '\n';
     }
-    request += "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd) + "-execute\n";
+    request +=
+        "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd) + "-execute\n";
     Answer answer;
     if (!dialog_.write(request) || !dialog_.read_until(kAnswerEnd, answer.output)) {
         return std::nullopt;  // the process has gone; the call is made anew on its own
     }
-    const auto mark = std::find_end(answer.output.begin(), answer.output.end(), kAnswerMark.begin(), kAnswerMark.end());
+    const auto mark =
+        std::find_end(answer.output.begin(), answer.output.end(), kAnswerMark.begin(), kAnswerMark.end());
     const std::string status(mark, answer.output.end());
     answer.exit_code = std::atoi(status.c_str() + kAnswerMark.size());
     answer.output.erase(mark, answer.output.end());
@@ -123,7 +128,8 @@ std::string ExifTool::read_software(const std::string& path) {
 
 std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
     const Answer answer = is_available()
-                              ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)}) : Answer{};
+                              ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)})
+                              : Answer{};
     if (answer.exit_code != 0) {
         tell_failure();
         return std::nullopt;
@@ -132,8 +138,9 @@ std::optional<std::string> ExifTool::read_record(const std::string& path, InputC
 }
 
 bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text) {
-    const Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
-                                                "-overwrite_original", "-q", plain_name(path)}) : Answer{};
+    const Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s",
+                                                "-s", "-overwrite_original", "-q", plain_name(path)})
+                                         : Answer{};
     if (answer.exit_code != 0) {
         tell_failure();
     }
@@ -146,7 +153,8 @@ std::vector<std::string> ExifTool::profile_arguments(const std::string& source) 
         std::string file = find_data_file("sRGB.icc");
         const Answer answer = run({"-icc_profile", "-b", plain_name(source)});
         if (!answer.output.empty()) {
-            const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
+            const std::string fetched =
+                temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
             if (write_file_whole(fetched, answer.output).empty()) {
                 file = fetched;
             }
@@ -159,8 +167,9 @@ std::vector<std::string> ExifTool::profile_arguments(const std::string& source) 
     return {"-ICC_Profile<=" + pattern_name(known->second)};
 }
 
-bool ExifTool::transfer(const std::string& source, const std::string& target, const TagPermissions& permissions,
-                        const SoftwareTagValues& values, bool is_extra_output) {
+bool ExifTool::transfer(const std::string& source, const std::string& target,
+                        const TagPermissions& permissions, const SoftwareTagValues& values,
+                        bool is_extra_output) {
     constexpr int kMultiPicture = 5;
     const bool wanted = parameters_.meta_transfer != 0;
     std::vector<std::string> arguments;
@@ -191,8 +200,8 @@ bool ExifTool::transfer(const std::string& source, const std::string& target, co
         if (!is_extra_output) {
             add({"-exif:orientation=1", "-n"});
         }
-        add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d", values.near_point,
-                         values.far_point, values.deviation)});
+        add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d",
+                         values.near_point, values.far_point, values.deviation)});
     }
     if (!parameters_.exif_copyright.empty() && permissions.tags_ok) {
         add({"-Exif:Copyright=" + parameters_.exif_copyright});

@@ -29,7 +29,9 @@ void warn(const ParameterSet& parameters, const Voice& voice, const std::string&
     }
 }
 
-bool asks_for_iptc(const std::string& text) { return text.find("__IPTC__") != std::string::npos; }
+bool asks_for_iptc(const std::string& text) {
+    return text.find("__IPTC__") != std::string::npos;
+}
 
 }  // namespace
 
@@ -81,16 +83,20 @@ InputClass input_class_of(const std::string& left_suffix, const std::string& rig
     if (left_suffix == ".jpg") {
         return InputClass::jpeg;
     }
-    return left_suffix == ".tif" ? InputClass::tiff : (left_suffix == ".mpo" ? InputClass::mpo : InputClass::none);
+    return left_suffix == ".tif" ? InputClass::tiff
+                                 : (left_suffix == ".mpo" ? InputClass::mpo : InputClass::none);
 }
 
 TagPermissions tag_permissions(const ParameterSet& parameters, const std::string& left_input,
                                const std::string& right_input, const std::string& left_output,
                                const std::string& right_output, const Voice& voice) {
-    const auto both = [&](std::string_view suffix) { return left_output == suffix && right_output == suffix; };
+    const auto both = [&](std::string_view suffix) {
+        return left_output == suffix && right_output == suffix;
+    };
     TagPermissions permissions;
     permissions.colour_profile_ok = both(".jpg") || both(".tif");
-    permissions.exif_ok = left_input == right_input && holds(kWithExif, left_input) && permissions.colour_profile_ok;
+    permissions.exif_ok =
+        left_input == right_input && holds(kWithExif, left_input) && permissions.colour_profile_ok;
     permissions.tags_ok = permissions.exif_ok || permissions.colour_profile_ok || both(".mpo");
     const MessageCatalogue& messages = voice.messages();
     if (!permissions.exif_ok && parameters.meta_transfer != 0) {

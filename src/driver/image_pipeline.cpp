@@ -13,7 +13,8 @@ void refuse_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
     if (pipeline.exiftool.read_software(path).find("Photoshop") == std::string::npos) {
         return;
     }
-    voice.print_and_report(voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
+    voice.print_and_report(
+        voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
     voice.wait(WaitAbove::error);
     end_process(kExitDone);
 }
@@ -47,7 +48,9 @@ bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
 namespace {
 
 /// Mode -3 differs from 3 only in the file that its record goes to.
-bool is_measured_mode(int mode) { return mode == 1 || mode == 3 || mode == -3; }
+bool is_measured_mode(int mode) {
+    return mode == 1 || mode == 3 || mode == -3;
+}
 
 /// From the loaded pair to its corrections and its place behind the stereo window.
 bool find_geometry(Pipeline& pipeline, PairRun& pair) {

@@ -13,7 +13,8 @@ namespace {
 
 bool names_parameter_file(const std::string& argument) {
     const std::string name = bare_name_of(argument);
-    return !is_directory(argument) && (name.find(".ini") != std::string::npos || name.find(".INI") != std::string::npos);
+    return !is_directory(argument) &&
+           (name.find(".ini") != std::string::npos || name.find(".INI") != std::string::npos);
 }
 
 std::string clean_argument(const std::string& argument) {
@@ -38,7 +39,8 @@ bool are_view_folders(const std::string& left, const std::string& right) {
     const std::string here = working_directory();
     const std::string a = join_path(here, left);
     const std::string b = join_path(here, right);
-    return folder_of(a) == folder_of(b) && lower_case(bare_name_of(a)) == "l" && lower_case(bare_name_of(b)) == "r";
+    return folder_of(a) == folder_of(b) && lower_case(bare_name_of(a)) == "l" &&
+           lower_case(bare_name_of(b)) == "r";
 }
 
 std::optional<Invocation> classify_two(const std::vector<std::string>& arguments) {
@@ -190,9 +192,10 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, int la
 
 void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call) {
     voice.print("\n");
-    for (const Msg line : {Msg::main_usage_heading, Msg::main_usage_rule, Msg::main_usage_form_1, Msg::main_usage_form_2,
-                           Msg::main_usage_form_3, Msg::main_usage_form_4, Msg::main_usage_form_5, Msg::main_usage_form_6,
-                           Msg::main_usage_suffix_hint, Msg::main_separator}) {
+    for (const Msg line :
+         {Msg::main_usage_heading, Msg::main_usage_rule, Msg::main_usage_form_1, Msg::main_usage_form_2,
+          Msg::main_usage_form_3, Msg::main_usage_form_4, Msg::main_usage_form_5, Msg::main_usage_form_6,
+          Msg::main_usage_suffix_hint, Msg::main_separator}) {
         voice.print(voice.messages().raw(line));
     }
     std::string call;

@@ -6,7 +6,9 @@ namespace zemora {
 
 namespace {
 
-std::string measure_text(double value) { return format_text("%5.2f", value); }
+std::string measure_text(double value) {
+    return format_text("%5.2f", value);
+}
 
 }  // namespace
 
@@ -16,28 +18,29 @@ double measured_scale(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 AnalyseProgress progress_of(const Pipeline& pipeline, std::string step) {
-    return [&voice = pipeline.voice, text = std::move(step)](double percent) { voice.progress(text, percent); };
+    return
+        [&voice = pipeline.voice, text = std::move(step)](double percent) { voice.progress(text, percent); };
 }
 
 AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const PhaseRequest& request,
                         const AnalyseProgress& progress) {
     const AnalyseStatus status = analyse_phase(pipeline.analysis, pictures, request, progress);
     if (status == AnalyseStatus::no_memory) {
-        end_run_without_picture_memory(
-            pipeline.voice.console(),
-            format_text("%d: FAILED TO ALLOCATE MEMORY FOR CORRELATION IMAGE\n",
-                        static_cast<int>(pipeline.analysis.memory_failure)));
+        end_run_without_picture_memory(pipeline.voice.console(),
+                                       format_text("%d: FAILED TO ALLOCATE MEMORY FOR CORRELATION IMAGE\n",
+                                                   static_cast<int>(pipeline.analysis.memory_failure)));
     }
     return status;
 }
 
 PairCorrection correction_of(const CorrectionValues& values, double scale) {
-    return {values.height / scale, values.shift / scale, values.size, values.rotation, values.vergence_v, values.vergence_h};
+    return {values.height / scale, values.shift / scale, values.size,
+            values.rotation,       values.vergence_v,    values.vergence_h};
 }
 
 PairDisparities disparities_of(const AnalysisState& analysis, double scale) {
     const DisparityStatistics& d = analysis.disparity;
-    PairDisparities disparities{analysis.values.window, d.near_point,      d.far_point,       d.left_edge_near,
+    PairDisparities disparities{analysis.values.window, d.near_point,    d.far_point,       d.left_edge_near,
                                 d.right_edge_near,      d.top_edge_near, d.bottom_edge_near};
     disparities.scale_and_add(1.0 / scale, 0.0);
     return disparities;
@@ -61,9 +64,9 @@ bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& st
         warp.total_scale = static_cast<float>(scale);
     }
     const PairCorrection& c = pair.correction;
-    request.correction = {static_cast<float>(c.height_px * scale),  static_cast<float>(c.size),
-                          static_cast<float>(c.rotation_rad),       static_cast<float>(c.vergence_v_rad),
-                          static_cast<float>(c.vergence_h_rad),     static_cast<float>(c.shift_px * scale)};
+    request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),
+                          static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
+                          static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
     request.crop = 0;
     pipeline.voice.progress(step, 0.0);
     if (warp_still(warp, request, pair.selection) != WarpStatus::done) {

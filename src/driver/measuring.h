@@ -15,8 +15,8 @@ namespace zemora {
 [[nodiscard]] AnalyseProgress progress_of(const Pipeline& pipeline, std::string step);
 
 /// A phase of the analysis on `pictures`. Without memory for its copies the run ends.
-[[nodiscard]] AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const PhaseRequest& request,
-                                      const AnalyseProgress& progress);
+[[nodiscard]] AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures,
+                                      const PhaseRequest& request, const AnalyseProgress& progress);
 
 /// The analysis' values in input pixels, for values measured at `scale` working pixels per input pixel.
 [[nodiscard]] PairCorrection correction_of(const CorrectionValues& values, double scale);

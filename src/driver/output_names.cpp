@@ -12,9 +12,13 @@ namespace zemora {
 
 namespace {
 
-bool is_view_letter(char c) { return std::string_view("lLrRsS").find(c) != std::string_view::npos; }
+bool is_view_letter(char c) {
+    return std::string_view("lLrRsS").find(c) != std::string_view::npos;
+}
 
-bool is_view_folder(std::string_view name) { return name.size() == 1 && is_view_letter(name[0]); }
+bool is_view_folder(std::string_view name) {
+    return name.size() == 1 && is_view_letter(name[0]);
+}
 
 /// "_l", "-R" and the like at the end of a name without suffix.
 void drop_view_marker(std::string& name) {
@@ -51,8 +55,8 @@ struct ExtraFolderRow {
 };
 constexpr int kNever = -1;
 constexpr std::array kExtraFolders{
-    ExtraFolderRow{1, 4, "_lrq"}, ExtraFolderRow{2, 5, "_ab"},       ExtraFolderRow{3, 6, "_abq"},
-    ExtraFolderRow{4, 7, "_oe"},  ExtraFolderRow{5, kNever, "_mpo"}, ExtraFolderRow{6, kNever, "_lrl"},
+    ExtraFolderRow{1, 4, "_lrq"},       ExtraFolderRow{2, 5, "_ab"},        ExtraFolderRow{3, 6, "_abq"},
+    ExtraFolderRow{4, 7, "_oe"},        ExtraFolderRow{5, kNever, "_mpo"},  ExtraFolderRow{6, kNever, "_lrl"},
     ExtraFolderRow{7, kNever, "_lrrl"}, ExtraFolderRow{kNever, 8, "_dual"},
 };
 
@@ -75,7 +79,8 @@ std::string kind_folder(const ParameterSet& parameters, ProductKind kind) {
                 return "clr";
             }
             return parameters.left_right_output == kInFolder || video == 1
-                       ? std::string("c") + static_cast<char>(kind) : std::string();
+                       ? std::string("c") + static_cast<char>(kind)
+                       : std::string();
         case ProductKind::stereo: return parameters.stereo_output == kInFolder || video == 2 ? "cs" : "";
         case ProductKind::anaglyph: return parameters.anaglyph_output == kInFolder || video == 3 ? "ca" : "";
         case ProductKind::extra: return extra_folder(parameters);
@@ -104,13 +109,18 @@ std::string with_ident(std::string folder, const std::string& ident) {
 
 std::string field_text(const ParameterSet& parameters, int frame_index) {
     switch (parameters.interlaced_mode) {
-        case 1: case 3: case 4: case 5: case 6: return format_text("_%1d", frame_index % 2);
+        case 1:
+        case 3:
+        case 4:
+        case 5:
+        case 6: return format_text("_%1d", frame_index % 2);
         case 2: return format_text("_%1d", 1 - frame_index % 2);
         default: return {};
     }
 }
 
-std::string kind_tail(const ParameterSet& parameters, ProductKind kind, bool absolute, const std::string& field) {
+std::string kind_tail(const ParameterSet& parameters, ProductKind kind, bool absolute,
+                      const std::string& field) {
     constexpr int kEyeEndings = 3;
     if (field.empty() && !absolute && parameters.left_right_output == kEyeEndings) {
         if (kind == ProductKind::left) {
@@ -153,7 +163,9 @@ std::string OutputName::bare() const {
     return name + stamp + tail + ending + suffix;
 }
 
-std::string OutputName::path() const { return folder + '/' + bare(); }
+std::string OutputName::path() const {
+    return folder + '/' + bare();
+}
 
 OutputName output_path(const ParameterSet& parameters, const std::string& root, const std::string& relative,
                        ProductKind kind, int frame_index, const std::string& suffix) {
@@ -183,7 +195,8 @@ void stamp_name(OutputName& name, const ParameterSet& parameters, const StampVal
     name.over_limit = parameters.video_mode == 0 && values.deviation * 1000.0 > parameters.deviation_thresh;
 }
 
-bool take_common_base(const ParameterSet& parameters, std::string& left_relative, std::string& right_relative) {
+bool take_common_base(const ParameterSet& parameters, std::string& left_relative,
+                      std::string& right_relative) {
     const std::string left = bare_name_of(left_relative);
     const std::string right = bare_name_of(right_relative);
     if (left == right) {
@@ -194,7 +207,8 @@ bool take_common_base(const ParameterSet& parameters, std::string& left_relative
     const auto agree = [&](std::size_t marker) {
         return left.size() == right.size() && left_stem.size() == right_stem.size() &&
                left_stem.size() >= marker &&
-               left_stem.compare(0, left_stem.size() - marker, right_stem, 0, right_stem.size() - marker) == 0;
+               left_stem.compare(0, left_stem.size() - marker, right_stem, 0, right_stem.size() - marker) ==
+                   0;
     };
     const auto take = [&](std::size_t left_marker, std::size_t right_marker) {
         drop_before_suffix(left_relative, left_marker);
@@ -223,7 +237,9 @@ bool wants_combined_name(const ParameterSet& parameters, bool two_files, bool co
     return two_files && !common_base && (mode == 0 || (mode >= 4 && mode <= 10));
 }
 
-void combine_names(OutputName& name, const OutputName& right) { name.partner = right.base; }
+void combine_names(OutputName& name, const OutputName& right) {
+    name.partner = right.base;
+}
 
 void add_extra_ending(OutputName& name, int extra_output, bool inverse_output) {
     struct Row {

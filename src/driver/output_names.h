@@ -9,18 +9,25 @@
 namespace zemora {
 
 /// The products of a pair; the letter names the view or product and selects the folder.
-enum class ProductKind : char { left = 'l', right = 'r', stereo = 's', anaglyph = 'a', extra = 'e', panorama = 'p' };
+enum class ProductKind : char {
+    left = 'l',
+    right = 'r',
+    stereo = 's',
+    anaglyph = 'a',
+    extra = 'e',
+    panorama = 'p'
+};
 
 /// A name in its parts, so that stamps and partners are put in and never patched.
 struct OutputName {
-    std::string folder;      ///< Absolute, without a separator at its end.
-    std::string base;        ///< Bare name without marker and suffix.
-    std::string partner;     ///< Base of the right view in a combined name, else empty.
-    std::string stamp;       ///< Deviation and time stamps.
-    std::string tail;        ///< "_cl", "_0_cl", "_OS" and the like.
-    std::string ending;      ///< Ending of an extra product, e.g. "-lrq".
-    std::string suffix;      ///< With its dot.
-    bool over_limit = false; ///< The deviation passes the limit: "zz_" before the name.
+    std::string folder;       ///< Absolute, without a separator at its end.
+    std::string base;         ///< Bare name without marker and suffix.
+    std::string partner;      ///< Base of the right view in a combined name, else empty.
+    std::string stamp;        ///< Deviation and time stamps.
+    std::string tail;         ///< "_cl", "_0_cl", "_OS" and the like.
+    std::string ending;       ///< Ending of an extra product, e.g. "-lrq".
+    std::string suffix;       ///< With its dot.
+    bool over_limit = false;  ///< The deviation passes the limit: "zz_" before the name.
 
     [[nodiscard]] std::string bare() const;
     [[nodiscard]] std::string path() const;

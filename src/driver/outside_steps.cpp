@@ -20,14 +20,17 @@ void write_progress_file(const std::string& name, const std::string& text) {
 
 std::string file_lines(const Pipeline& pipeline, const PairRun& pair) {
     const bool two = pipeline.list.two_files;
-    return (two ? pair.files.left : pair.files.stereo) + '\n' + (two ? pair.files.right : pair.files.stereo) + '\n';
+    return (two ? pair.files.left : pair.files.stereo) + '\n' + (two ? pair.files.right : pair.files.stereo) +
+           '\n';
 }
 
-int is_last(const Pipeline& pipeline, const PairRun& pair) { return pair.index + 1 == pipeline.list.count() ? 1 : 0; }
+int is_last(const Pipeline& pipeline, const PairRun& pair) {
+    return pair.index + 1 == pipeline.list.count() ? 1 : 0;
+}
 
 /// The record as it stands in an input file; nothing, with the reason told, when it does not count.
-std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::string& file, InputClass input_class,
-                                                std::string& line) {
+std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::string& file,
+                                                InputClass input_class, std::string& line) {
     const auto answer = pipeline.exiftool.read_record(file, input_class);
     if (!answer) {
         return std::nullopt;
@@ -50,13 +53,21 @@ void list_parameters_in_report(const ParameterSet& /*parameters*/, const Voice& 
 
 void write_alignment_image(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
 
-long long current_seconds() { return static_cast<long long>(std::time(nullptr)); }
+long long current_seconds() {
+    return static_cast<long long>(std::time(nullptr));
+}
 
-bool run_previewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
+bool run_previewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
+    return true;
+}
 
-bool run_post_viewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
+bool run_post_viewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
+    return true;
+}
 
-bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) { return true; }
+bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
+    return true;
+}
 
 void reduce_ghosts(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
@@ -71,8 +82,9 @@ bool is_layout_known(const Pipeline& pipeline) {
     if (pipeline.parameters.stereo_image_input < kFirstDepthLayout) {
         return true;
     }
-    pipeline.voice.print(pipeline.voice.messages().either("Views from depth masks are not rendered (image skipped).\n",
-                                                          "Ansichten aus Tiefenmasken werden nicht erzeugt (Bild uebersprungen).\n"));
+    pipeline.voice.print(pipeline.voice.messages().either(
+        "Views from depth masks are not rendered (image skipped).\n",
+        "Ansichten aus Tiefenmasken werden nicht erzeugt (Bild uebersprungen).\n"));
     return false;
 }
 
@@ -91,7 +103,8 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     }
     const bool two = pipeline.list.two_files;
     std::string left_line;
-    const auto left = record_in(pipeline, two ? pair.files.left : pair.files.stereo, pair.input_class, left_line);
+    const auto left =
+        record_in(pipeline, two ? pair.files.left : pair.files.stereo, pair.input_class, left_line);
     if (!left) {
         return false;
     }
@@ -129,22 +142,49 @@ StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) 
     const PairCorrection& c = pair.correction;
     const SelectionBox& box = pair.selection;
     const ParameterSet& p = pipeline.parameters;
-    return {preset.rotation_left, preset.rotation_right, preset.vergence_v,
-            preset.left_start_x, preset.left_start_y, preset.left_width, preset.left_height,
-            preset.right_start_x, preset.right_start_y, preset.right_width, preset.right_height,
-            c.height_px, 100.0 * c.size, c.rotation_rad / kRadiansPerDegree, c.vergence_v_rad / kRadiansPerDegree,
-            c.vergence_h_rad / kRadiansPerDegree, static_cast<double>(pair.output_width) / std::max(pair.output_height, 1),
-            pair.window.pure_shift_px, pair.deviation, pair.original_near_px, pair.window.window_shift_px,
-            box.window_offset, box.left, box.right, box.top, box.bottom, box.band_left, box.band_right,
-            p.phantogram, p.edge_warp, p.vertical_ax, p.common_trapez, p.sym_trapez, p.trapez_scale,
+    return {preset.rotation_left,
+            preset.rotation_right,
+            preset.vergence_v,
+            preset.left_start_x,
+            preset.left_start_y,
+            preset.left_width,
+            preset.left_height,
+            preset.right_start_x,
+            preset.right_start_y,
+            preset.right_width,
+            preset.right_height,
+            c.height_px,
+            100.0 * c.size,
+            c.rotation_rad / kRadiansPerDegree,
+            c.vergence_v_rad / kRadiansPerDegree,
+            c.vergence_h_rad / kRadiansPerDegree,
+            static_cast<double>(pair.output_width) / std::max(pair.output_height, 1),
+            pair.window.pure_shift_px,
+            pair.deviation,
+            pair.original_near_px,
+            pair.window.window_shift_px,
+            box.window_offset,
+            box.left,
+            box.right,
+            box.top,
+            box.bottom,
+            box.band_left,
+            box.band_right,
+            p.phantogram,
+            p.edge_warp,
+            p.vertical_ax,
+            p.common_trapez,
+            p.sym_trapez,
+            p.trapez_scale,
             static_cast<double>(p.cropp_output)};
 }
 
 void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {
     if (pipeline.parameters.graphical_interface != 0) {
-        write_progress_file("zemora_actual.txt",
-                            file_lines(pipeline, pair) + format_text("%d/%d\n%d\n", pair.index + 1, pipeline.list.count(),
-                                                                     is_last(pipeline, pair)));
+        write_progress_file(
+            "zemora_actual.txt",
+            file_lines(pipeline, pair) +
+                format_text("%d/%d\n%d\n", pair.index + 1, pipeline.list.count(), is_last(pipeline, pair)));
     }
 }
 
@@ -158,8 +198,9 @@ void write_progress_end(const Pipeline& pipeline, const PairRun& pair) {
     write_progress_file(
         "zemora_finish.txt",
         file_lines(pipeline, pair) +
-            format_text("%d\n%d\n%d\n%d\n%d\n%d%s\n", pipeline.parameters.video_mode != 0 ? 1 : 0, pair.index + 1,
-                        pipeline.list.count(), static_cast<int>(pair.status), is_last(pipeline, pair),
+            format_text("%d\n%d\n%d\n%d\n%d\n%d%s\n", pipeline.parameters.video_mode != 0 ? 1 : 0,
+                        pair.index + 1, pipeline.list.count(), static_cast<int>(pair.status),
+                        is_last(pipeline, pair),
                         round_half_up(1000.0 * (projected ? pair.projected_deviation : pair.deviation)),
                         projected ? kRatioWords[choice] : ""));
 }

@@ -17,13 +17,15 @@ enum class StatusCode {
 };
 
 /// Whether pictures are written for this status.
-[[nodiscard]] constexpr bool is_written(StatusCode status) { return status >= StatusCode::usable; }
+[[nodiscard]] constexpr bool is_written(StatusCode status) {
+    return status >= StatusCode::usable;
+}
 
 /// Corrections of a pair; right view minus left view, rows counted upward.
 struct PairCorrection {
-    double height_px = 0.0;       ///< Full-size input pixels.
-    double shift_px = 0.0;        ///< Full-size input pixels, window shift included.
-    double size = 0.0;            ///< Fraction.
+    double height_px = 0.0;  ///< Full-size input pixels.
+    double shift_px = 0.0;   ///< Full-size input pixels, window shift included.
+    double size = 0.0;       ///< Fraction.
     double rotation_rad = 0.0;
     double vergence_v_rad = 0.0;
     double vergence_h_rad = 0.0;
@@ -53,7 +55,8 @@ struct PairDisparities {
     void subtract(double shift_px) { scale_and_add(1.0, -shift_px); }
     /// value x factor + offset, for all of them.
     void scale_and_add(double factor, double offset_px) {
-        for (double* value : {&window_px, &near_px, &far_px, &left_edge_px, &right_edge_px, &top_edge_px, &bottom_edge_px}) {
+        for (double* value :
+             {&window_px, &near_px, &far_px, &left_edge_px, &right_edge_px, &top_edge_px, &bottom_edge_px}) {
             *value = *value * factor + offset_px;
         }
     }
@@ -68,7 +71,8 @@ struct StopVerdict {
 
 /// Judges the remaining errors of an iteration for a pair of `input_height` rows, analysed in the
 /// first instance at `reduced_height` rows.
-[[nodiscard]] StopVerdict judge_iteration(const PairCorrection& remaining, int input_height, int reduced_height);
+[[nodiscard]] StopVerdict judge_iteration(const PairCorrection& remaining, int input_height,
+                                          int reduced_height);
 
 inline constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;
 

@@ -11,8 +11,9 @@ bool copy_capture_time(const std::string& image_path, const std::string& other_p
     const std::string shown = printable(image_path);
     LocalTime taken;
     const std::string text = capture_time_text(image_path);
-    if (std::sscanf(text.c_str(), "%4d:%2d:%2d %2d:%2d:%2d", &taken.year, &taken.month, &taken.day, &taken.hour,
-                    &taken.minute, &taken.second) != 6 || taken.year == 0) {
+    if (std::sscanf(text.c_str(), "%4d:%2d:%2d %2d:%2d:%2d", &taken.year, &taken.month, &taken.day,
+                    &taken.hour, &taken.minute, &taken.second) != 6 ||
+        taken.year == 0) {
         voice.print(format_text("nb746: Terminal failure: Unable to read from %s.\n", shown.c_str()));
         return false;
     }

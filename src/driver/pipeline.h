@@ -61,10 +61,10 @@ struct PairRun {
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 
     // Names.
-    PairFiles files;             ///< Absolute.
-    std::string left_relative;   ///< Relative to the image folder, or absolute.
+    PairFiles files;            ///< Absolute.
+    std::string left_relative;  ///< Relative to the image folder, or absolute.
     std::string right_relative;
-    std::string left_suffix;     ///< Of the input, lower case.
+    std::string left_suffix;  ///< Of the input, lower case.
     std::string right_suffix;
     std::string left_output_suffix;
     std::string right_output_suffix;
@@ -78,14 +78,14 @@ struct PairRun {
     bool has_stored = false;
     TargetSize target;
     PairCorrection correction;
-    PairCorrection remaining;       ///< The latest iteration's values.
-    PairDisparities disparities;    ///< Of the latest measurement, against the correction's shift.
+    PairCorrection remaining;     ///< The latest iteration's values.
+    PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
     bool reduced = true;
     int iteration = 0;
-    double scale = 1.0;             ///< Working pixels per input pixel.
-    int working_height = 0;         ///< Whole frame of the latest warp.
+    double scale = 1.0;      ///< Working pixels per input pixel.
+    int working_height = 0;  ///< Whole frame of the latest warp.
     int working_width = 0;
-    PixelRectangle common_area;     ///< Of that frame.
+    PixelRectangle common_area;  ///< Of that frame.
     float residual_rms = 0.0F;
     WindowPlacement window;
     SelectionBox selection;

@@ -1,9 +1,9 @@
 #include "driver/post_run.h"
 
-#include <utility>
 #include <chrono>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include "platform/child_process.h"
 #include "platform/paths.h"
@@ -41,7 +41,8 @@ std::string reference_behind(const std::string& before, const std::string& varia
     return quote == '"' ? value : (quote == '\'' ? "'\"" + value + "\"'" : '"' + value + '"');
 }
 
-std::string with_last_replaced(const std::string& line, const std::string& mark, const std::string& variable) {
+std::string with_last_replaced(const std::string& line, const std::string& mark,
+                               const std::string& variable) {
     const std::size_t place = line.rfind(mark);
     const std::string before = line.substr(0, place);
     return before + reference_behind(before, variable) + line.substr(place + mark.size());
@@ -56,11 +57,14 @@ constexpr const char* kAnaglyphVariable = "ZEMORA_CA";
 constexpr const char* kStereoVariable = "ZEMORA_CS";
 constexpr Mark kMarks[] = {{"#CA#", kAnaglyphVariable}, {"#CS#", kStereoVariable}, {"#CM#", kStereoVariable}};
 
-bool is_remark(const std::string& line) { return lower_case(line.substr(0, 3)) == "rem"; }
+bool is_remark(const std::string& line) {
+    return lower_case(line.substr(0, 3)) == "rem";
+}
 
 }  // namespace
 
-std::string batch_script(const std::string& text, const std::string& anaglyph_name, const std::string& stereo_name) {
+std::string batch_script(const std::string& text, const std::string& anaglyph_name,
+                         const std::string& stereo_name) {
     std::string script = "rm -f -- \"$0\"\n";
     script += std::string(kAnaglyphVariable) + '=' + shell_word(anaglyph_name) + '\n';
     script += std::string(kStereoVariable) + '=' + shell_word(stereo_name) + '\n';

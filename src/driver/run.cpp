@@ -62,11 +62,13 @@ void refuse_drives(Run& run) {
     if (row == nullptr) {
         return;
     }
-    run.console.print(format_text(
-        run.messages.either("%.*s = %s: a drive letter has no meaning here. Please give a path of this system.\n",
-                            "%.*s = %s: ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
-                            "Systems angeben.\n"),
-        static_cast<int>(row->key.size()), row->key.data(), printable(value_text(*row, run.parameters)).c_str()));
+    run.console.print(
+        format_text(run.messages.either(
+                        "%.*s = %s: a drive letter has no meaning here. Please give a path of this system.\n",
+                        "%.*s = %s: ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
+                        "Systems angeben.\n"),
+                    static_cast<int>(row->key.size()), row->key.data(),
+                    printable(value_text(*row, run.parameters)).c_str()));
     run.wait(WaitAbove::error);
     run.end(kExitFailure);
 }
@@ -82,7 +84,8 @@ void drop_untrusted_commands(Run& run, const Invocation& invocation, const Param
     ParameterSet& p = run.parameters;
     const bool brings_batch = !post_run_batch(before_options).empty();
     const bool brings_converter = before_options.path_of_irfanview != standard.path_of_irfanview;
-    if (invocation.parameter_file_named || (!brings_batch && !brings_converter) || is_trusted(invocation.parameter_file)) {
+    if (invocation.parameter_file_named || (!brings_batch && !brings_converter) ||
+        is_trusted(invocation.parameter_file)) {
         return;
     }
     if (p.do_post_zemora == before_options.do_post_zemora) {
@@ -91,9 +94,11 @@ void drop_untrusted_commands(Run& run, const Invocation& invocation, const Param
     if (p.path_of_irfanview == before_options.path_of_irfanview) {
         p.path_of_irfanview = standard.path_of_irfanview;
     }
-    run.console.print(format_text(run.messages.either("DoPostZemora and PathofIrfanView of %s are left out: others can write that file.\n",
-                                                      "DoPostZemora und PathofIrfanView aus %s bleiben weg: andere koennen die Datei schreiben.\n"),
-                                  printable(invocation.parameter_file).c_str()));
+    run.console.print(format_text(
+        run.messages.either(
+            "DoPostZemora and PathofIrfanView of %s are left out: others can write that file.\n",
+            "DoPostZemora und PathofIrfanView aus %s bleiben weg: andere koennen die Datei schreiben.\n"),
+        printable(invocation.parameter_file).c_str()));
 }
 
 void read_settings(Run& run, const Invocation& invocation, const CommandLine& line) {
@@ -118,9 +123,10 @@ void find_directories(Run& run, const Invocation& invocation) {
     context.run_start = current_seconds();
     context.program_directory = program_directory();
     context.working_directory = working_directory();
-    context.parameter_directory = invocation.parameter_file.empty()
-                                      ? context.working_directory
-                                      : folder_of(join_path(context.working_directory, invocation.parameter_file));
+    context.parameter_directory =
+        invocation.parameter_file.empty()
+            ? context.working_directory
+            : folder_of(join_path(context.working_directory, invocation.parameter_file));
     const std::string& root = p.root_directory == 2   ? context.working_directory
                               : p.root_directory == 1 ? context.program_directory
                                                       : context.parameter_directory;
@@ -164,7 +170,8 @@ void open_reports(Run& run) {
     }
     const std::string failed = run.report.open(report_names(run.parameters, run.context.stamp));
     if (!failed.empty()) {
-        run.console.print("Zemora: " + printable(failed) + run.messages.text<Msg::main_report_cannot_be_opened>());
+        run.console.print("Zemora: " + printable(failed) +
+                          run.messages.text<Msg::main_report_cannot_be_opened>());
         run.wait(WaitAbove::error);
         run.end(kExitFailure);
     }
@@ -180,7 +187,8 @@ std::string empty_list_hint(const Run& run) {
         case 0: return {};
         case 1:
         case 2:
-            return two ? messages.text<Msg::main_searches_l_and_r_files>() : messages.text<Msg::main_searches_s_files>();
+            return two ? messages.text<Msg::main_searches_l_and_r_files>()
+                       : messages.text<Msg::main_searches_s_files>();
         case 10:
             return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5
                        ? messages.text<Msg::main_no_correction_values_in_list>()
@@ -198,7 +206,8 @@ void collect_input(Run& run) {
         run.end(kExitDone);
     }
     if (run.list.count() == 0) {
-        run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() + printable(p.path_of_images) + '\n');
+        run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() +
+                                   printable(p.path_of_images) + '\n');
         // What a list lacks is told on the console alone.
         const std::string hint = empty_list_hint(run);
         if (p.input_mode == 10) {
@@ -222,9 +231,10 @@ void tell_end(Run& run, int processed) {
     const std::string broken = run.report.close();
     run.voice.set_report(nullptr);
     if (!broken.empty()) {
-        run.console.print(format_text(run.messages.either("The report %s could not be written completely.\n",
-                                                          "Der Bericht %s konnte nicht vollstaendig geschrieben werden.\n"),
-                                      printable(broken).c_str()));
+        run.console.print(
+            format_text(run.messages.either("The report %s could not be written completely.\n",
+                                            "Der Bericht %s konnte nicht vollstaendig geschrieben werden.\n"),
+                        printable(broken).c_str()));
     }
 }
 
@@ -232,8 +242,7 @@ void mount_all(Run& run) {
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
     run_image_pipeline(pipeline);
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
-        start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name),
-                    run.voice);
+        start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name), run.voice);
     }
     tell_end(run, pipeline.processed);
     run.wait(WaitAbove::information);
@@ -243,7 +252,8 @@ void mount_all(Run& run) {
 
 int run_zemora(const std::string& program, const std::vector<std::string>& arguments) {
     Run run;
-    const CommandLine line = read_command_line(arguments, [](const std::string& path) { return file_exists(path) || is_directory(path); });
+    const CommandLine line = read_command_line(
+        arguments, [](const std::string& path) { return file_exists(path) || is_directory(path); });
     if (const EarlySettings early = early_settings(line); early.language) {
         run.messages.set_language(*early.language);
     }

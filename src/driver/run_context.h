@@ -19,7 +19,7 @@ enum class InvocationForm {
 
 struct RunContext {
     InvocationForm form = InvocationForm::defaults;
-    std::string parameter_file;       ///< As given or found; empty in forms 7 and 8.
+    std::string parameter_file;  ///< As given or found; empty in forms 7 and 8.
     std::string program_directory;
     std::string working_directory;
     std::string parameter_directory;  ///< Folder of the parameter file really read.

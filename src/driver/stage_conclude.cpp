@@ -9,9 +9,13 @@ namespace zemora {
 namespace {
 
 CorrectionValues values_of(const PairCorrection& c) {
-    return {static_cast<float>(c.height_px),    static_cast<float>(c.shift_px),
-            static_cast<float>(c.size),         static_cast<float>(c.rotation_rad),
-            static_cast<float>(c.vergence_v_rad), static_cast<float>(c.vergence_h_rad), 0.0F};
+    return {static_cast<float>(c.height_px),
+            static_cast<float>(c.shift_px),
+            static_cast<float>(c.size),
+            static_cast<float>(c.rotation_rad),
+            static_cast<float>(c.vergence_v_rad),
+            static_cast<float>(c.vergence_h_rad),
+            0.0F};
 }
 
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {

@@ -60,9 +60,10 @@ bool warp_once(Pipeline& pipeline, PairRun& pair, const SizeRepeat& repeat, cons
     const double selection_shift_px = pair.selection.window_offset * request.frame_width;
     request.correction.height = static_cast<float>(scale * pair.correction.height_px);
     request.correction.shift = static_cast<float>(scale * pair.window.pure_shift_px - selection_shift_px);
-    const SizeStep coming = size_step({request.frame_height, request.frame_width, request.size_step, request.height_done,
-                                       request.width_done, request.ratio_height, request.ratio_width},
-                                      warp.force_size, warp.aspect, warp.last_scale_step);
+    const SizeStep coming =
+        size_step({request.frame_height, request.frame_width, request.size_step, request.height_done,
+                   request.width_done, request.ratio_height, request.ratio_width},
+                  warp.force_size, warp.aspect, warp.last_scale_step);
     request.interpolation = choose_interpolation(warp, static_cast<float>(scale * coming.factor));
     pair.final_interpolation = request.interpolation;
     pipeline.voice.progress(step, 0.0);
@@ -99,15 +100,16 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
         return static_cast<float>(pair.result.far_point + selection_shift_px);
     }
     if (pair.has_stored) {
-        const double near_px = scale * (pair.original_near_px - pair.window.pure_shift_px) + selection_shift_px;
+        const double near_px =
+            scale * (pair.original_near_px - pair.window.pure_shift_px) + selection_shift_px;
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
     AnalysisState& analysis = pipeline.analysis;
     const ToneTables left_tone = analysis.Colormap_l;
     const ToneTables right_tone = analysis.Colormap_r;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
-    const bool found =
-        run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) == AnalyseStatus::done;
+    const bool found = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
+                       AnalyseStatus::done;
     analysis.Colormap_l = left_tone;
     analysis.Colormap_r = right_tone;
     return found ? analysis.disparity.far_point : 0.0F;
@@ -123,7 +125,8 @@ void frame_automatically(Pipeline& pipeline, PairRun& pair) {
 /// Output tone: of the warped pair before the final warp when the pair was measured, else of its
 /// result.
 void adapt_tone(Pipeline& pipeline) {
-    colormap_adapt(pipeline.analysis, pipeline.warp.pair(), nullptr, pipeline.parameters.auto_output_contrast);
+    colormap_adapt(pipeline.analysis, pipeline.warp.pair(), nullptr,
+                   pipeline.parameters.auto_output_contrast);
 }
 
 void no_convergence(const Pipeline& pipeline, PairRun& pair) {
@@ -138,8 +141,9 @@ void no_convergence(const Pipeline& pipeline, PairRun& pair) {
 /// Repeats the final warp until the size is the wanted one. `colour_round` asks for one more warp,
 /// with the tone of the first result.
 bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
-    const char* step = pipeline.voice.messages().either("Zemora::equalize: phase 4: force size/color            ",
-                                                        "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen");
+    const char* step =
+        pipeline.voice.messages().either("Zemora::equalize: phase 4: force size/color            ",
+                                         "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen");
     for (int round = 0; round < kForcedRounds; ++round) {
         const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
         if (!repeat.needed() && !(round == 0 && colour_round)) {
@@ -167,10 +171,13 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const bool tone_first = pair.analysed && p.post_viewer_active == 0;
     const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
     if (pair.analysed) {
-        const CorrectionValues c{static_cast<float>(pair.correction.height_px), 0.0F,
-                                 static_cast<float>(pair.correction.size), static_cast<float>(pair.correction.rotation_rad),
+        const CorrectionValues c{static_cast<float>(pair.correction.height_px),
+                                 0.0F,
+                                 static_cast<float>(pair.correction.size),
+                                 static_cast<float>(pair.correction.rotation_rad),
                                  static_cast<float>(pair.correction.vergence_v_rad),
-                                 static_cast<float>(pair.correction.vergence_h_rad), 0.0F};
+                                 static_cast<float>(pair.correction.vergence_h_rad),
+                                 0.0F};
         pair.stress_px = mean_model_error(c, pipeline.input.height(), pipeline.input.width());
     }
     if (tone_first) {
@@ -188,9 +195,10 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
     first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
     // Also without any product to store: the result is measured on this warp.
-    if (!warp_once(pipeline, pair, first,
-                   pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
-                                                    "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
+    if (!warp_once(
+            pipeline, pair, first,
+            pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
+                                             "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
         return false;
     }
     if (tone_of_result) {

@@ -5,9 +5,9 @@
 
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/output_writer.h"
-#include "numerics/rounding.h"
 
 namespace zemora {
 
@@ -22,13 +22,15 @@ Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
         return {round_half_up(selection.band_left * static_cast<double>(warp.width)),
                 round_half_up(selection.band_right * static_cast<double>(warp.width))};
     }
-    const double target_px = pixels_from_reference(p.floating_target, p.win_off_reference, warp.height, warp.width);
+    const double target_px =
+        pixels_from_reference(p.floating_target, p.win_off_reference, warp.height, warp.width);
     const DisparityStatistics& d = pair.result;
     const auto width_for = [&](double edge_px) { return std::max(round_half_up(target_px - edge_px), 0); };
     switch (p.auto_frame_floating) {
         case 3:
         case 4: {
-            const int width = width_for(std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near}));
+            const int width = width_for(
+                std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near}));
             return {width, width};
         }
         case 5:
@@ -49,8 +51,9 @@ void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     pair.curtains.right = std::min(pair.curtains.right, warp.width / 2);
     floating_bands(warp, pair.curtains, pipeline.parameters.auto_frame_floating);
     const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warp.width); };
-    const std::string text = messages.text<Msg::main_floating_windows_included>(per_mille(pair.curtains.left),
-                                                                               per_mille(pair.curtains.right)) + '\n';
+    const std::string text = messages.text<Msg::main_floating_windows_included>(
+                                 per_mille(pair.curtains.left), per_mille(pair.curtains.right)) +
+                             '\n';
     voice.print_and_report(text);
     voice.report_html("<p>" + html_text(text) + "</p>\n");
     if (voice.verbose() > 0) {

@@ -22,8 +22,9 @@ struct Iteration {
 
 /// Measures the warped pair; false when the pair cannot be mounted.
 bool measure_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
-    const std::string step = format_text(pipeline.voice.messages().either(
-        "Zemora::analyse:  phase 3: iterative correlation no. %2d", "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"),
+    const std::string step = format_text(
+        pipeline.voice.messages().either("Zemora::analyse:  phase 3: iterative correlation no. %2d",
+                                         "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"),
         loop.number);
     const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced};
     const WarpState& warp = pipeline.warp;
@@ -44,7 +45,8 @@ void add_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
     pair.disparities = disparities_of(pipeline.analysis, scale);
     pair.residual_rms = pipeline.analysis.residual_rms;
     const int width = pair.reduced ? pipeline.input.reduced_width() : pipeline.input.width();
-    if (!loop.shift_frozen && std::fabs(pair.remaining.shift_px) <= static_cast<double>(width) / kShiftParts) {
+    if (!loop.shift_frozen &&
+        std::fabs(pair.remaining.shift_px) <= static_cast<double>(width) / kShiftParts) {
         loop.shift_frozen = true;
     }
     PairCorrection step = pair.remaining;
@@ -59,8 +61,10 @@ void show_round(const Pipeline& pipeline, const PairRun& pair) {
     const Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
     if (pipeline.parameters.progress_output == 1 && voice.verbose() > 1) {
-        voice.print(correction_line(messages, messages.raw(Msg::main_estimation_delta_height), pair.remaining, true));
-        voice.print(correction_line(messages, messages.raw(Msg::main_estimation_start_height), pair.correction, true));
+        voice.print(
+            correction_line(messages, messages.raw(Msg::main_estimation_delta_height), pair.remaining, true));
+        voice.print(correction_line(messages, messages.raw(Msg::main_estimation_start_height),
+                                    pair.correction, true));
     }
     if (voice.verbose() > 1) {
         voice.print(format_text(messages.either("   Residual error of the model: %5.2f pixels\n",
@@ -81,7 +85,8 @@ void move_to_full_size(Pipeline& pipeline, PairRun& pair) {
 }
 
 void judge_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
-    const StopVerdict verdict = judge_iteration(pair.remaining, pipeline.input.height(), pipeline.input.reduced_height());
+    const StopVerdict verdict =
+        judge_iteration(pair.remaining, pipeline.input.height(), pipeline.input.reduced_height());
     pair.status = verdict.status;
     if (verdict.worth_keeping) {
         loop.has_best = true;
@@ -95,8 +100,9 @@ void judge_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
 }
 
 bool warp_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
-    const std::string step = format_text(pipeline.voice.messages().either(
-        "Zemora::equalize: phase 3: iterative correction no.  %2d", "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"),
+    const std::string step = format_text(
+        pipeline.voice.messages().either("Zemora::equalize: phase 3: iterative correction no.  %2d",
+                                         "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"),
         loop.number);
     return warp_for_measuring(pipeline, pair, step) || fail_to_mount(pipeline, pair, StatusCode::failed);
 }

@@ -45,15 +45,16 @@ bool measure_shift(Pipeline& pipeline, PairRun& pair) {
 }
 
 bool measure_grid(Pipeline& pipeline, PairRun& pair) {
-    const std::string step = pipeline.voice.messages().either("Zemora::analyse:  phase 2: correlation                  ",
-                                                              "Zemora::Analyse:    Phase 2: Korrelation                  ");
+    const std::string step =
+        pipeline.voice.messages().either("Zemora::analyse:  phase 2: correlation                  ",
+                                         "Zemora::Analyse:    Phase 2: Korrelation                  ");
     const PhaseRequest request{AnalysePhase::first_grid, 1, false, true};
     const InputPair& input = pipeline.input;
     if (run_phase(pipeline, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
         return fail_to_mount(pipeline, pair, StatusCode::second_phase_failed);
     }
-    if (estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid, kFirstGrid,
-                          AnalysePhase::first_grid) != EstimateStatus::done) {
+    if (estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid,
+                          kFirstGrid, AnalysePhase::first_grid) != EstimateStatus::done) {
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     return true;
@@ -73,12 +74,14 @@ bool measure_first(Pipeline& pipeline, PairRun& pair) {
     pair.disparities = disparities_of(pipeline.analysis, scale);
     pair.remaining = {};
     if (pipeline.parameters.iterative_warp == 0) {
-        voice.print("\nYou have choosen IterativeWarp = 0. That is an unsupported setting and you\n"
-                    "should be aware, that the results, which you get, are eventually unsatisfying!\n\n");
+        voice.print(
+            "\nYou have choosen IterativeWarp = 0. That is an unsupported setting and you\n"
+            "should be aware, that the results, which you get, are eventually unsatisfying!\n\n");
         return true;
     }
     if (voice.verbose() > 1) {
-        voice.print(correction_line(voice.messages(), voice.messages().raw(Msg::main_result_height), pair.correction, false));
+        voice.print(correction_line(voice.messages(), voice.messages().raw(Msg::main_result_height),
+                                    pair.correction, false));
     }
     const char* step = voice.messages().either("Zemora::equalize: phase 2: correction                  ",
                                                "Zemora::Entzerrung: Phase 2: Korrektur                   ");

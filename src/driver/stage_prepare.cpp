@@ -14,9 +14,9 @@ namespace {
 constexpr int kFromExif = -1;  // of RotMirInputLeft and RotMirInputRight
 
 PreSelection pre_selection_of(const ParameterSet& p) {
-    return {p.pre_rotation_left, p.pre_rotation_right, p.pre_vergence_v,     p.left_image_startx,
-            p.left_image_starty, p.left_image_width,   p.left_image_height,  p.right_image_startx,
-            p.right_image_starty, p.right_image_width, p.right_image_height};
+    return {p.pre_rotation_left,  p.pre_rotation_right, p.pre_vergence_v,    p.left_image_startx,
+            p.left_image_starty,  p.left_image_width,   p.left_image_height, p.right_image_startx,
+            p.right_image_starty, p.right_image_width,  p.right_image_height};
 }
 
 /// Puts everything back that an earlier pair may have changed.
@@ -60,7 +60,8 @@ void announce(Pipeline& pipeline, PairRun& pair) {
     const MessageCatalogue& messages = voice.messages();
     const std::string count = format_text("%d/%d", pair.index + 1, pipeline.list.count());
     const std::string head = messages.text<Msg::main_image_number>() + count;
-    std::string text = messages.text<Msg::main_separator>() + head + '\n' + std::string(head.size(), '-') + '\n';
+    std::string text =
+        messages.text<Msg::main_separator>() + head + '\n' + std::string(head.size(), '-') + '\n';
     text += "   " + printable(pair.left_relative) + '\n';
     if (pipeline.list.two_files) {
         text += "   " + printable(pair.right_relative) + '\n';
@@ -71,7 +72,9 @@ void announce(Pipeline& pipeline, PairRun& pair) {
     voice.report_text(text);
     voice.report_html("<hr>\n<p><b>" + html_text(head) + "</b><br>\n&nbsp;&nbsp;&nbsp;" +
                       html_text(printable(pair.left_relative)) +
-                      (pipeline.list.two_files ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative)) : "") +
+                      (pipeline.list.two_files
+                           ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative))
+                           : "") +
                       "</p>\n<hr>\n");
 }
 
@@ -80,13 +83,16 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
     const bool both_mpo = pair.left_suffix == ".mpo" && pair.right_suffix == ".mpo";
     pair.left_output_suffix = output_suffix(p, pair.left_suffix, both_mpo, voice);
-    pair.right_output_suffix =
-        pair.right_suffix == pair.left_suffix ? pair.left_output_suffix : output_suffix(p, pair.right_suffix, both_mpo, voice);
+    pair.right_output_suffix = pair.right_suffix == pair.left_suffix
+                                   ? pair.left_output_suffix
+                                   : output_suffix(p, pair.right_suffix, both_mpo, voice);
     pair.input_class = input_class_of(pair.left_suffix, pair.right_suffix);
     pair.permissions = tag_permissions(p, pair.left_suffix, pair.right_suffix, pair.left_output_suffix,
                                        pair.right_output_suffix, voice);
     pair.html_images = p.html_images;
-    const auto shown_by_browsers = [](const std::string& suffix) { return suffix == ".jpg" || suffix == ".png"; };
+    const auto shown_by_browsers = [](const std::string& suffix) {
+        return suffix == ".jpg" || suffix == ".png";
+    };
     constexpr int kThumbnails = 4;
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
         !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
@@ -99,9 +105,13 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
 
 /// The RotMirInput of one view, from the file where the setting says so.
 int orientation_of(Pipeline& pipeline, int setting, const std::string& file, bool is_left) {
-    static constexpr const char* kWords[] = {"", "rotated 90 degrees counter-clockwise", "rotated 180 degrees",
-                                             "rotated 90 degrees clockwise", "mirrored horizontally",
-                                             "mirrored at the anti-diagonal", "mirrored vertically",
+    static constexpr const char* kWords[] = {"",
+                                             "rotated 90 degrees counter-clockwise",
+                                             "rotated 180 degrees",
+                                             "rotated 90 degrees clockwise",
+                                             "mirrored horizontally",
+                                             "mirrored at the anti-diagonal",
+                                             "mirrored vertically",
                                              "mirrored at the main diagonal"};
     if (setting != kFromExif) {
         return setting;
@@ -111,8 +121,8 @@ int orientation_of(Pipeline& pipeline, int setting, const std::string& file, boo
     if (orientation == 0) {
         pipeline.voice.print("Warning: no Exif:Orientation could be read!\n");
     } else if (mode != 0 && pipeline.voice.verbose() > 0) {
-        pipeline.voice.print(std::string(is_left ? "Left" : "Right") + " image according to EXIF:Orientation " +
-                             kWords[mode] + '\n');
+        pipeline.voice.print(std::string(is_left ? "Left" : "Right") +
+                             " image according to EXIF:Orientation " + kWords[mode] + '\n');
     }
     return mode;
 }
@@ -121,7 +131,8 @@ void orient_views(Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool two = pipeline.list.two_files;
     InputPair& input = pipeline.input;
-    input.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, two ? pair.files.left : pair.files.stereo, true);
+    input.rot_mir_left =
+        orientation_of(pipeline, p.rot_mir_input_left, two ? pair.files.left : pair.files.stereo, true);
     input.rot_mir_right =
         orientation_of(pipeline, p.rot_mir_input_right, two ? pair.files.right : pair.files.stereo, false);
 }
@@ -154,9 +165,10 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
     const auto value = [&](RecordField field) { return static_cast<float>(r[field]); };
     pipeline.input.has_pre_selection = true;
     pipeline.input.pre_selection = {
-        value(kRecordRotationLeft), value(kRecordRotationRight), value(kRecordPreVergence), value(kRecordLeftX),
-        value(kRecordLeftY),        value(kRecordLeftWidth),     value(kRecordLeftHeight),  value(kRecordRightX),
-        value(kRecordRightY),       value(kRecordRightWidth),    value(kRecordRightHeight)};
+        value(kRecordRotationLeft), value(kRecordRotationRight), value(kRecordPreVergence),
+        value(kRecordLeftX),        value(kRecordLeftY),         value(kRecordLeftWidth),
+        value(kRecordLeftHeight),   value(kRecordRightX),        value(kRecordRightY),
+        value(kRecordRightWidth),   value(kRecordRightHeight)};
 }
 
 bool load_pair(Pipeline& pipeline, PairRun& pair) {
@@ -170,8 +182,10 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     if (result == ReadResult::unreadable) {
         voice.print_and_report(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
                                pipeline.input.failure() + '\n');
-        voice.report_html("<p>" + html_text(messages.text<Msg::main_file_not_readable_skipped>() +
-                                            pipeline.input.failure()) + "</p>\n");
+        voice.report_html(
+            "<p>" +
+            html_text(messages.text<Msg::main_file_not_readable_skipped>() + pipeline.input.failure()) +
+            "</p>\n");
         voice.wait(WaitAbove::warning);
         return false;
     }

@@ -65,7 +65,9 @@ void show_matrix(const Pipeline& pipeline) {
             const bool valid = analysis.CQOK5[i][j] == 1;
             const std::string cell = valid ? format_text(" %4d", value) : "    x";
             text += cell;
-            html += valid && (value == near_point || value == far_point) ? " <span class=\"red\">" + cell.substr(1) + "</span>" : cell;
+            html += valid && (value == near_point || value == far_point)
+                        ? " <span class=\"red\">" + cell.substr(1) + "</span>"
+                        : cell;
         }
         text += '\n';
         html += '\n';
@@ -82,13 +84,14 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const WarpState& warp = pipeline.warp;
     pair.output_width = warp.width;
     pair.output_height = warp.height;
-    const std::string step = voice.messages().either("Zemora::analyse:  phase 4: EstimateDeviation           ",
-                                                     "Zemora::Analyse:    Phase 4: EstimateDeviation           ");
+    const std::string step =
+        voice.messages().either("Zemora::analyse:  phase 4: EstimateDeviation           ",
+                                "Zemora::Analyse:    Phase 4: EstimateDeviation           ");
     const ToneTables left_tone = analysis.Colormap_l;
     const ToneTables right_tone = analysis.Colormap_r;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
-    const AnalyseStatus status =
-        run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, progress_of(pipeline, step));
+    const AnalyseStatus status = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false},
+                                           progress_of(pipeline, step));
     analysis.Colormap_l = left_tone;
     analysis.Colormap_r = right_tone;
     if (status != AnalyseStatus::done) {

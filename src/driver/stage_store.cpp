@@ -3,8 +3,8 @@
 #include <array>
 
 #include "driver/outside_steps.h"
-#include "driver/pipeline.h"
 #include "driver/picture_times.h"
+#include "driver/pipeline.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/output_writer.h"
@@ -23,7 +23,8 @@ struct ProductWords {
     const char* english;
     const char* german;
 };
-constexpr ProductWords kStereoWords{"your error code is (stereo image): ", "Ihr Fehlercode ist (Stereobild): "};
+constexpr ProductWords kStereoWords{"your error code is (stereo image): ",
+                                    "Ihr Fehlercode ist (Stereobild): "};
 constexpr ProductWords kLeftRightWords{"your error code is (left/right image): ",
                                        "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
@@ -47,15 +48,17 @@ void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
     }
 }
 
-ProductNames names_of(Pipeline& pipeline, const PairRun& pair, ProductKind left_kind, ProductKind right_kind) {
+ProductNames names_of(Pipeline& pipeline, const PairRun& pair, ProductKind left_kind,
+                      ProductKind right_kind) {
     const ParameterSet& p = pipeline.parameters;
     const std::string root = join_path(p.path_of_images, p.path_of_output);
     std::string left_relative = pair.left_relative;
     std::string right_relative = pair.right_relative;
     const bool two_files = pipeline.list.two_files;
     const bool common = two_files && take_common_base(p, left_relative, right_relative);
-    ProductNames names{output_path(p, root, left_relative, left_kind, pair.index, pair.left_output_suffix),
-                       output_path(p, root, right_relative, right_kind, pair.index, pair.right_output_suffix)};
+    ProductNames names{
+        output_path(p, root, left_relative, left_kind, pair.index, pair.left_output_suffix),
+        output_path(p, root, right_relative, right_kind, pair.index, pair.right_output_suffix)};
     const StampValues stamps{pair.deviation, pair.projected_deviation, pair.stamp};
     stamp_name(names.left, p, stamps);
     stamp_name(names.right, p, stamps);
@@ -74,9 +77,10 @@ void claim_and_show(Pipeline& pipeline, OutputName& name) {
     const Voice& voice = pipeline.voice;
     make_output_folder(pipeline, name);
     if (pipeline.given_names.claim(name)) {
-        voice.print(format_text(voice.messages().either("   The name was taken in this run: %s is written instead.\n",
-                                                        "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"),
-                                printable(name.bare()).c_str()));
+        voice.print(format_text(
+            voice.messages().either("   The name was taken in this run: %s is written instead.\n",
+                                    "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"),
+            printable(name.bare()).c_str()));
     }
     if (voice.verbose() > 0) {
         voice.print("   " + printable(name.path()) + '\n');
@@ -114,8 +118,8 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
 
 SoftwareTagValues tag_values(const PairRun& pair) {
     const double width = pair.output_width;
-    return {round_half_up(pair.result.near_point * 1000.0 / width), round_half_up(pair.result.far_point * 1000.0 / width),
-            round_half_up(pair.deviation * 1000.0)};
+    return {round_half_up(pair.result.near_point * 1000.0 / width),
+            round_half_up(pair.result.far_point * 1000.0 / width), round_half_up(pair.deviation * 1000.0)};
 }
 
 /// Metadata and times of a stored file.

@@ -17,20 +17,26 @@ Bitmap& Bitmap::operator=(Bitmap&& other) noexcept {
     return *this;
 }
 
-Bitmap::~Bitmap() { reset(); }
+Bitmap::~Bitmap() {
+    reset();
+}
 
 Bitmap Bitmap::create(int width, int height) {
     constexpr int kDepth = 8 * kPixelBytes;
     if (width <= 0 || height <= 0) {
         return {};
     }
-    return Bitmap(FreeImage_Allocate(width, height, kDepth, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK,
-                                     FI_RGBA_BLUE_MASK));
+    return Bitmap(
+        FreeImage_Allocate(width, height, kDepth, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK));
 }
 
-Bitmap Bitmap::clone() const { return Bitmap(handle_ == nullptr ? nullptr : FreeImage_Clone(handle_)); }
+Bitmap Bitmap::clone() const {
+    return Bitmap(handle_ == nullptr ? nullptr : FreeImage_Clone(handle_));
+}
 
-FIBITMAP* Bitmap::release() { return std::exchange(handle_, nullptr); }
+FIBITMAP* Bitmap::release() {
+    return std::exchange(handle_, nullptr);
+}
 
 void Bitmap::reset() {
     if (handle_ != nullptr) {
@@ -38,9 +44,13 @@ void Bitmap::reset() {
     }
 }
 
-int Bitmap::width() const { return handle_ == nullptr ? 0 : static_cast<int>(FreeImage_GetWidth(handle_)); }
+int Bitmap::width() const {
+    return handle_ == nullptr ? 0 : static_cast<int>(FreeImage_GetWidth(handle_));
+}
 
-int Bitmap::height() const { return handle_ == nullptr ? 0 : static_cast<int>(FreeImage_GetHeight(handle_)); }
+int Bitmap::height() const {
+    return handle_ == nullptr ? 0 : static_cast<int>(FreeImage_GetHeight(handle_));
+}
 
 int Bitmap::bits_per_pixel() const {
     return handle_ == nullptr ? 0 : static_cast<int>(FreeImage_GetBPP(handle_));
@@ -50,7 +60,9 @@ std::ptrdiff_t Bitmap::pitch() const {
     return handle_ == nullptr ? 0 : static_cast<std::ptrdiff_t>(FreeImage_GetPitch(handle_));
 }
 
-std::uint8_t* Bitmap::bits() const { return handle_ == nullptr ? nullptr : FreeImage_GetBits(handle_); }
+std::uint8_t* Bitmap::bits() const {
+    return handle_ == nullptr ? nullptr : FreeImage_GetBits(handle_);
+}
 
 void fill(Picture picture, Colour colour) {
     if (picture.width <= 0) {

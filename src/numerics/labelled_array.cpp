@@ -29,6 +29,8 @@ void* allocate_block(std::ptrdiff_t rows, std::ptrdiff_t columns, std::size_t el
     return std::aligned_alloc(kAlignment, rounded);
 }
 
-void release_block(void* block) { std::free(block); }
+void release_block(void* block) {
+    std::free(block);
+}
 
 }  // namespace zemora

@@ -12,7 +12,9 @@ namespace zemora {
 inline constexpr int kTurnModes = 8;
 
 /// Odd modes exchange height and width.
-[[nodiscard]] constexpr bool exchanges_sides(int mode) { return mode % 2 != 0; }
+[[nodiscard]] constexpr bool exchanges_sides(int mode) {
+    return mode % 2 != 0;
+}
 
 /// Pixels of any depth in rows from the bottom.
 struct PixelRows {

@@ -8,12 +8,12 @@ namespace zemora {
 
 /// Everything that the report of a pair tells; it computes nothing.
 struct ImageReport {
-    int width = 0;   ///< Output, pixels.
+    int width = 0;  ///< Output, pixels.
     int height = 0;
     float pre_rotation_left = 0.0F;  ///< Degrees.
     float pre_rotation_right = 0.0F;
     float pre_vergence_v = 0.0F;
-    CorrectionValues correction;  ///< Accumulated; height in input pixels.
+    CorrectionValues correction;    ///< Accumulated; height in input pixels.
     double original_near_px = 0.0;  ///< Input pixels.
     double original_far_px = 0.0;
     CorrectionValues remaining;  ///< The last step of the iteration.
@@ -23,11 +23,11 @@ struct ImageReport {
     double right_edge_px = 0.0;
     int left_curtain_px = 0;
     int right_curtain_px = 0;
-    double deviation = 0.0;            ///< Fraction of the output width.
+    double deviation = 0.0;  ///< Fraction of the output width.
     double projected_deviation = 0.0;
-    double stress_px = 0.0;            ///< Mean vertical error that the correction stands for.
+    double stress_px = 0.0;  ///< Mean vertical error that the correction stands for.
     int seconds = 0;
-    int status = 0;      ///< `StatusCode` as a number.
+    int status = 0;  ///< `StatusCode` as a number.
     bool analysed = false;
     bool failure_told = false;  ///< The mount failure has been told where it arose.
 };

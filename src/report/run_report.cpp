@@ -12,7 +12,8 @@ std::string own_name(const ParameterSet& parameters) {
         return bare_name_of(parameters.path_of_images);
     }
     const bool two_files = parameters.stereo_image_input == 2 || parameters.stereo_image_input == 5;
-    std::string name = without_suffix(bare_name_of(two_files ? parameters.left_file_name : parameters.stereo_file_name));
+    std::string name =
+        without_suffix(bare_name_of(two_files ? parameters.left_file_name : parameters.stereo_file_name));
     const std::string end = name.size() >= 2 ? lower_case(name.substr(name.size() - 2)) : std::string();
     if (end == "_l" || end == "_s") {
         name.resize(name.size() - 2);

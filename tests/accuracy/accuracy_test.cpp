@@ -49,15 +49,18 @@ SceneOptions options_of(const Format& format) {
 
 /// What pictures of 4 megapixels may keep; larger ones in proportion to their side.
 double allowed(double at_four_megapixels, const Format& format) {
-    return at_four_megapixels * std::max(1.0, std::sqrt(format.width * static_cast<double>(format.height) / 4.0e6));
+    return at_four_megapixels *
+           std::max(1.0, std::sqrt(format.width * static_cast<double>(format.height) / 4.0e6));
 }
 
 void show(const char* name, const Format& format, const MountedScene& m) {
-    std::printf("%-6s %-12s height %8.2f px  size %6.3f %%  rotation %6.3f  V %6.3f  H %6.3f deg  rounds %2d  "
-                "|dy| median %.3f  p95 %.3f  model %.2f px\n",
-                format.name, name, m.correction.height_px, 100.0 * m.correction.size, m.correction.rotation_rad / kDegree,
-                m.correction.vergence_v_rad / kDegree, m.correction.vergence_h_rad / kDegree, m.iterations, m.median_dy_px,
-                m.p95_dy_px, static_cast<double>(m.residual_rms_px));
+    std::printf(
+        "%-6s %-12s height %8.2f px  size %6.3f %%  rotation %6.3f  V %6.3f  H %6.3f deg  rounds %2d  "
+        "|dy| median %.3f  p95 %.3f  model %.2f px\n",
+        format.name, name, m.correction.height_px, 100.0 * m.correction.size,
+        m.correction.rotation_rad / kDegree, m.correction.vergence_v_rad / kDegree,
+        m.correction.vergence_h_rad / kDegree, m.iterations, m.median_dy_px, m.p95_dy_px,
+        static_cast<double>(m.residual_rms_px));
 }
 
 /// Within 2 % of the truth, or the absolute amount.
@@ -100,9 +103,11 @@ TEST_P(Accuracy, OrdinaryErrorsAreMeasuredAndRemoved) {
     expect_near_truth("vergence H", mounted.correction.vergence_h_rad, errors.vergence_h_rad, kAngle);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Accuracy, testing::Combine(testing::ValuesIn(kFormats), testing::ValuesIn(kOrdinary)),
+INSTANTIATE_TEST_SUITE_P(Table, Accuracy,
+                         testing::Combine(testing::ValuesIn(kFormats), testing::ValuesIn(kOrdinary)),
                          [](const auto& row) {
-                             return std::string(std::get<0>(row.param).name) + "_" + std::get<1>(row.param).name;
+                             return std::string(std::get<0>(row.param).name) + "_" +
+                                    std::get<1>(row.param).name;
                          });
 
 /// Other arrangements of objects: near ones that cover much pull at the measured values, while the
@@ -161,7 +166,8 @@ TEST_P(ShareOfTheViews, AlignedPairStaysAsItIs) {
     const Format format{"4MP", 2304, 1728};
     MountOptions mount;
     mount.apply_left_right = GetParam();
-    const MountedScene mounted = mount_scene(options_of(format), errors_of({"none", 0, 0, 0, 0, 0}, format.height), mount);
+    const MountedScene mounted =
+        mount_scene(options_of(format), errors_of({"none", 0, 0, 0, 0, 0}, format.height), mount);
     ASSERT_TRUE(mounted.mounted);
     show("none", format, mounted);
     EXPECT_LT(mounted.p95_dy_px, 0.3);

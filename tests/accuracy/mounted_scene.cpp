@@ -21,7 +21,8 @@ struct RealPosition {
 
 /// Centred source position of a real output position (columns and rows of the whole frame), between
 /// the mapped pixels round it.
-RealPosition source_of(const ViewTransform& transform, double column, double row, int source_width, int source_height) {
+RealPosition source_of(const ViewTransform& transform, double column, double row, int source_width,
+                       int source_height) {
     const int left = static_cast<int>(std::floor(column));
     const int bottom = static_cast<int>(std::floor(row));
     const double fx = column - left;
@@ -40,7 +41,8 @@ RealPosition source_of(const ViewTransform& transform, double column, double row
 }
 
 /// Output position whose source position is `wanted`, by fixed-point iteration.
-RealPosition output_of(const ViewTransform& transform, RealPosition wanted, RealPosition start, const Scene& scene) {
+RealPosition output_of(const ViewTransform& transform, RealPosition wanted, RealPosition start,
+                       const Scene& scene) {
     constexpr int kRounds = 12;
     RealPosition output = start;
     for (int i = 0; i < kRounds; ++i) {
@@ -54,7 +56,8 @@ RealPosition output_of(const ViewTransform& transform, RealPosition wanted, Real
 /// |dy| of matching points over the picture, sorted.
 std::vector<double> remaining_errors(const WarpState& warp, const Scene& scene) {
     constexpr int kSteps = 40;
-    const PairTransform transforms = make_transforms(warp, warp.latest_correction, warp.frame_height, warp.frame_width);
+    const PairTransform transforms =
+        make_transforms(warp, warp.latest_correction, warp.frame_height, warp.frame_width);
     std::vector<double> errors;
     for (int j = 1; j < kSteps; ++j) {
         for (int i = 1; i < kSteps; ++i) {
@@ -104,8 +107,8 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     Pipeline pipeline(parameters, context, list, exiftool, voice);
     PairRun pair;
     MountedScene result;
-    result.mounted = prepare_pair(pipeline, pair) && measure_first(pipeline, pair) && iterate_geometry(pipeline, pair) &&
-                     is_written(pair.status);
+    result.mounted = prepare_pair(pipeline, pair) && measure_first(pipeline, pair) &&
+                     iterate_geometry(pipeline, pair) && is_written(pair.status);
     if (result.mounted) {
         place_stereo_window(pipeline, pair);
         result.mounted = warp_final(pipeline, pair);

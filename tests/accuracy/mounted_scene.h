@@ -17,9 +17,9 @@ struct MountOptions {
 
 struct MountedScene {
     bool mounted = false;
-    int iterations = 0;           ///< Measurements of the iteration.
-    PairCorrection correction;    ///< What the program applied.
-    double median_dy_px = 0.0;    ///< Vertical error of the output pair, in output pixels.
+    int iterations = 0;         ///< Measurements of the iteration.
+    PairCorrection correction;  ///< What the program applied.
+    double median_dy_px = 0.0;  ///< Vertical error of the output pair, in output pixels.
     double p95_dy_px = 0.0;
     float residual_rms_px = 0.0F;
 };
