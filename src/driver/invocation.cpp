@@ -82,6 +82,7 @@ void take_image_folder(const std::string& picture, char view, ParameterSet& para
 
 std::optional<Invocation> classify_call(const std::vector<std::string>& positional) {
     std::vector<std::string> arguments;
+    arguments.reserve(positional.size());
     for (const std::string& argument : positional) {
         arguments.push_back(clean_argument(argument));
     }

@@ -100,7 +100,7 @@ std::string safe_ident(const std::string& ident) {
     return safe;
 }
 
-std::string with_ident(std::string folder, const std::string& ident) {
+std::string with_ident(const std::string& folder, const std::string& ident) {
     const std::string safe = safe_ident(ident);
     // Behind a folder part that ends with a separator the text is a folder of its own.
     const bool stands_alone = folder.empty() || folder.back() == '/';
