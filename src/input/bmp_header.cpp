@@ -10,7 +10,7 @@ constexpr std::size_t kFileHeader = 14;  // bytes
 constexpr std::size_t kShortHeader = 40;
 constexpr std::size_t kLeastLongHeader = 52;
 constexpr std::size_t kGreatestLongHeader = 124;
-constexpr std::size_t kMasks = 12;       // of red, green and blue; in the long headers at byte 40
+constexpr std::size_t kMasks = 12;  // of red, green and blue; in the long headers at byte 40
 
 // Places in the file.
 constexpr std::size_t kPixelsPlace = 10;
@@ -40,8 +40,8 @@ std::optional<std::vector<std::uint8_t>> with_short_bmp_header(std::span<const s
     }
     const std::size_t size = number_at(file, kHeaderSizePlace);
     const std::size_t pixels = number_at(file, kPixelsPlace);
-    if (size < kLeastLongHeader || size > kGreatestLongHeader || size == 64 /* OS/2 */ || file.size() < kFileHeader + size ||
-        pixels < kFileHeader + size) {
+    if (size < kLeastLongHeader || size > kGreatestLongHeader || size == 64 /* OS/2 */ ||
+        file.size() < kFileHeader + size || pixels < kFileHeader + size) {
         return std::nullopt;
     }
     const std::size_t kept = kShortHeader + (number_at(file, kCompressionPlace) == kBitFields ? kMasks : 0);

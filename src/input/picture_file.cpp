@@ -23,8 +23,8 @@ namespace zemora {
 namespace {
 
 /// The largest picture that is loaded: rows of it fit into 32-bit sizes with room to spare.
-constexpr unsigned kLargestLoadedSide = 65500;      // pixels
-constexpr double kLargestLoadedPicture = 6.0e8;     // pixels; 1.8 GB
+constexpr unsigned kLargestLoadedSide = 65500;   // pixels
+constexpr double kLargestLoadedPicture = 6.0e8;  // pixels; 1.8 GB
 
 /// Formats of the image library that hold up against broken files.
 struct FormatRow {
@@ -32,12 +32,12 @@ struct FormatRow {
     PictureFormat format;
 };
 constexpr std::array kFormats{
-    FormatRow{FIF_BMP, PictureFormat::bmp},       FormatRow{FIF_JPEG, PictureFormat::jpeg},
-    FormatRow{FIF_PNG, PictureFormat::png},       FormatRow{FIF_TIFF, PictureFormat::tiff},
-    FormatRow{FIF_TARGA, PictureFormat::targa},   FormatRow{FIF_GIF, PictureFormat::gif},
-    FormatRow{FIF_PPM, PictureFormat::ppm},       FormatRow{FIF_PPMRAW, PictureFormat::ppm},
-    FormatRow{FIF_PGM, PictureFormat::ppm},       FormatRow{FIF_PGMRAW, PictureFormat::ppm},
-    FormatRow{FIF_PBM, PictureFormat::ppm},       FormatRow{FIF_PBMRAW, PictureFormat::ppm},
+    FormatRow{FIF_BMP, PictureFormat::bmp},     FormatRow{FIF_JPEG, PictureFormat::jpeg},
+    FormatRow{FIF_PNG, PictureFormat::png},     FormatRow{FIF_TIFF, PictureFormat::tiff},
+    FormatRow{FIF_TARGA, PictureFormat::targa}, FormatRow{FIF_GIF, PictureFormat::gif},
+    FormatRow{FIF_PPM, PictureFormat::ppm},     FormatRow{FIF_PPMRAW, PictureFormat::ppm},
+    FormatRow{FIF_PGM, PictureFormat::ppm},     FormatRow{FIF_PGMRAW, PictureFormat::ppm},
+    FormatRow{FIF_PBM, PictureFormat::ppm},     FormatRow{FIF_PBMRAW, PictureFormat::ppm},
     FormatRow{FIF_RAW, PictureFormat::raw},
 };
 
@@ -104,7 +104,8 @@ private:
     static int DLL_CALLCONV seek(fi_handle handle, long offset, int origin) {
         auto& stream = *static_cast<LibraryStream*>(handle);
         const auto size = static_cast<long>(stream.bytes_.size());
-        const long base = origin == SEEK_END ? size : (origin == SEEK_CUR ? static_cast<long>(stream.position_) : 0);
+        const long base =
+            origin == SEEK_END ? size : (origin == SEEK_CUR ? static_cast<long>(stream.position_) : 0);
         if (base + offset < 0) {
             return -1;
         }
@@ -163,12 +164,14 @@ bool is_cut_off(const LibraryStream& stream, PictureFormat format, std::span<con
 
 /// A message of the library that means that pixels are missing or wrong.
 bool tells_damage(std::string_view message) {
-    static constexpr std::array<std::string_view, 8> kSigns{"Premature end", "premature end", "Corrupt JPEG", "truncated",
-                                                            "Truncated", "Read Error", "not enough", "Not enough"};
+    static constexpr std::array<std::string_view, 8> kSigns{"Premature end", "premature end", "Corrupt JPEG",
+                                                            "truncated",     "Truncated",     "Read Error",
+                                                            "not enough",    "Not enough"};
     // These leave the pixels whole.
     static constexpr std::array<std::string_view, 2> kHarmless{"extraneous bytes", "bad ICC marker"};
     const auto holds = [&](std::string_view text) { return message.find(text) != std::string_view::npos; };
-    return std::any_of(kSigns.begin(), kSigns.end(), holds) && std::none_of(kHarmless.begin(), kHarmless.end(), holds);
+    return std::any_of(kSigns.begin(), kSigns.end(), holds) &&
+           std::none_of(kHarmless.begin(), kHarmless.end(), holds);
 }
 
 /// The first of the library's messages that means damage; empty without one.
@@ -252,7 +255,8 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     loaded.bitmap = stream.load(format, 0);
     if (!loaded.bitmap || FreeImage_HasPixels(loaded.bitmap.handle()) == FALSE) {
         const std::string first = t_library_message.substr(0, t_library_message.find(kMessageEnd));
-        return failed(LoadStatus::unreadable, first.empty() ? "the content is no picture of its type" : first);
+        return failed(LoadStatus::unreadable,
+                      first.empty() ? "the content is no picture of its type" : first);
     }
     if (const std::string damage = told_damage(t_library_message); !damage.empty()) {
         return failed(LoadStatus::unreadable, "the file is damaged or cut off: " + damage);
@@ -282,7 +286,8 @@ std::string capture_time_text(const std::string& path) {
     }
     const Bitmap header = LibraryStream(*content).load(format, FIF_LOAD_NOPIXELS);
     FITAG* tag = nullptr;
-    if (!header || FreeImage_GetMetadata(FIMD_EXIF_EXIF, header.handle(), "DateTimeOriginal", &tag) == FALSE ||
+    if (!header ||
+        FreeImage_GetMetadata(FIMD_EXIF_EXIF, header.handle(), "DateTimeOriginal", &tag) == FALSE ||
         FreeImage_GetTagType(tag) != FIDT_ASCII) {
         return {};
     }

@@ -24,7 +24,9 @@ std::size_t word_at(std::span<const std::uint8_t> file, std::size_t place) {
     return file[place] + std::size_t{256} * file[place + 1];
 }
 
-std::size_t bytes_of_bits(std::size_t bits) { return (bits + 7) / 8; }
+std::size_t bytes_of_bits(std::size_t bits) {
+    return (bits + 7) / 8;
+}
 
 }  // namespace
 
@@ -32,8 +34,8 @@ bool targa_is_cut_off(std::span<const std::uint8_t> file) {
     if (file.size() < kHeaderSize) {
         return true;
     }
-    const std::size_t palette = file[kHasPalette] == 0 ? 0
-                                : word_at(file, kPaletteLength) * bytes_of_bits(file[kPaletteEntryBits]);
+    const std::size_t palette =
+        file[kHasPalette] == 0 ? 0 : word_at(file, kPaletteLength) * bytes_of_bits(file[kPaletteEntryBits]);
     const std::size_t pixel = bytes_of_bits(file[kPixelBits]);
     std::size_t place = kHeaderSize + file[kIdentLength] + palette;
     std::size_t left = word_at(file, kWidth) * word_at(file, kHeight);

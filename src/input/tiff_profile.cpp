@@ -54,7 +54,8 @@ void hide_tiff_profile(std::span<std::uint8_t> file) {
         const std::uint64_t directory = bytes.number(form.first_directory_place, form.offset_size);
         const std::uint64_t count = bytes.number(directory, form.count_size);
         std::uint64_t entry = directory + form.count_size;
-        for (std::uint64_t i = 0; i < count && bytes.holds(entry, form.entry_size); ++i, entry += form.entry_size) {
+        for (std::uint64_t i = 0; i < count && bytes.holds(entry, form.entry_size);
+             ++i, entry += form.entry_size) {
             if (bytes.number(entry, 2) == kProfileTag) {
                 bytes.put_short(entry, kUnknownTag);
             }

@@ -81,7 +81,9 @@ bool has_ended_within(int child, int seconds) {
 
 }  // namespace
 
-ChildDialog::~ChildDialog() { close(); }
+ChildDialog::~ChildDialog() {
+    close();
+}
 
 bool ChildDialog::start(const std::vector<std::string>& arguments, std::string goodbye) {
     Pipe input;
@@ -129,8 +131,9 @@ bool ChildDialog::write(std::string_view text) {
 bool ChildDialog::read_until(std::string_view end, std::vector<std::uint8_t>& output) {
     std::array<std::uint8_t, 65536> block;
     const auto ended = [&] {
-        return output.size() >= end.size() && std::equal(end.begin(), end.end(), output.end() - static_cast<std::ptrdiff_t>(end.size()),
-                                                          [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
+        return output.size() >= end.size() &&
+               std::equal(end.begin(), end.end(), output.end() - static_cast<std::ptrdiff_t>(end.size()),
+                          [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
     };
     while (!ended()) {
         const ssize_t count = read(from_child_, block.data(), block.size());

@@ -9,9 +9,9 @@ namespace zemora {
 
 /// What an outside program left behind.
 struct ChildResult {
-    int exit_code = -1;  ///< -1 when it could not be started or ended by a signal.
+    int exit_code = -1;                ///< -1 when it could not be started or ended by a signal.
     std::vector<std::uint8_t> output;  ///< Standard output.
-    std::string error;   ///< The system's reason when it could not be started.
+    std::string error;                 ///< The system's reason when it could not be started.
     [[nodiscard]] bool succeeded() const { return exit_code == 0; }
 };
 

@@ -32,7 +32,9 @@ private:
     int number_;
 };
 
-std::string system_reason(int error) { return std::strerror(error); }
+std::string system_reason(int error) {
+    return std::strerror(error);
+}
 
 bool write_all(int file, std::span<const std::uint8_t> bytes) {
     constexpr std::size_t kLargestWrite = std::size_t{1} << 26;

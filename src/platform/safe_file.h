@@ -17,6 +17,7 @@ namespace zemora {
 
 /// The whole contents of a plain file; nothing with the system's reason in `reason` when it is no
 /// plain file or cannot be read.
-[[nodiscard]] std::optional<std::vector<std::uint8_t>> read_file_whole(const std::string& path, std::string& reason);
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> read_file_whole(const std::string& path,
+                                                                       std::string& reason);
 
 }  // namespace zemora

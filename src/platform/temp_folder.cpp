@@ -35,8 +35,9 @@ void remove_named_folder() {
             break;
         }
         for (ssize_t at = 0; at < size;) {
-            const auto* entry = reinterpret_cast<const dirent64*>(block.data() + at);  // NOLINT: the system's layout
-            unlinkat(folder, entry->d_name, 0);  // fails for "." and ".."
+            const auto* entry =
+                reinterpret_cast<const dirent64*>(block.data() + at);  // NOLINT: the system's layout
+            unlinkat(folder, entry->d_name, 0);                        // fails for "." and ".."
             at += entry->d_reclen;
         }
     }
@@ -91,6 +92,8 @@ std::string alias_in_temporary_folder(const std::string& path) {
     return !temporary_folder().empty() && symlink(path.c_str(), alias.c_str()) == 0 ? alias : std::string();
 }
 
-void remove_temporary_folder() { remove_named_folder(); }
+void remove_temporary_folder() {
+    remove_named_folder();
+}
 
 }  // namespace zemora

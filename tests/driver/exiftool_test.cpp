@@ -49,8 +49,9 @@ protected:
 };
 
 TEST_F(ExifToolCalls, RecordComesBackFromFilesOfAnyName) {
-    for (const char* name : {"plain.jpg", "-n%d%%f.jpg", "new\nline.jpg", "carriage\rreturn.jpg", "# comment.jpg", " blank.jpg",
-                             "\xC3\xA4.jpg", "latin\xE4.jpg", "{zemora-status 1 zemora-end}.jpg", "-execute.jpg", "$(x)'\";.jpg"}) {
+    for (const char* name : {"plain.jpg", "-n%d%%f.jpg", "new\nline.jpg", "carriage\rreturn.jpg",
+                             "# comment.jpg", " blank.jpg", "\xC3\xA4.jpg", "latin\xE4.jpg",
+                             "{zemora-status 1 zemora-end}.jpg", "-execute.jpg", "$(x)'\";.jpg"}) {
         const std::string path = picture(name);
         const std::string text = std::string("Zemora_OK_V1.0  1.5 -2 ") + std::to_string(name[0]);
         EXPECT_TRUE(tool.write_record(path, InputClass::jpeg, text)) << name;
@@ -77,8 +78,11 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
     parameters.exif_copyright = "two\nlines";
     const std::string first = picture("first %d.jpg");
     const std::string second = picture("second.jpg");
-    for (const auto& [path, date] : {std::pair{first, "2001:02:03 04:05:06"}, std::pair{second, "2011:12:13 14:15:16"}}) {
-        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", std::string("-DateTimeOriginal=") + date, path}).succeeded());
+    for (const auto& [path, date] :
+         {std::pair{first, "2001:02:03 04:05:06"}, std::pair{second, "2011:12:13 14:15:16"}}) {
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original",
+                               std::string("-DateTimeOriginal=") + date, path})
+                        .succeeded());
     }
     const TagPermissions all{true, true, true};
     const std::string first_target = picture("first_target %d.jpg");
@@ -86,9 +90,11 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
     EXPECT_TRUE(tool.transfer(first, first_target, all, {-7, 20, 27}, false));
     EXPECT_TRUE(tool.transfer(second, second_target, all, {1, 2, 3}, false));
     tool.forget_pair();
-    for (const auto& [path, date, software] : {std::tuple{first_target, "2001:02:03 04:05:06", "nearpoint= -7, farpoint= 20, deviation= 27"},
-                                               {second_target, "2011:12:13 14:15:16", "nearpoint=  1, farpoint=  2, deviation=  3"}}) {
-        const ChildResult tags = run_child({"exiftool", "-s", "-s", "-s", "-DateTimeOriginal", "-Software", path});
+    for (const auto& [path, date, software] :
+         {std::tuple{first_target, "2001:02:03 04:05:06", "nearpoint= -7, farpoint= 20, deviation= 27"},
+          {second_target, "2011:12:13 14:15:16", "nearpoint=  1, farpoint=  2, deviation=  3"}}) {
+        const ChildResult tags =
+            run_child({"exiftool", "-s", "-s", "-s", "-DateTimeOriginal", "-Software", path});
         const std::string text(tags.output.begin(), tags.output.end());
         EXPECT_EQ(text.substr(0, 19), date);
         EXPECT_NE(text.find(software), std::string::npos) << text;

@@ -48,18 +48,24 @@ TEST_P(Forms, FollowFromNumberAndKindOfTheArguments) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Forms,
-    testing::Values(FormCase{{}, Form::defaults, "zemora.ini"}, FormCase{{"my.ini"}, Form::parameter_file, "my.ini"},
-                    FormCase{{"MY.INI"}, Form::parameter_file, "MY.INI"}, FormCase{{"a.ini.jpg"}, Form::parameter_file, "a.ini.jpg"},
-                    FormCase{{"a.Ini"}, Form::stereo_file, "zemora.ini"}, FormCase{{"x.ini/a.jpg"}, Form::stereo_file, "x.ini/zemora.ini"},
-                    FormCase{{"@/folder.ini"}, Form::folder, ""}, FormCase{{"@/other/"}, Form::folder, ""},
-                    FormCase{{"a.jpg"}, Form::stereo_file, "zemora.ini"}, FormCase{{"d\\a.jpg"}, Form::stereo_file, "d/zemora.ini"},
-                    FormCase{{"a.jpg", "my.ini"}, Form::stereo_file_and_parameters, "my.ini"},
-                    FormCase{{"d/a.jpg", "b.jpg"}, Form::pair, "d/zemora.ini"}, FormCase{{"/a.jpg", "b.jpg"}, Form::pair, "/zemora.ini"},
-                    FormCase{{"a.jpg", "b.jpg", "my.ini"}, Form::pair_and_parameters, "my.ini"},
-                    FormCase{{"a.jpg", "b.jpg", "c.jpg"}, std::nullopt, ""}, FormCase{{"a", "b", "c", "d.ini"}, std::nullopt, ""},
-                    FormCase{{"@/l", "@/r/"}, Form::two_folders, ""}, FormCase{{"@/l", "@/R"}, Form::two_folders, ""},
-                    FormCase{{"@/r", "@/l"}, std::nullopt, ""}, FormCase{{"@/l", "@/other"}, std::nullopt, ""},
-                    FormCase{{"@/l", "@/r", "my.ini"}, Form::pair_and_parameters, "my.ini"}));
+    testing::Values(
+        FormCase{{}, Form::defaults, "zemora.ini"}, FormCase{{"my.ini"}, Form::parameter_file, "my.ini"},
+        FormCase{{"MY.INI"}, Form::parameter_file, "MY.INI"},
+        FormCase{{"a.ini.jpg"}, Form::parameter_file, "a.ini.jpg"},
+        FormCase{{"a.Ini"}, Form::stereo_file, "zemora.ini"},
+        FormCase{{"x.ini/a.jpg"}, Form::stereo_file, "x.ini/zemora.ini"},
+        FormCase{{"@/folder.ini"}, Form::folder, ""}, FormCase{{"@/other/"}, Form::folder, ""},
+        FormCase{{"a.jpg"}, Form::stereo_file, "zemora.ini"},
+        FormCase{{"d\\a.jpg"}, Form::stereo_file, "d/zemora.ini"},
+        FormCase{{"a.jpg", "my.ini"}, Form::stereo_file_and_parameters, "my.ini"},
+        FormCase{{"d/a.jpg", "b.jpg"}, Form::pair, "d/zemora.ini"},
+        FormCase{{"/a.jpg", "b.jpg"}, Form::pair, "/zemora.ini"},
+        FormCase{{"a.jpg", "b.jpg", "my.ini"}, Form::pair_and_parameters, "my.ini"},
+        FormCase{{"a.jpg", "b.jpg", "c.jpg"}, std::nullopt, ""},
+        FormCase{{"a", "b", "c", "d.ini"}, std::nullopt, ""},
+        FormCase{{"@/l", "@/r/"}, Form::two_folders, ""}, FormCase{{"@/l", "@/R"}, Form::two_folders, ""},
+        FormCase{{"@/r", "@/l"}, std::nullopt, ""}, FormCase{{"@/l", "@/other"}, std::nullopt, ""},
+        FormCase{{"@/l", "@/r", "my.ini"}, Form::pair_and_parameters, "my.ini"}));
 
 TEST(ForcedValues, PairAndStereoFileTakeTheirFolderAndDropTheViews) {
     ParameterSet p;
@@ -100,15 +106,21 @@ std::string printed_by(const std::string& script) {
 }
 
 TEST(BatchScript, EndsAtTheFirstEmptyLineAndReplacesTheLastMark) {
-    const std::string script = batch_script("REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' #CM#\n\necho never\n", "ana", "stereo");
+    const std::string script =
+        batch_script("REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' #CM#\n\necho never\n",
+                     "ana", "stereo");
     EXPECT_EQ(printed_by(script), "<#CS#><stereo><#CA#><stereo>");
 }
 
 TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
-    for (const std::string name : {"/a b/c.jpg", "/it's.jpg", "/$(echo x)`echo y`.jpg", "/\"q\"\\.jpg", "/two\necho lines.jpg", "/;#&|*.jpg"}) {
-        for (const char* line : {"printf '<%s>' #CS#", "printf '<%s>' \"#CS#\"", "printf '<%s>' '#CS#'", "printf \"<%s>\" \\\\#CS#"}) {
-            const std::string expected = (std::string(line).find('\\') != std::string::npos ? "<\\" : "<") + name + '>';
-            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', "", name)), expected) << line;
+    for (const std::string name : {"/a b/c.jpg", "/it's.jpg", "/$(echo x)`echo y`.jpg", "/\"q\"\\.jpg",
+                                   "/two\necho lines.jpg", "/;#&|*.jpg"}) {
+        for (const char* line : {"printf '<%s>' #CS#", "printf '<%s>' \"#CS#\"", "printf '<%s>' '#CS#'",
+                                 "printf \"<%s>\" \\\\#CS#"}) {
+            const std::string expected =
+                (std::string(line).find('\\') != std::string::npos ? "<\\" : "<") + name + '>';
+            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', "", name)), expected)
+                << line;
         }
     }
 }
@@ -132,8 +144,14 @@ struct Rig {
 
 TEST(FileKinds, SuffixesAreLowerCasedShortenedAndChecked) {
     Rig rig;
-    for (const auto& [name, suffix] : {std::pair{"a.JPG", ".jpg"}, {"a.jpeg", ".jpg"}, {"a.TIFF", ".tif"}, {"b/a.x.Webp", ".webp"},
-                                       {"a", ""}, {"a.", ""}, {"a.js", ""}, {"a.toolong", ""}}) {
+    for (const auto& [name, suffix] : {std::pair{"a.JPG", ".jpg"},
+                                       {"a.jpeg", ".jpg"},
+                                       {"a.TIFF", ".tif"},
+                                       {"b/a.x.Webp", ".webp"},
+                                       {"a", ""},
+                                       {"a.", ""},
+                                       {"a.js", ""},
+                                       {"a.toolong", ""}}) {
         EXPECT_EQ(rig.listen([&, n = name] { return checked_suffix(n, rig.voice); }), suffix) << name;
         EXPECT_EQ(rig.told.find(name) != std::string::npos, std::string(suffix).empty()) << rig.told;
     }
@@ -168,8 +186,9 @@ class Tags : public testing::TestWithParam<TagCase> {};
 TEST_P(Tags, AreTransferredWhereBothEndsCanHoldThem) {
     const TagCase& c = GetParam();
     Rig rig;
-    const TagPermissions permissions =
-        rig.listen([&] { return tag_permissions(rig.parameters, c.left_in, c.right_in, c.left_out, c.right_out, rig.voice); });
+    const TagPermissions permissions = rig.listen([&] {
+        return tag_permissions(rig.parameters, c.left_in, c.right_in, c.left_out, c.right_out, rig.voice);
+    });
     EXPECT_EQ(permissions.exif_ok, c.exif);
     EXPECT_EQ(permissions.tags_ok, c.tags);
     EXPECT_EQ(permissions.colour_profile_ok, c.profile);

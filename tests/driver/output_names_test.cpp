@@ -106,16 +106,17 @@ TEST_P(CommonBase, IsTakenWithoutTheMarkers) {
     EXPECT_EQ(right, c.right_after);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, CommonBase,
-                         testing::Values(BaseCase{"foo_l.jpg", "foo_r.jpg", true, "foo.jpg", "foo.jpg"},
-                                         BaseCase{"foo_L.jpg", "foo_r.png", true, "foo.jpg", "foo.png"},
-                                         BaseCase{"foo_cl.jpg", "foo_cr.jpg", true, "foo.jpg", "foo.jpg"},
-                                         BaseCase{"l/foo.jpg", "r/foo.jpg", true, "l/foo.jpg", "r/foo.jpg"},
-                                         BaseCase{"foo_r.jpg", "foo_l.jpg", false, "foo_r.jpg", "foo_l.jpg"},
-                                         BaseCase{"foo_l.jpg", "fox_r.jpg", false, "foo_l.jpg", "fox_r.jpg"},
-                                         BaseCase{"foo_l.jpg", "foo_r.jpeg", false, "foo_l.jpg", "foo_r.jpeg"},
-                                         BaseCase{"foo_CL.jpg", "foo_CR.jpg", false, "foo_CL.jpg", "foo_CR.jpg"},
-                                         BaseCase{"a.jpg", "b.jpg", false, "a.jpg", "b.jpg"}));
+INSTANTIATE_TEST_SUITE_P(
+    Table, CommonBase,
+    testing::Values(BaseCase{"foo_l.jpg", "foo_r.jpg", true, "foo.jpg", "foo.jpg"},
+                    BaseCase{"foo_L.jpg", "foo_r.png", true, "foo.jpg", "foo.png"},
+                    BaseCase{"foo_cl.jpg", "foo_cr.jpg", true, "foo.jpg", "foo.jpg"},
+                    BaseCase{"l/foo.jpg", "r/foo.jpg", true, "l/foo.jpg", "r/foo.jpg"},
+                    BaseCase{"foo_r.jpg", "foo_l.jpg", false, "foo_r.jpg", "foo_l.jpg"},
+                    BaseCase{"foo_l.jpg", "fox_r.jpg", false, "foo_l.jpg", "fox_r.jpg"},
+                    BaseCase{"foo_l.jpg", "foo_r.jpeg", false, "foo_l.jpg", "foo_r.jpeg"},
+                    BaseCase{"foo_CL.jpg", "foo_CR.jpg", false, "foo_CL.jpg", "foo_CR.jpg"},
+                    BaseCase{"a.jpg", "b.jpg", false, "a.jpg", "b.jpg"}));
 
 OutputName name_of(const char* base) {
     OutputName name;
@@ -150,7 +151,8 @@ INSTANTIATE_TEST_SUITE_P(Table, Stamps,
                                          StampCase{1, 0, 999, 0.0305, 0.02, "foo_031_cl.jpg"},
                                          StampCase{1, 1, 999, 0.0304, 0.02, "foo_030_cl.jpg"},
                                          StampCase{2, 0, 999, 0.0305, 0.02, "foo_2026.01.31_23.59.59_cl.jpg"},
-                                         StampCase{3, 3, 999, 0.0305, 0.0306, "foo_031(16;10)_2026.01.31_23.59.59_cl.jpg"},
+                                         StampCase{3, 3, 999, 0.0305, 0.0306,
+                                                   "foo_031(16;10)_2026.01.31_23.59.59_cl.jpg"},
                                          StampCase{1, 2, 999, 0.03, 0.025, "foo_025(4;3)_cl.jpg"},
                                          StampCase{1, 4, 999, 0.03, 0.025, "foo_025(16;9)_cl.jpg"},
                                          StampCase{1, 5, 999, 0.03, 0.025, "foo_025(Kino)_cl.jpg"},
@@ -171,7 +173,8 @@ TEST(CombinedName, HoldsBothBasesAndOnePrefix) {
 
 TEST(CombinedName, IsForSeparateFilesWithoutCommonBase) {
     ParameterSet p;
-    for (const auto& [mode, wanted] : {std::pair{0, true}, {1, false}, {2, false}, {3, false}, {4, true}, {9, true}, {10, true}}) {
+    for (const auto& [mode, wanted] :
+         {std::pair{0, true}, {1, false}, {2, false}, {3, false}, {4, true}, {9, true}, {10, true}}) {
         p.input_mode = mode;
         EXPECT_EQ(wants_combined_name(p, true, false), wanted) << mode;
         EXPECT_FALSE(wants_combined_name(p, false, false));

@@ -60,11 +60,13 @@ TEST(StoredRecord, OnlyAWholeRecordOfThisVersionCounts) {
     EXPECT_TRUE(parse_record("  " + record_with(word, kRecordFields, "  -2e-3") + "  \r\n"));
     EXPECT_TRUE(parse_record(record_with(word, kRecordFields + 1, "1")));  // more is not looked at
     for (const std::string& bad :
-         {std::string(), word, record_with(word, kRecordFields - 1, "1"), record_with("Zemora_OK_V1.1", kRecordFields, "1"),
-          record_with("Zemora_OK_V1.00", kRecordFields, "1"), record_with("zemora_ok_v1.0", kRecordFields, "1"),
-          record_with(word, kRecordFields, "nan"), record_with(word, kRecordFields, "inf"), record_with(word, kRecordFields, "x"),
-          record_with(word, kRecordFields, "1,5"), record_with(word, kRecordFields, "1e999"), std::string("Canon EOS holiday"),
-          word + std::string(5000, ' ')}) {
+         {std::string(), word, record_with(word, kRecordFields - 1, "1"),
+          record_with("Zemora_OK_V1.1", kRecordFields, "1"),
+          record_with("Zemora_OK_V1.00", kRecordFields, "1"),
+          record_with("zemora_ok_v1.0", kRecordFields, "1"), record_with(word, kRecordFields, "nan"),
+          record_with(word, kRecordFields, "inf"), record_with(word, kRecordFields, "x"),
+          record_with(word, kRecordFields, "1,5"), record_with(word, kRecordFields, "1e999"),
+          std::string("Canon EOS holiday"), word + std::string(5000, ' ')}) {
         EXPECT_FALSE(parse_record(bad)) << bad.substr(0, 80);
     }
 }
@@ -112,7 +114,8 @@ INSTANTIATE_TEST_SUITE_P(Table, StopTest,
                                          StopCase{2.01, 0.399, 0.227, 0.0, 600, kNone, false},
                                          StopCase{0.5, 0.399, 0.229, 0.0, 600, kNone, false},
                                          StopCase{0.5, 0.401, 0.0, 0.0, 600, kNone, false},
-                                         StopCase{1.99, 0.1, 0.1, 0.1, 4000, kSuccess, true},  // a unit of two rows
+                                         StopCase{1.99, 0.1, 0.1, 0.1, 4000, kSuccess,
+                                                  true},  // a unit of two rows
                                          StopCase{3.99, 0.1, 0.1, 0.1, 4000, kUsable, true},
                                          StopCase{6.6, 0.1, 0.1, 0.1, 4000, kUsable, false},
                                          StopCase{6.7, 0.1, 0.1, 0.1, 4000, kNone, false}));

@@ -22,33 +22,72 @@ class Calls : public testing::TestWithParam<CallCase> {};
 TEST_P(Calls, EndWithTheirCodeAndWords) {
     const CallCase& c = GetParam();
     Workshop workshop;
-    workshop.settings.clear();  // with the default setting the program waits for Enter: the input is at its end
+    workshop.settings
+        .clear();  // with the default setting the program waits for Enter: the input is at its end
     workshop.environment = {std::string("LC_ALL=") + c.locale};
     const Outcome outcome = workshop.run(c.arguments);
     EXPECT_EQ(outcome.exit_code, c.exit_code) << outcome.text;
     for (const char* told : c.told) {
         EXPECT_TRUE(outcome.tells(told)) << told << " is missing in:\n" << outcome.text;
     }
-    EXPECT_TRUE(workshop.files().empty() || workshop.files() == (std::set<std::string>{"zemora_report.html", "zemora_report.txt"}));
+    EXPECT_TRUE(workshop.files().empty() ||
+                workshop.files() == (std::set<std::string>{"zemora_report.html", "zemora_report.txt"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Calls,
     testing::Values(
-        CallCase{"help", "C", {"--help"}, 0, {"5.) Zemora <left imagefile> <right imagefile>", "--version", "OutputHeight", "/OH"}},
+        CallCase{"help",
+                 "C",
+                 {"--help"},
+                 0,
+                 {"5.) Zemora <left imagefile> <right imagefile>", "--version", "OutputHeight", "/OH"}},
         CallCase{"help_german", "de_DE.UTF-8", {"/h"}, 0, {"Die folgenden Aufrufe", "OutputHeight"}},
         CallCase{"version", "C", {"--version"}, 0, {"0.9"}},
-        CallCase{"four_files", "C", {"a.jpg", "b.jpg", "c.ini", "d.jpg"}, 1, {"The following calls", "Ihr Aufruf/Your call: ", "c.ini d.jpg", "Please hit Enter"}},
-        CallCase{"three_files_german", "de_DE", {"a.jpg", "b.jpg", "c.jpg"}, 1, {"Die folgenden Aufrufe", "Ihr Aufruf/Your call: "}},
-        CallCase{"unknown_option", "C", {"a.jpg", "b.jpg", "--OutputHeigth=3"}, 1, {"--OutputHeigth", "OutputHeight"}},
+        CallCase{"four_files",
+                 "C",
+                 {"a.jpg", "b.jpg", "c.ini", "d.jpg"},
+                 1,
+                 {"The following calls", "Ihr Aufruf/Your call: ", "c.ini d.jpg", "Please hit Enter"}},
+        CallCase{"three_files_german",
+                 "de_DE",
+                 {"a.jpg", "b.jpg", "c.jpg"},
+                 1,
+                 {"Die folgenden Aufrufe", "Ihr Aufruf/Your call: "}},
+        CallCase{"unknown_option",
+                 "C",
+                 {"a.jpg", "b.jpg", "--OutputHeigth=3"},
+                 1,
+                 {"--OutputHeigth", "OutputHeight"}},
         CallCase{"unknown_code", "C", {"a.jpg", "b.jpg", "/ZZ=3"}, 1, {"/ZZ=3"}},
         CallCase{"no_value", "C", {"a.jpg", "b.jpg", "--OutputHeight"}, 1, {"OutputHeight"}},
         CallCase{"drive", "C", {"--PathofImages=D:\\pictures"}, 1, {"PathofImages", "D:"}},
-        CallCase{"no_pictures", "C", {}, 1, {"zemora.ini could not be found", "cannot find any images to mount, directory: ", "\"*_l.*\" and \"*_r.*\""}},
-        CallCase{"no_pictures_german", "de_AT.UTF-8", {"/IM=4"}, 1, {"kann keine Bilder zum Montieren finden", "tif;tga;bmp;jpg;mpo"}},
-        CallCase{"no_folder", "C", {"--PathofImages=none/here"}, 1, {"none/here/zemora_report.txt", "cannot be opened"}},
-        CallCase{"language_of_the_call_counts", "de_DE", {"a.jpg", "b.jpg", "--Language=1"}, 0, {"Could not read file"}},
-        CallCase{"missing_german", "de_DE", {"/LG=0", "a.jpg", "b.jpg"}, 0, {"Datei konnte nicht gelesen werden", "a.jpg: "}},
+        CallCase{"no_pictures",
+                 "C",
+                 {},
+                 1,
+                 {"zemora.ini could not be found",
+                  "cannot find any images to mount, directory: ", "\"*_l.*\" and \"*_r.*\""}},
+        CallCase{"no_pictures_german",
+                 "de_AT.UTF-8",
+                 {"/IM=4"},
+                 1,
+                 {"kann keine Bilder zum Montieren finden", "tif;tga;bmp;jpg;mpo"}},
+        CallCase{"no_folder",
+                 "C",
+                 {"--PathofImages=none/here"},
+                 1,
+                 {"none/here/zemora_report.txt", "cannot be opened"}},
+        CallCase{"language_of_the_call_counts",
+                 "de_DE",
+                 {"a.jpg", "b.jpg", "--Language=1"},
+                 0,
+                 {"Could not read file"}},
+        CallCase{"missing_german",
+                 "de_DE",
+                 {"/LG=0", "a.jpg", "b.jpg"},
+                 0,
+                 {"Datei konnte nicht gelesen werden", "a.jpg: "}},
         CallCase{"video", "C", {"a.avi", "b.avi"}, 1, {"Videos are not"}},
         CallCase{"no_suffix", "C", {"left", "right"}, 0, {"left"}}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -67,7 +106,8 @@ TEST_P(ParameterFiles, FaultsAreToldWithTheirLine) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
     workshop.write("zemora.ini", c.content);
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--LeftRightOutput=0"});
+    const Outcome outcome =
+        workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--LeftRightOutput=0"});
     EXPECT_EQ(outcome.exit_code, c.exit_code) << outcome.text;
     for (const char* told : c.told) {
         EXPECT_TRUE(outcome.tells(told)) << told << " is missing in:\n" << outcome.text;
@@ -79,20 +119,26 @@ const std::string kLongLine = "VerboseMode = 1\n" + std::string(600, 'x') + "\n"
 
 INSTANTIATE_TEST_SUITE_P(
     Table, ParameterFiles,
-    testing::Values(IniCase{"good", "VerboseMode = 1\nOutputHeight = 280 % small\n", 0, {"processed images: 1/1"}},
-                    IniCase{"outside_limits", "% comment\nOutputHeight = 99999\n", 1, {"OutputHeight = 99999 outside limits", "Please hit Enter"}},
-                    IniCase{"no_value", "% comment\nOutputHeight =\n", 1, {"in line: ", "2"}},
-                    IniCase{"long_line", kLongLine.c_str(), 1, {"2 exceeds"}},
-                    IniCase{"faulty_line", "OutputHeight: 300\n", 0, {"Error in parameterfile", "OutputHeight: 300"}},
-                    IniCase{"other_version", "ZemoraVersion = 1.0\n", 1, {"doesn't suit"}},
-                    IniCase{"binary", "\x7f\x45LF\x02\x01\x01", 0, {"processed images: 1/1"}}),
+    testing::Values(
+        IniCase{"good", "VerboseMode = 1\nOutputHeight = 280 % small\n", 0, {"processed images: 1/1"}},
+        IniCase{"outside_limits",
+                "% comment\nOutputHeight = 99999\n",
+                1,
+                {"OutputHeight = 99999 outside limits", "Please hit Enter"}},
+        IniCase{"no_value", "% comment\nOutputHeight =\n", 1, {"in line: ", "2"}},
+        IniCase{"long_line", kLongLine.c_str(), 1, {"2 exceeds"}},
+        IniCase{"faulty_line", "OutputHeight: 300\n", 0, {"Error in parameterfile", "OutputHeight: 300"}},
+        IniCase{"other_version", "ZemoraVersion = 1.0\n", 1, {"doesn't suit"}},
+        IniCase{"binary", "\x7f\x45LF\x02\x01\x01", 0, {"processed images: 1/1"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ParameterFiles, NamedFileRulesAndItsFolderIsTheRoot) {
     Workshop workshop;
     std::filesystem::create_directory(workshop.path("setup"));
-    workshop.write("setup/my.ini", "InputMode = 0\nPathofImages = ..\\pictures\nLeftFileName = foo_l.bmp\nRightFileName = foo_r.bmp\n"
-                                   "EstimateGeometry = -1\nLeftRightOutput = 0\n");
+    workshop.write(
+        "setup/my.ini",
+        "InputMode = 0\nPathofImages = ..\\pictures\nLeftFileName = foo_l.bmp\nRightFileName = foo_r.bmp\n"
+        "EstimateGeometry = -1\nLeftRightOutput = 0\n");
     save_pair(workshop, aligned_views(), "pictures/foo_l.bmp", "pictures/foo_r.bmp");
     const Outcome outcome = workshop.run({"setup/my.ini"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;

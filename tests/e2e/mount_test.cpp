@@ -22,18 +22,23 @@ TEST(Mounting, MisalignedPairComesOutAlignedInAllProducts) {
     const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    ASSERT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp", "foo_l.bmp", "foo_r.bmp"}));
+    ASSERT_EQ(workshop.files(),
+              (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp", "foo_l.bmp", "foo_r.bmp"}));
     const Bitmap left = workshop.load("cl/foo_cl.bmp");
     const Bitmap right = workshop.load("cr/foo_cr.bmp");
     const Bitmap both = workshop.load("cs/foo_cs.bmp");
     EXPECT_GT(left.width(), 820);
     EXPECT_GT(left.height(), 640);
     constexpr int kReach = 14;
-    EXPECT_GT(median_vertical_error(misaligned_views().left.picture(), misaligned_views().right.picture(), kReach), 4.0);
+    EXPECT_GT(
+        median_vertical_error(misaligned_views().left.picture(), misaligned_views().right.picture(), kReach),
+        4.0);
     EXPECT_LT(median_vertical_error(left.picture(), right.picture(), kReach), 0.3);
     ASSERT_EQ(both.width(), 2 * left.width());
     EXPECT_EQ(greatest_difference(both.picture().part(0, 0, left.width(), left.height()), left.picture()), 0);
-    EXPECT_EQ(greatest_difference(both.picture().part(left.width(), 0, left.width(), left.height()), right.picture()), 0);
+    EXPECT_EQ(greatest_difference(both.picture().part(left.width(), 0, left.width(), left.height()),
+                                  right.picture()),
+              0);
 }
 
 /// A pair without errors, neither measured nor toned: its pixels arrive as they are.
@@ -74,8 +79,10 @@ TEST(PlainPair, StereoFileIsSplitAndNamedByItsBase) {
     workshop.save("foo_s.bmp", both.picture());
     const Outcome outcome = workshop.run({"foo_s.bmp", "--EstimateGeometry=-1", "--AutoOutputContrast=0"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
-    ASSERT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp", "foo_s.bmp"})) << outcome.text;
-    EXPECT_EQ(greatest_difference(workshop.load("cr/foo_cr.bmp").picture(), aligned_views().right.picture()), 0);
+    ASSERT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp", "foo_s.bmp"}))
+        << outcome.text;
+    EXPECT_EQ(greatest_difference(workshop.load("cr/foo_cr.bmp").picture(), aligned_views().right.picture()),
+              0);
 }
 
 TEST(PlainPair, TurnedOutputsAreTurned) {
@@ -94,8 +101,8 @@ TEST(PlainPair, TurnedOutputsAreTurned) {
 struct FrameCase {
     const char* name;
     Arguments settings;
-    int width, height;      ///< Of a single view.
-    int left_x, right_x, y; ///< Where the pictures stand on their canvases, rows from the bottom.
+    int width, height;       ///< Of a single view.
+    int left_x, right_x, y;  ///< Where the pictures stand on their canvases, rows from the bottom.
     int both_width, both_left_x, both_right_x;
 };
 
@@ -125,11 +132,48 @@ TEST_P(Frames, PicturesStandWhereTheSettingsPutThem) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Frames,
-    testing::Values(FrameCase{"margins", {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15"}, 430, 330, 15, 15, 20, 860, 15, 445},
-                    FrameCase{"central", {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15", "--FrameCentral=-12"}, 430, 330, 15, 15, 20, 848, 15, 433},
-                    FrameCase{"line", {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15", "--ThinBlackLine=3"}, 436, 336, 18, 18, 23, 872, 18, 454},
-                    FrameCase{"floating", {"--FrameTop=4", "--FrameBottom=4", "--FrameLeftRight=15", "--FrameFloating=10"}, 430, 308, 10, 20, 4, 860, 10, 450},
-                    FrameCase{"fill", {"--FillHeight=345", "--FillWidth=451"}, 451, 345, 25, 25, 23, 902, 25, 476}),
+    testing::Values(
+        FrameCase{"margins",
+                  {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15"},
+                  430,
+                  330,
+                  15,
+                  15,
+                  20,
+                  860,
+                  15,
+                  445},
+        FrameCase{"central",
+                  {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15", "--FrameCentral=-12"},
+                  430,
+                  330,
+                  15,
+                  15,
+                  20,
+                  848,
+                  15,
+                  433},
+        FrameCase{"line",
+                  {"--FrameTop=10", "--FrameBottom=20", "--FrameLeftRight=15", "--ThinBlackLine=3"},
+                  436,
+                  336,
+                  18,
+                  18,
+                  23,
+                  872,
+                  18,
+                  454},
+        FrameCase{"floating",
+                  {"--FrameTop=4", "--FrameBottom=4", "--FrameLeftRight=15", "--FrameFloating=10"},
+                  430,
+                  308,
+                  10,
+                  20,
+                  4,
+                  860,
+                  10,
+                  450},
+        FrameCase{"fill", {"--FillHeight=345", "--FillWidth=451"}, 451, 345, 25, 25, 23, 902, 25, 476}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Frames, ThinLineIsBlackRoundThePicture) {
@@ -156,7 +200,8 @@ TEST(Frames, CurtainsBlackenTheOuterEdgesOnly) {
     EXPECT_GT(curtain, 3);
     EXPECT_LT(curtain, 60);
     EXPECT_EQ(greatest_difference(left.picture().part(curtain, 0, 400 - curtain, 300),
-                                  plain.left.picture().part(curtain, 0, 400 - curtain, 300)), 0);
+                                  plain.left.picture().part(curtain, 0, 400 - curtain, 300)),
+              0);
     EXPECT_EQ(colour_at(right.picture(), 399, 5), Colour{});
     EXPECT_EQ(colour_at(right.picture(), 0, 5), colour_at(plain.right.picture(), 0, 5));
 }
@@ -174,12 +219,15 @@ TEST_P(OutputFormats, AreWrittenWithTheirSuffixDepthAndPixels) {
     const FormatCase& c = GetParam();
     PlainRun plain;
     plain.run({"--OutputFormat=" + std::to_string(c.output_format)});
-    for (const auto& [name, view] : {std::pair<std::string, const Bitmap*>{"cl/foo_cl", &plain.left}, {"cr/foo_cr", &plain.right}}) {
+    for (const auto& [name, view] :
+         {std::pair<std::string, const Bitmap*>{"cl/foo_cl", &plain.left}, {"cr/foo_cr", &plain.right}}) {
         const std::string file = plain.workshop.path(name + c.suffix);
-        const Bitmap raw(FreeImage_Load(FreeImage_GetFileType(file.c_str()), file.c_str(), c.bits == 32 && c.output_format == 8 ? TIFF_CMYK : 0));
+        const Bitmap raw(FreeImage_Load(FreeImage_GetFileType(file.c_str()), file.c_str(),
+                                        c.bits == 32 && c.output_format == 8 ? TIFF_CMYK : 0));
         ASSERT_TRUE(raw) << file;
         EXPECT_EQ(raw.bits_per_pixel(), c.bits);
-        EXPECT_LE(greatest_difference(plain.workshop.load(name + c.suffix).picture(), view->picture()), c.tolerance);
+        EXPECT_LE(greatest_difference(plain.workshop.load(name + c.suffix).picture(), view->picture()),
+                  c.tolerance);
     }
 }
 
@@ -193,36 +241,41 @@ INSTANTIATE_TEST_SUITE_P(Table, OutputFormats,
 
 TEST(OutputFormats, SixteenBitsComeFromASixteenBitSource) {
     Workshop workshop;
-    for (const auto& [name, view] : {std::pair<std::string, const Bitmap*>{"foo_l.png", &aligned_views().left},
-                                     {"foo_r.png", &aligned_views().right}}) {
+    for (const auto& [name, view] :
+         {std::pair<std::string, const Bitmap*>{"foo_l.png", &aligned_views().left},
+          {"foo_r.png", &aligned_views().right}}) {
         const Bitmap deep(FreeImage_ConvertToRGB16(view->handle()));
         const auto bytes = encoded(deep.handle(), FIF_PNG);
         workshop.write(name, {bytes.begin(), bytes.end()});
     }
-    const Outcome outcome = workshop.run({"foo_l.png", "foo_r.png", "--EstimateGeometry=-1", "--AutoOutputContrast=0",
-                                          "--OutputFormat=7"});
+    const Outcome outcome = workshop.run(
+        {"foo_l.png", "foo_r.png", "--EstimateGeometry=-1", "--AutoOutputContrast=0", "--OutputFormat=7"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     const std::string file = workshop.path("cl/foo_cl.tif");
     EXPECT_EQ(Bitmap(FreeImage_Load(FIF_TIFF, file.c_str(), 0)).bits_per_pixel(), 48);
-    EXPECT_LE(greatest_difference(workshop.load("cl/foo_cl.tif").picture(), aligned_views().left.picture()), 1);
+    EXPECT_LE(greatest_difference(workshop.load("cl/foo_cl.tif").picture(), aligned_views().left.picture()),
+              1);
 }
 
 TEST(OutputFormats, EachViewKeepsItsOwnSuffix) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.tga", "foo_r.png");
     ASSERT_EQ(workshop.run({"foo_l.tga", "foo_r.png", "--EstimateGeometry=-1"}).exit_code, 0);
-    EXPECT_EQ(workshop.files(), (Names{"cl/foo_cl.tga", "cr/foo_cr.png", "cs/foo_cs.tga", "foo_l.tga", "foo_r.png"}));
+    EXPECT_EQ(workshop.files(),
+              (Names{"cl/foo_cl.tga", "cr/foo_cr.png", "cs/foo_cs.tga", "foo_l.tga", "foo_r.png"}));
 }
 
 TEST(OutputFormats, TypesThatAreNotWrittenBecomeBmp) {
     Workshop workshop;
-    for (const auto& [name, view] : {std::pair<std::string, const Bitmap*>{"foo_l.gif", &aligned_views().left},
-                                     {"foo_r.gif", &aligned_views().right}}) {
+    for (const auto& [name, view] :
+         {std::pair<std::string, const Bitmap*>{"foo_l.gif", &aligned_views().left},
+          {"foo_r.gif", &aligned_views().right}}) {
         const Bitmap palette(FreeImage_ColorQuantize(view->handle(), FIQ_WUQUANT));
         const auto bytes = encoded(palette.handle(), FIF_GIF);
         workshop.write(name, {bytes.begin(), bytes.end()});
     }
-    const Outcome outcome = workshop.run({"foo_l.gif", "foo_r.gif", "--EstimateGeometry=-1", "--StereoOutput=0"});
+    const Outcome outcome =
+        workshop.run({"foo_l.gif", "foo_r.gif", "--EstimateGeometry=-1", "--StereoOutput=0"});
     EXPECT_TRUE(outcome.tells("'.gif' cannot be written")) << outcome.text;
     EXPECT_EQ(workshop.files(), (Names{"cl/foo_cl.bmp", "cr/foo_cr.bmp", "foo_l.gif", "foo_r.gif"}));
 }
@@ -260,23 +313,34 @@ TEST_P(Sizes, AreThoseAskedFor) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Sizes,
-    testing::Values(SizeCase{"whole_frame", {"--CroppOutput=0"}, 900, 700, 0.0},
-                    SizeCase{"blanked_frame", {"--CroppOutput=1"}, 900, 700, 0.0},
-                    SizeCase{"whole_frame_by_height", {"--CroppOutput=0", "--OutputHeight=350"}, 450, 350, 0.0},
-                    SizeCase{"whole_frame_small", {"--CroppOutput=0", "--OutputHeight=210"}, 270, 210, 0.0},
-                    SizeCase{"common_area_both", {"--CroppOutput=2", "--OutputHeight=500", "--OutputWidth=600"}, 600, 500, 0.0},
-                    SizeCase{"common_area_height", {"--CroppOutput=2", "--OutputHeight=500"}, 0, 500, 0.0},
-                    SizeCase{"common_area_width", {"--CroppOutput=2", "--OutputWidth=640"}, 640, 0, 0.0},
-                    SizeCase{"enlarged", {"--CroppOutput=2", "--OutputHeight=1080", "--OutputWidth=1300"}, 1300, 1080, 0.0},
-                    SizeCase{"ratio", {"--CroppOutput=4", "--OutputHeight=900", "--OutputWidth=1600"}, 0, 0, 16.0 / 9.0},
-                    SizeCase{"square", {"--CroppOutput=4", "--OutputHeight=900", "--OutputWidth=900"}, 0, 0, 1.0},
-                    SizeCase{"turned_ratio", {"--CroppOutput=5", "--OutputHeight=1600", "--OutputWidth=900"}, 0, 0, 16.0 / 9.0}),
+    testing::Values(
+        SizeCase{"whole_frame", {"--CroppOutput=0"}, 900, 700, 0.0},
+        SizeCase{"blanked_frame", {"--CroppOutput=1"}, 900, 700, 0.0},
+        SizeCase{"whole_frame_by_height", {"--CroppOutput=0", "--OutputHeight=350"}, 450, 350, 0.0},
+        SizeCase{"whole_frame_small", {"--CroppOutput=0", "--OutputHeight=210"}, 270, 210, 0.0},
+        SizeCase{"common_area_both",
+                 {"--CroppOutput=2", "--OutputHeight=500", "--OutputWidth=600"},
+                 600,
+                 500,
+                 0.0},
+        SizeCase{"common_area_height", {"--CroppOutput=2", "--OutputHeight=500"}, 0, 500, 0.0},
+        SizeCase{"common_area_width", {"--CroppOutput=2", "--OutputWidth=640"}, 640, 0, 0.0},
+        SizeCase{
+            "enlarged", {"--CroppOutput=2", "--OutputHeight=1080", "--OutputWidth=1300"}, 1300, 1080, 0.0},
+        SizeCase{"ratio", {"--CroppOutput=4", "--OutputHeight=900", "--OutputWidth=1600"}, 0, 0, 16.0 / 9.0},
+        SizeCase{"square", {"--CroppOutput=4", "--OutputHeight=900", "--OutputWidth=900"}, 0, 0, 1.0},
+        SizeCase{"turned_ratio",
+                 {"--CroppOutput=5", "--OutputHeight=1600", "--OutputWidth=900"},
+                 0,
+                 0,
+                 16.0 / 9.0}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Sizes, FittedSizeHoldsOneSideAndKeepsTheOtherWithin) {
     Workshop workshop;
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--CroppOutput=3", "--OutputHeight=500", "--OutputWidth=600"});
+    const Outcome outcome = workshop.run(
+        {"foo_l.bmp", "foo_r.bmp", "--CroppOutput=3", "--OutputHeight=500", "--OutputWidth=600"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     const Bitmap left = workshop.load("cl/foo_cl.bmp");
     EXPECT_TRUE(left.width() == 600 || left.height() == 500) << left.width() << 'x' << left.height();
@@ -287,8 +351,11 @@ TEST(Sizes, FittedSizeHoldsOneSideAndKeepsTheOtherWithin) {
 TEST(Sizes, BlankedFrameIsBlankInBothViewsAlike) {
     Workshop workshop;
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");
-    ASSERT_EQ(workshop.run({"foo_l.bmp", "foo_r.bmp", "--CroppOutput=1", "--PasseColorRed=1", "--PasseColorGreen=254",
-                            "--AutoOutputContrast=0"}).exit_code, 0);
+    ASSERT_EQ(workshop
+                  .run({"foo_l.bmp", "foo_r.bmp", "--CroppOutput=1", "--PasseColorRed=1",
+                        "--PasseColorGreen=254", "--AutoOutputContrast=0"})
+                  .exit_code,
+              0);
     std::istringstream area(read_text(workshop.path("zemora_cropp.dat")));
     int top = 0;
     int bottom = 0;
@@ -342,23 +409,51 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         NameCase{"combined", "a.bmp", "b.bmp", {}, {"cl/a-b_cl.bmp", "cr/a-b_cr.bmp", "cs/a-b_cs.bmp"}},
         NameCase{"view_folders", "l/x.bmp", "r/x.bmp", {}, {"cl/x_cl.bmp", "cr/x_cr.bmp", "cs/x_cs.bmp"}},
-        NameCase{"upper_case", "foo_L.bmp", "foo_R.bmp", {}, {"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp"}},
-        NameCase{"corrected_again", "foo_cl.bmp", "foo_cr.bmp", {}, {"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp"}},
-        NameCase{"beside", "foo_l.bmp", "foo_r.bmp", {"--LeftRightOutput=1", "--StereoOutput=1"}, {"foo_cl.bmp", "foo_cr.bmp", "foo_cs.bmp"}},
-        NameCase{"eyes", "foo_l.bmp", "foo_r.bmp", {"--LeftRightOutput=3"}, {"foo_OS.bmp", "foo_OD.bmp", "cs/foo_cs.bmp"}},
-        NameCase{"ident", "foo_l.bmp", "foo_r.bmp", {"--IdentOutputDir=_x"}, {"cl_x/foo_cl.bmp", "cr_x/foo_cr.bmp", "cs_x/foo_cs.bmp"}},
-        NameCase{"escaping_ident", "foo_l.bmp", "foo_r.bmp", {"--IdentOutputDir=/../../x", "--StereoOutput=0"},
+        NameCase{
+            "upper_case", "foo_L.bmp", "foo_R.bmp", {}, {"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp"}},
+        NameCase{"corrected_again",
+                 "foo_cl.bmp",
+                 "foo_cr.bmp",
+                 {},
+                 {"cl/foo_cl.bmp", "cr/foo_cr.bmp", "cs/foo_cs.bmp"}},
+        NameCase{"beside",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--LeftRightOutput=1", "--StereoOutput=1"},
+                 {"foo_cl.bmp", "foo_cr.bmp", "foo_cs.bmp"}},
+        NameCase{"eyes",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--LeftRightOutput=3"},
+                 {"foo_OS.bmp", "foo_OD.bmp", "cs/foo_cs.bmp"}},
+        NameCase{"ident",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--IdentOutputDir=_x"},
+                 {"cl_x/foo_cl.bmp", "cr_x/foo_cr.bmp", "cs_x/foo_cs.bmp"}},
+        NameCase{"escaping_ident",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--IdentOutputDir=/../../x", "--StereoOutput=0"},
                  {"cl_.._.._x/foo_cl.bmp", "cr_.._.._x/foo_cr.bmp"}},
-        NameCase{"output_folder", "foo_l.bmp", "foo_r.bmp", {"--PathofOutput=out\\deep"},
+        NameCase{"output_folder",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--PathofOutput=out\\deep"},
                  {"out/deep/cl/foo_cl.bmp", "out/deep/cr/foo_cr.bmp", "out/deep/cs/foo_cs.bmp"}},
-        NameCase{"over_the_limit", "foo_l.bmp", "foo_r.bmp", {"--DeviationThresh=0", "--LeftRightOutput=0"}, {"cs/zz_foo_cs.bmp"}},
+        NameCase{"over_the_limit",
+                 "foo_l.bmp",
+                 "foo_r.bmp",
+                 {"--DeviationThresh=0", "--LeftRightOutput=0"},
+                 {"cs/zz_foo_cs.bmp"}},
         NameCase{"stereo_only", "foo_l.bmp", "foo_r.bmp", {"--LeftRightOutput=0"}, {"cs/foo_cs.bmp"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(OutputFiles, StampTellsTheDeviationInPerMille) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--StampFiles=1", "--LeftRightOutput=0"});
+    const Outcome outcome = workshop.run(
+        {"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--StampFiles=1", "--LeftRightOutput=0"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     const auto files = workshop.files();
     const std::string name = *files.begin();

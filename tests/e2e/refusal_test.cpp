@@ -17,7 +17,9 @@ struct BadView {
     void (*make)(const Workshop& workshop, const std::string& name);
 };
 
-std::string bytes_of_pair_file(const Workshop& workshop) { return read_text(workshop.path("foo_r.jpg")); }
+std::string bytes_of_pair_file(const Workshop& workshop) {
+    return read_text(workshop.path("foo_r.jpg"));
+}
 
 // clang-format off
 constexpr BadView kBadViews[] = {
@@ -38,7 +40,8 @@ TEST_P(UnreadableView, IsNamedAndSkippedOnEitherSide) {
     workshop.save("foo_r.jpg", aligned_views().right.picture());
     GetParam().make(workshop, "bad_l.jpg");
     const auto before = workshop.files();
-    for (const std::vector<std::string>& call : {std::vector<std::string>{"bad_l.jpg", "foo_r.jpg"}, {"foo_r.jpg", "bad_l.jpg"}}) {
+    for (const std::vector<std::string>& call :
+         {std::vector<std::string>{"bad_l.jpg", "foo_r.jpg"}, {"foo_r.jpg", "bad_l.jpg"}}) {
         const Outcome outcome = workshop.run(call);
         EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
         EXPECT_TRUE(outcome.tells("Could not read file")) << outcome.text;
@@ -111,15 +114,22 @@ TEST_P(CannotBeMounted, EndsWithTheMessageAndNoFilesInBoundedTime) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, CannotBeMounted,
-    testing::Values(HopelessPair{"one_pixel", [] { return plain_view(1, 1, 90); }, [] { return plain_view(1, 1, 90); }},
-                    HopelessPair{"one_column", [] { return plain_view(1, 500, 90); }, [] { return plain_view(1, 500, 90); }},
-                    HopelessPair{"three_by_two", [] { return plain_view(3, 2, 90); }, [] { return plain_view(3, 2, 95); }},
-                    HopelessPair{"flat_wall", [] { return plain_view(500, 400, 128); }, [] { return plain_view(500, 400, 128); }},
-                    HopelessPair{"noisy_wall", [] { return noise_view(1); }, [] { return noise_view(2); }},
-                    HopelessPair{"black_view", [] { return aligned_views().left.clone(); }, [] { return plain_view(400, 300, 0); }},
-                    HopelessPair{"white_view", [] { return plain_view(400, 300, 255); }, [] { return aligned_views().left.clone(); }},
-                    HopelessPair{"two_scenes", [] { return aligned_views().left.clone(); }, [] { return other_scene(); }},
-                    HopelessPair{"two_pixels_of_size", [] { return plain_view(1, 1, 90); }, [] { return aligned_views().left.clone(); }}),
+    testing::Values(
+        HopelessPair{"one_pixel", [] { return plain_view(1, 1, 90); }, [] { return plain_view(1, 1, 90); }},
+        HopelessPair{"one_column", [] { return plain_view(1, 500, 90); },
+                     [] { return plain_view(1, 500, 90); }},
+        HopelessPair{"three_by_two", [] { return plain_view(3, 2, 90); },
+                     [] { return plain_view(3, 2, 95); }},
+        HopelessPair{"flat_wall", [] { return plain_view(500, 400, 128); },
+                     [] { return plain_view(500, 400, 128); }},
+        HopelessPair{"noisy_wall", [] { return noise_view(1); }, [] { return noise_view(2); }},
+        HopelessPair{"black_view", [] { return aligned_views().left.clone(); },
+                     [] { return plain_view(400, 300, 0); }},
+        HopelessPair{"white_view", [] { return plain_view(400, 300, 255); },
+                     [] { return aligned_views().left.clone(); }},
+        HopelessPair{"two_scenes", [] { return aligned_views().left.clone(); }, [] { return other_scene(); }},
+        HopelessPair{"two_pixels_of_size", [] { return plain_view(1, 1, 90); },
+                     [] { return aligned_views().left.clone(); }}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(UnusualPair, TwentyThousandPixelsOfWidthAreRefusedOrMounted) {
@@ -136,7 +146,8 @@ TEST(UnusualPair, LikeViewsAreMountedWithoutCorrection) {
     Workshop workshop;
     workshop.save("foo_l.bmp", aligned_views().left.picture());
     workshop.save("foo_r.bmp", aligned_views().left.picture());
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--AutoOutputContrast=0", "--WindowOffset=0"});
+    const Outcome outcome =
+        workshop.run({"foo_l.bmp", "foo_r.bmp", "--AutoOutputContrast=0", "--WindowOffset=0"});
     EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     const Bitmap left = workshop.load("cl/foo_cl.bmp");
     ASSERT_EQ(left.width(), 400);
@@ -150,9 +161,12 @@ TEST_P(UnequalSizes, AreMadeEqualAndMounted) {
     const Views& views = misaligned_views();
     workshop.save("foo_l.bmp", views.left.picture());
     workshop.save("foo_r.bmp", views.right.picture().part(20, 10, 850, 680));
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--StereoOutput=0", "--CroppInput=" + std::to_string(GetParam())});
+    const Outcome outcome = workshop.run(
+        {"foo_l.bmp", "foo_r.bmp", "--StereoOutput=0", "--CroppInput=" + std::to_string(GetParam())});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    EXPECT_LT(median_vertical_error(workshop.load("cl/foo_cl.bmp").picture(), workshop.load("cr/foo_cr.bmp").picture(), 10), 0.5);
+    EXPECT_LT(median_vertical_error(workshop.load("cl/foo_cl.bmp").picture(),
+                                    workshop.load("cr/foo_cr.bmp").picture(), 10),
+              0.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(CroppInput, UnequalSizes, testing::Values(0, 1, 2));

@@ -14,7 +14,8 @@ class HostileNames : public testing::TestWithParam<const char*> {};
 TEST_P(HostileNames, AreNamesAndNothingElse) {
     const std::string base = GetParam();
     Workshop workshop;
-    workshop.settings = {"--StopAtError=0", "--StampFiles=0", "--EstimateGeometry=3"};  // metadata, record and reports
+    workshop.settings = {"--StopAtError=0", "--StampFiles=0",
+                         "--EstimateGeometry=3"};  // metadata, record and reports
     const std::string left = base + "_l.jpg";
     const std::string right = base + "_r.jpg";
     save_pair(workshop, aligned_views(), left, right);
@@ -22,8 +23,8 @@ TEST_P(HostileNames, AreNamesAndNothingElse) {
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     EXPECT_FALSE(outcome.tells("No success")) << outcome.text;
-    EXPECT_EQ(workshop.files(), (Names{left, right, "cl/" + base + "_cl.jpg", "cr/" + base + "_cr.jpg", "zemora_report.html",
-                                       "zemora_report.txt"}));
+    EXPECT_EQ(workshop.files(), (Names{left, right, "cl/" + base + "_cl.jpg", "cr/" + base + "_cr.jpg",
+                                       "zemora_report.html", "zemora_report.txt"}));
     EXPECT_NE(read_text(workshop.path(left)).find("Zemora_OK_V1.0"), std::string::npos);
     EXPECT_NE(read_text(workshop.path("cl/" + base + "_cl.jpg")).find("nearpoint="), std::string::npos);
     const std::string html = read_text(workshop.path("zemora_report.html"));
@@ -32,9 +33,11 @@ TEST_P(HostileNames, AreNamesAndNothingElse) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, HostileNames,
-                         testing::Values("two  blanks ", "it's \"quoted\"", "$(touch x)`touch y`", ";touch x;&|", "-dash", "--StopAtError=3",
-                                         "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", "latin\xE4", "new\nline", "carriage\rreturn", "100%d%s%n%f", "star*?[a]",
-                                         "<b>x&amp;<i>", "escape\x1b[2J", "a.b.c", ".hidden", "comma,semi;colon:", "#CS#"));
+                         testing::Values("two  blanks ", "it's \"quoted\"", "$(touch x)`touch y`",
+                                         ";touch x;&|", "-dash", "--StopAtError=3",
+                                         "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F", "latin\xE4", "new\nline",
+                                         "carriage\rreturn", "100%d%s%n%f", "star*?[a]", "<b>x&amp;<i>",
+                                         "escape\x1b[2J", "a.b.c", ".hidden", "comma,semi;colon:", "#CS#"));
 
 TEST(Safety, LongestNameThatTheFileSystemTakesIsToldOrStored) {
     Workshop workshop;
@@ -43,7 +46,8 @@ TEST(Safety, LongestNameThatTheFileSystemTakesIsToldOrStored) {
     const Outcome outcome = workshop.run({base + "_l.bmp", base + "_r.bmp", "--EstimateGeometry=-1"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_EQ(workshop.files().size(), 5U) << outcome.text;
-    const Outcome stamped = workshop.run({base + "_l.bmp", base + "_r.bmp", "--EstimateGeometry=-1", "--StampFiles=3"});
+    const Outcome stamped =
+        workshop.run({base + "_l.bmp", base + "_r.bmp", "--EstimateGeometry=-1", "--StampFiles=3"});
     EXPECT_EQ(stamped.exit_code, 0);
     EXPECT_TRUE(stamped.tells("cannot be created")) << stamped.text;
     EXPECT_EQ(workshop.files().size(), 5U);
@@ -70,7 +74,8 @@ TEST(Safety, ReportThatCannotBeWrittenIsTold) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
     workshop.before = "ulimit -f 0;";
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--ReportMode=1"});
+    const Outcome outcome =
+        workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--ReportMode=1"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("zemora_report")) << outcome.text;
     EXPECT_TRUE(outcome.tells("could not be written completely")) << outcome.text;
@@ -131,8 +136,9 @@ TEST_P(OutputOverInput, IsRefusedAndTheInputStays) {
     }
     const std::string left = read_text(workshop.path("foo_cl.bmp"));
     const std::string right = read_text(workshop.path("foo_cr.bmp"));
-    const Outcome outcome = workshop.run({"foo_cl.bmp", "foo_cr.bmp", "--EstimateGeometry=-1", "--AutoOutputContrast=5",
-                                          how == "name" ? "--LeftRightOutput=1" : "--LeftRightOutput=2"});
+    const Outcome outcome =
+        workshop.run({"foo_cl.bmp", "foo_cr.bmp", "--EstimateGeometry=-1", "--AutoOutputContrast=5",
+                      how == "name" ? "--LeftRightOutput=1" : "--LeftRightOutput=2"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("input of this run")) << outcome.text;
     EXPECT_EQ(read_text(workshop.path("foo_cl.bmp")), left);
@@ -150,9 +156,11 @@ TEST_P(Interrupted, RunLeavesNoTemporaryFolder) {
     // The converter runs while the temporary folder stands.
     workshop.write("converter", "#!/bin/sh\ntouch started\nsleep 3 >/dev/null\n");
     std::filesystem::permissions(workshop.path("converter"), std::filesystem::perms::owner_all);
-    workshop.around = "\"$@\" & pid=$!; for i in $(seq 200); do [ -e started ] && break; sleep 0.05; done; ls \"" +
-                      workshop.temporary().path() + "\"; kill -" + GetParam() + " $(ps -o pid= --ppid $pid); wait $pid";
-    const Outcome outcome = workshop.run({"foo_l.xyz", "foo_r.bmp", "--PathofIrfanView=" + workshop.path("converter")});
+    workshop.around =
+        "\"$@\" & pid=$!; for i in $(seq 200); do [ -e started ] && break; sleep 0.05; done; ls \"" +
+        workshop.temporary().path() + "\"; kill -" + GetParam() + " $(ps -o pid= --ppid $pid); wait $pid";
+    const Outcome outcome =
+        workshop.run({"foo_l.xyz", "foo_r.bmp", "--PathofIrfanView=" + workshop.path("converter")});
     EXPECT_GT(outcome.exit_code, 128) << outcome.text;  // ended by the signal
     EXPECT_TRUE(outcome.tells("zemora-")) << outcome.text;
 }

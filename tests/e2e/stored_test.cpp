@@ -21,15 +21,19 @@ std::string tag_of(const Workshop& workshop, const std::string& name, const std:
     return text;
 }
 
-bool has_exiftool() { return !find_program("exiftool").empty(); }
+bool has_exiftool() {
+    return !find_program("exiftool").empty();
+}
 
 TEST(GivenGeometry, KeysWithTheTruthAlignThePair) {
     Workshop workshop;
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");
-    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=0", "--UseHeight=8", "--UseSize=1",
-                                          "--UseRotation=0.6", "--UseVergence_V=0.3"});
+    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=0", "--UseHeight=8",
+                                          "--UseSize=1", "--UseRotation=0.6", "--UseVergence_V=0.3"});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    EXPECT_LT(median_vertical_error(workshop.load("cl/foo_cl.bmp").picture(), workshop.load("cr/foo_cr.bmp").picture(), 10), 0.3);
+    EXPECT_LT(median_vertical_error(workshop.load("cl/foo_cl.bmp").picture(),
+                                    workshop.load("cr/foo_cr.bmp").picture(), 10),
+              0.3);
 }
 
 class StoredRecord : public testing::TestWithParam<std::tuple<const char*, int>> {};
@@ -43,20 +47,25 @@ TEST_P(StoredRecord, GivesTheSamePictureAgain) {
     const std::string right = std::string("foo_r") + suffix;
     Workshop workshop;
     save_pair(workshop, misaligned_views(), left, right);
-    const auto mode = [sign = sign](int value) { return "--EstimateGeometry=" + std::to_string(sign * value); };
-    Outcome outcome = workshop.run({left, right, mode(3), "--OutputFormat=3", "--StereoOutput=0", "--PathofOutput=first"});
+    const auto mode = [sign = sign](int value) {
+        return "--EstimateGeometry=" + std::to_string(sign * value);
+    };
+    Outcome outcome =
+        workshop.run({left, right, mode(3), "--OutputFormat=3", "--StereoOutput=0", "--PathofOutput=first"});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     const std::string tag = std::string(suffix) == ".jpg" ? "-comment" : "-IPTC:SpecialInstructions";
     EXPECT_EQ(tag_of(workshop, left, tag).rfind("Zemora_OK_V1.0 ", 0), 0U);
     EXPECT_EQ(tag_of(workshop, right, tag).empty(), sign < 0);
-    outcome = workshop.run({left, right, mode(4), "--OutputFormat=3", "--StereoOutput=0", "--PathofOutput=second"});
+    outcome =
+        workshop.run({left, right, mode(4), "--OutputFormat=3", "--StereoOutput=0", "--PathofOutput=second"});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     EXPECT_FALSE(outcome.tells("iterative")) << "measured again: " << outcome.text;
     const Bitmap first = workshop.load("first/cl/foo_cl.bmp");
     const Bitmap second = workshop.load("second/cl/foo_cl.bmp");
     EXPECT_NEAR(first.width(), second.width(), 2);
     EXPECT_NEAR(first.height(), second.height(), 2);
-    EXPECT_LT(median_vertical_error(second.picture(), workshop.load("second/cr/foo_cr.bmp").picture(), 10), 0.4);
+    EXPECT_LT(median_vertical_error(second.picture(), workshop.load("second/cr/foo_cr.bmp").picture(), 10),
+              0.4);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, StoredRecord,
@@ -83,7 +92,9 @@ TEST_P(RecordFallback, PairIsMeasuredWhereNoRecordCounts) {
     save_pair(workshop, aligned_views(), left, right);
     for (const auto& [name, comment] : {std::pair{left, c.left_comment}, std::pair{right, c.right_comment}}) {
         if (comment[0] != '\0') {
-            ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", std::string("-comment=") + comment, workshop.path(name)}).succeeded());
+            ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original",
+                                   std::string("-comment=") + comment, workshop.path(name)})
+                            .succeeded());
         }
     }
     const Outcome outcome = workshop.run({left, right, "--EstimateGeometry=4", "--StereoOutput=0"});
@@ -96,8 +107,10 @@ TEST_P(RecordFallback, PairIsMeasuredWhereNoRecordCounts) {
 INSTANTIATE_TEST_SUITE_P(
     Table, RecordFallback,
     testing::Values(FallbackCase{"none", ".jpg", "", "", "values from image are not valid"},
-                    FallbackCase{"foreign", ".jpg", "My holidays", "My holidays", "values from image are not valid"},
-                    FallbackCase{"cut_off", ".jpg", "Zemora_OK_V1.0 0.0 0.0", "Zemora_OK_V1.0 0.0 0.0", "values from image are not valid"},
+                    FallbackCase{"foreign", ".jpg", "My holidays", "My holidays",
+                                 "values from image are not valid"},
+                    FallbackCase{"cut_off", ".jpg", "Zemora_OK_V1.0 0.0 0.0", "Zemora_OK_V1.0 0.0 0.0",
+                                 "values from image are not valid"},
                     FallbackCase{"bmp", ".bmp", "", "", "Wrong image type"}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -109,11 +122,14 @@ TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
     workshop.environment = {"TZ=UTC"};
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
-        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-DateTimeOriginal=2001:09:09 01:46:41", "-Make=Tester",
-                               "-Orientation=Horizontal (normal)", workshop.path(name)}).succeeded());
+        ASSERT_TRUE(
+            run_child({"exiftool", "-q", "-overwrite_original", "-DateTimeOriginal=2001:09:09 01:46:41",
+                       "-Make=Tester", "-Orientation=Horizontal (normal)", workshop.path(name)})
+                .succeeded());
     }
-    const Outcome outcome = workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=2", "--ExifCopyright=me & \"you\" 100%",
-                                          "--DotsPerInch_x=240", "--EstimateGeometry=-1"});
+    const Outcome outcome =
+        workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=2", "--ExifCopyright=me & \"you\" 100%",
+                      "--DotsPerInch_x=240", "--EstimateGeometry=-1"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_FALSE(outcome.tells("No success")) << outcome.text;
     for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg"}) {
@@ -125,8 +141,10 @@ TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
         int near_point = 0;
         int far_point = 0;
         int deviation = 0;
-        EXPECT_EQ(std::sscanf(tag_of(workshop, name, "-Software").c_str(), "zemora 0.9i4: nearpoint= %d, farpoint= %d, deviation= %d",
-                              &near_point, &far_point, &deviation), 3);
+        EXPECT_EQ(std::sscanf(tag_of(workshop, name, "-Software").c_str(),
+                              "zemora 0.9i4: nearpoint= %d, farpoint= %d, deviation= %d", &near_point,
+                              &far_point, &deviation),
+                  3);
         EXPECT_NEAR(far_point - near_point, deviation, 1);
         struct stat status = {};
         stat(workshop.path(name).c_str(), &status);
@@ -142,17 +160,21 @@ TEST(Metadata, OrientationOfTheFileTurnsTheView) {
     workshop.settings.push_back("--MetaTransfer=1");
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
-        ASSERT_TRUE(run_child({"exiftool", "-q", "-n", "-overwrite_original", "-Orientation=3", workshop.path(name)}).succeeded());
+        ASSERT_TRUE(
+            run_child({"exiftool", "-q", "-n", "-overwrite_original", "-Orientation=3", workshop.path(name)})
+                .succeeded());
     }
-    const Outcome outcome = workshop.run({"foo_l.jpg", "foo_r.jpg", "--RotMirInputLeft=-1", "--RotMirInputRight=-1", "--EstimateGeometry=-1",
-                                          "--AutoOutputContrast=0"});
+    const Outcome outcome =
+        workshop.run({"foo_l.jpg", "foo_r.jpg", "--RotMirInputLeft=-1", "--RotMirInputRight=-1",
+                      "--EstimateGeometry=-1", "--AutoOutputContrast=0"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("rotated 180 degrees")) << outcome.text;
     const Bitmap left = workshop.load("cl/foo_cl.jpg");
     Bitmap turned = Bitmap::create(400, 300);
     for (int y = 0; y < 300; ++y) {
         for (int x = 0; x < 400; ++x) {
-            std::copy_n(aligned_views().left.picture().pixel(399 - x, 299 - y), kPixelBytes, turned.picture().pixel(x, y));
+            std::copy_n(aligned_views().left.picture().pixel(399 - x, 299 - y), kPixelBytes,
+                        turned.picture().pixel(x, y));
         }
     }
     EXPECT_LT(mean_difference(left.picture(), turned.picture()), 3.0);
@@ -163,13 +185,15 @@ TEST(Metadata, MissingExiftoolIsToldOnceAndThePairIsMounted) {
     Workshop workshop;
     workshop.environment = {"PATH=/nowhere"};
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
-    const Outcome outcome = workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=1", "--EstimateGeometry=3"});
+    const Outcome outcome =
+        workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=1", "--EstimateGeometry=3"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     const std::string warning = "exiftool.exe couldn't be found";
     const auto first = outcome.text.find(warning);
     ASSERT_NE(first, std::string::npos) << outcome.text;
     EXPECT_EQ(outcome.text.find(warning, first + 1), std::string::npos) << outcome.text;
-    EXPECT_EQ(workshop.files(), (Names{"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "foo_l.jpg", "foo_r.jpg"}));
+    EXPECT_EQ(workshop.files(),
+              (Names{"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "foo_l.jpg", "foo_r.jpg"}));
 }
 
 }  // namespace

@@ -65,14 +65,23 @@ double best_dy(ConstPicture left, ConstPicture right, int x, int y, int reach_px
     const double below = *(best - 1);
     const double above = *(best + 1);
     const double bend = below + above - 2.0 * *best;
-    return static_cast<double>(best - distances.begin()) - reach_px + (bend > 0.0 ? 0.5 * (below - above) / bend : 0.0);
+    return static_cast<double>(best - distances.begin()) - reach_px +
+           (bend > 0.0 ? 0.5 * (below - above) / bend : 0.0);
 }
 
 }  // namespace
 
 Outcome Workshop::run(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> call{"sh", "-c", "cd \"$1\" && shift && exec 2>&1; " + before + ' ' + around, "sh", folder(),
-                                  "timeout", "120", "env", "LC_ALL=C", "HOME=" + folder(),
+    std::vector<std::string> call{"sh",
+                                  "-c",
+                                  "cd \"$1\" && shift && exec 2>&1; " + before + ' ' + around,
+                                  "sh",
+                                  folder(),
+                                  "timeout",
+                                  "120",
+                                  "env",
+                                  "LC_ALL=C",
+                                  "HOME=" + folder(),
                                   "TMPDIR=" + temporary_.path()};
     call.insert(call.end(), environment.begin(), environment.end());
     call.emplace_back(ZEMORA_EXECUTABLE);
@@ -105,7 +114,9 @@ void Workshop::save(const std::string& name, ConstPicture picture) const {
     write_text(path(name), {bytes.begin(), bytes.end()});
 }
 
-void Workshop::write(const std::string& name, const std::string& text) const { write_text(path(name), text); }
+void Workshop::write(const std::string& name, const std::string& text) const {
+    write_text(path(name), text);
+}
 
 Bitmap Workshop::load(const std::string& name) const {
     LoadedPicture loaded = load_picture(path(name));
@@ -141,7 +152,8 @@ const Views& aligned_views() {
     return views;
 }
 
-void save_pair(const Workshop& workshop, const Views& views, const std::string& left, const std::string& right) {
+void save_pair(const Workshop& workshop, const Views& views, const std::string& left,
+               const std::string& right) {
     workshop.save(left, views.left.picture());
     workshop.save(right, views.right.picture());
 }
@@ -163,7 +175,8 @@ double median_vertical_error(ConstPicture left, ConstPicture right, int reach_px
         }
     }
     std::sort(errors.begin(), errors.end());
-    return errors.size() < kColumns * kRows / 2 ? std::numeric_limits<double>::infinity() : errors[errors.size() / 2];
+    return errors.size() < kColumns * kRows / 2 ? std::numeric_limits<double>::infinity()
+                                                : errors[errors.size() / 2];
 }
 
 namespace {
@@ -191,7 +204,8 @@ int greatest_difference(ConstPicture a, ConstPicture b) {
 
 double mean_difference(ConstPicture a, ConstPicture b) {
     double sum = 0.0;
-    return for_each_difference(a, b, [&](int d) { sum += d; }) ? sum / a.width / a.height / kPixelBytes : 256.0;
+    return for_each_difference(a, b, [&](int d) { sum += d; }) ? sum / a.width / a.height / kPixelBytes
+                                                               : 256.0;
 }
 
 }  // namespace zemora::test

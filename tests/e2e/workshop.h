@@ -27,8 +27,8 @@ public:
     /// Shell commands that run the program "$@" itself.
     std::string around = "exec \"$@\"";
     /// Settings of every run in front of the arguments: nothing waits, nothing needs another program.
-    std::vector<std::string> settings{"--StopAtError=0", "--ReportMode=0", "--StampFiles=0", "--MetaTransfer=0",
-                                      "--ExifCopyright="};
+    std::vector<std::string> settings{"--StopAtError=0", "--ReportMode=0", "--StampFiles=0",
+                                      "--MetaTransfer=0", "--ExifCopyright="};
 
     /// Runs the program in the folder, for two minutes at most.
     [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;
@@ -67,7 +67,8 @@ struct Views {
 [[nodiscard]] const Views& aligned_views();
 
 /// Saves views as a pair.
-void save_pair(const Workshop& workshop, const Views& views, const std::string& left, const std::string& right);
+void save_pair(const Workshop& workshop, const Views& views, const std::string& left,
+               const std::string& right);
 
 /// Median of the vertical distance of matching points of two pictures, pixels, by correlating blocks
 /// up to `reach_px` rows apart.

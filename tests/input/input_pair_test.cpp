@@ -37,7 +37,8 @@ struct Rig {
     }
     ReadResult read(InputPair& pair) {
         testing::internal::CaptureStdout();
-        const ReadResult result = pair.read_input_images({folder / "l.bmp", folder / "r.bmp", folder / "s.bmp"}, true);
+        const ReadResult result =
+            pair.read_input_images({folder / "l.bmp", folder / "r.bmp", folder / "s.bmp"}, true);
         console.flush();
         told = testing::internal::GetCapturedStdout();
         return result;
@@ -95,7 +96,7 @@ TEST(StereoFile, OneColumnCannotBeSplit) {
 struct EqualCase {
     int cropp_input;
     int left_width, left_height, right_width, right_height;
-    int width, height;  ///< Common.
+    int width, height;                     ///< Common.
     int left_x, left_y, right_x, right_y;  ///< Frame offsets of the records.
 };
 
@@ -187,11 +188,11 @@ TEST_P(PercentCrop, KeepsTheRangeOrSaysWhyNot) {
     EXPECT_EQ(colour_at(pair->full().right, 0, 0), place_colour(c.first, 0));
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, PercentCrop,
-                         testing::Values(PercentCase{50.0F, 50.0F, 40, 40, ""}, PercentCase{50.05F, 50.0F, 0, 0, "sum must be"},
-                                         PercentCase{0.0F, 100.0F, 0, 80, ""}, PercentCase{10.0F, 20.0F, 8, 16, ""},
-                                         PercentCase{0.0F, 0.9F, 0, 0, "value not used"},
-                                         PercentCase{99.0F, 1.0F, 79, 1, ""}));
+INSTANTIATE_TEST_SUITE_P(
+    Table, PercentCrop,
+    testing::Values(PercentCase{50.0F, 50.0F, 40, 40, ""}, PercentCase{50.05F, 50.0F, 0, 0, "sum must be"},
+                    PercentCase{0.0F, 100.0F, 0, 80, ""}, PercentCase{10.0F, 20.0F, 8, 16, ""},
+                    PercentCase{0.0F, 0.9F, 0, 0, "value not used"}, PercentCase{99.0F, 1.0F, 79, 1, ""}));
 
 TEST(TurnedInput, EachViewByItsOwnModeBeforeTheSizesAreMadeEqual) {
     Rig rig;
@@ -226,8 +227,9 @@ TEST_P(AnalysisCopies, HaveALongSideOf800) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, AnalysisCopies,
-                         testing::Values(CopyCase{600, 800, 600, 800}, CopyCase{100, 50, 800, 400}, CopyCase{1, 1, 800, 800},
-                                         CopyCase{1600, 1067, 800, 534}, CopyCase{9000, 3, 800, 2}, CopyCase{2, 3000, 2, 800}));
+                         testing::Values(CopyCase{600, 800, 600, 800}, CopyCase{100, 50, 800, 400},
+                                         CopyCase{1, 1, 800, 800}, CopyCase{1600, 1067, 800, 534},
+                                         CopyCase{9000, 3, 800, 2}, CopyCase{2, 3000, 2, 800}));
 
 TEST(InputPair, UnreadableFileIsNamedAndTheNextPairLoads) {
     Rig rig;

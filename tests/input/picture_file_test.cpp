@@ -26,7 +26,7 @@ struct FormRow {
     FREE_IMAGE_FORMAT format;
     int flags;
     FREE_IMAGE_TYPE type;
-    int bits;  ///< Of FIT_BITMAP.
+    int bits;       ///< Of FIT_BITMAP.
     int tolerance;  ///< Levels that the form may lose.
 };
 
@@ -59,7 +59,9 @@ constexpr int kWidth = 61;  // odd, so that rows are padded
 constexpr int kHeight = 40;
 
 /// Brightness of a place; the same in every form.
-int level_at(int x, int y) { return (x * 3 + y * 2) % 250; }
+int level_at(int x, int y) {
+    return (x * 3 + y * 2) % 250;
+}
 
 std::vector<std::uint8_t> file_of(const FormRow& row) {
     const Bitmap bitmap(FreeImage_AllocateT(row.type, kWidth, kHeight, row.bits));
@@ -150,7 +152,9 @@ TEST(LoadPicture, CutOffTiffWithItsDirectoryFirstIsUnreadableAndSilent) {
     ASSERT_EQ(load_picture(folder / "a.tif").status, LoadStatus::done);
     testing::internal::CaptureStderr();
     for (const double part : {0.3, 0.9}) {
-        write_bytes(folder / "a.tif", std::span(whole).first(static_cast<std::size_t>(part * static_cast<double>(whole.size()))));
+        write_bytes(
+            folder / "a.tif",
+            std::span(whole).first(static_cast<std::size_t>(part * static_cast<double>(whole.size()))));
         EXPECT_EQ(load_picture(folder / "a.tif").status, LoadStatus::unreadable) << part;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -170,8 +174,10 @@ TEST(LoadPicture, ColourProfileOfATiffIsNotHandedOn) {
 }
 
 TEST(TiffProfile, IsHiddenInEitherByteOrderAndBrokenDirectoriesAreLeft) {
-    std::vector<std::uint8_t> low{'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x73, 0x87, 7, 0, 1, 0, 0, 0, 0, 0, 0, 0};
-    std::vector<std::uint8_t> high{'M', 'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x87, 0x73, 0, 7, 0, 0, 0, 1, 0, 0, 0, 0};
+    std::vector<std::uint8_t> low{'I',  'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x73,
+                                  0x87, 7,   0,  1, 0, 0, 0, 0, 0, 0, 0};
+    std::vector<std::uint8_t> high{'M',  'M', 0, 42, 0, 0, 0, 8, 0, 1, 0x87,
+                                   0x73, 0,   7, 0,  0, 0, 1, 0, 0, 0, 0};
     hide_tiff_profile(low);
     hide_tiff_profile(high);
     EXPECT_EQ(low[10], 0x72);
@@ -181,7 +187,8 @@ TEST(TiffProfile, IsHiddenInEitherByteOrderAndBrokenDirectoriesAreLeft) {
         hide_tiff_profile(part);
     }
     std::vector<std::uint8_t> far{'I', 'I', 42, 0, 0xFF, 0xFF, 0xFF, 0xFF, 1, 0};
-    std::vector<std::uint8_t> endless{'I', 'I', 43, 0, 8, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+    std::vector<std::uint8_t> endless{'I',  'I',  43,   0,    8,    0,    0,    0,
+                                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
     hide_tiff_profile(far);
     hide_tiff_profile(endless);
 }
@@ -220,7 +227,8 @@ INSTANTIATE_TEST_SUITE_P(Table, NotPictures,
                                          BadRow{"big.ppm", "P6\n60000 60000\n255\nx", LoadStatus::unreadable},
                                          BadRow{"text.txt", "plain text", LoadStatus::unsupported},
                                          BadRow{"noending", "plain text", LoadStatus::unsupported},
-                                         BadRow{"a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ", LoadStatus::unsupported},
+                                         BadRow{"a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ",
+                                                LoadStatus::unsupported},
                                          BadRow{"a.psd", "8BPS\x01\x01\x01", LoadStatus::unsupported}));
 
 TEST(LoadPicture, FoldersAndMissingFilesAreUnreadable) {
@@ -238,7 +246,8 @@ TEST(TargaCheck, CountsPacketsAcrossTheEndOfTheLastRow) {
     file[12] = 3;
     file[14] = 2;
     file[16] = 24;
-    const std::vector<std::uint8_t> packets{0x83, 1, 2, 3, 0x01, 1, 2, 3, 4, 5, 6};  // four alike, two of their own
+    const std::vector<std::uint8_t> packets{0x83, 1, 2, 3, 0x01, 1,
+                                            2,    3, 4, 5, 6};  // four alike, two of their own
     file.insert(file.end(), packets.begin(), packets.end());
     EXPECT_FALSE(targa_is_cut_off(file));
     file.pop_back();
@@ -251,8 +260,8 @@ std::string odd_pictures() {
     if (const char* set = std::getenv("ZEMORA_ODD_PICTURES")) {
         return set;
     }
-    for (std::filesystem::path folder = std::filesystem::path(__FILE__).parent_path(); folder != folder.root_path();
-         folder = folder.parent_path()) {
+    for (std::filesystem::path folder = std::filesystem::path(__FILE__).parent_path();
+         folder != folder.root_path(); folder = folder.parent_path()) {
         if (std::filesystem::is_directory(folder / "shared/data/odd")) {
             return folder / "shared/data/odd";
         }
@@ -280,7 +289,8 @@ TEST(OddPictures, LoadOrAreRefusedWithAReasonAndInSilence) {
         if (begins("good_")) {
             EXPECT_EQ(loaded.status, LoadStatus::done) << name << ": " << loaded.reason;
         }
-        if (begins("truncated_jpeg") || begins("truncated_image") || begins("bad_shortfile") || begins("cross_scan_line_t")) {
+        if (begins("truncated_jpeg") || begins("truncated_image") || begins("bad_shortfile") ||
+            begins("cross_scan_line_t")) {
             EXPECT_EQ(loaded.status, LoadStatus::unreadable) << name;
         }
         if (suffix == ".webp" || suffix == ".HEIC" || suffix == ".jp2") {

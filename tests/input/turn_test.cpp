@@ -23,7 +23,9 @@ Place turned_place(int mode, int x, int y, int w, int h) {
 class TurnPixels : public testing::TestWithParam<std::tuple<int, int, int>> {};
 
 TEST_P(TurnPixels, PutsEveryPixelInItsPlace) {
-    const auto [width, height, bytes] = GetParam();
+    const int width = std::get<0>(GetParam());
+    const int height = std::get<1>(GetParam());
+    const int bytes = std::get<2>(GetParam());
     const std::ptrdiff_t source_pitch = width * bytes + 5;
     std::vector<std::uint8_t> source(static_cast<std::size_t>(source_pitch * height));
     const auto source_pixel = [&](int x, int y) { return source.data() + y * source_pitch + x * bytes; };
@@ -37,7 +39,8 @@ TEST_P(TurnPixels, PutsEveryPixelInItsPlace) {
     for (int mode = 0; mode < kTurnModes; ++mode) {
         const bool exchanged = exchanges_sides(mode);
         const std::ptrdiff_t pitch = (exchanged ? height : width) * bytes + 3;
-        std::vector<std::uint8_t> target(static_cast<std::size_t>(pitch * (exchanged ? width : height)), 0xEE);
+        std::vector<std::uint8_t> target(static_cast<std::size_t>(pitch * (exchanged ? width : height)),
+                                         0xEE);
         turn_pixels({source.data(), source_pitch}, width, height, bytes, mode, {target.data(), pitch});
         int wrong = 0;
         for (int y = 0; y < height; ++y) {
@@ -53,7 +56,8 @@ TEST_P(TurnPixels, PutsEveryPixelInItsPlace) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, TurnPixels,
-                         testing::Combine(testing::Values(1, 7, 64, 130), testing::Values(1, 5, 65), testing::Values(3, 6)));
+                         testing::Combine(testing::Values(1, 7, 64, 130), testing::Values(1, 5, 65),
+                                          testing::Values(3, 6)));
 
 }  // namespace
 }  // namespace zemora

@@ -12,11 +12,14 @@ namespace {
 
 using test::TestFolder;
 
-std::string text_of(const std::vector<std::uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+std::string text_of(const std::vector<std::uint8_t>& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
 
 TEST(RunChild, ArgumentsArriveAsTheyAre) {
-    const std::vector<std::string> hostile{"a b",  "'",   "\"",    "$(touch x)", "`id`", ";rm x", "two\nlines", "-n",
-                                           "--all", "*",  "\\",    "",           "\xC3\xA4", "%s", "&& false", ">x"};
+    const std::vector<std::string> hostile{"a b",        "'",  "\"",       "$(touch x)", "`id`", ";rm x",
+                                           "two\nlines", "-n", "--all",    "*",          "\\",   "",
+                                           "\xC3\xA4",   "%s", "&& false", ">x"};
     std::vector<std::string> call{"printf", "<%s>"};
     std::string expected;
     for (const std::string& argument : hostile) {
@@ -45,7 +48,9 @@ TEST(RunChild, ReadsMoreThanAPipeHoldsAndGivesNoInput) {
 
 TEST(ChildDialog, AnswersSeveralRequests) {
     ChildDialog dialog;
-    ASSERT_TRUE(dialog.start({"sh", "-c", "while read -r line; do [ \"$line\" = bye ] && exit; printf '%s.end' \"$line\"; done"}, "bye\n"));
+    ASSERT_TRUE(dialog.start(
+        {"sh", "-c", "while read -r line; do [ \"$line\" = bye ] && exit; printf '%s.end' \"$line\"; done"},
+        "bye\n"));
     for (const std::string request : {"one", "two words", "three"}) {
         std::vector<std::uint8_t> answer;
         ASSERT_TRUE(dialog.write(request + '\n'));

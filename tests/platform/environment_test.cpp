@@ -68,7 +68,8 @@ INSTANTIATE_TEST_SUITE_P(Table, UserLanguage,
                                          LanguageCase{nullptr, nullptr, "de_AT.UTF-8", true},
                                          LanguageCase{nullptr, "en_GB", "de_DE", false},
                                          LanguageCase{"C", "de_DE", "de_DE", false},
-                                         LanguageCase{"", "", "de", true}, LanguageCase{"de_DE", "en", "en", true}));
+                                         LanguageCase{"", "", "de", true},
+                                         LanguageCase{"de_DE", "en", "en", true}));
 
 TEST(FileTimes, DatesThatDoNotExistAreRefused) {
     std::int64_t seconds = 0;
@@ -79,11 +80,12 @@ TEST(FileTimes, DatesThatDoNotExistAreRefused) {
         EXPECT_EQ(back.day, good.day);
         EXPECT_EQ(back.second, good.second);
     }
-    for (const LocalTime& bad : {LocalTime{2023, 2, 29, 0, 0, 0}, LocalTime{2023, 0, 1, 0, 0, 0},
-                                 LocalTime{2023, 13, 1, 0, 0, 0}, LocalTime{2023, 4, 31, 0, 0, 0},
-                                 LocalTime{2023, 1, 1, 24, 0, 0}, LocalTime{2023, 1, 1, 10, 60, 0},
-                                 LocalTime{2023, 1, 1, 10, 0, 75}, LocalTime{2023, 1, 1, -1, 0, 0}}) {
-        EXPECT_FALSE(calendar_seconds_of(bad, seconds)) << bad.month << ' ' << bad.day << ' ' << bad.hour << ':' << bad.minute;
+    for (const LocalTime& bad :
+         {LocalTime{2023, 2, 29, 0, 0, 0}, LocalTime{2023, 0, 1, 0, 0, 0}, LocalTime{2023, 13, 1, 0, 0, 0},
+          LocalTime{2023, 4, 31, 0, 0, 0}, LocalTime{2023, 1, 1, 24, 0, 0}, LocalTime{2023, 1, 1, 10, 60, 0},
+          LocalTime{2023, 1, 1, 10, 0, 75}, LocalTime{2023, 1, 1, -1, 0, 0}}) {
+        EXPECT_FALSE(calendar_seconds_of(bad, seconds))
+            << bad.month << ' ' << bad.day << ' ' << bad.hour << ':' << bad.minute;
     }
 }
 
@@ -129,7 +131,8 @@ TEST_P(TemporaryFolder, GoesWithTheProcessHoweverItEnds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Endings, TemporaryFolder,
-                         testing::Values(Ending::returns, Ending::end_process, Ending::terminate, Ending::interrupt));
+                         testing::Values(Ending::returns, Ending::end_process, Ending::terminate,
+                                         Ending::interrupt));
 
 TEST(TemporaryFolder, StaysWhenAForkedChildEnds) {
     const TestFolder base;

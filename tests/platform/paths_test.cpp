@@ -24,19 +24,18 @@ TEST_P(JoinPath, TreatsOnlyWholeDotComponentsAsSpecial) {
     EXPECT_EQ(join_path(c.base, c.path), c.joined) << c.base << " and " << c.path;
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, JoinPath,
-                         testing::Values(JoinCase{"/a/b", "c", "/a/b/c"}, JoinCase{"/a/b", "../c", "/a/c"},
-                                         JoinCase{"/a/b", "../../../../c", "/c"}, JoinCase{"/a/b", "..", "/a"},
-                                         JoinCase{"/a/b", "../..", "/"}, JoinCase{"/a/b", ".", "/a/b"},
-                                         JoinCase{"/a/b", "./", "/a/b"}, JoinCase{"/a/b", "", "/a/b"},
-                                         JoinCase{"/a/b", "..old/x", "/a/b/..old/x"},
-                                         JoinCase{"/a/b", ".photos", "/a/b/.photos"},
-                                         JoinCase{"/a/b", "c..", "/a/b/c.."}, JoinCase{"/a/b", "/c//d/", "/c/d"},
-                                         JoinCase{"/a/b", "/..", "/"}, JoinCase{"/a/b", "c//./d/", "/a/b/c/d"},
-                                         JoinCase{"/a/b", "~", "/home/me"}, JoinCase{"/a/b", "~/x", "/home/me/x"},
-                                         JoinCase{"/a/b", "~x", "/a/b/~x"}, JoinCase{"/", "c", "/c"},
-                                         JoinCase{"", "../c", "../c"}, JoinCase{"a", "../..", ".."},
-                                         JoinCase{"a", "..", "."}));
+INSTANTIATE_TEST_SUITE_P(
+    Table, JoinPath,
+    testing::Values(JoinCase{"/a/b", "c", "/a/b/c"}, JoinCase{"/a/b", "../c", "/a/c"},
+                    JoinCase{"/a/b", "../../../../c", "/c"}, JoinCase{"/a/b", "..", "/a"},
+                    JoinCase{"/a/b", "../..", "/"}, JoinCase{"/a/b", ".", "/a/b"},
+                    JoinCase{"/a/b", "./", "/a/b"}, JoinCase{"/a/b", "", "/a/b"},
+                    JoinCase{"/a/b", "..old/x", "/a/b/..old/x"}, JoinCase{"/a/b", ".photos", "/a/b/.photos"},
+                    JoinCase{"/a/b", "c..", "/a/b/c.."}, JoinCase{"/a/b", "/c//d/", "/c/d"},
+                    JoinCase{"/a/b", "/..", "/"}, JoinCase{"/a/b", "c//./d/", "/a/b/c/d"},
+                    JoinCase{"/a/b", "~", "/home/me"}, JoinCase{"/a/b", "~/x", "/home/me/x"},
+                    JoinCase{"/a/b", "~x", "/a/b/~x"}, JoinCase{"/", "c", "/c"}, JoinCase{"", "../c", "../c"},
+                    JoinCase{"a", "../..", ".."}, JoinCase{"a", "..", "."}));
 
 struct NameCase {
     const char* path;

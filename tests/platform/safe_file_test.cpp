@@ -17,7 +17,9 @@ namespace {
 
 using test::TestFolder;
 
-std::vector<std::uint8_t> bytes_of(std::size_t count) { return std::vector<std::uint8_t>(count, std::uint8_t{'n'}); }
+std::vector<std::uint8_t> bytes_of(std::size_t count) {
+    return std::vector<std::uint8_t>(count, std::uint8_t{'n'});
+}
 
 /// Runs `body` in a process of its own; true when it returned true.
 template <class Body>
@@ -42,7 +44,8 @@ TEST(WriteFileWhole, ReplacesAnOlderFileAndLeavesNothingBeside) {
 
 TEST(WriteFileWhole, NamesAreTakenAsTheyAre) {
     const TestFolder folder;
-    for (const char* name : {"-n.jpg", "a b'\"$(touch x);.jpg", "new\nline.jpg", "\xC3\xA4.jpg", "%s%n.jpg"}) {
+    for (const char* name :
+         {"-n.jpg", "a b'\"$(touch x);.jpg", "new\nline.jpg", "\xC3\xA4.jpg", "%s%n.jpg"}) {
         EXPECT_EQ(write_file_whole(folder / name, bytes_of(3)), "") << name;
         EXPECT_EQ(test::read_text(folder / name), "nnn") << name;
     }
@@ -77,7 +80,8 @@ TEST(WriteFileWhole, UnwritableFolderIsTold) {
     std::filesystem::permissions(folder.path(), std::filesystem::perms{0555});
     EXPECT_TRUE(in_child([&] {
         constexpr uid_t kNobody = 65534;
-        return (geteuid() != 0 || setuid(kNobody) == 0) && !write_file_whole(folder / "a.jpg", bytes_of(10)).empty();
+        return (geteuid() != 0 || setuid(kNobody) == 0) &&
+               !write_file_whole(folder / "a.jpg", bytes_of(10)).empty();
     }));
     EXPECT_TRUE(folder.files().empty());
 }
@@ -89,7 +93,9 @@ TEST(WriteFileWhole, PermissionsFollowTheUsersMaskFromManyThreads) {
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&folder, t] {
             for (int i = 0; i < 50; ++i) {
-                EXPECT_EQ(write_file_whole(folder / (std::to_string(t) + '-' + std::to_string(i)), bytes_of(10)), "");
+                EXPECT_EQ(
+                    write_file_whole(folder / (std::to_string(t) + '-' + std::to_string(i)), bytes_of(10)),
+                    "");
             }
         });
     }
