@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "platform/child_process.h"
 #include "platform/paths.h"
@@ -70,10 +71,10 @@ bool ExifTool::is_available() {
     return !program_.empty();
 }
 
-std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::string>& arguments) {
+bool ExifTool::send(const std::vector<std::string>& arguments) {
     const auto has_line_end = [](const std::string& text) { return text.find('\n') != std::string::npos; };
     if (!dialog_.is_running() || std::any_of(arguments.begin(), arguments.end(), has_line_end)) {
-        return std::nullopt;
+        return false;
     }
     std::string request;
     for (const std::string& argument : arguments) {
@@ -81,9 +82,13 @@ std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::s
     }
     request +=
         "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd) + "-execute\n";
+    return dialog_.write(request);
+}
+
+std::optional<ExifTool::Answer> ExifTool::receive() {
     Answer answer;
-    if (!dialog_.write(request) || !dialog_.read_until(kAnswerEnd, answer.output)) {
-        return std::nullopt;  // the process has gone; the call is made anew on its own
+    if (!dialog_.read_until(kAnswerEnd, answer.output)) {
+        return std::nullopt;
     }
     const auto mark =
         std::find_end(answer.output.begin(), answer.output.end(), kAnswerMark.begin(), kAnswerMark.end());
@@ -93,15 +98,40 @@ std::optional<ExifTool::Answer> ExifTool::run_in_dialog(const std::vector<std::s
     return answer;
 }
 
-ExifTool::Answer ExifTool::run(const std::vector<std::string>& arguments) {
-    voice_.console().flush();
-    if (auto answer = run_in_dialog(arguments)) {
-        return *answer;
-    }
+ExifTool::Answer ExifTool::run_alone(const std::vector<std::string>& arguments) const {
     std::vector<std::string> call{program_};
     call.insert(call.end(), arguments.begin(), arguments.end());
     ChildResult result = run_child(call);
     return {result.exit_code, std::move(result.output)};
+}
+
+ExifTool::Answer ExifTool::run(const std::vector<std::string>& arguments) {
+    finish();
+    voice_.console().flush();
+    if (send(arguments)) {
+        if (auto answer = receive()) {
+            return *answer;
+        }
+    }
+    return run_alone(arguments);  // also when the process has gone
+}
+
+void ExifTool::start(const std::vector<std::string>& arguments, std::function<void(const Answer&)> done) {
+    if (send(arguments)) {
+        pending_.push_back({arguments, std::move(done)});
+    } else {
+        finish();
+        done(run_alone(arguments));
+    }
+}
+
+void ExifTool::finish() {
+    while (!pending_.empty()) {
+        const Pending next = std::move(pending_.front());
+        pending_.pop_front();
+        const auto answer = receive();
+        next.done(answer ? *answer : run_alone(next.arguments));
+    }
 }
 
 void ExifTool::tell_failure() const {
@@ -147,29 +177,39 @@ bool ExifTool::write_record(const std::string& path, InputClass input_class, con
     return answer.exit_code == 0;
 }
 
-std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
-    auto known = profile_files_.find(source);
-    if (known == profile_files_.end()) {
-        std::string file = find_data_file("sRGB.icc");
-        const Answer answer = run({"-icc_profile", "-b", plain_name(source)});
-        if (!answer.output.empty()) {
-            const std::string fetched =
-                temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
-            if (write_file_whole(fetched, answer.output).empty()) {
-                file = fetched;
-            }
+void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
+    std::string file = find_data_file("sRGB.icc");
+    if (!answer.output.empty()) {
+        const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
+        if (write_file_whole(fetched, answer.output).empty()) {
+            file = fetched;
         }
-        known = profile_files_.emplace(source, file).first;
     }
-    if (known->second.empty()) {
-        return {};
-    }
-    return {"-ICC_Profile<=" + pattern_name(known->second)};
+    profile_files_.emplace(source, file);
 }
 
-bool ExifTool::transfer(const std::string& source, const std::string& target,
-                        const TagPermissions& permissions, const SoftwareTagValues& values,
-                        bool is_extra_output) {
+void ExifTool::prefetch_profile(const std::string& source) {
+    if (is_available()) {
+        start({"-icc_profile", "-b", plain_name(source)},
+              [this, source](const Answer& answer) { keep_profile(source, answer); });
+    }
+}
+
+std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
+    if (profile_files_.count(source) == 0) {
+        finish();
+    }
+    if (profile_files_.count(source) == 0) {
+        keep_profile(source, run({"-icc_profile", "-b", plain_name(source)}));
+    }
+    const std::string& file = profile_files_[source];
+    return file.empty() ? std::vector<std::string>()
+                        : std::vector<std::string>{"-ICC_Profile<=" + pattern_name(file)};
+}
+
+void ExifTool::start_transfer(const std::string& source, const std::string& target,
+                              const TagPermissions& permissions, const SoftwareTagValues& values,
+                              bool is_extra_output) {
     constexpr int kMultiPicture = 5;
     const bool wanted = parameters_.meta_transfer != 0;
     std::vector<std::string> arguments;
@@ -181,7 +221,7 @@ bool ExifTool::transfer(const std::string& source, const std::string& target,
                           (permissions.tags_ok && !parameters_.exif_copyright.empty()) ||
                           (permissions.exif_ok && has_resolution);
     if (!has_work || !is_available()) {
-        return true;
+        return;
     }
     if (wanted && permissions.colour_profile_ok) {
         arguments = profile_arguments(source);
@@ -213,17 +253,19 @@ bool ExifTool::transfer(const std::string& source, const std::string& target,
         add({format_text("-Exif:YResolution=%d", parameters_.dots_per_inch_y)});
     }
     if (arguments.empty()) {
-        return true;
+        return;
     }
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
-    if (run(arguments).exit_code != 0) {
-        tell_failure();
-        return false;
-    }
-    return true;
+    start(arguments, [this, target](const Answer& answer) {
+        if (answer.exit_code != 0) {
+            tell_failure();
+            voice_.print("   " + printable(target) + '\n');
+        }
+    });
 }
 
 void ExifTool::forget_pair() {
+    finish();
     const std::string standard = find_data_file("sRGB.icc");
     for (const auto& [source, file] : profile_files_) {
         if (file != standard) {

@@ -2,6 +2,8 @@
 /// All metadata work, through the outside program exiftool. One process serves the whole run.
 
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -47,10 +49,15 @@ public:
     [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class);
     /// Writes the record into the input file.
     bool write_record(const std::string& path, InputClass input_class, const std::string& text);
-    /// Copies profile and tags of `source` to the stored file `target`.
-    bool transfer(const std::string& source, const std::string& target, const TagPermissions& permissions,
-                  const SoftwareTagValues& values, bool is_extra_output);
-    /// Forgets what was read of the files of a pair.
+    /// Begins to fetch the colour profile of an input, which a transfer will want.
+    void prefetch_profile(const std::string& source);
+    /// Begins to copy profile and tags of `source` to the stored file `target`. `finish` waits for it.
+    void start_transfer(const std::string& source, const std::string& target,
+                        const TagPermissions& permissions, const SoftwareTagValues& values,
+                        bool is_extra_output);
+    /// Waits for what was begun, in its order. A failure is told with the name of the file.
+    void finish();
+    /// Waits for what was begun and forgets what was read of the files of a pair.
     void forget_pair();
 
 private:
@@ -58,8 +65,18 @@ private:
         int exit_code = -1;
         std::vector<std::uint8_t> output;
     };
+    /// A request that was sent and waits for its answer.
+    struct Pending {
+        std::vector<std::string> arguments;
+        std::function<void(const Answer&)> done;
+    };
     Answer run(const std::vector<std::string>& arguments);
-    std::optional<Answer> run_in_dialog(const std::vector<std::string>& arguments);
+    Answer run_alone(const std::vector<std::string>& arguments) const;
+    /// Sends the request, or runs it at once where the dialog cannot take it.
+    void start(const std::vector<std::string>& arguments, std::function<void(const Answer&)> done);
+    [[nodiscard]] bool send(const std::vector<std::string>& arguments);
+    [[nodiscard]] std::optional<Answer> receive();
+    void keep_profile(const std::string& source, const Answer& answer);
     /// Arguments that give the target the colour profile of `source`, else sRGB.
     std::vector<std::string> profile_arguments(const std::string& source);
     void tell_failure() const;
@@ -69,6 +86,7 @@ private:
     bool looked_for_ = false;
     std::string program_;
     ChildDialog dialog_;
+    std::deque<Pending> pending_;
     std::map<std::string, std::string> profile_files_;  ///< Source to the file that holds its profile.
 };
 

@@ -199,6 +199,19 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     return true;
 }
 
+/// The profiles of the inputs are wanted when the pictures are stored.
+void prefetch_profiles(Pipeline& pipeline, const PairRun& pair) {
+    if (pipeline.parameters.meta_transfer == 0 || !pair.permissions.colour_profile_ok) {
+        return;
+    }
+    if (!pipeline.list.two_files) {
+        pipeline.exiftool.prefetch_profile(pair.files.stereo);
+        return;
+    }
+    pipeline.exiftool.prefetch_profile(pair.files.right);
+    pipeline.exiftool.prefetch_profile(pair.files.left);
+}
+
 /// Working size of the pair; a size that cannot be handled ends the pair.
 bool set_up_size(Pipeline& pipeline, PairRun& pair) {
     ParameterSet& p = pipeline.parameters;
@@ -236,6 +249,7 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     if (!is_layout_known(pipeline) || !load_pair(pipeline, pair)) {
         return false;
     }
+    prefetch_profiles(pipeline, pair);
     if (!set_up_size(pipeline, pair)) {
         conclude_pair(pipeline, pair);
         return false;

@@ -125,8 +125,9 @@ SoftwareTagValues tag_values(const PairRun& pair) {
 /// Metadata and times of a stored file.
 void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file) {
     constexpr int kWithTimes = 2;  // of `MetaTransfer`
-    (void)pipeline.exiftool.transfer(source, file, pair.permissions, tag_values(pair), false);
+    pipeline.exiftool.start_transfer(source, file, pair.permissions, tag_values(pair), false);
     if (pipeline.parameters.meta_transfer == kWithTimes) {
+        pipeline.exiftool.finish();
         copy_capture_time(source, file, pipeline.voice);
     }
 }

@@ -19,7 +19,7 @@ namespace {
 /// runs and gets a byte when it cannot. Only calls that are allowed between fork and exec.
 [[noreturn]] void become_program(char** arguments, int input, int output, int failure) {
 #if defined(__linux__)
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    prctl(PR_SET_PDEATHSIG, SIGINT);  // the polite signal: programs clean up behind it
 #endif
     signal(SIGPIPE, SIG_DFL);
     const int nowhere = open("/dev/null", O_WRONLY);
@@ -130,21 +130,28 @@ bool ChildDialog::write(std::string_view text) {
 
 bool ChildDialog::read_until(std::string_view end, std::vector<std::uint8_t>& output) {
     std::array<std::uint8_t, 65536> block;
-    const auto ended = [&] {
-        return output.size() >= end.size() &&
-               std::equal(end.begin(), end.end(), output.end() - static_cast<std::ptrdiff_t>(end.size()),
-                          [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
-    };
-    while (!ended()) {
+    std::size_t searched = 0;  // no answer ends before it
+    for (;;) {
+        const auto start = received_.begin() + static_cast<std::ptrdiff_t>(searched);
+        const auto found =
+            std::search(start, received_.end(), end.begin(), end.end(),
+                        [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); });
+        if (found != received_.end()) {
+            // What follows belongs to the next answer.
+            const auto next = found + static_cast<std::ptrdiff_t>(end.size());
+            output.assign(received_.begin(), next);
+            received_.erase(received_.begin(), next);
+            return true;
+        }
+        searched = received_.size() - std::min(received_.size(), end.size());
         const ssize_t count = read(from_child_, block.data(), block.size());
         if (count > 0) {
-            output.insert(output.end(), block.begin(), block.begin() + count);
+            received_.insert(received_.end(), block.begin(), block.begin() + count);
         } else if (count == 0 || errno != EINTR) {
             close();
             return false;
         }
     }
-    return true;
 }
 
 void ChildDialog::close() {
@@ -165,6 +172,7 @@ void ChildDialog::close() {
         }
     }
     child_ = 0;
+    received_.clear();
 }
 
 }  // namespace zemora

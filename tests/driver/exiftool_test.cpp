@@ -87,8 +87,9 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
     const TagPermissions all{true, true, true};
     const std::string first_target = picture("first_target %d.jpg");
     const std::string second_target = picture("second_target.jpg");
-    EXPECT_TRUE(tool.transfer(first, first_target, all, {-7, 20, 27}, false));
-    EXPECT_TRUE(tool.transfer(second, second_target, all, {1, 2, 3}, false));
+    tool.prefetch_profile(first);
+    tool.start_transfer(first, first_target, all, {-7, 20, 27}, false);
+    tool.start_transfer(second, second_target, all, {1, 2, 3}, false);
     tool.forget_pair();
     for (const auto& [path, date, software] :
          {std::tuple{first_target, "2001:02:03 04:05:06", "nearpoint= -7, farpoint= 20, deviation= 27"},

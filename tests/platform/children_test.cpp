@@ -61,6 +61,20 @@ TEST(ChildDialog, AnswersSeveralRequests) {
     EXPECT_FALSE(dialog.is_running());
 }
 
+TEST(ChildDialog, AnswersThatArriveTogetherAreGivenOutOneByOne) {
+    ChildDialog dialog;
+    ASSERT_TRUE(
+        dialog.start({"/bin/sh", "-c", "printf 'one.two.three'; read -r _; printf '.'; read -r _"}, "\n\n"));
+    std::vector<std::uint8_t> answer;
+    for (const std::string expected : {"one.", "two."}) {
+        ASSERT_TRUE(dialog.read_until(".", answer));
+        EXPECT_EQ(std::string(answer.begin(), answer.end()), expected);
+    }
+    ASSERT_TRUE(dialog.write("go on\n"));
+    ASSERT_TRUE(dialog.read_until(".", answer));
+    EXPECT_EQ(std::string(answer.begin(), answer.end()), "three.");
+}
+
 TEST(ChildDialog, NoticesAProgramThatHasGone) {
     ChildDialog dialog;
     ASSERT_TRUE(dialog.start({"sh", "-c", "read -r line; printf part; exit 3"}, ""));
