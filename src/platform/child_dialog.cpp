@@ -148,6 +148,7 @@ bool ChildDialog::read_until(std::string_view end, std::vector<std::uint8_t>& ou
         if (count > 0) {
             received_.insert(received_.end(), block.begin(), block.begin() + count);
         } else if (count == 0 || errno != EINTR) {
+            output = std::move(received_);
             close();
             return false;
         }
