@@ -22,9 +22,8 @@ public:
     [[nodiscard]] bool is_running() const { return child_ > 0; }
     /// Writes all of `text`; false when the program has gone.
     [[nodiscard]] bool write(std::string_view text);
-    /// Reads one answer, up to and with `end`; false, with what there is, when the program has
-    /// gone. What the program has said
-    /// beyond it stays for the next call.
+    /// Reads one answer, up to and with `end`. What the program has said beyond it stays for the next
+    /// call. False, with what there is, when the program has gone.
     [[nodiscard]] bool read_until(std::string_view end, std::vector<std::uint8_t>& output);
     /// Says goodbye and waits for the end of the program; one that stays is ended.
     void close();
