@@ -196,10 +196,10 @@ void ExifTool::prefetch_profile(const std::string& source) {
 }
 
 std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
-    if (profile_files_.count(source) == 0) {
+    if (!profile_files_.contains(source)) {
         finish();
     }
-    if (profile_files_.count(source) == 0) {
+    if (!profile_files_.contains(source)) {
         keep_profile(source, run({"-icc_profile", "-b", plain_name(source)}));
     }
     const std::string& file = profile_files_[source];

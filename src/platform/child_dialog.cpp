@@ -1,7 +1,7 @@
 #include "platform/child_dialog.h"
 
 #include <fcntl.h>
-#include <signal.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's, with kill
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
