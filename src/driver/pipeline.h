@@ -9,7 +9,7 @@
 #include "driver/output_names.h"
 #include "driver/pair_correction.h"
 #include "driver/run_context.h"
-#include "driver/stored_record.h"
+#include "input/stored_record.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
 #include "input/input_pair.h"

@@ -1,32 +1,63 @@
 #pragma once
 /// The objects of a run: each a left and a right file or one stereo file.
 
-#include <array>
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "config/parameter_set.h"
 #include "config/voice.h"
+#include "input/stored_record.h"
 
 namespace zemora {
 
-/// One object; absolute paths.
+/// One object, by the numbers of its names. A stereo file is both left and right.
 struct ImageObject {
-    std::string left;    ///< Two files.
-    std::string right;
-    std::string stereo;  ///< Stereo input.
-    std::array<double, 35> stored{};  ///< Its row of stored values, when a list gave them.
-    bool has_stored = false;
+    static constexpr std::int32_t kNoRow = -1;
+    std::uint32_t left = 0;
+    std::uint32_t right = 0;
+    std::int32_t stored_row = kNoRow;
 };
 
-struct ImageList {
+/// Pairs of a combination share their names, so an object costs twelve bytes.
+class ImageList {
+public:
     bool two_files = true;
-    std::vector<ImageObject> objects;
-    [[nodiscard]] int count() const { return static_cast<int>(objects.size()); }
+
+    [[nodiscard]] int count() const { return static_cast<int>(objects_.size()); }
+    /// Absolute paths.
+    [[nodiscard]] const std::string& left(int object) const { return names_[at(object).left]; }
+    [[nodiscard]] const std::string& right(int object) const { return names_[at(object).right]; }
+    [[nodiscard]] const std::string& stereo(int object) const { return left(object); }
+    /// The values that the list of an earlier run gave; null without.
+    [[nodiscard]] const StoredCorrectionRecord* stored(int object) const {
+        const std::int32_t row = at(object).stored_row;
+        return row == ImageObject::kNoRow ? nullptr : &stored_[static_cast<std::size_t>(row)];
+    }
+    [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
+
+    /// Adds a name without looking whether it is there already.
+    std::uint32_t add_name(std::string path) {
+        names_.push_back(std::move(path));
+        return static_cast<std::uint32_t>(names_.size() - 1);
+    }
+    void add_object(std::uint32_t left, std::uint32_t right) { objects_.push_back({left, right}); }
+    void add_object(std::uint32_t left, std::uint32_t right, const StoredCorrectionRecord& values) {
+        objects_.push_back({left, right, static_cast<std::int32_t>(stored_.size())});
+        stored_.push_back(values);
+    }
+
+private:
+    [[nodiscard]] const ImageObject& at(int object) const { return objects_[static_cast<std::size_t>(object)]; }
+
+    std::vector<std::string> names_;
+    std::vector<ImageObject> objects_;
+    std::vector<StoredCorrectionRecord> stored_;
 };
 
-/// Collects the objects of the run from `ParameterSet`. The named pair or stereo file of
-/// `InputMode` 0 is the one source so far; the other modes give an empty list.
+/// Collects the objects of the run from `ParameterSet` by its `InputMode`, lists them, and writes the
+/// names into `ListofImages` where `WriteDataBase` asks for it. Ends the run with code 1 where there is
+/// nothing to collect from. An empty list means that every object was passed over.
 [[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, const Voice& voice);
 
 }  // namespace zemora

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "driver/pair_correction.h"
-#include "driver/stored_record.h"
+#include "input/stored_record.h"
 #include "driver/window_placement.h"
 
 namespace zemora {

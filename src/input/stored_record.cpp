@@ -1,4 +1,4 @@
-#include "driver/stored_record.h"
+#include "input/stored_record.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,0 +1,36 @@
+#pragma once
+/// Depth masks that exist only for some frames of a sequence: which ones have to be interpolated.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/voice.h"
+
+namespace zemora {
+
+/// The counter of a frame's name and its digits.
+struct FrameCounter {
+    int value = 0;
+    int digits = 0;
+};
+
+/// The text between the last two `separator` of the bare name, or with a single one between it and the
+/// last "."; 0 with 0 digits without one.
+[[nodiscard]] FrameCounter file_counter(const std::string& path, char separator);
+
+/// The photos come every `photo_step`, the masks every `mask_step`; between two masks `missing` ones are
+/// made.
+struct DepthGapPlan {
+    int first_mask = 0;
+    int photo_step = 0;
+    int mask_step = 0;
+    int missing = 0;
+    int blocks = 0;
+};
+
+/// Ends the run with code 1, with the reason told, where the sequences do not fit together.
+[[nodiscard]] DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos,
+                                           const std::vector<std::string>& masks, const Voice& voice);
+
+}  // namespace zemora

@@ -1,0 +1,32 @@
+#include "platform/move_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace zemora {
+
+MoveOutcome move_without_replacing(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return {MoveResult::done, {}};
+    }
+    int error = errno;
+    // A file system that does not know this kind of renaming gives the file a second name first.
+    if (error == EINVAL || error == ENOSYS) {
+        if (link(from.c_str(), to.c_str()) == 0) {
+            if (unlink(from.c_str()) == 0) {
+                return {MoveResult::done, {}};
+            }
+            error = errno;
+            unlink(to.c_str());
+        } else {
+            error = errno;
+        }
+    }
+    return {error == EEXIST ? MoveResult::target_exists : MoveResult::failed, std::strerror(error)};
+}
+
+}  // namespace zemora

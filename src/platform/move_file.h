@@ -1,0 +1,23 @@
+#pragma once
+/// Moving a user's file without ever replacing another one.
+
+#include <string>
+
+namespace zemora {
+
+enum class MoveResult {
+    done,
+    target_exists,  ///< Nothing was moved.
+    failed,         ///< Nothing was moved; the system's reason says why.
+};
+
+struct MoveOutcome {
+    MoveResult result = MoveResult::failed;
+    std::string reason;
+    [[nodiscard]] bool is_done() const { return result == MoveResult::done; }
+};
+
+/// Renames `from` to `to` on one file system. A file, folder or link that has the new name stays.
+[[nodiscard]] MoveOutcome move_without_replacing(const std::string& from, const std::string& to);
+
+}  // namespace zemora
