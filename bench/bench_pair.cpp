@@ -108,7 +108,7 @@ void mount_pair_of_files(benchmark::State& state) {
     const Voice voice(console, messages, parameters);
     RunContext context;
     ImageList list;
-    list.objects.push_back({files.left, files.right, {}, {}, false});
+    list.add_object(list.add_name(files.left), list.add_name(files.right));
     ExifTool exiftool(parameters, voice);
     bool mounted = true;
     for ([[maybe_unused]] auto round : state) {

@@ -89,7 +89,7 @@ TextLine make_line(std::string_view raw) {
     std::copy_if(raw.begin(), raw.end(), std::back_inserter(text), [](char c) { return c != '\r'; });
     std::replace(text.begin(), text.end(), '\t', ' ');
     const std::size_t length = text.size();
-    return {is_utf8(text) ? std::move(text) : from_windows_1252(text), length};
+    return {utf8_text(text), length};
 }
 
 }  // namespace
@@ -107,6 +107,10 @@ std::vector<TextLine> text_lines(std::span<const std::uint8_t> bytes) {
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
     return lines;
+}
+
+std::string utf8_text(std::string_view raw) {
+    return is_utf8(raw) ? std::string(raw) : from_windows_1252(raw);
 }
 
 std::string_view trimmed(std::string_view text) {

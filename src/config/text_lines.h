@@ -19,6 +19,9 @@ struct TextLine {
 /// end counts, a line that is no valid UTF-8 is taken as Windows-1252.
 [[nodiscard]] std::vector<TextLine> text_lines(std::span<const std::uint8_t> bytes);
 
+/// A piece of such a file as UTF-8: itself, or from Windows-1252 when it is no valid UTF-8.
+[[nodiscard]] std::string utf8_text(std::string_view raw);
+
 /// Without the blanks at both ends.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 

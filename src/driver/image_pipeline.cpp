@@ -1,5 +1,8 @@
+#include <chrono>
+
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "report/pair_report.h"
 
@@ -31,6 +34,7 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       input(parameters_in, left_geometry, right_geometry, voice_in),
       analysis(parameters_in),
       warp(parameters_in, left_geometry, right_geometry, voice_in),
+      inputs(list_in),
       initial_frame(warp.frame),
       initial_frame_left_right(parameters_in.frame_left_right) {
     input.look_at_tiff = [this](const std::string& path) { refuse_photoshop_tiff(*this, path); };
@@ -83,6 +87,24 @@ void mount_pair(Pipeline& pipeline, PairRun& pair) {
     } while (pair.repeat);
 }
 
+/// Which pair of how many is at work, and the time that the rest will take.
+void tell_course(const Pipeline& pipeline, int index, std::chrono::steady_clock::duration spent) {
+    const int count = pipeline.list.count();
+    if (count < 2) {
+        return;
+    }
+    constexpr int kMinute = 60;
+    constexpr int kHour = 3600;
+    std::string behind;
+    if (index > 0) {
+        const double seconds = std::chrono::duration<double>(spent).count();
+        const int left = round_half_up(seconds / index * (count - index));
+        behind = format_text(pipeline.voice.messages().either("%d:%02d:%02d left", "noch %d:%02d:%02d"), left / kHour,
+                             left / kMinute % kMinute, left % kMinute);
+    }
+    pipeline.voice.console().set_course(format_text("%d/%d  ", index + 1, count), behind);
+}
+
 void run_pair(Pipeline& pipeline, int index) {
     PairRun pair;
     pair.index = index;
@@ -100,7 +122,9 @@ void run_pair(Pipeline& pipeline, int index) {
 
 void run_image_pipeline(Pipeline& pipeline) {
     constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
+    const auto start = std::chrono::steady_clock::now();
     for (int index = 0; index < pipeline.list.count(); ++index) {
+        tell_course(pipeline, index, std::chrono::steady_clock::now() - start);
         run_pair(pipeline, index);
         pipeline.input.release_images();
         pipeline.exiftool.forget_pair();
@@ -108,6 +132,7 @@ void run_image_pipeline(Pipeline& pipeline) {
             break;
         }
     }
+    pipeline.voice.console().set_course({}, {});
 }
 
 }  // namespace zemora

@@ -270,7 +270,7 @@ std::string stamp_text(long long calendar_seconds) {
 bool GivenNames::claim(OutputName& name) {
     const std::string stamp = name.stamp;
     bool changed = false;
-    for (int number = 2; !given_.insert(name.path()).second; ++number) {
+    for (int number = 2; !given_.insert(std::hash<std::string>()(name.path())).second; ++number) {
         name.stamp = stamp + format_text("-%d", number);
         changed = true;
     }

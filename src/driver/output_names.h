@@ -1,8 +1,8 @@
 #pragma once
 /// Names of everything that a run writes beside its images.
 
-#include <set>
 #include <string>
+#include <unordered_set>
 
 #include "config/parameter_set.h"
 
@@ -72,7 +72,8 @@ public:
     bool claim(OutputName& name);
 
 private:
-    std::set<std::string> given_;
+    /// By hash, so that a long run stays small; a chance collision costs a needless "-2".
+    std::unordered_set<std::size_t> given_;
 };
 
 }  // namespace zemora

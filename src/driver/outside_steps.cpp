@@ -1,9 +1,12 @@
 #include "driver/outside_steps.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <span>
 
+#include "input/list_file.h"
+#include "input/moved_files.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -26,6 +29,16 @@ std::string file_lines(const Pipeline& pipeline, const PairRun& pair) {
 
 int is_last(const Pipeline& pipeline, const PairRun& pair) {
     return pair.index + 1 == pipeline.list.count() ? 1 : 0;
+}
+
+template <class Visit>
+void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
+    if (pipeline.list.two_files) {
+        visit(pair.files.left, FileSide::left);
+        visit(pair.files.right, FileSide::right);
+    } else {
+        visit(pair.files.stereo, FileSide::stereo);
+    }
 }
 
 /// The record as it stands in an input file; nothing, with the reason told, when it does not count.
@@ -92,9 +105,46 @@ void store_anaglyph(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
 void store_extra(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
-void rename_refused(const Pipeline& /*pipeline*/, const PairRun& /*pair*/) {}
+void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
+    constexpr int kViewFolders = 9;  // of `InputMode`
+    const ParameterSet& p = pipeline.parameters;
+    if (p.input_mode == kViewFolders && p.rename_refused != 0) {
+        for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
+            rename_refused_file(p, pipeline.voice, file, side);
+        });
+    }
+}
 
-void update_list_line(Pipeline& /*pipeline*/, const PairRun& /*pair*/) {}
+void move_quit_pair(const Pipeline& pipeline, const PairRun& pair) {
+    for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
+        move_quit_file(pipeline.parameters, pipeline.voice, file, side);
+    });
+}
+
+void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
+    constexpr int kWithResults = 2;  // of `WriteDataBase`
+    const ParameterSet& p = pipeline.parameters;
+    const bool is_second_field = p.interlaced_mode != 0 && pair.index % 2 != 0;
+    if (p.write_data_base != kWithResults || is_second_field) {
+        return;
+    }
+    const StoredCorrectionRecord record = record_of(pipeline, pair);
+    const int mode = std::abs(pair.mode);
+    const bool has_values = pair.mode == 1 || (mode >= 3 && mode <= 5);
+    ListResult result;
+    if (pair.status == StatusCode::abandoned) {
+        result.status = "QU";
+    } else if (has_values && pair.status == StatusCode::success) {
+        result = {"OK", &record};
+    } else if (has_values && pair.status == StatusCode::usable) {
+        result.status = "IM";
+    } else {
+        return;  // tried again by a later run, or nothing new
+    }
+    const bool two = pipeline.list.two_files;
+    update_database_line(p, pipeline.voice, list_path_of(p), two ? pair.files.left : pair.files.stereo,
+                         two ? pair.files.right : std::string(), result);
+}
 
 bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     if (pair.input_class == InputClass::none) {
@@ -131,9 +181,14 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
     }
     const std::string text = record_text(record_of(pipeline, pair));
     const bool two = pipeline.list.two_files;
-    (void)pipeline.exiftool.write_record(two ? pair.files.left : pair.files.stereo, pair.input_class, text);
+    const auto write = [&](const std::string& file) {
+        if (pipeline.exiftool.write_record(file, pair.input_class, text)) {
+            pipeline.inputs.note_replaced(file);
+        }
+    };
+    write(two ? pair.files.left : pair.files.stereo);
     if (two && pair.mode > 0) {
-        (void)pipeline.exiftool.write_record(pair.files.right, pair.input_class, text);
+        write(pair.files.right);
     }
 }
 

@@ -41,10 +41,12 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair);
 /// Anaglyph and extra formats: not written yet.
 void store_anaglyph(Pipeline& pipeline, PairRun& pair);
 void store_extra(Pipeline& pipeline, PairRun& pair);
-/// A pair that cannot be mounted gets other names (`RenameRefused` 1, two folders). Not renamed yet.
+/// The files of a pair that cannot be mounted get other names (`RenameRefused`, `InputMode` 9).
 void rename_refused(const Pipeline& pipeline, const PairRun& pair);
-/// The line of the pair in the list of images. No list is kept yet.
-void update_list_line(Pipeline& pipeline, const PairRun& pair);
+/// The files of a pair that the user gave up for good move away.
+void move_quit_pair(const Pipeline& pipeline, const PairRun& pair);
+/// The result of the pair in its line of `ListofImages` (`WriteDataBase` 2).
+void update_list_line(const Pipeline& pipeline, const PairRun& pair);
 
 /// The record of the input image into `pair.stored`; false, with the reason told, when it does not
 /// count.

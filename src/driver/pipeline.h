@@ -9,6 +9,7 @@
 #include "driver/output_names.h"
 #include "driver/pair_correction.h"
 #include "driver/run_context.h"
+#include "driver/run_inputs.h"
 #include "input/stored_record.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
@@ -38,6 +39,7 @@ struct Pipeline {
     InputPair input;
     AnalysisState analysis;
     WarpState warp;
+    RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
     FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
@@ -58,6 +60,7 @@ struct PairRun {
     bool failure_told = false;
     bool store_failed = false;  ///< A product is missing: no record, no line of the list.
     bool repeat = false;        ///< The post viewer wants the pair once more.
+    int viewer_exit_code = 0;   ///< Of the viewer that the user left the pair with.
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 
     // Names.

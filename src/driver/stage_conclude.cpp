@@ -8,6 +8,8 @@ namespace zemora {
 
 namespace {
 
+constexpr int kMoveAwayExit = 99;  // of a viewer: the user never wants to see the pair again
+
 CorrectionValues values_of(const PairCorrection& c) {
     return {static_cast<float>(c.height_px),
             static_cast<float>(c.shift_px),
@@ -60,6 +62,9 @@ void conclude_pair(Pipeline& pipeline, PairRun& pair) {
         } else if (!pair.store_failed) {
             update_list_line(pipeline, pair);
         }
+    }
+    if (pair.status == StatusCode::abandoned && pair.viewer_exit_code == kMoveAwayExit) {
+        move_quit_pair(pipeline, pair);
     }
     write_progress_end(pipeline, pair);
 }

@@ -41,11 +41,15 @@ void reset_pair_state(Pipeline& pipeline) {
 }
 
 void take_names(Pipeline& pipeline, PairRun& pair) {
-    const ImageObject& object = pipeline.list.objects[static_cast<std::size_t>(pair.index)];
-    pair.files = {object.left, object.right, object.stereo};
+    const ImageList& list = pipeline.list;
+    if (list.two_files) {
+        pair.files = {list.left(pair.index), list.right(pair.index), {}};
+    } else {
+        pair.files = {{}, {}, list.stereo(pair.index)};
+    }
     const std::string& root = pipeline.parameters.path_of_images;
-    pair.left_relative = relative_to(pipeline.list.two_files ? object.left : object.stereo, root);
-    pair.right_relative = relative_to(pipeline.list.two_files ? object.right : object.stereo, root);
+    pair.left_relative = relative_to(list.left(pair.index), root);
+    pair.right_relative = relative_to(list.right(pair.index), root);
 }
 
 bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
@@ -150,10 +154,10 @@ void read_record(Pipeline& pipeline, PairRun& pair) {
 
 /// A row of the list, or the record, gives the pre-selection.
 void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
-    const ImageObject& object = pipeline.list.objects[static_cast<std::size_t>(pair.index)];
+    const StoredCorrectionRecord* stored = pipeline.list.stored(pair.index);
     const bool from_list = pair.mode == 2 || pair.mode == 5 || pair.mode == -5;
-    if (from_list && object.has_stored) {
-        std::copy(object.stored.begin(), object.stored.end(), pair.stored.begin());
+    if (from_list && stored != nullptr) {
+        pair.stored = *stored;
         pair.has_stored = true;
     } else if (from_list) {
         pair.mode = pair.mode == 2 ? 1 : 3;  // a row without values: the pair is measured

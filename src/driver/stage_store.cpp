@@ -88,21 +88,6 @@ void claim_and_show(Pipeline& pipeline, OutputName& name) {
     }
 }
 
-/// An output never replaces an input of the run.
-std::string input_of_run(const Pipeline& pipeline, const std::string& path) {
-    if (!file_exists(path)) {
-        return {};
-    }
-    for (const ImageObject& object : pipeline.list.objects) {
-        for (const std::string* input : {&object.left, &object.right, &object.stereo}) {
-            if (!input->empty() && is_same_file(*input, path)) {
-                return *input;
-            }
-        }
-    }
-    return {};
-}
-
 bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& name, const StoreResult& result,
                   const ProductWords& words) {
     const Voice& voice = pipeline.voice;
@@ -114,6 +99,14 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
     voice.wait(WaitAbove::information);
     pair.store_failed = true;
     return false;
+}
+
+void tell_input(const Pipeline& pipeline, PairRun& pair, const std::string& name, const ProductWords& words) {
+    constexpr int kNotWritten = 2;
+    tell_failure(pipeline, pair, name,
+                 {kNotWritten, pipeline.voice.messages().either("It is an input of this run.",
+                                                                "Das ist eine Eingabedatei dieses Laufs.")},
+                 words);
 }
 
 SoftwareTagValues tag_values(const PairRun& pair) {
@@ -140,8 +133,8 @@ void store_stereo(Pipeline& pipeline, PairRun& pair) {
     claim_and_show(pipeline, name);
     const std::string path = name.path();
     const SourceFiles sources = sources_of(pipeline, pair);
-    if (const std::string input = input_of_run(pipeline, path); !input.empty()) {
-        tell_failure(pipeline, pair, path, {2, "It is an input of this run: " + input}, kStereoWords);
+    if (pipeline.inputs.holds(path)) {
+        tell_input(pipeline, pair, path, kStereoWords);
         return;
     }
     const StoreResult result = write_stereo(pipeline.warp, path, sources);
@@ -167,8 +160,8 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
     const std::string right = names.right.path();
     const SourceFiles sources = sources_of(pipeline, pair);
     for (const std::string& path : {left, right}) {
-        if (const std::string input = input_of_run(pipeline, path); !input.empty()) {
-            tell_failure(pipeline, pair, path, {2, "It is an input of this run: " + input}, kLeftRightWords);
+        if (pipeline.inputs.holds(path)) {
+            tell_input(pipeline, pair, path, kLeftRightWords);
             return;
         }
     }

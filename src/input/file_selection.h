@@ -36,6 +36,11 @@ struct SelectedFiles {
 /// Whether a bare name is that of a picture that this program makes for itself.
 [[nodiscard]] bool is_own_picture(const std::string& name);
 
+/// Whether the bare name of a stereo file says that it is none: one view, or a depth mask where
+/// `StereoImageInput` knows none. Then a hint is told and the file is passed over.
+[[nodiscard]] bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice,
+                                        const std::string& name);
+
 /// The partner of a left name by its marker directly before the suffix: "_l." becomes "_r.", "_L."
 /// "_R."; with depth masks "_rgb." becomes "_d.", "_RGB." "_D.". Empty without a marker.
 [[nodiscard]] std::string partner_name(const std::string& left, bool depth_masks);

@@ -15,9 +15,12 @@ public:
 
     /// Prints the text; control characters other than line ends and tabs are shown as "?".
     void print(std::string_view text);
-    /// Shows one state of a running step: overwrites the line on a terminal. Elsewhere the line
-    /// appears once, when `percent` has reached 100.
+    /// Shows one state of a running step: overwrites the line on a terminal, cut to its width. Elsewhere
+    /// the line appears once, when `percent` has reached 100.
     void progress(std::string_view step, double percent);
+    /// What stands round the steps in those lines: before them which pair of how many is at work, behind
+    /// them, on a terminal, the time that the rest will take.
+    void set_course(std::string before, std::string behind);
     /// Ends an overwritten line, so that the next text starts on a line of its own.
     void end_progress();
     void bell();
@@ -32,6 +35,8 @@ public:
 
 private:
     bool is_terminal_;
+    std::string before_;
+    std::string behind_;
     bool line_open_ = false;  ///< An overwritten progress line is on the screen.
 };
 

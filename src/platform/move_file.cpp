@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace zemora {
 
@@ -27,6 +29,25 @@ MoveOutcome move_without_replacing(const std::string& from, const std::string& t
         }
     }
     return {error == EEXIST ? MoveResult::target_exists : MoveResult::failed, std::strerror(error)};
+}
+
+MoveOutcome keep_under_other_name(const std::string& from, const std::string& to) {
+    if (link(from.c_str(), to.c_str()) == 0) {
+        return {MoveResult::done, {}};
+    }
+    if (errno == EEXIST) {
+        return {MoveResult::target_exists, std::strerror(EEXIST)};
+    }
+    return move_without_replacing(from, to);
+}
+
+std::string target_of_link(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(path, error)) {
+        return path;
+    }
+    const std::string target = std::filesystem::weakly_canonical(path, error).string();
+    return error ? path : target;
 }
 
 }  // namespace zemora

@@ -133,11 +133,17 @@ bool file_exists(const std::string& path) {
     return !is_directory(path) && access(path.c_str(), R_OK) == 0;
 }
 
+std::optional<FileIdentity> identity_of(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
 bool is_same_file(const std::string& a, const std::string& b) {
-    struct stat first = {};
-    struct stat second = {};
-    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+    const auto first = identity_of(a);
+    return first && first == identity_of(b);
 }
 
 bool is_private_to_user(const std::string& path) {

@@ -1,6 +1,8 @@
 #pragma once
 /// Paths as text: "/" separates, a backslash of a setting counts as one, components are joined whole.
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,7 +34,14 @@ namespace zemora {
 [[nodiscard]] bool is_directory(const std::string& path);
 /// Whether `path` can be opened for reading.
 [[nodiscard]] bool file_exists(const std::string& path);
-/// Whether both name one file (device and inode).
+/// What makes two names one file.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+[[nodiscard]] std::optional<FileIdentity> identity_of(const std::string& path);
+/// Whether both name one file.
 [[nodiscard]] bool is_same_file(const std::string& a, const std::string& b);
 /// Whether a file or folder belongs to the user and nobody else can write it.
 [[nodiscard]] bool is_private_to_user(const std::string& path);

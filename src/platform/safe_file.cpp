@@ -94,6 +94,7 @@ public:
         }
         return !hidden_.empty();
     }
+    void set_permissions(mode_t mode) { (void)fchmod(file_.number(), mode); }
     [[nodiscard]] bool publish(const std::string& path) {
         if (!file_.close_now() || rename(hidden_.c_str(), path.c_str()) != 0) {
             return false;
@@ -126,23 +127,29 @@ private:
 }  // namespace
 
 std::string write_file_whole(const std::string& path, std::span<const std::uint8_t> bytes) {
+    constexpr mode_t kPermissionBits = 0777;
     struct stat old = {};
-    if (stat(path.c_str(), &old) == 0 && !S_ISREG(old.st_mode)) {
+    const bool replaces = stat(path.c_str(), &old) == 0;
+    if (replaces && !S_ISREG(old.st_mode)) {
         return S_ISDIR(old.st_mode) ? system_reason(EISDIR) : "not a plain file";
     }
-    if (NewFile file(path, true); file.is_open()) {
+    for (const bool nameless : {true, false}) {
+        NewFile file(path, nameless);
+        if (!file.is_open()) {
+            continue;
+        }
         if (!file.write(bytes)) {
             return system_reason(errno);
         }
-        if (file.give_name()) {
-            return file.publish(path) ? std::string() : system_reason(errno);
+        if (replaces) {
+            file.set_permissions(old.st_mode & kPermissionBits);
         }
+        if (nameless && !file.give_name()) {
+            continue;
+        }
+        return file.publish(path) ? std::string() : system_reason(errno);
     }
-    NewFile file(path, false);
-    if (!file.is_open() || !file.write(bytes) || !file.publish(path)) {
-        return system_reason(errno);
-    }
-    return {};
+    return system_reason(errno);
 }
 
 std::optional<std::vector<std::uint8_t>> read_file_whole(const std::string& path, std::string& reason) {

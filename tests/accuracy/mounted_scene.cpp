@@ -102,7 +102,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     const Voice voice(console, messages, parameters);
     RunContext context;
     ImageList list;
-    list.objects.push_back({left, right, {}, {}, false});
+    list.add_object(list.add_name(left), list.add_name(right));
     ExifTool exiftool(parameters, voice);
     Pipeline pipeline(parameters, context, list, exiftool, voice);
     PairRun pair;

@@ -1,0 +1,177 @@
+#include "input/list_file.h"
+
+#include <algorithm>
+#include <span>
+
+#include "input/list_scan.h"
+#include "platform/move_file.h"
+#include "platform/paths.h"
+#include "platform/process_end.h"
+#include "platform/safe_file.h"
+
+namespace zemora {
+
+namespace {
+
+// Values of `WriteDataBase` and `InputMode`.
+constexpr int kNamesOnly = 1;
+constexpr int kNamedObject = 0;
+constexpr int kFromList = 10;
+
+std::string write_text(const std::string& path, const std::string& text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
+    return write_file_whole(path, std::span(bytes, text.size()));
+}
+
+/// Whether anything but names of pictures stands in the file, so that writing it anew would lose work.
+bool holds_more_than_names(const std::string& text, bool two_files) {
+    bool more = false;
+    for_each_line(text, [&](std::string_view raw, std::size_t) {
+        ListLine line;
+        const bool is_blank = raw.find_first_not_of(" \t") == std::string_view::npos;
+        const bool is_quoted = raw.find('"') != std::string_view::npos;
+        more = more || (!is_blank && (!is_quoted || parse_list_line(raw, two_files, line) != LineFault::none ||
+                                      !line.status.empty()));
+    });
+    return more;
+}
+
+std::string cannot_be_opened(const Voice& voice, const std::string& path) {
+    return "\nzemora: " + printable(path) + voice.messages().text<Msg::main_check_path_of_images>();
+}
+
+}  // namespace
+
+std::string list_path_of(const ParameterSet& parameters) {
+    return target_of_link(join_path(parameters.path_of_images, parameters.list_of_images));
+}
+
+ListedNames::ListedNames(const ParameterSet& parameters, const Voice& voice)
+    : parameters_(parameters),
+      voice_(voice),
+      wanted_(parameters.write_data_base > 0 && parameters.input_mode != kFromList) {}
+
+void ListedNames::add_stereo(const std::string& file) {
+    add(file, {});
+}
+
+void ListedNames::add_pair(const std::string& left, const std::string& right) {
+    add(left, right);
+}
+
+void ListedNames::add(const std::string& left, const std::string& right) {
+    if (!wanted_) {
+        return;
+    }
+    const auto line = names_line(parameters_.path_of_images, left, right);
+    if (!line) {
+        voice_.print(format_text(
+            voice_.messages().either("%s %s: such a name cannot stand in ListofImages and is left out there.\n",
+                                     "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"),
+            printable(left).c_str(), printable(right).c_str()));
+        return;
+    }
+    if (lines_.empty()) {
+        first_left_ = left;
+        first_right_ = right;
+    }
+    lines_ += *line + '\n';
+}
+
+void ListedNames::store() {
+    if (!wanted_ || lines_.empty()) {
+        return;
+    }
+    const std::string path = list_path_of(parameters_);
+    std::string reason;
+    if (!make_folders(folder_of(path), reason)) {
+        end_without_list(path, reason);
+    }
+    std::optional<std::string> old;
+    if (identity_of(path)) {
+        old = read_list(path, reason);
+        if (!old) {
+            end_without_list(path, reason);
+        }
+    }
+    if (old && parameters_.input_mode == kNamedObject) {
+        if (!holds_named_object(*old)) {
+            write(path, *old + (old->empty() || old->back() == '\n' ? "" : "\n") + lines_);
+        }
+        return;
+    }
+    if (old && (parameters_.write_data_base == kNamesOnly ||
+                holds_more_than_names(*old, !first_right_.empty()))) {
+        keep_old_list(path, *old);
+    }
+    write(path, lines_);
+}
+
+bool ListedNames::holds_named_object(const std::string& old_text) const {
+    return find_object(old_text, parameters_.path_of_images, {first_left_, first_right_}).has_value();
+}
+
+void ListedNames::keep_old_list(const std::string& path, const std::string& old_text) const {
+    if (old_text.empty()) {
+        return;
+    }
+    constexpr int kMostSavedLists = 999'999;
+    for (int number = 1; number <= kMostSavedLists; ++number) {
+        const std::string name = format_text("%s_%03d.txt", path.c_str(), number);
+        const MoveOutcome kept = keep_under_other_name(path, name);
+        if (kept.result == MoveResult::failed) {
+            end_without_list(name, kept.reason);
+        }
+        if (kept.is_done()) {
+            voice_.print(format_text(voice_.messages().either("The old list was saved as %s\n",
+                                                              "Die alte Liste wurde gesichert als %s\n"),
+                                     printable(name).c_str()));
+            return;
+        }
+    }
+    end_without_list(path, voice_.messages().either("too many saved lists", "zu viele gesicherte Listen"));
+}
+
+void ListedNames::write(const std::string& path, const std::string& text) const {
+    if (const std::string reason = write_text(path, text); !reason.empty()) {
+        end_without_list(path, reason);
+    }
+}
+
+void ListedNames::end_without_list(const std::string& path, const std::string& reason) const {
+    voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
+    voice_.print("   " + reason + '\n');
+    voice_.wait(WaitAbove::error);
+    end_process(kExitFailure);
+}
+
+void update_database_line(const ParameterSet& parameters, const Voice& voice, const std::string& list_path,
+                          const std::string& left, const std::string& right, const ListResult& result) {
+    const std::string& root = parameters.path_of_images;
+    if (!names_line(root, left, right)) {
+        return;  // left out when the list was made, and told then
+    }
+    std::string reason;
+    auto text = read_list(list_path, reason);
+    if (!text) {
+        voice.print(cannot_be_opened(voice, list_path) + "   " + reason + '\n');
+        return;
+    }
+    const auto place = find_object(*text, root, {left, right});
+    if (!place) {
+        const auto lines = std::count(text->begin(), text->end(), '\n');
+        voice.print(format_text(voice.messages().either("Zemora Error: %s %d, database not readable",
+                                                        "Zemora Fehler: %s %d, Datenbank nicht lesbar"),
+                                "zemora", static_cast<int>(lines)) +
+                    ": " + printable(list_path) + '\n');
+        voice.wait(WaitAbove::error);
+        return;
+    }
+    const std::string written = ' ' + result.status + (result.values != nullptr ? values_text(*result.values) : "");
+    text->replace(place->names_end, place->end - place->names_end, written);
+    if (reason = write_text(list_path, *text); !reason.empty()) {
+        voice.print(cannot_be_opened(voice, list_path + "_new") + "   " + reason + '\n');
+    }
+}
+
+}  // namespace zemora

@@ -1,0 +1,233 @@
+// The objects of `InputMode` 10, from the lines of the list and their marks.
+
+#include <cmath>
+
+#include "config/text_lines.h"
+#include "input/file_selection.h"
+#include "input/list_file.h"
+#include "input/list_scan.h"
+#include "input/pairing.h"
+#include "numerics/rounding.h"
+#include "platform/directory_walk.h"
+#include "platform/paths.h"
+#include "platform/process_end.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kWholeLine = 1 + kRecordFields;  // items: status and values
+
+/// Whether the run applies what the list holds.
+bool applies_stored_values(const ParameterSet& p) {
+    return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5;
+}
+
+class ListReader {
+public:
+    ListReader(const ParameterSet& parameters, const Voice& voice, ImageList& list)
+        : parameters_(parameters),
+          voice_(voice),
+          list_(list),
+          adder_(parameters, voice, list),
+          applies_(applies_stored_values(parameters)) {}
+
+    int read(int& left_name_width);
+
+private:
+    void read_line(std::string_view raw);
+    [[nodiscard]] bool complete_names(ListLine& line, std::string_view raw);
+    [[nodiscard]] bool is_taken(ListLine& line, std::string_view raw);
+    void tell_second_try(const ListLine& line) const;
+    void tell_done(const ListLine& line) const;
+    void object_to(std::string_view raw, const char* line_case) const;
+    void drop_foreign_selection(StoredCorrectionRecord& values) const;
+    void add(ListLine& line);
+    [[nodiscard]] std::string as_on_disk(const std::string& name);
+
+    const ParameterSet& parameters_;
+    const Voice& voice_;
+    ImageList& list_;
+    PairAdder adder_;
+    NameFinder finder_;
+    bool applies_;
+    int line_number_ = 0;
+    int named_ = 0;
+};
+
+int ListReader::read(int& left_name_width) {
+    const std::string path = list_path_of(parameters_);
+    std::string reason;
+    const auto text = read_list(path, reason);
+    if (!text) {
+        voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
+        voice_.print("   " + reason + '\n');
+        voice_.wait(WaitAbove::warning);
+        end_process(kExitFailure);
+    }
+    for_each_line(*text, [&](std::string_view raw, std::size_t) {
+        ++line_number_;
+        if (raw.size() >= kShortestListLine && raw.find_first_not_of(" \t") != std::string_view::npos) {
+            read_line(raw);
+        }
+    });
+    left_name_width = adder_.left_name_width();
+    return named_;
+}
+
+void ListReader::read_line(std::string_view raw) {
+    if (raw.size() > kLongestListLine) {
+        object_to(raw, voice_.messages().either("the line is too long", "die Zeile ist zu lang"));
+        return;
+    }
+    ListLine line;
+    const LineFault fault = parse_list_line(raw, list_.two_files, line);
+    if (fault == LineFault::wrong_quotes) {
+        voice_.say<Msg::files_input_list_line_wrong_settings>(line_number_);
+        voice_.print("   " + printable(list_path_of(parameters_)) + '\n');
+        voice_.wait(WaitAbove::error);
+        end_process(kExitFailure);
+    }
+    if (fault == LineFault::no_name) {
+        object_to(raw, "7!");
+        return;
+    }
+    if (!list_.two_files && is_dropped_with_hint(parameters_, voice_, bare_name_of(line.left))) {
+        return;
+    }
+    ++named_;
+    if (is_taken(line, raw) && complete_names(line, raw)) {
+        add(line);
+    }
+}
+
+/// The mark behind the names decides.
+bool ListReader::is_taken(ListLine& line, std::string_view raw) {
+    if (line.status.empty()) {
+        if (applies_) {
+            tell_second_try(line);
+        }
+        return true;
+    }
+    if (line.status == "QU") {
+        voice_.say<Msg::files_input_skipped_by_mark_quit>();
+        return false;
+    }
+    if (line.status == "IM") {
+        voice_.say<Msg::files_input_skipped_by_mark_imperfect>();
+        return false;
+    }
+    if (line.status != "OK") {
+        object_to(raw, applies_ ? "2!" : "5!");
+        return false;
+    }
+    if (!applies_) {
+        tell_done(line);
+        return false;
+    }
+    if (line.item_count != kWholeLine) {
+        object_to(raw, "2!");
+        return false;
+    }
+    drop_foreign_selection(line.values);
+    return true;
+}
+
+void ListReader::tell_second_try(const ListLine& line) const {
+    voice_.say<Msg::files_input_pair_failed_in_first_pass>();
+    voice_.say<Msg::files_input_pair_will_be_tried_again>();
+    voice_.print(printable(line.left) + (list_.two_files ? " <-> " + printable(line.right) : "") + "\n\n");
+    voice_.wait(WaitAbove::information);
+}
+
+void ListReader::tell_done(const ListLine& line) const {
+    if (voice_.verbose() == 0) {
+        return;
+    }
+    if (list_.two_files) {
+        voice_.say<Msg::files_input_ok_found_images_skipped>();
+        voice_.print("   " + printable(line.left) + "\n   " + printable(line.right) + '\n');
+    } else {
+        voice_.say<Msg::files_input_ok_found_image_skipped>();
+        voice_.print(printable(line.left) + '\n');
+    }
+}
+
+void ListReader::object_to(std::string_view raw, const char* line_case) const {
+    constexpr std::size_t kShown = 1000;  // characters of a line
+    voice_.say<Msg::files_input_list_format_wrong>();
+    voice_.say<Msg::files_input_list_line_objected>();
+    voice_.print(printable(utf8_text(raw.substr(0, kShown))) + " ...\n");
+    voice_.say<Msg::files_input_list_result_unexpected>();
+    voice_.print(std::string(line_case) + "\n\n");
+    voice_.wait(WaitAbove::information);
+}
+
+/// A selection that was made for another form of the output does not fit, unless the wanted size has the
+/// shape of the stored picture.
+void ListReader::drop_foreign_selection(StoredCorrectionRecord& values) const {
+    constexpr double kLeastSelection = 0.001;  // fraction of the width
+    constexpr double kSameRatio = 0.01;
+    const double crop_output = std::floor(values[kRecordCroppOutput] + 0.5);
+    if (crop_output < 0.0 || crop_output == parameters_.cropp_output ||
+        values[kRecordSelectionRight] - values[kRecordSelectionLeft] <= kLeastSelection) {
+        return;
+    }
+    const double wanted_height = parameters_.output_height;
+    const double wanted_width = parameters_.output_width;
+    if (std::fabs(wanted_height * values[kRecordRatio] - wanted_width) <= kSameRatio * wanted_width) {
+        return;
+    }
+    voice_.say<Msg::files_input_stored_selection_ignored>();
+    for (const RecordField field : {kRecordSelectionShift, kRecordSelectionLeft, kRecordSelectionRight,
+                                    kRecordSelectionTop, kRecordSelectionBottom}) {
+        values[field] = 0.0;
+    }
+    voice_.wait(WaitAbove::error);
+}
+
+std::string ListReader::as_on_disk(const std::string& name) {
+    const std::string path = join_path(parameters_.path_of_images, name);
+    const FoundName found = finder_.find(path);
+    if (found.match == NameMatch::several) {
+        voice_.print(format_text(
+            voice_.messages().either("%s: more than one file has this name in other upper and lower case.\n",
+                                     "%s: mehrere Dateien heissen so in anderer Gross- und Kleinschreibung.\n"),
+            printable(path).c_str()));
+    }
+    return found.is_there() ? found.path : path;
+}
+
+bool ListReader::complete_names(ListLine& line, std::string_view raw) {
+    for (const std::string* name : {&line.left, &line.right}) {
+        if (has_drive(*name)) {
+            object_to(raw, voice_.messages().either("a drive letter has no meaning here",
+                                                    "ein Laufwerksbuchstabe hat hier keine Bedeutung"));
+            return false;
+        }
+    }
+    line.left = as_on_disk(line.left);
+    if (!list_.two_files) {
+        return true;
+    }
+    line.right = as_on_disk(line.right);
+    return adder_.check(line.left, line.right);
+}
+
+void ListReader::add(ListLine& line) {
+    const StoredCorrectionRecord* stored = applies_ && line.status == "OK" ? &line.values : nullptr;
+    if (list_.two_files) {
+        adder_.add(line.left, line.right, stored);
+    } else {
+        add_stereo_object(parameters_, voice_, line.left, stored, list_);
+    }
+}
+
+}  // namespace
+
+int read_listed_objects(const ParameterSet& parameters, const Voice& voice, ImageList& list,
+                        int& left_name_width) {
+    return ListReader(parameters, voice, list).read(left_name_width);
+}
+
+}  // namespace zemora
