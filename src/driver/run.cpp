@@ -143,24 +143,26 @@ void look_for_exiftool(Run& run) {
     }
 }
 
-/// Kinds of run whose rooms are empty yet.
-void refuse_unbuilt_runs(Run& run) {
-    constexpr int kCalibrationImage = 1000;
-    const ParameterSet& p = run.parameters;
-    const bool two = p.stereo_image_input == 2 || p.stereo_image_input == 5;
-    const std::string suffix = lower_case(suffix_of(two ? p.left_file_name : p.stereo_file_name));
-    const bool video = p.input_mode == 3 || (p.input_mode == 0 && (suffix == ".avi" || suffix == ".avs"));
-    if (video) {
-        run.console.print(run.messages.either("Videos are not processed by this version.\n",
-                                              "Videos werden von dieser Version nicht bearbeitet.\n"));
-    } else if (p.graphical_interface >= kCalibrationImage) {
-        run.console.print(run.messages.either("Calibration images are not made by this version.\n",
-                                              "Kalibrierbilder werden von dieser Version nicht erzeugt.\n"));
-    } else {
-        return;
-    }
+[[noreturn]] void refuse_run(Run& run, const char* english, const char* german) {
+    run.console.print(run.messages.either(english, german));
     run.wait(WaitAbove::error);
     run.end(kExitFailure);
+}
+
+void refuse_calibration(Run& run) {
+    constexpr int kCalibrationImage = 1000;
+    if (run.parameters.graphical_interface >= kCalibrationImage) {
+        refuse_run(run, "Calibration images are not made by this version.\n",
+                   "Kalibrierbilder werden von dieser Version nicht erzeugt.\n");
+    }
+}
+
+/// Lists of videos and sequences are written; the pictures themselves are not made yet.
+void refuse_video(Run& run) {
+    if (run.parameters.video_mode != 0) {
+        refuse_run(run, "Videos are not processed by this version.\n",
+                   "Videos werden von dieser Version nicht bearbeitet.\n");
+    }
 }
 
 void open_reports(Run& run) {
@@ -268,7 +270,7 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     read_settings(run, *invocation, line);
     find_directories(run, *invocation);
     look_for_exiftool(run);
-    refuse_unbuilt_runs(run);
+    refuse_calibration(run);
     apply_consistency_rules(run.parameters, run.voice);
     if (run.voice.verbose() > 1) {
         list_parameters_on_console(run.parameters, run.voice);
@@ -281,6 +283,7 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
         write_alignment_image(run.parameters, run.voice);
     }
     collect_input(run);
+    refuse_video(run);
     mount_all(run);
     return kExitDone;
 }
