@@ -28,7 +28,7 @@ public:
     std::string around = "exec \"$@\"";
     /// Settings of every run in front of the arguments: nothing waits, nothing needs another program.
     std::vector<std::string> settings{"--StopAtError=0", "--ReportMode=0", "--StampFiles=0",
-                                      "--MetaTransfer=0", "--ExifCopyright="};
+                                      "--MetaTransfer=0", "--ExifCopyright=", "--WriteDataBase=0"};
 
     /// Runs the program in the folder, for two minutes at most.
     [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;
