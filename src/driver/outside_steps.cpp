@@ -58,12 +58,6 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
 
 }  // namespace
 
-void apply_consistency_rules(ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
-
-void list_parameters_on_console(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
-
-void list_parameters_in_report(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
-
 void write_alignment_image(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
 
 long long current_seconds() {

@@ -8,11 +8,6 @@ namespace zemora {
 
 // Steps of the run before its first pair.
 
-/// Settings that contradict each other are brought together or end the run. All stay so far.
-void apply_consistency_rules(ParameterSet& parameters, const Voice& voice);
-/// The parameters on the console and in the text report (`VerboseMode` above 1). Not listed yet.
-void list_parameters_on_console(const ParameterSet& parameters, const Voice& voice);
-void list_parameters_in_report(const ParameterSet& parameters, const Voice& voice);
 /// The picture to set `AutoGhostBust` by. Not written yet.
 void write_alignment_image(const ParameterSet& parameters, const Voice& voice);
 

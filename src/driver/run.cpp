@@ -1,8 +1,10 @@
 #include "driver/run.h"
 
+#include "config/consistency_rules.h"
 #include "config/help_text.h"
 #include "config/options.h"
 #include "config/parameter_file.h"
+#include "config/parameter_listing.h"
 #include "config/parameter_table.h"
 #include "driver/exiftool.h"
 #include "driver/invocation.h"
@@ -143,6 +145,14 @@ void look_for_exiftool(Run& run) {
     }
 }
 
+void settle_parameters(Run& run) {
+    RuleSurroundings surroundings;
+    surroundings.program_folder = run.context.program_directory;
+    surroundings.parameter_file = run.context.parameter_file;
+    surroundings.can_ask = run.console.can_ask();
+    apply_consistency_rules(run.parameters, surroundings, run.voice);
+}
+
 [[noreturn]] void refuse_run(Run& run, const char* english, const char* german) {
     run.console.print(run.messages.either(english, german));
     run.wait(WaitAbove::error);
@@ -271,14 +281,10 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     find_directories(run, *invocation);
     look_for_exiftool(run);
     refuse_calibration(run);
-    apply_consistency_rules(run.parameters, run.voice);
-    if (run.voice.verbose() > 1) {
-        list_parameters_on_console(run.parameters, run.voice);
-    }
+    settle_parameters(run);
+    list_parameters(run.parameters, run.voice);
     open_reports(run);
-    if (run.voice.verbose() > 1) {
-        list_parameters_in_report(run.parameters, run.voice);
-    }
+    report_parameters(run.parameters, run.voice);
     if (run.parameters.auto_ghost_bust != 0) {
         write_alignment_image(run.parameters, run.voice);
     }

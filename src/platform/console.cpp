@@ -85,6 +85,10 @@ void Console::progress(std::string_view step, double percent) {
     }
 }
 
+bool Console::can_ask() const {
+    return is_terminal_ && isatty(STDIN_FILENO) == 1;
+}
+
 void Console::end_progress() {
     if (line_open_) {
         std::fputc('\n', stdout);

@@ -32,6 +32,8 @@ public:
     [[nodiscard]] std::optional<std::string> read_line();
 
     [[nodiscard]] bool is_terminal() const { return is_terminal_; }
+    /// Whether somebody can answer: input and output are terminals.
+    [[nodiscard]] bool can_ask() const;
 
 private:
     bool is_terminal_;

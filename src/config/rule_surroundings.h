@@ -1,0 +1,29 @@
+#pragma once
+/// What the consistency rules have to know besides the settings, and the end of a run that they refuse.
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "config/encoder_latency.h"
+#include "config/parameter_table.h"
+#include "config/voice.h"
+#include "platform/paths.h"
+
+namespace zemora {
+
+struct RuleSurroundings {
+    std::string program_folder;  ///< Viewers stand below it, codec files in it.
+    std::string parameter_file;  ///< As given or found; may be empty or name no file.
+    bool can_ask = false;        ///< Somebody sits at a terminal.
+    char separator = '/';        ///< Between the folders of a path on this system.
+    std::function<std::string()> own_folder = state_directory;  ///< For new codec files.
+    std::optional<EncoderSettings> encoder_settings;            ///< Of an encoder that keeps its own.
+};
+
+/// Names the settings to look at, and their file, and ends the process with code 1.
+[[noreturn]] void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
+                                    const Voice& voice);
+
+}  // namespace zemora
