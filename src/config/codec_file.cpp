@@ -51,7 +51,11 @@ std::optional<std::string> take_block(std::span<const std::uint8_t> bytes, std::
 /// The number behind a word of a codec's state text.
 std::optional<int> number_behind(std::string_view state, std::string_view word) {
     const std::size_t at = state.find(word);
-    return at == std::string_view::npos ? std::nullopt : scan_integer(state.substr(at + word.size()));
+    if (at == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view rest = state.substr(at + word.size());
+    return scan_integer(rest.substr(std::min(rest.find_first_not_of(" =:\""), rest.size())));
 }
 
 /// This codec keeps its real values in its state: key distance in 1/1000 s at 25 frames per second,

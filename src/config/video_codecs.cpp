@@ -25,10 +25,11 @@ std::string between_blanks(std::string_view name) {
 }  // namespace
 
 const VideoCodecRow* find_video_codec(std::string_view name) {
-    const std::string wanted = between_blanks(name);
-    if (trimmed(name).empty()) {
+    const std::string_view word = trimmed(name);
+    if (word.empty() || word.find(' ') != std::string_view::npos) {
         return nullptr;
     }
+    const std::string wanted = between_blanks(word);
     for (const VideoCodecRow& row : kVideoCodecs) {
         if (between_blanks(row.code) == wanted ||
             between_blanks(row.aliases).find(wanted) != std::string::npos) {
