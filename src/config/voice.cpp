@@ -1,5 +1,7 @@
 #include "config/voice.h"
 
+#include <algorithm>
+
 #include "platform/process_end.h"
 
 namespace zemora {
@@ -19,6 +21,13 @@ void Voice::report_html(std::string_view html) const {
 void Voice::print_and_report(std::string_view text) const {
     print(text);
     report_text(text);
+}
+
+void Voice::tell_everywhere(std::string_view text) const {
+    print_and_report(text);
+    const std::size_t first = std::min(text.find_first_not_of('\n'), text.size());
+    const std::size_t last = text.find_last_not_of('\n') + 1;
+    report_html("<p>" + html_text(text.substr(first, last - std::min(first, last))) + "</p>\n");
 }
 
 void Voice::wait(WaitAbove level) const {

@@ -44,6 +44,8 @@ public:
     void report_html(std::string_view html) const;
     /// Console and text report.
     void print_and_report(std::string_view text) const;
+    /// Console and both reports; a paragraph in the HTML report.
+    void tell_everywhere(std::string_view text) const;
 
     /// Waits for Enter when `StopAtError` is above the level.
     void wait(WaitAbove level) const;

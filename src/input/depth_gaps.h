@@ -1,7 +1,7 @@
 #pragma once
 /// Depth masks that exist only for some frames of a sequence: which ones have to be interpolated.
 
-#include <optional>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,9 +9,9 @@
 
 namespace zemora {
 
-/// The counter of a frame's name and its digits.
+/// The counter of a frame's name and its length in characters.
 struct FrameCounter {
-    int value = 0;
+    std::int64_t value = 0;
     int digits = 0;
 };
 
@@ -22,11 +22,11 @@ struct FrameCounter {
 /// The photos come every `photo_step`, the masks every `mask_step`; between two masks `missing` ones are
 /// made.
 struct DepthGapPlan {
-    int first_mask = 0;
-    int photo_step = 0;
-    int mask_step = 0;
-    int missing = 0;
-    int blocks = 0;
+    std::int64_t first_mask = 0;
+    std::int64_t photo_step = 0;
+    std::int64_t mask_step = 0;
+    std::int64_t missing = 0;
+    std::int64_t blocks = 0;
 };
 
 /// Ends the run with code 1, with the reason told, where the sequences do not fit together.

@@ -1,24 +1,82 @@
 #include "input/image_list.h"
 
-#include "platform/paths.h"
+#include <limits>
+
+#include "input/depth_gaps.h"
+#include "input/no_files.h"
+#include "input/object_listing.h"
+#include "input/pairing.h"
+#include "platform/process_end.h"
 
 namespace zemora {
 
-ImageList build_image_list(const ParameterSet& parameters, const Voice& /*voice*/) {
-    ImageList list;
-    list.two_files = parameters.stereo_image_input == 2 || parameters.stereo_image_input == 5;
-    if (parameters.input_mode != 0) {
-        return list;
+namespace {
+
+constexpr int kFromList = 10;  // of `InputMode`
+
+/// Depth masks that are there for some photos only have to be made for the others first.
+void stop_at_depth_gaps(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files) {
+    constexpr int kViewFolders = 3;         // of `InputMode`
+    constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
+    if (parameters.input_mode != kViewFolders || parameters.stereo_image_input != kPhotoAndDepthFiles ||
+        files.left.empty() || files.left.size() == files.right.size()) {
+        return;
     }
-    ImageObject object;
-    const auto complete = [&](const std::string& name) { return join_path(parameters.path_of_images, name); };
+    const DepthGapPlan plan = plan_depth_gaps(files.left, files.right, voice);
+    voice.print(
+        format_text(voice.messages().either(
+                        "%lld depth masks are missing. This version does not interpolate depth masks yet.\n",
+                        "%lld Tiefenmasken fehlen. Diese Version interpoliert noch keine Tiefenmasken.\n"),
+                    static_cast<long long>(plan.missing * plan.blocks)));
+    voice.wait(WaitAbove::error);
+    end_process(kExitFailure);
+}
+
+/// Ends the run where no object can come of the files, or too many.
+void check_expectation(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files) {
+    const long long objects = expected_objects(parameters, files);
+    const int objects_a_pair = parameters.interlaced_mode == 0 ? 1 : 2;
+    if (objects == 0) {
+        end_without_files(parameters, voice);
+    }
+    if (objects > std::numeric_limits<int>::max() / objects_a_pair) {
+        end_with_too_many_pairs(voice, objects);
+    }
+}
+
+/// Returns the characters of the longest left name.
+int collect_files(const ParameterSet& parameters, const Voice& voice, ImageList& list) {
+    const SelectedFiles files = select_files(parameters, voice);
+    stop_at_depth_gaps(parameters, voice, files);
+    check_expectation(parameters, voice, files);
+    ListedNames names(parameters, voice);
+    int left_name_width = 0;
     if (list.two_files) {
-        object.left = complete(parameters.left_file_name);
-        object.right = complete(parameters.right_file_name);
+        left_name_width = form_pairs(parameters, voice, files, list, names);
     } else {
-        object.stereo = complete(parameters.stereo_file_name);
+        take_stereo_files(parameters, voice, files, list, names);
     }
-    list.objects.push_back(object);
+    names.store();
+    return left_name_width;
+}
+
+int collect_listed(const ParameterSet& parameters, const Voice& voice, ImageList& list) {
+    int left_name_width = 0;
+    if (read_listed_objects(parameters, voice, list, left_name_width) == 0) {
+        end_without_files(parameters, voice);
+    }
+    return left_name_width;
+}
+
+}  // namespace
+
+ImageList build_image_list(const ParameterSet& parameters, const Voice& voice) {
+    ImageList list;
+    list.two_files = takes_two_files(parameters.stereo_image_input);
+    const int left_name_width = parameters.input_mode == kFromList ? collect_listed(parameters, voice, list)
+                                                                   : collect_files(parameters, voice, list);
+    tell_objects(parameters, voice, list, left_name_width);
+    tell_object_count(voice, list);
     return list;
 }
 

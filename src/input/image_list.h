@@ -48,7 +48,9 @@ public:
     }
 
 private:
-    [[nodiscard]] const ImageObject& at(int object) const { return objects_[static_cast<std::size_t>(object)]; }
+    [[nodiscard]] const ImageObject& at(int object) const {
+        return objects_[static_cast<std::size_t>(object)];
+    }
 
     std::vector<std::string> names_;
     std::vector<ImageObject> objects_;

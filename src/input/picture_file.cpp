@@ -286,8 +286,10 @@ std::string capture_time_text(const std::string& path) {
     }
     const Bitmap header = LibraryStream(*content).load(format, FIF_LOAD_NOPIXELS);
     FITAG* tag = nullptr;
-    if (!header ||
-        FreeImage_GetMetadata(FIMD_EXIF_EXIF, header.handle(), "DateTimeOriginal", &tag) == FALSE ||
+    const auto has_time = [&](FREE_IMAGE_MDMODEL model) {
+        return FreeImage_GetMetadata(model, header.handle(), "DateTimeOriginal", &tag) != FALSE;
+    };
+    if (!header || (!has_time(FIMD_EXIF_EXIF) && !has_time(FIMD_EXIF_MAIN)) ||
         FreeImage_GetTagType(tag) != FIDT_ASCII) {
         return {};
     }

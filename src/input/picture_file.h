@@ -33,8 +33,8 @@ struct LoadedPicture {
 /// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
 [[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
 
-/// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss"; empty when there is none. Reads the header
-/// only.
+/// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss", of the EXIF directory, else of the picture's own;
+/// empty when there is none. Reads the header only.
 [[nodiscard]] std::string capture_time_text(const std::string& path);
 
 }  // namespace zemora

@@ -35,13 +35,27 @@ private:
     posix_spawn_file_actions_t actions_{};
 };
 
-int spawn(const std::vector<std::string>& arguments, const FileActions& actions, pid_t& child) {
+/// The environment of this process with another language.
+std::vector<char*> environment_with(std::string& language) {
+    std::vector<char*> settings{language.data()};
+    const std::string name = language.substr(0, language.find('=') + 1);
+    for (char** setting = environ; *setting != nullptr; ++setting) {
+        if (std::strncmp(*setting, name.c_str(), name.size()) != 0) {
+            settings.push_back(*setting);
+        }
+    }
+    settings.push_back(nullptr);
+    return settings;
+}
+
+int spawn(const std::vector<std::string>& arguments, const FileActions& actions, pid_t& child,
+          char* const* environment = environ) {
     std::vector<char*> vector;
     for (const std::string& argument : arguments) {
         vector.push_back(const_cast<char*>(argument.c_str()));  // NOLINT: the call does not write
     }
     vector.push_back(nullptr);
-    return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environ);
+    return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environment);
 }
 
 void read_to_end(int descriptor, std::vector<std::uint8_t>& bytes) {
@@ -68,7 +82,7 @@ int wait_for(pid_t child) {
 
 }  // namespace
 
-ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors) {
+ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors, bool plain_language) {
     ChildResult result;
     std::array<int, 2> ends{};
     if (arguments.empty() || pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -82,7 +96,9 @@ ChildResult run_child(const std::vector<std::string>& arguments, bool pass_error
         actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
     }
     pid_t child = 0;
-    const int error = spawn(arguments, actions, child);
+    std::string language = "LC_ALL=C";
+    const int error = plain_language ? spawn(arguments, actions, child, environment_with(language).data())
+                                     : spawn(arguments, actions, child);
     close(ends[1]);
     if (error == 0) {
         read_to_end(ends[0], result.output);

@@ -16,8 +16,10 @@ struct ChildResult {
 };
 
 /// Runs `arguments[0]` (a path, or a name looked for in PATH) and waits for its end. Standard input
-/// is empty; standard error is passed on with `pass_errors`, else dropped.
-[[nodiscard]] ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors = false);
+/// is empty; standard error is passed on with `pass_errors`, else dropped. `LC_ALL` is "C" for it with
+/// `plain_language`, for programs whose words are read by this one.
+[[nodiscard]] ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors = false,
+                                    bool plain_language = false);
 
 /// Starts a program and does not wait for it. False when it could not be started.
 [[nodiscard]] bool start_child(const std::vector<std::string>& arguments);

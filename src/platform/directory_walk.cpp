@@ -41,7 +41,8 @@ void sort_folded(std::vector<std::string>& names) {
         keyed.emplace_back(std::move(folded), std::move(name));
     }
     std::sort(keyed.begin(), keyed.end());
-    std::transform(keyed.begin(), keyed.end(), names.begin(), [](auto& pair) { return std::move(pair.second); });
+    std::transform(keyed.begin(), keyed.end(), names.begin(),
+                   [](auto& pair) { return std::move(pair.second); });
 }
 
 struct FolderCloser {
@@ -86,6 +87,14 @@ FolderContents read_folder(const std::string& folder) {
     return contents;
 }
 
+std::string path_in(std::string_view folder, std::string_view name) {
+    std::string path(folder);
+    if (path.empty() || path.back() != '/') {
+        path += '/';
+    }
+    return path.append(name);
+}
+
 std::string fold_case(std::string_view text) {
     std::string folded = lower_case(text);
     // In UTF-8 the capitals U+00C0 to U+00DE are 0xC3 and 0x80 to 0x9E, their small letters 0x20 above;
@@ -102,7 +111,8 @@ std::string fold_case(std::string_view text) {
 
 const NameFinder::Folder& NameFinder::contents_of(const std::string& folder) {
     constexpr std::size_t kRemembered = 8;  // folders; a list seldom changes between more
-    const auto known = std::find_if(read_.begin(), read_.end(), [&](const Folder& f) { return f.path == folder; });
+    const auto known =
+        std::find_if(read_.begin(), read_.end(), [&](const Folder& f) { return f.path == folder; });
     if (known != read_.end()) {
         return *known;
     }
@@ -134,21 +144,22 @@ FoundName NameFinder::find(const std::string& path) {
         return folder;
     }
     const std::string name = bare_name_of(path);
-    const std::string exact = join_path(folder.path, name);
+    const std::string exact = path_in(folder.path, name);
     if (folder.match == NameMatch::other_case && is_there(exact)) {
         return {NameMatch::other_case, exact};
     }
     const auto& names = contents_of(folder.path).names;
     const std::string folded = fold_case(name);
-    const auto [first, last] = std::equal_range(names.begin(), names.end(), std::pair(folded, std::string()),
-                                                [](const auto& a, const auto& b) { return a.first < b.first; });
+    const auto [first, last] =
+        std::equal_range(names.begin(), names.end(), std::pair(folded, std::string()),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
     if (first == last) {
         return {};
     }
     if (last - first > 1) {
         return {NameMatch::several, {}};
     }
-    return {NameMatch::other_case, join_path(folder.path, first->second)};
+    return {NameMatch::other_case, path_in(folder.path, first->second)};
 }
 
 }  // namespace zemora

@@ -19,6 +19,9 @@ struct FolderContents {
 /// pipes and devices are passed over.
 [[nodiscard]] FolderContents read_folder(const std::string& folder);
 
+/// The path of a name that stands in a folder. Unlike a name in a setting it means only itself, "~" too.
+[[nodiscard]] std::string path_in(std::string_view folder, std::string_view name);
+
 /// The text in lower case, of the letters A to Z and of the accented letters of Latin-1 in UTF-8.
 [[nodiscard]] std::string fold_case(std::string_view text);
 

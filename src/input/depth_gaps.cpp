@@ -1,0 +1,105 @@
+#include "input/depth_gaps.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+#include "platform/paths.h"
+#include "platform/process_end.h"
+
+namespace zemora {
+
+namespace {
+
+[[noreturn]] void end_run(const Voice& voice, const std::string& text) {
+    voice.print(text);
+    voice.wait(WaitAbove::error);
+    end_process(kExitFailure);
+}
+
+[[noreturn]] void end_run_at_first(const Voice& voice, const std::vector<std::string>& photos,
+                                   const std::vector<std::string>& masks) {
+    const auto first = [](const std::vector<std::string>& files) {
+        return files.empty() ? std::string() : printable(files[0]);
+    };
+    end_run(voice, format_text(voice.messages().either(
+                                   "The two FIRST images in the subdirectories must match:\n"
+                                   "left:  %s\nright: %s\n",
+                                   "Die beiden ERSTEN Bilder in den Unterverzeichnissen muessen zueinander "
+                                   "passen:\nlinks:  %s\nrechts: %s\n"),
+                               first(photos).c_str(), first(masks).c_str()));
+}
+
+/// The second name's counter, which must have as many digits as the first one's.
+FrameCounter second_counter(const std::vector<std::string>& files, const FrameCounter& first,
+                            const Voice& voice) {
+    const FrameCounter second = file_counter(files[1], '_');
+    if (second.digits != first.digits) {
+        end_run(voice, format_text(voice.messages().either("Wrong length of the counter in %s\n",
+                                                           "Counterlaenge falsch in %s\n"),
+                                   printable(files[1]).c_str()));
+    }
+    return second;
+}
+
+std::int64_t last_index(const std::vector<std::string>& files, std::int64_t first, std::int64_t step) {
+    return (static_cast<std::int64_t>(files.size()) - 1) * step + first;
+}
+
+}  // namespace
+
+FrameCounter file_counter(const std::string& path, char separator) {
+    constexpr int kMostDigits = 12;  // so that products with a number of files fit
+    const std::string name = bare_name_of(path);
+    const std::size_t last = name.rfind(separator);
+    if (last == std::string::npos) {
+        return {};
+    }
+    const std::size_t before = last == 0 ? std::string::npos : name.rfind(separator, last - 1);
+    const std::size_t start = before == std::string::npos ? last + 1 : before + 1;
+    const std::size_t dot = std::min(name.rfind('.'), name.size());
+    const std::size_t end = before == std::string::npos ? std::max(dot, start) : last;
+    const std::string_view text = std::string_view(name).substr(start, end - start);
+    FrameCounter counter{0, static_cast<int>(text.size())};
+    if (counter.digits <= kMostDigits) {
+        std::from_chars(text.data(), text.data() + text.size(), counter.value);
+    }
+    return counter;
+}
+
+DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::vector<std::string>& masks,
+                             const Voice& voice) {
+    if (photos.size() < 2 || masks.size() < 2) {
+        end_run_at_first(voice, photos, masks);
+    }
+    const FrameCounter left = file_counter(photos[0], '_');
+    const FrameCounter right = file_counter(masks[0], '_');
+    if (left.value != right.value || left.digits != right.digits) {
+        end_run_at_first(voice, photos, masks);
+    }
+    const FrameCounter left_next = second_counter(photos, left, voice);
+    const FrameCounter right_next = second_counter(masks, right, voice);
+    DepthGapPlan plan;
+    plan.first_mask = right.value;
+    plan.photo_step = left_next.value - left.value;
+    plan.mask_step = right_next.value - right.value;
+    if (plan.photo_step <= 0 || plan.mask_step <= 0) {
+        end_run_at_first(voice, photos, masks);
+    }
+    const std::int64_t last_photo = last_index(photos, left.value, plan.photo_step);
+    const std::int64_t last_mask = last_index(masks, right.value, plan.mask_step);
+    if (last_photo != last_mask) {
+        voice.print(format_text(
+            voice.messages().either("The two LAST images in the subdirectories must match:\n"
+                                    "left index:  %lld\nright index: %lld\n",
+                                    "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
+                                    "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"),
+            static_cast<long long>(last_photo), static_cast<long long>(last_mask)));
+        voice.wait(WaitAbove::error);
+    }
+    plan.missing = (right_next.value - left_next.value) / plan.photo_step;
+    plan.blocks = static_cast<std::int64_t>(masks.size()) - 1;
+    return plan;
+}
+
+}  // namespace zemora

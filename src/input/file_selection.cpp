@@ -1,0 +1,215 @@
+#include "input/file_selection.h"
+
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "platform/directory_walk.h"
+#include "platform/paths.h"
+
+namespace zemora {
+
+namespace {
+
+// Values of `InputMode`.
+constexpr int kNamedFiles = 0;
+constexpr int kMarkedInFolder = 1;
+constexpr int kMarkedInTree = 2;
+constexpr int kViewFolders = 3;
+constexpr int kViewFoldersInTree = 9;
+
+constexpr std::size_t kShortestName = 5;      // characters
+constexpr int kTreeWithoutOutputFolders = 1;  // of `IncludeSubdirs`
+
+/// `IncludeSubdirs` as the way of the input forces it.
+int depth_of_walk(const ParameterSet& parameters) {
+    if (parameters.input_mode == kMarkedInFolder) {
+        return 0;
+    }
+    const bool forced = parameters.input_mode == kMarkedInTree && parameters.include_subdirs == 0;
+    return forced ? kTreeWithoutOutputFolders : parameters.include_subdirs;
+}
+
+class Selector {
+public:
+    Selector(const ParameterSet& parameters, const Voice& voice)
+        : parameters_(parameters),
+          voice_(voice),
+          two_files_(takes_two_files(parameters.stereo_image_input)),
+          goes_by_marker_(parameters.input_mode == kMarkedInFolder || parameters.input_mode == kMarkedInTree),
+          depth_(depth_of_walk(parameters)) {}
+
+    void take_named_files();
+    void take_view_folders(const std::string& folder);
+    /// Looks for view folders in `folder`, if it may have some, and in those below it.
+    void walk_view_folders(const std::string& folder, bool may_have_views);
+    void walk(const std::string& folder);
+    void tell_unreadable_root() const;
+
+    SelectedFiles selected;
+
+private:
+    [[nodiscard]] FolderContents read(const std::string& folder) const;
+    [[nodiscard]] bool is_walked(const std::string& name) const;
+    [[nodiscard]] bool is_passed_over(const std::string& path) const;
+    [[nodiscard]] bool is_taken(const std::string& folder, const std::string& name) const;
+    [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter) const;
+
+    const ParameterSet& parameters_;
+    const Voice& voice_;
+    bool two_files_;
+    bool goes_by_marker_;
+    int depth_;
+};
+
+FolderContents Selector::read(const std::string& folder) const {
+    FolderContents contents = read_folder(folder);
+    if (!contents.is_readable()) {
+        voice_.print(format_text(voice_.messages().either("The folder %s cannot be read: %s\n",
+                                                          "Der Ordner %s kann nicht gelesen werden: %s\n"),
+                                 printable(folder).c_str(), contents.reason.c_str()));
+        return {};
+    }
+    return contents;
+}
+
+bool Selector::is_walked(const std::string& name) const {
+    return depth_ != kTreeWithoutOutputFolders || !is_output_folder_name(name, parameters_.ident_output_dir);
+}
+
+/// Left-over files, and stereo files whose names say that they are none.
+bool Selector::is_passed_over(const std::string& path) const {
+    const std::string name = bare_name_of(path);
+    if (!is_left_over(name)) {
+        return !two_files_ && is_dropped_with_hint(parameters_, voice_, name);
+    }
+    if (voice_.verbose() > 0) {
+        voice_.print(
+            voice_.messages().either("Temporary File ignored: ", "Temporaere Datei nicht beachtet: ") +
+            printable(path) + '\n');
+        voice_.wait(WaitAbove::information);
+    }
+    return true;
+}
+
+bool Selector::is_taken(const std::string& folder, const std::string& name) const {
+    return !is_own_picture(name) && !is_passed_over(path_in(folder, name)) && name.size() >= kShortestName &&
+           has_listed_suffix(parameters_.image_type, name);
+}
+
+void Selector::take_named_files() {
+    const auto take = [&](const std::string& name, std::vector<std::string>& files) {
+        std::string path = join_path(parameters_.path_of_images, name);
+        if (!is_passed_over(path)) {
+            files.push_back(std::move(path));
+        }
+    };
+    take(two_files_ ? parameters_.left_file_name : parameters_.stereo_file_name, selected.left);
+    if (two_files_) {
+        take(parameters_.right_file_name, selected.right);
+    }
+}
+
+void Selector::walk(const std::string& folder) {
+    const FolderContents contents = read(folder);
+    const char* marker = name_marker(parameters_.stereo_image_input);
+    for (const std::string& name : contents.files) {
+        if ((!goes_by_marker_ || has_marker(name, marker)) && is_taken(folder, name)) {
+            selected.left.push_back(path_in(folder, name));
+        }
+    }
+    for (const std::string& name : contents.folders) {
+        if (depth_ != 0 && is_walked(name)) {
+            walk(path_in(folder, name));
+        }
+    }
+}
+
+bool is_view_folder(const std::string& name) {
+    return name.size() == 1 && std::string_view("lrsLRS").find(name[0]) != std::string_view::npos;
+}
+
+/// The folder of a side is called by its small or, without that, its capital letter.
+std::string side_folder(const std::string& folder, char letter) {
+    for (const char name : {letter, static_cast<char>(letter - 'a' + 'A')}) {
+        std::string path = path_in(folder, std::string(1, name));
+        if (is_directory(path)) {
+            return path;
+        }
+    }
+    return {};
+}
+
+std::vector<std::string> Selector::files_of_side(const std::string& folder, char letter) const {
+    const std::string side = side_folder(folder, letter);
+    std::vector<std::string> files;
+    if (side.empty()) {
+        return files;
+    }
+    for (const std::string& name : read(side).files) {
+        if (is_taken(side, name)) {
+            files.push_back(path_in(side, name));
+        }
+    }
+    return files;
+}
+
+void Selector::take_view_folders(const std::string& folder) {
+    const auto append = [](std::vector<std::string>& all, std::vector<std::string> files) {
+        all.insert(all.end(), std::make_move_iterator(files.begin()), std::make_move_iterator(files.end()));
+    };
+    if (!two_files_) {
+        append(selected.left, files_of_side(folder, 's'));
+        return;
+    }
+    std::vector<std::string> left = files_of_side(folder, 'l');
+    std::vector<std::string> right = files_of_side(folder, 'r');
+    if (left.empty() != right.empty() && voice_.verbose() > 0) {
+        voice_.print(format_text(
+            voice_.messages().either("Images on one side only (l or r), passed over: %s\n",
+                                     "Bilder nur auf einer Seite (l oder r), nicht beachtet: %s\n"),
+            printable(folder).c_str()));
+    }
+    if (!left.empty() && !right.empty()) {
+        append(selected.left, std::move(left));
+        append(selected.right, std::move(right));
+    }
+}
+
+void Selector::walk_view_folders(const std::string& folder, bool may_have_views) {
+    const FolderContents contents = read(folder);
+    if (may_have_views) {
+        take_view_folders(folder);
+    }
+    for (const std::string& name : contents.folders) {
+        if (depth_ != 0 && is_walked(name)) {
+            const bool is_view_of_root = folder == parameters_.path_of_images && is_view_folder(name);
+            walk_view_folders(path_in(folder, name), !is_view_of_root);
+        }
+    }
+}
+
+void Selector::tell_unreadable_root() const {
+    (void)read(parameters_.path_of_images);
+}
+
+}  // namespace
+
+SelectedFiles select_files(const ParameterSet& parameters, const Voice& voice) {
+    Selector selector(parameters, voice);
+    const std::string& root = parameters.path_of_images;
+    switch (parameters.input_mode) {
+        case kNamedFiles: selector.take_named_files(); break;
+        case kViewFolders:
+            selector.take_view_folders(root);
+            if (selector.selected.left.empty()) {
+                selector.tell_unreadable_root();
+            }
+            break;
+        case kViewFoldersInTree: selector.walk_view_folders(root, true); break;
+        default: selector.walk(root); break;
+    }
+    return std::move(selector.selected);
+}
+
+}  // namespace zemora

@@ -1,0 +1,165 @@
+// What the names of files and folders mean for the choice of input.
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "config/text_lines.h"
+#include "input/file_selection.h"
+#include "platform/directory_walk.h"
+#include "platform/paths.h"
+
+namespace zemora {
+
+namespace {
+
+bool starts_with(std::string_view text, std::string_view start) {
+    return text.substr(0, start.size()) == start;
+}
+
+bool ends_with(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+constexpr std::array<std::string_view, 17> kOutputFolders{
+    "cl", "cr", "clr", "cs", "ca", "cp", "ct", "cd", "ce", "lo", "ro", "lu", "ru", "su", "lq", "rq", "sq"};
+constexpr std::string_view kExtraFolderStart = "ce_";
+
+bool is_plain_output_folder(std::string_view folded) {
+    return starts_with(folded, kExtraFolderStart) ||
+           std::find(kOutputFolders.begin(), kOutputFolders.end(), folded) != kOutputFolders.end();
+}
+
+/// Names in lower case begin and end so.
+struct NamePattern {
+    std::string_view start;
+    std::string_view end;
+};
+// clang-format off
+constexpr std::array kOwnPictures{
+    NamePattern{"zemora_alignment.tif", ""},
+    NamePattern{"zemora_pl.bmp",        ""},
+    NamePattern{"zemora_pr.bmp",        ""},
+    NamePattern{"segment_",             ""},
+    NamePattern{"tintrovela_print_",    ""},
+    NamePattern{"zemora_thumb_",        ""},
+    NamePattern{"",                     "_pass_in.bmp"},
+    NamePattern{"",                     "_pass_out.bmp"},
+};
+constexpr std::array kLeftOvers{NamePattern{"zemora_temp_", ""}, NamePattern{"zemoratemp_", ""}};
+
+struct MarkerRow {
+    bool depth_masks;
+    std::string_view left;
+    std::string_view right;
+};
+constexpr std::array kPartners{
+    MarkerRow{false, "_l",   "_r"},
+    MarkerRow{false, "_L",   "_R"},
+    MarkerRow{true,  "_rgb", "_d"},
+    MarkerRow{true,  "_RGB", "_D"},
+};
+// clang-format on
+
+template <class Table>
+bool matches_one_of(const Table& table, const std::string& name) {
+    const std::string folded = fold_case(name);
+    return std::any_of(table.begin(), table.end(), [&](const NamePattern& row) {
+        return starts_with(folded, row.start) && ends_with(folded, row.end);
+    });
+}
+
+// Values of `StereoImageInput`.
+constexpr int kTwoFiles = 2;
+constexpr int kPhotoAndDepthFiles = 5;
+constexpr int kPhotoAndDepthInOne = 6;
+
+/// A list may hold what an earlier run chose by its names.
+bool goes_by_names(int input_mode) {
+    return input_mode == 1 || input_mode == 2 || input_mode == 10;
+}
+
+}  // namespace
+
+bool has_listed_suffix(const std::string& image_type, const std::string& name) {
+    const std::string bare = bare_name_of(name);
+    const std::size_t dot = bare.rfind('.');
+    if (dot == std::string::npos || dot + 1 == bare.size()) {
+        return false;
+    }
+    const std::string suffix = lower_case(bare.substr(dot + 1));
+    const std::string types = lower_case(image_type) + ';';
+    for (std::size_t start = 0; start < types.size();) {
+        const std::size_t end = types.find(';', start);
+        if (trimmed(std::string_view(types).substr(start, end - start)) == suffix) {
+            return true;
+        }
+        start = end + 1;
+    }
+    return false;
+}
+
+bool is_output_folder_name(const std::string& name, const std::string& ident) {
+    const std::string folded = fold_case(name);
+    std::string end = fold_case(ident);
+    std::replace_if(
+        end.begin(), end.end(), [](char c) { return c == '/' || c == '\\'; }, '_');
+    return is_plain_output_folder(folded) ||
+           (!end.empty() && ends_with(folded, end) &&
+            (folded == end ||
+             is_plain_output_folder(std::string_view(folded).substr(0, folded.size() - end.size()))));
+}
+
+bool is_own_picture(const std::string& name) {
+    return matches_one_of(kOwnPictures, name);
+}
+
+bool is_left_over(const std::string& name) {
+    return matches_one_of(kLeftOvers, name);
+}
+
+bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice, const std::string& name) {
+    if (has_marker(name, "_l") || has_marker(name, "_r")) {
+        voice.print(voice.messages().either(
+            "Hint: Files with identifiers \"_l\", \"_L\", \"_r\" and \"_R\" are NOT to be assumed as stereo "
+            "images!\n\n",
+            "Hinweis: Dateien mit den Kennungen \"_l\", \"_L\", \"_r\" und \"_R\" gelten NICHT als "
+            "Stereobilder!\n\n"));
+        return true;
+    }
+    const bool may_be_depth =
+        parameters.stereo_image_input == kPhotoAndDepthInOne && goes_by_names(parameters.input_mode);
+    if (has_marker(name, "_d") && !may_be_depth) {
+        voice.print(voice.messages().either(
+            "Hint: Files with identifier \"_d\" or \"_D\" are assumed to be depth masks!\n\n",
+            "Hinweis: Dateien mit der Kennung \"_d\" oder \"_D\" gelten als Tiefenmasken!\n\n"));
+        return true;
+    }
+    return false;
+}
+
+std::string partner_name(const std::string& left, bool depth_masks) {
+    const std::string suffix = suffix_of(left);
+    const std::string stem = without_suffix(left);
+    for (const MarkerRow& row : kPartners) {
+        if (row.depth_masks == depth_masks && !suffix.empty() && ends_with(stem, row.left)) {
+            return stem.substr(0, stem.size() - row.left.size()).append(row.right) + suffix;
+        }
+    }
+    return {};
+}
+
+const char* name_marker(int stereo_image_input) {
+    switch (stereo_image_input) {
+        case kTwoFiles: return "_l";
+        case kPhotoAndDepthFiles: return "_rgb";
+        case kPhotoAndDepthInOne: return "_d";
+        default: return "_s";
+    }
+}
+
+bool has_marker(const std::string& name, const char* marker) {
+    return !suffix_of(name).empty() && ends_with(lower_case(without_suffix(name)), marker);
+}
+
+}  // namespace zemora

@@ -1,0 +1,60 @@
+#pragma once
+/// Adds accepted pairs and stereo files to the list.
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+#include "config/parameter_set.h"
+#include "config/voice.h"
+#include "input/image_list.h"
+#include "platform/directory_walk.h"
+
+namespace zemora {
+
+/// Adds an accepted pair to the list as `InterlacedMode` and `InverseInput` say. One adder serves a run.
+class PairAdder {
+public:
+    PairAdder(const ParameterSet& parameters, const Voice& voice, ImageList& list)
+        : parameters_(parameters), voice_(voice), list_(list) {}
+    /// False when a file cannot be read, which is told once a file; `left` and `right` take the names as the
+    /// disk spells them. An empty name is passed over without a word.
+    [[nodiscard]] bool check(std::string& left, std::string& right);
+    /// Adds the pair. `stored`, its row of a list, may be null.
+    void add(const std::string& left, const std::string& right, const StoredCorrectionRecord* stored);
+    [[nodiscard]] int left_name_width() const { return left_name_width_; }
+
+private:
+    struct CheckedFile {
+        std::string path;  ///< As the disk spells it.
+        bool is_readable = false;
+    };
+    [[nodiscard]] bool check_file(std::string& file);
+    [[nodiscard]] CheckedFile look_up(const std::string& file);
+    void add_object(std::uint32_t left, std::uint32_t right, const StoredCorrectionRecord* stored);
+    [[nodiscard]] std::uint32_t number_of(const std::string& file);
+
+    const ParameterSet& parameters_;
+    const Voice& voice_;
+    ImageList& list_;
+    NameFinder finder_;
+    std::unordered_map<std::string, CheckedFile> checked_;
+    std::unordered_map<std::string, std::uint32_t> numbers_;
+    std::uint32_t left_before_ = 0;  ///< Of the pair before.
+    std::uint32_t right_before_ = 0;
+    bool has_pair_before_ = false;
+    int left_name_width_ = 0;
+};
+
+/// Adds a stereo file; a message in place of it where `InterlacedMode` has no meaning for one.
+void add_stereo_object(const ParameterSet& parameters, const Voice& voice, const std::string& file,
+                       const StoredCorrectionRecord* stored, ImageList& list);
+
+/// The name as the disk spells it, which may differ in case. The name itself where there is no such file;
+/// where there are several a line says so.
+[[nodiscard]] FoundName find_and_tell(NameFinder& finder, const Voice& voice, const std::string& file);
+
+/// Characters of a text in UTF-8.
+[[nodiscard]] int character_count(const std::string& text);
+
+}  // namespace zemora

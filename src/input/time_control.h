@@ -1,0 +1,56 @@
+#pragma once
+/// Whether the two files of a proposed pair were taken together, by their capture times.
+
+#include <string>
+#include <unordered_set>
+
+#include "config/parameter_set.h"
+#include "config/voice.h"
+#include "input/capture_time.h"
+
+namespace zemora {
+
+/// What the capture times of a proposed pair say.
+struct TimeComparison {
+    int seconds = 0;  ///< Left minus right; 0 unless both have a time.
+    bool left_has_time = false;
+    bool right_has_time = false;
+    [[nodiscard]] bool has_both() const { return left_has_time && right_has_time; }
+    [[nodiscard]] bool has_one() const { return left_has_time != right_has_time; }
+};
+
+class TimeControl {
+public:
+    TimeControl(const ParameterSet& parameters, const Voice& voice)
+        : voice_(voice), tolerance_s_(parameters.exif_time_tolerance) {}
+
+    /// False with `ExifTimeTolerance` 0, and after `switch_off`.
+    [[nodiscard]] bool is_on() const { return tolerance_s_ != 0; }
+    /// For the rest of the list.
+    void switch_off() { tolerance_s_ = 0; }
+
+    /// Files that will be compared.
+    void expect(const std::vector<std::string>& files);
+    /// Tells of a left file whose time the picture library does not find, once a file.
+    [[nodiscard]] TimeComparison compare(const std::string& left, const std::string& right);
+    /// Takes the difference of a pair as the one that later pairs must have.
+    void set_reference(int seconds, const std::string& left, const std::string& right);
+    /// Whether a difference is as near to the reference as the tolerance wants; tells when it is not.
+    [[nodiscard]] bool is_near_reference(int seconds, const std::string& left,
+                                         const std::string& right) const;
+    [[nodiscard]] int reference() const { return reference_s_; }
+
+private:
+    void tell_missing_time(const std::string& left);
+
+    const Voice& voice_;
+    CaptureClock clock_;
+    int tolerance_s_;
+    int reference_s_ = 0;  ///< Difference left minus right of the pair that opened the folder.
+    std::unordered_set<std::string> told_;
+};
+
+/// A name as it stands in messages about pairs.
+[[nodiscard]] std::string indented_name(const std::string& file);
+
+}  // namespace zemora
