@@ -2,6 +2,7 @@
 
 #include "analysis/phases.h"
 #include "analysis/stereo_analyse.h"
+#include "input/passepartout.h"
 
 namespace zemora {
 
@@ -14,9 +15,7 @@ AnalysisState::AnalysisState(const ParameterSet& parameters)
       passepartout(parameters.passepartout),
       estimate_vergence_v(parameters.estimate_vergence_v),
       estimate_vergence_h(parameters.estimate_vergence_h),
-      passe_colour{static_cast<std::uint8_t>(parameters.passe_color_blue),
-                   static_cast<std::uint8_t>(parameters.passe_color_green),
-                   static_cast<std::uint8_t>(parameters.passe_color_red)},
+      passe_colour(passe_colour_of(parameters)),
       Colormap_l(ToneTables::identity()),
       Colormap_r(ToneTables::identity()) {}
 

@@ -17,10 +17,6 @@ int first_sample(int start, int length, int step, int samples, int picture_side)
     return start > picture_side / 2 ? start : start + length - 1 - (samples - 1) * step;
 }
 
-bool is_colour(const std::uint8_t* pixel, Colour colour) {
-    return pixel[0] == colour.blue && pixel[1] == colour.green && pixel[2] == colour.red;
-}
-
 /// First of the samples x, x + step, ... that is not below 0, and the end of those below `side`.
 std::pair<int, int> samples_inside(int x, int step, int count, int side) {
     const int first = x >= 0 ? 0 : (-x + step - 1) / step;

@@ -19,10 +19,6 @@ bool worth_sharing(ConstPicture view) {
     return static_cast<std::int64_t>(view.width) * view.height >= kLeastPixels;
 }
 
-bool is_colour(const std::uint8_t* pixel, Colour colour) {
-    return pixel[0] == colour.blue && pixel[1] == colour.green && pixel[2] == colour.red;
-}
-
 void grey_row(const std::uint8_t* pixels, int count, Colour passe, std::uint16_t* levels) {
     const std::uint8_t bytes[] = {passe.blue, passe.green, passe.red};
     int done = 0;

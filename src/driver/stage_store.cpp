@@ -30,9 +30,9 @@ constexpr ProductWords kLeftRightWords{"your error code is (left/right image): "
 
 SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
     if (pipeline.list.two_files) {
-        return {pair.files.left, pair.files.right};
+        return {pair.files.left, pair.files.right, pipeline.input.full()};
     }
-    return {pair.files.stereo, pair.files.stereo};
+    return {pair.files.stereo, pair.files.stereo, pipeline.input.full()};
 }
 
 /// Both views' names of one product: stamped, combined where the pair has no common base, unique.

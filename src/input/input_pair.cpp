@@ -9,10 +9,12 @@
 #include <utility>
 
 #include "input/conversion.h"
-#include "input/picture_file.h"
+#include "input/mpo.h"
+#include "input/passepartout.h"
 #include "numerics/rounding.h"
 #include "numerics/turn.h"
 #include "platform/paths.h"
+#include "platform/safe_file.h"
 #include "platform/temp_folder.h"
 
 namespace zemora {
@@ -51,17 +53,6 @@ void rescale_bicubic(Bitmap& bitmap, int width, int height) {
     bitmap = Bitmap(FreeImage_Rescale(bitmap.handle(), width, height, FILTER_BICUBIC));
 }
 
-/// Moves the region of the given size at (x, y) to the lower left corner.
-void move_to_corner(LoadedView& view, int x, int y, int width, int height) {
-    const Picture picture = view.picture();
-    for (int row = 0; row < height; ++row) {
-        std::memmove(picture.row(row), picture.pixel(x, row + y),
-                     static_cast<std::size_t>(width) * kPixelBytes);
-    }
-    view.width = width;
-    view.height = height;
-}
-
 /// A bitmap of exactly the picture's size, so that both views have one pitch.
 void make_exact(LoadedView& view) {
     if (view.bitmap.width() == view.width && view.bitmap.height() == view.height) {
@@ -97,9 +88,7 @@ InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry
       voice_(voice),
       left_geometry_(left_geometry),
       right_geometry_(right_geometry),
-      passe_colour_{static_cast<std::uint8_t>(parameters.passe_color_blue),
-                    static_cast<std::uint8_t>(parameters.passe_color_green),
-                    static_cast<std::uint8_t>(parameters.passe_color_red)},
+      passe_colour_(passe_colour_of(parameters)),
       two_files_(parameters.stereo_image_input == kTwoFiles ||
                  parameters.stereo_image_input == kPhotoAndDepthFiles) {
     corr_left_ = Bitmap::create(kAnalysisSide, kAnalysisSide);
@@ -135,7 +124,8 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     if (has_pre_selection) {
         crop_by_percent();
     }
-    condition_views();
+    condition_views({left_, left_geometry_, mask_stem(files, true)},
+                    {right_, right_geometry_, mask_stem(files, false)}, parameters_, voice_, look_at_tiff);
     turn_views();
     make_equal_size();
     make_exact(left_);
@@ -166,19 +156,20 @@ void InputPair::look_at_files(const PairFiles& files) const {
     }
 }
 
-bool InputPair::load_two_files(const PairFiles& files) {
+bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
+                          const std::string& right_name) {
     LoadedPicture left;
     LoadedPicture right;
 #pragma omp parallel sections num_threads(std::min(2, omp_get_max_threads()))
     {
 #pragma omp section
-        left = load_picture(files.left);
+        left = load(true);
 #pragma omp section
-        right = load_picture(files.right);
+        right = load(false);
     }
-    for (const auto& [picture, path] : {std::pair{&left, &files.left}, std::pair{&right, &files.right}}) {
+    for (const auto& [picture, name] : {std::pair{&left, &left_name}, std::pair{&right, &right_name}}) {
         if (picture->status != LoadStatus::done) {
-            set_failure(*path, picture->reason);
+            set_failure(*name, picture->reason);
             // A file that is damaged stays unread; only a foreign format goes to the converter.
             unsupported_ = picture->status == LoadStatus::unsupported;
             if (!unsupported_) {
@@ -191,16 +182,51 @@ bool InputPair::load_two_files(const PairFiles& files) {
     }
     left_.take(std::move(left.bitmap));
     right_.take(std::move(right.bitmap));
+    return true;
+}
+
+bool InputPair::load_two_files(const PairFiles& files) {
+    const auto load = [&files](bool is_left) { return load_picture(is_left ? files.left : files.right); };
+    if (!load_both(load, files.left, files.right)) {
+        return false;
+    }
     if (swap_views) {
         std::swap(left_, right_);
     }
     return true;
 }
 
-bool InputPair::load_stereo_file(const std::string& path) {
-    if (lower_case(suffix_of(path)) == ".mpo") {
-        set_failure(path, "multi-picture files are not read");
+bool InputPair::load_mpo_file(const std::string& path) {
+    std::string reason;
+    const auto content = read_file_whole(path, reason);
+    if (!content) {
+        voice_.say<Msg::img_input_mpo_file_open_failed>(printable(path));
+        voice_.wait(WaitAbove::error);
+        set_failure(path, reason);
         return false;
+    }
+    const auto pictures = cut_mpo(*content, voice_);
+    if (!pictures) {
+        set_failure(path, "the second picture is not found");
+        return false;
+    }
+    const MpoCutNames names = mpo_cut_names(path, parameters_.input_mode);
+    const auto decode = [&](bool is_left) {
+        return decode_picture(is_left ? pictures->left : pictures->right, is_left ? names.left : names.right);
+    };
+    if (!load_both(decode, path, path)) {
+        unsupported_ = false;  // no converter takes a part of a file
+        return false;
+    }
+    if (leaves_cut_pictures(parameters_.estimate_geometry)) {
+        keep_cut_pictures(*pictures, names, voice_);
+    }
+    return finish_stereo();
+}
+
+bool InputPair::load_stereo_file(const std::string& path) {
+    if (is_mpo_name(path)) {
+        return load_mpo_file(path);
     }
     if (parameters_.stereo_image_input == kPhonePhoto) {
         set_failure(path, "photos with depth data are not read");
@@ -239,6 +265,11 @@ bool InputPair::split_stereo(Bitmap&& stereo, int layout) {
             right_.take(std::move(right_.bitmap));
         }
     }
+    return finish_stereo();
+}
+
+/// Both views of a stereo file get the width of the narrower one; `inverse_input` exchanges them.
+bool InputPair::finish_stereo() {
     if (left_.width == 0 || right_.width == 0) {
         return false;
     }
@@ -337,7 +368,7 @@ void InputPair::crop_by_percent() {
     const auto crop = [](LoadedView& view, ViewGeometry& geometry, const Axis& x_axis, const Axis& y_axis) {
         const KeptRange x = kept_range(x_axis.start, x_axis.size, view.width);
         const KeptRange y = kept_range(y_axis.start, y_axis.size, view.height);
-        move_to_corner(view, x.first, y.first, x.count, y.count);
+        keep_region(view, x.first, y.first, x.count, y.count);
         geometry.crop_x = x.first;
         geometry.crop_y = y.first;
         geometry.crop_width = x.count;
@@ -347,7 +378,12 @@ void InputPair::crop_by_percent() {
     crop(right_, right_geometry_, axes[2], axes[3]);
 }
 
-void InputPair::condition_views() {}
+std::string InputPair::mask_stem(const PairFiles& files, bool is_left) const {
+    if (!two_files_) {
+        return without_suffix(files.stereo) + (is_left ? "_l" : "_r");
+    }
+    return without_suffix(is_left != swap_views ? files.left : files.right);
+}
 
 void InputPair::turn_views() {
     for (const auto& [view, mode] : {std::pair{&left_, rot_mir_left}, std::pair{&right_, rot_mir_right}}) {
@@ -461,12 +497,21 @@ void InputPair::crop_to_smaller() {
     const auto crop = [&](LoadedView& view, ViewGeometry& geometry) {
         const int x = (view.width - width) / 2;
         const int y = (view.height - height) / 2;
-        move_to_corner(view, x, y, width, height);
+        keep_region(view, x, y, width, height);
         geometry.frame_x = -x;
         geometry.frame_y = -y;
     };
     crop(left_, left_geometry_);
     crop(right_, right_geometry_);
+}
+
+void InputPair::crop_by_mask(const MaskFrame& mask) {
+    const PictureSize kept = apply_mask_crop(left_.picture(), right_.picture(), mask);
+    for (LoadedView* view : {&left_, &right_}) {
+        view->width = kept.width;
+        view->height = kept.height;
+    }
+    make_correlation_images();
 }
 
 void InputPair::make_correlation_images() {

@@ -7,6 +7,10 @@
 
 #include "config/parameter_set.h"
 #include "config/voice.h"
+#include "input/conditioning.h"
+#include "input/loaded_view.h"
+#include "input/mask_crop.h"
+#include "input/picture_file.h"
 #include "input/view_geometry.h"
 #include "numerics/bitmap.h"
 #include "numerics/rescale.h"
@@ -42,19 +46,6 @@ struct PairFiles {
     std::string stereo;
 };
 
-/// One view with its present picture size; the bitmap may be larger.
-struct LoadedView {
-    Bitmap bitmap;
-    int width = 0;
-    int height = 0;
-    [[nodiscard]] Picture picture() const { return bitmap.picture(width, height); }
-    void take(Bitmap&& other) {
-        bitmap = std::move(other);
-        width = bitmap.width();
-        height = bitmap.height();
-    }
-};
-
 class InputPair {
 public:
     InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
@@ -70,12 +61,14 @@ public:
     float left_zoom = 1.0F;  ///< Of the analysis copies.
     float right_zoom = 1.0F;
     /// Called with every TIFF file before it is loaded; may end the run.
-    std::function<void(const std::string& path)> look_at_tiff;
+    LookAtTiff look_at_tiff;
 
     /// Loads the pair and brings it to `view` and, with `make_correlation`, to the analysis copies.
     [[nodiscard]] ReadResult read_input_images(const PairFiles& files, bool make_correlation);
     /// Builds the analysis copies from the final views: long side 800, presets applied.
     void make_correlation_images();
+    /// Keeps the part of a video frame that its mask shows, and builds the analysis copies anew.
+    void crop_by_mask(const MaskFrame& mask);
     /// Frees the views of the pair.
     void release_images();
 
@@ -96,14 +89,18 @@ public:
 private:
     bool load_two_files(const PairFiles& files);
     bool load_stereo_file(const std::string& path);
+    bool load_mpo_file(const std::string& path);
+    /// Loads both views at the same time; `load` is asked for the left (true) and the right one.
+    bool load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
+                   const std::string& right_name);
+    bool finish_stereo();
     bool split_stereo(Bitmap&& stereo, int layout);
     bool load_converted(const PairFiles& files);
     void look_at_files(const PairFiles& files) const;
     [[nodiscard]] Bitmap load_through_converter(const std::string& path);
     void start_geometry();
     void crop_by_percent();
-    /// Passepartout and edges of the loaded views; they stay as they are so far.
-    void condition_views();
+    [[nodiscard]] std::string mask_stem(const PairFiles& files, bool is_left) const;
     void turn_views();
     void make_equal_size();
     void scale_smaller_view();

@@ -232,21 +232,22 @@ bool is_tiff_file(const std::string& path) {
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
     const auto content = read_content(path, reason);
-    if (!content) {
-        return failed(LoadStatus::unreadable, reason);
-    }
-    if (content->empty()) {
+    return content ? decode_picture(*content, path, keep_depth) : failed(LoadStatus::unreadable, reason);
+}
+
+LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path, bool keep_depth) {
+    if (content.empty()) {
         return failed(LoadStatus::unreadable, "the file is empty");
     }
-    if (content->size() > UINT32_MAX) {
+    if (content.size() > UINT32_MAX) {
         return failed(LoadStatus::unreadable, "the file is too large");
     }
-    const FREE_IMAGE_FORMAT format = library_format(*content, path);
+    const FREE_IMAGE_FORMAT format = library_format(content, path);
     const PictureFormat known = allowed(format);
     if (known == PictureFormat::unknown || FreeImage_FIFSupportsReading(format) == FALSE) {
         return failed(LoadStatus::unsupported, "the format is not supported");
     }
-    LibraryStream stream(*content);
+    LibraryStream stream(content);
     if (header_is_too_large(stream, format)) {
         return failed(LoadStatus::unreadable, "the picture is too large");
     }
@@ -261,7 +262,7 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     if (const std::string damage = told_damage(t_library_message); !damage.empty()) {
         return failed(LoadStatus::unreadable, "the file is damaged or cut off: " + damage);
     }
-    if (is_cut_off(stream, known, *content)) {
+    if (is_cut_off(stream, known, content)) {
         return failed(LoadStatus::unreadable, "the file is cut off");
     }
     if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {

@@ -33,6 +33,10 @@ struct LoadedPicture {
 /// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
 [[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
 
+/// The same for a picture in memory; `path` stands for its suffix.
+[[nodiscard]] LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path,
+                                           bool keep_depth = false);
+
 /// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss", of the EXIF directory, else of the picture's own;
 /// empty when there is none. Reads the header only.
 [[nodiscard]] std::string capture_time_text(const std::string& path);

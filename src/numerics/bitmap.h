@@ -24,6 +24,10 @@ struct Colour {
     friend bool operator==(const Colour&, const Colour&) = default;
 };
 
+[[nodiscard]] inline bool is_colour(const std::uint8_t* pixel, Colour colour) {
+    return pixel[0] == colour.blue && pixel[1] == colour.green && pixel[2] == colour.red;
+}
+
 /// Read-only view of a 24-bit picture; owns nothing.
 struct ConstPicture {
     const std::uint8_t* bits = nullptr;

@@ -17,6 +17,8 @@ struct StoreResult {
 struct SourceFiles {
     std::string left;  ///< The stereo file for stereo input.
     std::string right;
+    /// The views as they were loaded, with 8 bits: what has the passepartout colour in them is no picture.
+    StereoPicture views{};
 };
 
 /// Turns or mirrors the working pair by `RotMirOutputLeft` and `RotMirOutputRight`.

@@ -97,8 +97,22 @@ std::uint16_t deep_channel(const std::uint8_t* pixel, int channel) {
     return value;
 }
 
-/// Bicubic sample; taps beyond the border are those at the border.
-void sample_deep(const Bitmap& source, const Position& p, const DeepTone& tone, std::uint8_t* target) {
+/// A deep view with the knowledge of what in it is no picture.
+struct DeepSource {
+    const Bitmap& bitmap;
+    ConstPicture plain;  ///< The view with 8 bits; empty, or of the same size.
+    Colour passe_colour;
+
+    [[nodiscard]] bool is_background(int x, int y) const {
+        return plain.bits != nullptr && is_colour(plain.pixel(x, y), passe_colour);
+    }
+};
+
+/// Bicubic sample round (column, row), the nearest pixel; taps beyond the border are those at the border,
+/// taps in the background are the nearest pixel.
+void sample_deep(const DeepSource& view, const Position& p, int centre_column, int centre_row,
+                 const DeepTone& tone, std::uint8_t* target) {
+    const Bitmap& source = view.bitmap;
     const auto& across = bicubic_weights()[static_cast<std::size_t>(p.x & 127)];
     const auto& up = bicubic_weights()[static_cast<std::size_t>(p.y & 127)];
     std::array<std::int64_t, kPixelBytes> sum{};
@@ -106,7 +120,9 @@ void sample_deep(const Bitmap& source, const Position& p, const DeepTone& tone, 
         const int row = std::clamp(static_cast<int>(p.y >> 7) - 1 + j, 0, source.height() - 1);
         for (int i = 0; i < 4; ++i) {
             const int column = std::clamp(static_cast<int>(p.x >> 7) - 1 + i, 0, source.width() - 1);
-            const std::uint8_t* pixel = deep_pixel(source, column, row);
+            const std::uint8_t* pixel = view.is_background(column, row)
+                                            ? deep_pixel(source, centre_column, centre_row)
+                                            : deep_pixel(source, column, row);
             const std::int64_t weight = across[static_cast<std::size_t>(i)] * up[static_cast<std::size_t>(j)];
             for (int c = 0; c < kPixelBytes; ++c) {
                 sum[static_cast<std::size_t>(c)] += weight * deep_channel(pixel, c);
@@ -123,7 +139,7 @@ void sample_deep(const Bitmap& source, const Position& p, const DeepTone& tone, 
 }
 
 /// The kept part of the warped frame.
-Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view) {
+Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPicture plain) {
     const ViewGeometry& record = view == View::left ? warp.left_record : warp.right_record;
     Bitmap result = create_deep(record.kept_width, record.kept_height);
     if (!result) {
@@ -134,14 +150,21 @@ Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view) {
     const DeepTone tone = deep_tone(warp, view);
     const int width = source.width();
     const int height = source.height();
+    const bool fits = plain.width == width && plain.height == height;
+    const DeepSource deep{source, fits ? plain : ConstPicture(), warp.passe_colour};
 #pragma omp parallel for schedule(dynamic, 8)
     for (int y = 0; y < record.kept_height; ++y) {
         for (int x = 0; x < record.kept_width; ++x) {
             const Position p = transform.map(record.kept_x + x, record.kept_y + y);
-            const std::int64_t column = (p.x + 64) >> 7;
-            const std::int64_t row = (p.y + 64) >> 7;
-            if (column >= 0 && row >= 0 && column < width && row < height) {
-                sample_deep(source, p, tone, deep_pixel(result, x, y));
+            const std::int64_t near_x = (p.x + 64) >> 7;
+            const std::int64_t near_y = (p.y + 64) >> 7;
+            if (near_x < 0 || near_y < 0 || near_x >= width || near_y >= height) {
+                continue;
+            }
+            const auto column = static_cast<int>(near_x);
+            const auto row = static_cast<int>(near_y);
+            if (!deep.is_background(column, row)) {
+                sample_deep(deep, p, column, row, tone, deep_pixel(result, x, y));
             }
         }
     }
@@ -181,7 +204,8 @@ Bitmap frame_deep(const WarpState& warp, Bitmap picture, View view) {
 
 }  // namespace
 
-Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part) {
+Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part,
+                  ConstPicture plain) {
     LoadedPicture loaded = load_picture(file, true);
     if (!loaded.bitmap || FreeImage_GetImageType(loaded.bitmap.handle()) != FIT_RGB16) {
         return {};
@@ -190,7 +214,7 @@ Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, Sou
         prepare_source(loaded.bitmap, view == View::left ? warp.left_record : warp.right_record, part);
     loaded.bitmap.reset();
     if (picture) {
-        picture = warp_deep(warp, picture, view);
+        picture = warp_deep(warp, picture, view, plain);
     }
     if (picture) {
         picture = frame_deep(warp, std::move(picture), view);
@@ -213,8 +237,9 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
     const SourcePart right_part =
         single_views ? SourcePart::whole : (inverse ? SourcePart::left_half : SourcePart::right_half);
     DeepPair pair;
-    pair.left = make_rgb16(warp, sources.left, View::left, left_part);
-    pair.right = make_rgb16(warp, single_views ? sources.right : sources.left, View::right, right_part);
+    pair.left = make_rgb16(warp, sources.left, View::left, left_part, sources.views.left);
+    pair.right = make_rgb16(warp, single_views ? sources.right : sources.left, View::right, right_part,
+                            sources.views.right);
     return pair;
 }
 

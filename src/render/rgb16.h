@@ -14,8 +14,10 @@ namespace zemora {
 enum class SourcePart { whole, left_half, right_half };
 
 /// One view as it stands in the 8-bit output, with its frame in black; 48 bits. Empty when the file
-/// does not hold 16 bits per channel.
-[[nodiscard]] Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part);
+/// does not hold 16 bits per channel. `plain` is the view with 8 bits, where it is known: it shows what was
+/// painted over.
+[[nodiscard]] Bitmap make_rgb16(const WarpState& warp, const std::string& file, View view, SourcePart part,
+                                ConstPicture plain = {});
 
 /// Both views in 16 bits. They belong to the sources, before an exchange of the outputs; a view whose
 /// source is not deep is empty.

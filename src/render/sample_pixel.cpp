@@ -100,10 +100,6 @@ double axis_sum(const Sampler& sampler) {
                                           : 128.0;
 }
 
-bool is_colour(const std::uint8_t* pixel, Colour colour) {
-    return pixel[0] == colour.blue && pixel[1] == colour.green && pixel[2] == colour.red;
-}
-
 Sample background_sample(Colour colour) {
     const auto wide = [](std::uint8_t byte) { return static_cast<std::uint16_t>(byte << 8); };
     return {{wide(colour.blue), wide(colour.green), wide(colour.red)}, 1};

@@ -5,10 +5,9 @@
 #include <algorithm>
 #include <string_view>
 
+#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
-#include "platform/quiet_tiff.h"
-#include "platform/safe_file.h"
 #include "render/cmyk.h"
 
 namespace zemora {
@@ -61,27 +60,6 @@ void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
     if (options.dots_per_inch_y > 0) {
         FreeImage_SetDotsPerMeterY(picture, per_metre(options.dots_per_inch_y));
     }
-}
-
-/// The library tells a full disk to nobody: it encodes into memory here and the file is written with
-/// every byte checked.
-std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
-                             const std::string& path) {
-    struct MemoryStream {
-        FIMEMORY* handle = FreeImage_OpenMemory(nullptr, 0);
-        MemoryStream() = default;
-        MemoryStream(const MemoryStream&) = delete;
-        MemoryStream& operator=(const MemoryStream&) = delete;
-        ~MemoryStream() { FreeImage_CloseMemory(handle); }
-    } stream;
-    BYTE* bytes = nullptr;
-    DWORD size = 0;
-    silence_tiff_library();
-    if (stream.handle == nullptr || FreeImage_SaveToMemory(format, picture, stream.handle, flags) == FALSE ||
-        FreeImage_AcquireMemory(stream.handle, &bytes, &size) == FALSE || size == 0) {
-        return "the picture cannot be encoded";
-    }
-    return write_file_whole(path, {bytes, size});
 }
 
 /// The 24-bit picture in the form that `OutputFormat` gives a TIFF file; empty when it stays as it is.

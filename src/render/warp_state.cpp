@@ -1,5 +1,7 @@
 #include "render/warp_state.h"
 
+#include "input/passepartout.h"
+
 namespace zemora {
 
 namespace {
@@ -44,7 +46,7 @@ WarpState::WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewG
       auto_output_contrast(set.auto_output_contrast),
       post_viewer_active(set.post_viewer_active),
       inverse_output(set.inverse_output),
-      passe_colour(colour_of(set.passe_color_red, set.passe_color_green, set.passe_color_blue)),
+      passe_colour(passe_colour_of(set)),
       frame(frame_of(set)),
       pre_settings(set.pre_settings),
       pre_rotation_left(set.pre_rotation_left),

@@ -1,0 +1,228 @@
+#include "input/mpo.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+
+namespace zemora {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::array<std::uint8_t, 2> kApplicationMarker{0xFF, 0xE2};  // APP2
+constexpr std::array<std::uint8_t, 4> kIdentifier{'M', 'P', 'F', 0};
+constexpr std::array<std::uint8_t, 4> kLittleEndian{'I', 'I', '*', 0};
+constexpr std::array<std::uint8_t, 4> kBigEndian{'M', 'M', 0, '*'};
+constexpr std::array<std::uint8_t, 4> kPictureHead{0xFF, 0xD8, 0xFF, 0xE1};  // SOI and APP1
+constexpr std::uint32_t kRegularDirectory = 8;
+constexpr std::size_t kEntryBytes = 12;    ///< Of a directory.
+constexpr std::size_t kMpEntryBytes = 16;  ///< Of a picture in the index.
+constexpr std::uint32_t kMpEntryTag = 0xB002;
+constexpr const char* kSupport = "(the makers of Zemora)";
+
+/// Position of the first byte behind `text`, searched from `from` on.
+std::optional<std::size_t> end_of(Bytes content, std::size_t from, Bytes text) {
+    if (from > content.size()) {
+        return std::nullopt;
+    }
+    const auto at = std::search(content.begin() + static_cast<std::ptrdiff_t>(from), content.end(),
+                                text.begin(), text.end());
+    if (at == content.end()) {
+        return std::nullopt;
+    }
+    return static_cast<std::size_t>(at - content.begin()) + text.size();
+}
+
+/// Numbers in the file's byte order; 0 where the content has ended.
+class NumberReader {
+public:
+    NumberReader(Bytes content, bool big_endian) : content_(content), big_endian_(big_endian) {}
+    [[nodiscard]] std::uint32_t u16(std::size_t at) const { return number(at, 2); }
+    [[nodiscard]] std::uint32_t u32(std::size_t at) const { return number(at, 4); }
+    [[nodiscard]] bool holds(std::size_t at, std::size_t count) const {
+        return at <= content_.size() && count <= content_.size() - at;
+    }
+
+private:
+    [[nodiscard]] std::uint32_t number(std::size_t at, std::size_t count) const {
+        if (!holds(at, count)) {
+            return 0;
+        }
+        std::uint32_t value = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            value = value << 8U | content_[big_endian_ ? at + i : at + count - 1 - i];
+        }
+        return value;
+    }
+    Bytes content_;
+    bool big_endian_;
+};
+
+/// Takes the two entries at `at` of the file.
+void take_entries(MpoIndex& index, const NumberReader& numbers, std::size_t at) {
+    index.size1 = numbers.u32(at + 4);
+    index.size2 = numbers.u32(at + kMpEntryBytes + 4);
+    index.offset2 = numbers.u32(at + kMpEntryBytes + 8);
+}
+
+/// Whether the second picture can lie where the entries say.
+bool is_plausible(const MpoIndex& index, std::size_t file_size) {
+    const std::size_t start = index.origin + index.offset2;
+    return index.offset2 > 0 && index.size2 >= kPictureHead.size() && start <= file_size &&
+           index.size2 <= file_size - start;
+}
+
+/// Where the directory at `directory` says that the entries of the pictures are.
+std::optional<std::size_t> entries_by_tag(const NumberReader& numbers, std::size_t origin,
+                                          std::size_t directory) {
+    const std::size_t count = numbers.u16(directory);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t entry = directory + 2 + i * kEntryBytes;
+        if (!numbers.holds(entry, kEntryBytes)) {
+            break;
+        }
+        if (numbers.u16(entry) == kMpEntryTag) {
+            return origin + numbers.u32(entry + 8);
+        }
+    }
+    return std::nullopt;
+}
+
+void tell_irregular(const MpoIndex& index, const Voice& voice) {
+    const MessageCatalogue& messages = voice.messages();
+    const char* mail = messages.either("unforeseen error, please mail software supplier",
+                                       "unerwarteter Fehler, bitte an den Hersteller schreiben");
+    if (!index.known_order) {
+        voice.print(format_text("i883: %s %s\n", mail, kSupport));
+        voice.print(format_text(messages.either("i883: MP Endian not recognized, Counter = %zu\n",
+                                                "i883: MP-Bytefolge nicht erkannt, Counter = %zu\n"),
+                                index.origin + index.order_mark.size()));
+        for (std::size_t i = 0; i < index.order_mark.size(); ++i) {
+            voice.print(
+                format_text("i883: temp[%zu] = %2X\n", i, static_cast<unsigned>(index.order_mark[i])));
+        }
+    }
+    if (index.first_directory != kRegularDirectory) {
+        voice.print(format_text("%s: %s %s\n", index.big_endian ? "i1111" : "i1108", mail, kSupport));
+    }
+}
+
+void tell_missing_picture(const Voice& voice) {
+    const MessageCatalogue& messages = voice.messages();
+    voice.print(format_text(messages.either("i1217: unforeseen error, please mail details to %s\n",
+                                            "i1217: unerwarteter Fehler, bitte Einzelheiten senden an %s\n"),
+                            kSupport));
+    voice.print(messages.either("i1218: jpg-header of second image couldn't be found\n",
+                                "i1218: der JPG-Kopf des zweiten Bildes wurde nicht gefunden\n"));
+    voice.wait(WaitAbove::error);
+}
+
+/// What became of the file that one picture is to stand in.
+enum class CutResult { done, differs, failed };
+
+CutResult keep_picture(Bytes picture, const std::string& file) {
+    std::string reason;
+    std::error_code error;
+    if (std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
+        const auto old = read_file_whole(file, reason);
+        return old && std::equal(old->begin(), old->end(), picture.begin(), picture.end())
+                   ? CutResult::done
+                   : CutResult::differs;
+    }
+    return make_folders(folder_of(file), reason) && write_file_whole(file, picture).empty()
+               ? CutResult::done
+               : CutResult::failed;
+}
+
+}  // namespace
+
+bool is_mpo_name(const std::string& path) {
+    const std::string suffix = suffix_of(path);
+    return suffix == ".mpo" || suffix == ".MPO";
+}
+
+MpoIndex read_mpo_index(Bytes content) {
+    MpoIndex index;
+    const auto behind_marker = end_of(content, 0, kApplicationMarker);
+    const auto origin = behind_marker ? end_of(content, *behind_marker, kIdentifier) : std::nullopt;
+    if (!origin || content.size() - *origin < index.order_mark.size()) {
+        return index;
+    }
+    index.found = true;
+    index.origin = *origin;
+    std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(*origin), index.order_mark.size(),
+                index.order_mark.begin());
+    index.big_endian = index.order_mark == kBigEndian;
+    index.known_order = index.big_endian || index.order_mark == kLittleEndian;
+    const NumberReader numbers(content, index.big_endian);
+    index.first_directory = numbers.u32(index.origin + 4);
+    const std::size_t directory = index.origin + kRegularDirectory;
+    // Behind the directory: its count, its entries, the offset of the next directory.
+    take_entries(index, numbers, directory + 2 + kEntryBytes * numbers.u16(directory) + 4);
+    if (!is_plausible(index, content.size())) {
+        if (const auto named = entries_by_tag(numbers, index.origin, index.origin + index.first_directory)) {
+            take_entries(index, numbers, *named);
+        }
+    }
+    return index;
+}
+
+std::optional<MpoPictures> cut_mpo(Bytes content, const Voice& voice) {
+    const MpoIndex index = read_mpo_index(content);
+    if (index.found) {
+        tell_irregular(index, voice);
+    }
+    const std::size_t start2 = index.origin + index.offset2;
+    if (index.found && start2 != index.size1 && voice.verbose() >= 2) {
+        voice.print(voice.messages().either(
+            "   MPO image not according to spec, smart size evaluation and crossing fingers ;-)\n",
+            "   MPO-Bild nicht nach der Norm, die Groesse wird abgeschaetzt, Daumen druecken ;-)\n"));
+    }
+    const auto behind_head = index.found ? end_of(content, start2, kPictureHead) : std::nullopt;
+    if (!behind_head || index.size2 < kPictureHead.size() ||
+        index.size2 > content.size() - (*behind_head - kPictureHead.size())) {
+        tell_missing_picture(voice);
+        return std::nullopt;
+    }
+    return MpoPictures{content.first(start2),
+                       content.subspan(*behind_head - kPictureHead.size(), index.size2)};
+}
+
+bool leaves_cut_pictures(int estimate_geometry) {
+    static constexpr std::array kLeaving{0, 3, 4, 5};
+    return std::find(kLeaving.begin(), kLeaving.end(), estimate_geometry) != kLeaving.end();
+}
+
+MpoCutNames mpo_cut_names(const std::string& stereo, int input_mode) {
+    constexpr int kFoldersLeftRightStereo = 9;
+    const std::string own = folder_of(stereo);
+    const bool in_folder_s = input_mode == kFoldersLeftRightStereo && lower_case(bare_name_of(own)) == "s";
+    const std::string base = in_folder_s ? own.substr(0, own.size() - 1) : own + '/';
+    const std::string name = without_suffix(bare_name_of(stereo));
+    return {base + "l/" + name + "_mpo_l.jpg", base + "r/" + name + "_mpo_r.jpg"};
+}
+
+void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, const Voice& voice) {
+    const MessageCatalogue& messages = voice.messages();
+    const auto keep = [&](Bytes picture, const std::string& file, const std::string& failure) {
+        const CutResult result = keep_picture(picture, file);
+        if (result == CutResult::differs) {
+            voice.print(format_text(
+                messages.either("   The file %s is not from this mpo-file and stays as it is.\n",
+                                "   Die Datei %s ist nicht aus dieser mpo-Datei und bleibt, wie sie ist.\n"),
+                printable(file).c_str()));
+        } else if (result == CutResult::failed) {
+            voice.print(failure);
+            voice.wait(WaitAbove::error);
+        }
+    };
+    keep(pictures.left, names.left,
+         messages.text<Msg::img_input_left_file_create_failed>(printable(names.left)));
+    keep(pictures.right, names.right,
+         messages.text<Msg::img_input_right_file_create_failed>(printable(names.right)));
+}
+
+}  // namespace zemora
