@@ -57,8 +57,11 @@ FrameCounter file_counter(const std::string& path, char separator) {
     }
     const std::size_t before = last == 0 ? std::string::npos : name.rfind(separator, last - 1);
     const std::size_t start = before == std::string::npos ? last + 1 : before + 1;
-    const std::size_t dot = std::min(name.rfind('.'), name.size());
-    const std::size_t end = before == std::string::npos ? std::max(dot, start) : last;
+    std::size_t end = last;
+    if (before == std::string::npos) {
+        const std::size_t dot = name.find('.', start);
+        end = dot == std::string::npos ? name.size() : name.rfind('.');
+    }
     const std::string_view text = std::string_view(name).substr(start, end - start);
     FrameCounter counter{0, static_cast<int>(text.size())};
     if (counter.digits <= kMostDigits) {
