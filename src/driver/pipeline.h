@@ -120,6 +120,8 @@ void run_image_pipeline(Pipeline& pipeline);
 [[nodiscard]] bool iterate_geometry(Pipeline& pipeline, PairRun& pair);
 /// Takes the corrections from keys or from a stored record.
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
+/// The corrections and the window of a record, at the scale of the pair.
+void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
 /// Stereo window from the measured disparities.
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
 /// The output pair: final warp, automatic frame, forced size.

@@ -29,15 +29,15 @@ void show_first_shift(const Pipeline& pipeline) {
 
 bool measure_shift(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
-    if (voice.verbose() > 0) {
-        voice.print(voice.messages().either("Zemora::analyse:  phase 1: correlation\n",
-                                            "Zemora::Analyse:    Phase 1: Korrelation\n"));
-    }
+    const char* step = voice.messages().either("Zemora::analyse:  phase 1: correlation                  ",
+                                               "Zemora::Analyse:    Phase 1: Korrelation                  ");
+    voice.progress(step, 0.0);
     const PhaseRequest request{AnalysePhase::shift, 1, false, true};
     if (run_phase(pipeline, pipeline.input.reduced(), request, {}) != AnalyseStatus::done) {
         tell_oversize_shift(pipeline);
         return fail_to_mount(pipeline, pair, StatusCode::first_phase_failed);
     }
+    voice.progress(step, 100.0);
     if (pipeline.parameters.progress_output == 1) {
         show_first_shift(pipeline);
     }

@@ -23,15 +23,7 @@ void take_keys(const Pipeline& pipeline, PairRun& pair) {
 
 void take_record(Pipeline& pipeline, PairRun& pair) {
     const StoredCorrectionRecord& r = pair.stored;
-    pair.window.pure_shift_px = r[kRecordPureShift];
-    pair.window.window_shift_px = r[kRecordWindowShift];
-    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
-    pair.correction = {r[kRecordHeight],
-                       r[kRecordPureShift] + r[kRecordWindowShift],
-                       r[kRecordSize] / 100.0,
-                       r[kRecordRotation] * kRadiansPerDegree,
-                       r[kRecordVergenceV] * kRadiansPerDegree,
-                       r[kRecordVergenceH] * kRadiansPerDegree};
+    take_geometry(r, pair);
     pair.deviation = r[kRecordDeviation];
     pair.original_near_px = r[kRecordNearPoint];
     SelectionBox& selection = pair.selection;
@@ -52,6 +44,18 @@ void take_record(Pipeline& pipeline, PairRun& pair) {
 }
 
 }  // namespace
+
+void take_geometry(const StoredCorrectionRecord& r, PairRun& pair) {
+    pair.window.pure_shift_px = r[kRecordPureShift];
+    pair.window.window_shift_px = r[kRecordWindowShift];
+    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
+    pair.correction = {r[kRecordHeight],
+                       r[kRecordPureShift] + r[kRecordWindowShift],
+                       r[kRecordSize] / 100.0,
+                       r[kRecordRotation] * kRadiansPerDegree,
+                       r[kRecordVergenceV] * kRadiansPerDegree,
+                       r[kRecordVergenceH] * kRadiansPerDegree};
+}
 
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;

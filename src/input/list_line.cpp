@@ -126,6 +126,12 @@ std::optional<std::string> names_line(const std::string& root, const std::string
     return '"' + (relative ? below_left : left) + "\"   \"" + (relative ? below_right : right) + '"';
 }
 
+StoredCorrectionRecord as_listed(const StoredCorrectionRecord& values) {
+    ListLine line;
+    read_result("OK" + values_text(values), line);
+    return line.values;
+}
+
 std::string values_text(const StoredCorrectionRecord& values) {
     std::string text;
     for (std::size_t i = 0; i < kRecordFields; ++i) {

@@ -41,4 +41,7 @@ enum class LineFault {
 /// The values as they stand in a line: six significant digits, the last one as an integer.
 [[nodiscard]] std::string values_text(const StoredCorrectionRecord& values);
 
+/// The values as a later run reads them back from a line.
+[[nodiscard]] StoredCorrectionRecord as_listed(const StoredCorrectionRecord& values);
+
 }  // namespace zemora

@@ -75,6 +75,7 @@ void Console::progress(std::string_view step, double percent) {
     std::snprintf(number.data(), number.size(), "  %5.1f %%", percent);
     std::string line = before_ + std::string(step) + number.data();
     if (is_terminal_) {
+        line = before_ + std::string(step.substr(0, step.find_last_not_of(' ') + 1)) + number.data();
         // A line that reached the last column would start a new one each time.
         line = first_columns(line + "  " + behind_, terminal_columns() - 1);
         std::printf("\r%s\033[K", line.c_str());

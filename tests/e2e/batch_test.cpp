@@ -66,7 +66,7 @@ TEST_F(Batch, PairsThatCannotBeMountedMoveAwayOnce) {
     add_empty_view("r/b.jpg");
     workshop.write("l/c.jpg", "no picture");
     workshop.write("r/c.jpg", "no picture");
-    const Outcome outcome = run({"--InputMode=9", "--RenameRefused=1", "--WriteDataBase=2"});
+    const Outcome outcome = run({"--InputMode=9", "--RenameRefused=1", "--WriteDataBase=2", "--VerboseMode=2"});
     EXPECT_TRUE(outcome.tells("processed images: 1/3")) << outcome.text;
     const Names files = workshop.files();
     for (const char* name : {"lu/b.jpg", "ru/b.jpg", "l/a.jpg", "r/a.jpg", "l/c.jpg", "r/c.jpg"}) {

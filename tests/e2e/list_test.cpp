@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "input/list_line.h"
+#include "platform/child_process.h"
 #include "tests/e2e/workshop.h"
 
 namespace zemora::test {
@@ -89,15 +90,44 @@ TEST_F(ListOfImages, AFailedPairIsTriedAgainAndTheOthersAreNot) {
 
 TEST_F(ListOfImages, StoredCorrectionsGiveThePictureOfTheMeasuringRun) {
     add_pairs("a", misaligned_views());
-    Outcome outcome = run({"--InputMode=1", "--OutputFormat=3", "--PathofOutput=first"});
-    ASSERT_EQ(count_of("OK"), 1) << outcome.text;
-    outcome = run({"--InputMode=10", "--EstimateGeometry=2", "--OutputFormat=3", "--PathofOutput=second"});
+    // Tone is adapted by the picture before the final warp in one run and behind it in the other.
+    for (const auto& [contrast, levels] : {std::pair{"--AutoOutputContrast=0", 0}, std::pair{"--AutoOutputContrast=3", 3}}) {
+        Outcome outcome = run({"--InputMode=1", "--OutputFormat=3", "--PathofOutput=first", contrast});
+        ASSERT_EQ(count_of("OK"), 1) << outcome.text;
+        outcome =
+            run({"--InputMode=10", "--EstimateGeometry=2", "--OutputFormat=3", "--PathofOutput=second", contrast});
+        EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+        EXPECT_FALSE(outcome.tells("iterative")) << "measured again: " << outcome.text;
+        for (const char* name : {"cl/a_cl.bmp", "cr/a_cr.bmp"}) {
+            const Bitmap first = workshop.load(std::string("first/") + name);
+            const Bitmap second = workshop.load(std::string("second/") + name);
+            EXPECT_LE(greatest_difference(first.picture(), second.picture()), levels) << name;
+        }
+    }
+}
+
+TEST_F(ListOfImages, CorrectionsGoFromTheListIntoTheImages) {
+    if (find_program("exiftool").empty()) {
+        GTEST_SKIP() << "no exiftool";
+    }
+    add_pairs("a", misaligned_views());
+    ASSERT_EQ(run({"--InputMode=1"}).exit_code, 0);
+    const ListLine before = lines().at(0);
+    const Outcome outcome = run({"--InputMode=10", "--EstimateGeometry=5"});
     EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    EXPECT_FALSE(outcome.tells("iterative")) << "measured again: " << outcome.text;
-    for (const char* name : {"cl/a_cl.bmp", "cr/a_cr.bmp"}) {
-        const Bitmap first = workshop.load(std::string("first/") + name);
-        const Bitmap second = workshop.load(std::string("second/") + name);
-        EXPECT_EQ(greatest_difference(first.picture(), second.picture()), 0) << name;
+    EXPECT_FALSE(outcome.tells("iterative")) << outcome.text;
+    const ListLine after = lines().at(0);
+    EXPECT_EQ(after.status, "OK");
+    for (const RecordField field : {kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV, kRecordPureShift,
+                                    kRecordWindowShift, kRecordNearPoint}) {
+        EXPECT_EQ(after.values[field], before.values[field]) << field;
+    }
+    for (const char* name : {"a_l.jpg", "a_r.jpg"}) {
+        const ChildResult tag = run_child({"exiftool", "-s", "-s", "-s", "-comment", workshop.path(name)});
+        const auto record = parse_record(std::string(tag.output.begin(), tag.output.end()));
+        ASSERT_TRUE(record) << name;
+        EXPECT_NEAR((*record)[kRecordHeight], before.values[kRecordHeight], 0.006);
+        EXPECT_NEAR((*record)[kRecordWindowShift], before.values[kRecordWindowShift], 0.006);
     }
 }
 
