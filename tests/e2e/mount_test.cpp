@@ -190,7 +190,7 @@ TEST(Frames, ThinLineIsBlackRoundThePicture) {
 
 TEST(Frames, CurtainsBlackenTheOuterEdgesOnly) {
     PlainRun plain;
-    plain.run({"--AutoFrameFloating=5", "--FloatingTarget=60", "--WinOffReference=1"});
+    plain.run({"--AutoFrameFloating=5", "--EstimateWindow=4", "--FloatingTarget=60", "--WinOffReference=1"});
     const Bitmap left = plain.workshop.load("cl/foo_cl.bmp");
     const Bitmap right = plain.workshop.load("cr/foo_cr.bmp");
     int curtain = 0;
