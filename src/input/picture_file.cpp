@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "input/bmp_header.h"
+#include "input/exif_time.h"
 #include "input/targa_check.h"
 #include "input/tiff_profile.h"
 #include "platform/quiet_tiff.h"
@@ -235,7 +236,8 @@ LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     return content ? decode_picture(*content, path, keep_depth) : failed(LoadStatus::unreadable, reason);
 }
 
-LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path, bool keep_depth) {
+LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path,
+                             bool keep_depth) {
     if (content.empty()) {
         return failed(LoadStatus::unreadable, "the file is empty");
     }
@@ -276,6 +278,9 @@ LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::s
 }
 
 std::string capture_time_text(const std::string& path) {
+    if (const auto text = exif_time_text(path)) {
+        return *text;
+    }
     std::string reason;
     const auto content = read_content(path, reason);
     if (!content || content->empty() || content->size() > UINT32_MAX) {

@@ -37,8 +37,8 @@ struct LoadedPicture {
 [[nodiscard]] LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path,
                                            bool keep_depth = false);
 
-/// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss", of the EXIF directory, else of the picture's own;
-/// empty when there is none. Reads the header only.
+/// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss"; empty when there is none. Straight from the file
+/// where its kind is known, else (some camera raw files) from the picture library.
 [[nodiscard]] std::string capture_time_text(const std::string& path);
 
 }  // namespace zemora

@@ -67,36 +67,76 @@ const SourceRow kSources[] = {
     {{"2014:08:01 12:00:10+02:00", "", "", ""}, kTaken},
 };
 
-/// The pictures of the table as JPEG and TIFF, in the order of the table, and one that is no picture.
-std::vector<std::string> timed_files(const test::TestFolder& folder) {
-    std::vector<std::string> files;
+struct TimedFile {
+    std::string path;
+    const char* expected;  ///< Null for none.
+};
+
+/// The pictures of the table in each kind of file, and some that are no pictures.
+std::vector<TimedFile> timed_files(const test::TestFolder& folder) {
+    std::vector<TimedFile> files;
     for (const SourceRow& row : kSources) {
         const std::string stem = folder / std::to_string(files.size());
         test::write_bytes(stem + ".jpg", test::timed_jpeg(row.times));
         test::write_bytes(stem + ".tif", test::timed_tiff(row.times));
-        files.push_back(stem + ".jpg");
-        files.push_back(stem + ".tif");
+        test::write_bytes(stem + ".cr2", test::timed_tiff(row.times));
+        test::write_bytes(stem + ".png", test::timed_png(row.times));
+        for (const char* suffix : {".jpg", ".tif", ".cr2", ".png"}) {
+            files.push_back({stem + suffix, row.expected});
+        }
     }
     test::write_text(folder / "none.jpg", "no picture");
-    files.push_back(folder / "none.jpg");
-    files.push_back(folder / "missing.jpg");
+    files.push_back({folder / "none.jpg", nullptr});
+    files.push_back({folder / "missing.jpg", nullptr});
     return files;
 }
 
-void expect_times_of_table(CaptureClock& clock, const std::vector<std::string>& files) {
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        const char* expected = i / 2 < std::size(kSources) ? kSources[i / 2].expected : nullptr;
-        const auto time = clock.time_of(files[i]);
-        EXPECT_EQ(time, expected == nullptr ? std::nullopt : parse_capture_time(expected)) << files[i];
+std::vector<std::string> paths_of(const std::vector<TimedFile>& files) {
+    std::vector<std::string> paths;
+    for (const TimedFile& file : files) {
+        paths.push_back(file.path);
+    }
+    return paths;
+}
+
+void expect_times(CaptureClock& clock, const std::vector<TimedFile>& files) {
+    for (const TimedFile& file : files) {
+        const auto time = clock.time_of(file.path);
+        EXPECT_EQ(time, file.expected == nullptr ? std::nullopt : parse_capture_time(file.expected))
+            << file.path;
     }
     EXPECT_FALSE(clock.time_of(""));
 }
 
-TEST(CaptureClocks, ThePictureLibraryTakesTheTimeOfTaking) {
+TEST(CaptureClocks, FilesGiveTheTimeOfTakingWithoutExiv2) {
     const test::TestFolder folder;
     CaptureClock clock{std::string()};
     EXPECT_FALSE(clock.uses_exiv2());
-    expect_times_of_table(clock, timed_files(folder));
+    expect_times(clock, timed_files(folder));
+}
+
+TEST(CaptureClocks, BrokenDirectoriesHaveNoTime) {
+    const test::TestFolder folder;
+    const std::string path = folder / "broken.jpg";
+    for (const auto& whole : {test::timed_jpeg({kTaken, kOutside, kOther, kOther}),
+                              test::timed_png({kTaken, kOutside, kOther, kOther}),
+                              test::timed_tiff({kTaken, kOutside, kOther, kOther})}) {
+        for (std::size_t size = 0; size < 400; size += 3) {
+            test::write_bytes(
+                path,
+                {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(std::min(size, whole.size()))});
+            CaptureClock cut_off{std::string()};
+            const auto time = cut_off.time_of(path);
+            EXPECT_TRUE(!time || *time == *parse_capture_time(kTaken) ||
+                        *time == *parse_capture_time(kOutside))
+                << size;
+            auto bytes = whole;
+            bytes[size % bytes.size()] = 0xFF;
+            test::write_bytes(path, bytes);
+            CaptureClock damaged{std::string()};
+            (void)damaged.time_of(path);
+        }
+    }
 }
 
 TEST(CaptureClocks, Exiv2GivesTheSameTimesOneByOneAndTogether) {
@@ -106,10 +146,10 @@ TEST(CaptureClocks, Exiv2GivesTheSameTimesOneByOneAndTogether) {
     }
     const test::TestFolder folder;
     const auto files = timed_files(folder);
-    expect_times_of_table(one_by_one, files);
+    expect_times(one_by_one, files);
     CaptureClock together;
-    together.expect(files);
-    expect_times_of_table(together, files);
+    together.expect(paths_of(files));
+    expect_times(together, files);
 }
 
 /// Writes down each call and passes it on.

@@ -118,6 +118,23 @@ inline std::vector<std::uint8_t> timed_tiff(const PictureTimes& times) {
     return block.bytes();
 }
 
+/// The block stands in a chunk of its own before the pixels; its checksum is left at zero.
+inline std::vector<std::uint8_t> timed_png(const PictureTimes& times) {
+    TiffBlock block;
+    block.add_text(0x0132, times.changed);
+    detail::end_with_exif(block, times);
+    constexpr int kFirstChunkEnd = 8 + 25;  // bytes of the signature and the header chunk
+    std::vector<std::uint8_t> png = encoded(place_picture(16, 12).handle(), FIF_PNG);
+    const std::size_t size = block.bytes().size();
+    std::vector<std::uint8_t> chunk{
+        0,   0,  static_cast<std::uint8_t>(size >> 8), static_cast<std::uint8_t>(size & 0xFF), 'e', 'X',
+        'I', 'f'};
+    chunk.insert(chunk.end(), block.bytes().begin(), block.bytes().end());
+    chunk.insert(chunk.end(), 4, 0);
+    png.insert(png.begin() + kFirstChunkEnd, chunk.begin(), chunk.end());
+    return png;
+}
+
 inline void write_bytes(const std::string& path, const std::vector<std::uint8_t>& bytes) {
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
