@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/pictures.h"
-#include "tests/support/test_folder.h"
+#include "tests/input/pair_rig.h"
 
 namespace zemora {
 namespace {
@@ -11,39 +10,7 @@ namespace {
 using test::colour_at;
 using test::place_colour;
 using test::place_picture;
-
-/// An input pair with its surroundings; its console goes to standard output, which tests capture.
-struct Rig {
-    test::TestFolder folder;
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
-    ViewGeometry left;
-    ViewGeometry right;
-    std::string told;
-
-    Rig() {
-        parameters.stop_at_error = 0;
-        parameters.passe_color_red = 200;
-    }
-    void save(const char* name, const Bitmap& picture) const {
-        const auto bytes = test::encoded(picture.handle(), FIF_BMP);
-        test::write_text(folder / name, {bytes.begin(), bytes.end()});
-    }
-    std::unique_ptr<InputPair> pair_of(int stereo_image_input) {
-        parameters.stereo_image_input = stereo_image_input;
-        return std::make_unique<InputPair>(parameters, left, right, voice);
-    }
-    ReadResult read(InputPair& pair) {
-        testing::internal::CaptureStdout();
-        const ReadResult result =
-            pair.read_input_images({folder / "l.bmp", folder / "r.bmp", folder / "s.bmp"}, true);
-        console.flush();
-        told = testing::internal::GetCapturedStdout();
-        return result;
-    }
-};
+using test::Rig;
 
 const Colour kPasse{0, 0, 200};
 

@@ -9,6 +9,7 @@
 
 #include "input/targa_check.h"
 #include "input/tiff_profile.h"
+#include "tests/support/outside_files.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
 
@@ -255,22 +256,9 @@ TEST(TargaCheck, CountsPacketsAcrossTheEndOfTheLastRow) {
     EXPECT_TRUE(targa_is_cut_off({}));
 }
 
-/// Odd and damaged pictures of many programs, where they are there; empty otherwise.
-std::string odd_pictures() {
-    if (const char* set = std::getenv("ZEMORA_ODD_PICTURES")) {
-        return set;
-    }
-    for (std::filesystem::path folder = std::filesystem::path(__FILE__).parent_path();
-         folder != folder.root_path(); folder = folder.parent_path()) {
-        if (std::filesystem::is_directory(folder / "shared/data/odd")) {
-            return folder / "shared/data/odd";
-        }
-    }
-    return {};
-}
-
 TEST(OddPictures, LoadOrAreRefusedWithAReasonAndInSilence) {
-    const std::string root = odd_pictures();
+    // Odd and damaged pictures of many programs.
+    const std::string root = test::outside_folder("odd", "ZEMORA_ODD_PICTURES");
     if (root.empty()) {
         GTEST_SKIP() << "no folder of odd pictures";
     }
