@@ -212,7 +212,8 @@ bool InputPair::load_mpo_file(const std::string& path) {
     }
     const MpoCutNames names = mpo_cut_names(path, parameters_.input_mode);
     const auto decode = [&](bool is_left) {
-        return decode_picture(is_left ? pictures->left : pictures->right, is_left ? names.left : names.right);
+        const std::span<const std::uint8_t> picture = is_left ? pictures->left : pictures->right;
+        return decode_picture({picture.begin(), picture.end()}, is_left ? names.left : names.right);
     };
     if (!load_both(decode, path, path)) {
         unsupported_ = false;  // no converter takes a part of a file

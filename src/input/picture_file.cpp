@@ -14,6 +14,7 @@
 
 #include "input/bmp_header.h"
 #include "input/exif_time.h"
+#include "input/jpeg_metadata.h"
 #include "input/targa_check.h"
 #include "input/tiff_profile.h"
 #include "platform/quiet_tiff.h"
@@ -195,14 +196,19 @@ Bitmap as_24_bits(Bitmap bitmap) {
     return bitmap ? Bitmap(FreeImage_ConvertTo24Bits(bitmap.handle())) : Bitmap();
 }
 
-/// A file in the form that the image library reads well and without harm.
+/// Brings a file into the form that the image library reads well and without harm.
+void make_harmless(std::vector<std::uint8_t>& content) {
+    if (auto shortened = with_short_bmp_header(content)) {
+        content = std::move(*shortened);
+    }
+    hide_tiff_profile(content);
+    hide_jpeg_metadata(content);
+}
+
 std::optional<std::vector<std::uint8_t>> read_content(const std::string& path, std::string& reason) {
     auto content = read_file_whole(path, reason);
     if (content) {
-        if (auto shortened = with_short_bmp_header(*content)) {
-            content = std::move(shortened);
-        }
-        hide_tiff_profile(*content);
+        make_harmless(*content);
     }
     return content;
 }
@@ -232,12 +238,13 @@ bool is_tiff_file(const std::string& path) {
 
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
-    const auto content = read_content(path, reason);
-    return content ? decode_picture(*content, path, keep_depth) : failed(LoadStatus::unreadable, reason);
+    auto content = read_file_whole(path, reason);
+    return content ? decode_picture(std::move(*content), path, keep_depth)
+                   : failed(LoadStatus::unreadable, reason);
 }
 
-LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path,
-                             bool keep_depth) {
+LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::string& path, bool keep_depth) {
+    make_harmless(content);
     if (content.empty()) {
         return failed(LoadStatus::unreadable, "the file is empty");
     }

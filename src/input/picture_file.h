@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "numerics/bitmap.h"
 
@@ -33,8 +34,8 @@ struct LoadedPicture {
 /// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
 [[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
 
-/// The same for a picture in memory; `path` stands for its suffix.
-[[nodiscard]] LoadedPicture decode_picture(std::span<const std::uint8_t> content, const std::string& path,
+/// The same for a file in memory; `path` stands for its suffix.
+[[nodiscard]] LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::string& path,
                                            bool keep_depth = false);
 
 /// The EXIF tag DateTimeOriginal, "YYYY:MM:DD hh:mm:ss"; empty when there is none. Straight from the file

@@ -128,8 +128,8 @@ TEST(Mpo, NoMutationOfTheHeadBreaksTheReader) {
             ++cut;
             ASSERT_LE(pictures->left.size(), bytes.size());
             ASSERT_LE(pictures->right.data() + pictures->right.size(), bytes.data() + bytes.size());
-            (void)decode_picture(pictures->left, "l.jpg");
-            (void)decode_picture(pictures->right, "r.jpg");
+            (void)decode_picture({pictures->left.begin(), pictures->left.end()}, "l.jpg");
+            (void)decode_picture({pictures->right.begin(), pictures->right.end()}, "r.jpg");
         }
     }
     rig.console.flush();
