@@ -33,10 +33,6 @@ std::string_view take_word(std::string_view& text) {
     return word;
 }
 
-std::string name_of(std::string_view raw) {
-    return with_slashes(utf8_text(raw));
-}
-
 /// Status and values behind the names, as far as they can be read.
 void read_result(std::string_view rest, ListLine& line) {
     line.values = {};
@@ -67,8 +63,8 @@ LineFault find_quoted_pair(std::string_view raw, ListLine& line) {
     if (left_start == npos || right_end - right_start - 1 < kShortestRightName) {
         return LineFault::wrong_quotes;
     }
-    line.left = name_of(raw.substr(left_start + 1, left_end - left_start - 1));
-    line.right = name_of(raw.substr(right_start + 1, right_end - right_start - 1));
+    line.left = with_slashes(raw.substr(left_start + 1, left_end - left_start - 1));
+    line.right = with_slashes(raw.substr(right_start + 1, right_end - right_start - 1));
     line.names_end = right_end + 1;
     return LineFault::none;
 }
@@ -79,16 +75,16 @@ LineFault find_quoted_name(std::string_view raw, ListLine& line) {
     if (start == end) {
         return LineFault::no_name;
     }
-    line.left = name_of(raw.substr(start + 1, end - start - 1));
+    line.left = with_slashes(raw.substr(start + 1, end - start - 1));
     line.names_end = end + 1;
     return LineFault::none;
 }
 
 void find_words(std::string_view raw, bool two_files, ListLine& line) {
     std::string_view rest = raw;
-    line.left = name_of(take_word(rest));
+    line.left = with_slashes(take_word(rest));
     if (two_files) {
-        line.right = name_of(take_word(rest));
+        line.right = with_slashes(take_word(rest));
     }
     line.names_end = raw.size() - rest.size();
 }

@@ -15,7 +15,7 @@ inline constexpr std::size_t kShortestListLine = 5;
 inline constexpr std::size_t kLongestListLine = 64 * 1024;
 
 struct ListLine {
-    std::string left;    ///< Or the stereo name; UTF-8, "\" as "/".
+    std::string left;    ///< Or the stereo name; in the bytes of the file, "\" as "/".
     std::string right;   ///< Empty for a stereo file.
     std::string status;  ///< "", "OK", "IM", "QU", or some other word.
     int item_count = 0;  ///< Status and values: 36 when whole.

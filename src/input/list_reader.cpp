@@ -136,7 +136,7 @@ bool ListReader::is_taken(ListLine& line, std::string_view raw) {
 void ListReader::tell_second_try(const ListLine& line) const {
     voice_.say<Msg::files_input_pair_failed_in_first_pass>();
     voice_.say<Msg::files_input_pair_will_be_tried_again>();
-    voice_.print(printable(line.left) + (list_.two_files ? " <-> " + printable(line.right) : "") + "\n\n");
+    voice_.print(printable(utf8_text(line.left)) + (list_.two_files ? " <-> " + printable(utf8_text(line.right)) : "") + "\n\n");
     voice_.wait(WaitAbove::information);
 }
 
@@ -146,10 +146,10 @@ void ListReader::tell_done(const ListLine& line) const {
     }
     if (list_.two_files) {
         voice_.say<Msg::files_input_ok_found_images_skipped>();
-        voice_.print("   " + printable(line.left) + "\n   " + printable(line.right) + '\n');
+        voice_.print("   " + printable(utf8_text(line.left)) + "\n   " + printable(utf8_text(line.right)) + '\n');
     } else {
         voice_.say<Msg::files_input_ok_found_image_skipped>();
-        voice_.print(printable(line.left) + '\n');
+        voice_.print(printable(utf8_text(line.left)) + '\n');
     }
 }
 
@@ -186,16 +186,15 @@ void ListReader::drop_foreign_selection(StoredCorrectionRecord& values) const {
     voice_.wait(WaitAbove::error);
 }
 
+/// A name that is no valid UTF-8 may be one of this disk as it is, or come from another system.
 std::string ListReader::as_on_disk(const std::string& name) {
     const std::string path = join_path(parameters_.path_of_images, name);
-    const FoundName found = finder_.find(path);
-    if (found.match == NameMatch::several) {
-        voice_.print(format_text(
-            voice_.messages().either("%s: more than one file has this name in other upper and lower case.\n",
-                                     "%s: mehrere Dateien heissen so in anderer Gross- und Kleinschreibung.\n"),
-            printable(path).c_str()));
+    const std::string meant = utf8_text(path);
+    if (meant != path && identity_of(path)) {
+        return path;
     }
-    return found.is_there() ? found.path : path;
+    const FoundName found = find_and_tell(finder_, voice_, meant);
+    return found.is_there() ? found.path : meant;
 }
 
 bool ListReader::complete_names(ListLine& line, std::string_view raw) {

@@ -1,5 +1,6 @@
 #include "input/list_scan.h"
 
+#include "config/text_lines.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -8,10 +9,16 @@ namespace zemora {
 
 namespace {
 
+/// What a name is compared as.
 using Fold = std::string (*)(std::string_view);
 
-std::string as_it_is(std::string_view text) {
-    return std::string(text);
+std::string as_it_is(std::string_view name) {
+    return std::string(name);
+}
+
+/// For lists in Windows-1252 and names in other upper and lower case.
+std::string as_meant(std::string_view name) {
+    return fold_case(utf8_text(name));
 }
 
 bool names_object(const ListLine& line, const std::string& root, const ObjectNames& object, Fold fold) {
@@ -76,7 +83,7 @@ std::optional<LinePlace> find_object(std::string_view text, const std::string& r
                                      const ObjectNames& object) {
     Search search{text, root, object, std::nullopt, false};
     search.run_by_bare_name();
-    for (const Fold fold : {as_it_is, fold_case}) {
+    for (const Fold fold : {as_it_is, as_meant}) {
         if (!search.found) {
             search.run_over_all(fold);
         }

@@ -42,8 +42,8 @@ struct ObjectNames {
     std::string right;
 };
 
-/// The line of the object: names are compared as absolute paths, in any order, with regard to case
-/// first. Of equal lines the first without a result.
+/// The line of the object: names are compared as absolute paths, in any order; byte by byte
+/// first, then without regard to case and encoding. Of equal lines the first without a result.
 [[nodiscard]] std::optional<LinePlace> find_object(std::string_view text, const std::string& root,
                                                    const ObjectNames& object);
 

@@ -50,14 +50,14 @@ INSTANTIATE_TEST_SUITE_P(Table, ListLineForms, testing::Values(
     LineCase{"words", "a_l.jpg a_r.jpg IM", true, LineFault::none, "a_l.jpg", "a_r.jpg", "IM", 1},
     LineCase{"number_garbage", "\"a.jpg\" \"b.jpg\" OK 1 2x 3", true, LineFault::none, "a.jpg", "b.jpg", "OK", 2},
     LineCase{"not_a_number", "\"a.jpg\" \"b.jpg\" OK nan 1e999 3", true, LineFault::none, "a.jpg", "b.jpg", "OK", 1},
-    LineCase{"ansi", "\"M\xFChle_l.jpg\" \"M\xFChle_r.jpg\"", true, LineFault::none, "M\xC3\xBChle_l.jpg", "M\xC3\xBChle_r.jpg", "", 0},
+    LineCase{"ansi", "\"M\xFChle_l.jpg\" \"M\xFChle_r.jpg\"", true, LineFault::none, "M\xFChle_l.jpg", "M\xFChle_r.jpg", "", 0},
     LineCase{"three_quotes", "\"a.jpg\" \"b.jpg OK", true, LineFault::wrong_quotes, "", "", "", 0},
     LineCase{"one_quote", "\"a.jpg b.jpg", true, LineFault::wrong_quotes, "", "", "", 0},
     LineCase{"short_right", "\"a.jpg\" \"b.jp\"", true, LineFault::wrong_quotes, "", "", "", 0},
     LineCase{"stereo", "\"s/a b.jpg\" OK 1", false, LineFault::none, "s/a b.jpg", "", "OK", 2},
     LineCase{"stereo_words", "a.jpg QU", false, LineFault::none, "a.jpg", "", "QU", 1},
     LineCase{"stereo_one_quote", "\"a.jpg OK", false, LineFault::no_name, "", "", "", 0}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 // clang-format on
 
 TEST(ListLine, ValuesComeBackAsTheyWereWritten) {
@@ -265,7 +265,7 @@ INSTANTIATE_TEST_SUITE_P(
                     MarkCase{"imperfect", " IM", false, false, false, "IMPERFECT"},
                     MarkCase{"quit", " QU", false, false, false, "QUIT"},
                     MarkCase{"word", " done", false, false, false, "case: 2!"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ReadListed, ValuesBelongToTheirOwnObject) {
     parameters.estimate_geometry = 2;
@@ -279,6 +279,17 @@ TEST_F(ReadListed, ValuesBelongToTheirOwnObject) {
     EXPECT_EQ((*list.stored(1))[kRecordHeight], -3.25);
     EXPECT_EQ((*list.stored(1))[kRecordWindowShift], 7.25);
     EXPECT_EQ((*list.stored(1))[kRecordCroppOutput], 2.0);
+}
+
+TEST_F(ReadListed, NamesOfOtherEncodingsLeadToTheirFiles) {
+    for (const char* name : {"M\xC3\xBChle_l.jpg", "M\xC3\xBChle_r.jpg", "raw\xE4_l.jpg", "raw\xE4_r.jpg"}) {
+        write_text(folder / name, "x");
+    }
+    const ImageList list =
+        read("\"M\xFChle_l.jpg\" \"M\xFChle_r.jpg\"\n\"raw\xE4_l.jpg\" \"raw\xE4_r.jpg\"\n");
+    ASSERT_EQ(list.count(), 2) << told;
+    EXPECT_EQ(list.left(0), folder / "M\xC3\xBChle_l.jpg");
+    EXPECT_EQ(list.right(1), folder / "raw\xE4_r.jpg");
 }
 
 TEST_F(ReadListed, AStoredSelectionGoesWhenTheOutputTakesAnotherForm) {
