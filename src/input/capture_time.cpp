@@ -166,7 +166,7 @@ std::vector<std::string> CaptureClock::batch_from(const std::string& file) const
         return batch;
     }
     for (std::size_t i = place->second + 1; i < expected_.size() && batch.size() < kMostFiles; ++i) {
-        if (!stands_alone(expected_[i]) && known_.count(expected_[i]) == 0) {
+        if (!stands_alone(expected_[i]) && !known_.contains(expected_[i])) {
             batch.push_back(expected_[i]);
         }
     }

@@ -27,7 +27,7 @@ void stop_at_depth_gaps(const ParameterSet& parameters, const Voice& voice, cons
         format_text(voice.messages().either(
                         "%lld depth masks are missing. This version does not interpolate depth masks yet.\n",
                         "%lld Tiefenmasken fehlen. Diese Version interpoliert noch keine Tiefenmasken.\n"),
-                    static_cast<long long>(plan.missing * plan.blocks)));
+                    static_cast<long long>(plan.missing) * plan.blocks));
     voice.wait(WaitAbove::error);
     end_process(kExitFailure);
 }

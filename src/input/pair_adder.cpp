@@ -84,11 +84,9 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
                     const StoredCorrectionRecord* stored) {
     const std::uint32_t left = number_of(left_file);
     const std::uint32_t right = number_of(right_file);
+    const bool exchanged = parameters_.inverse_input == 1;
     switch (parameters_.interlaced_mode) {
-        case kProgressive:
-            parameters_.inverse_input == 1 ? add_object(right, left, stored)
-                                           : add_object(left, right, stored);
-            break;
+        case kProgressive: add_object(exchanged ? right : left, exchanged ? left : right, stored); break;
         case kRightOfPairBefore:
             if (has_pair_before_) {
                 add_object(left, right_before_, stored);

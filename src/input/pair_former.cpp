@@ -10,7 +10,7 @@ void PairFormer::add(std::string left, std::string right) {
         return;
     }
     if (parameters.input_mode == kAlternating && is_every_second_) {
-        names_.add_pair(right, left);
+        names_.add_pair(right, left);  // NOLINT(readability-suspicious-call-argument): exchanged
     } else {
         names_.add_pair(left, right);
     }

@@ -139,7 +139,7 @@ FoundName NameFinder::find(const std::string& path) {
     if (parent.empty() || parent == path) {
         return {};
     }
-    const FoundName folder = find(parent);
+    FoundName folder = find(parent);
     if (!folder.is_there()) {
         return folder;
     }

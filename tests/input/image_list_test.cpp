@@ -177,13 +177,18 @@ TEST(ImageListListing, TellsFoldersAsTheyChange) {
 }
 
 TEST(ImageListListing, TheListHoldsAlternatingPairsByTurns) {
-    CollectRig rig(6);
-    rig.parameters.write_data_base = 1;
-    rig.parameters.list_of_images = "list.txt";
-    rig.add({"1.jpg", "2.jpg", "3.jpg", "4.jpg"});
-    (void)rig.build();
-    EXPECT_EQ(test::read_text(rig.folder / "list.txt"),
-              "\"1.jpg\"   \"2.jpg\"\n\"3.jpg\"   \"2.jpg\"\n\"3.jpg\"   \"4.jpg\"\n");
+    const std::pair<int, const char*> rows[] = {
+        {5, "\"1.jpg\"   \"2.jpg\"\n\"2.jpg\"   \"3.jpg\"\n\"3.jpg\"   \"4.jpg\"\n"},
+        {6, "\"1.jpg\"   \"2.jpg\"\n\"3.jpg\"   \"2.jpg\"\n\"3.jpg\"   \"4.jpg\"\n"},
+    };
+    for (const auto& [input_mode, lines] : rows) {
+        CollectRig rig(input_mode);
+        rig.parameters.write_data_base = 1;
+        rig.parameters.list_of_images = "list.txt";
+        rig.add({"1.jpg", "2.jpg", "3.jpg", "4.jpg"});
+        (void)rig.build();
+        EXPECT_EQ(test::read_text(rig.folder / "list.txt"), lines);
+    }
 }
 
 /// Runs that have nothing to mount tell why and end with code 1.

@@ -58,6 +58,33 @@ const SequenceRow kSequences[] = {
 INSTANTIATE_TEST_SUITE_P(Times, TimedSequences, ::testing::ValuesIn(kSequences),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST(TimedSequenceOfFolders, EachFolderHasItsOwnReference) {
+    CollectRig rig(4);
+    rig.parameters.include_subdirs = 1;
+    rig.parameters.exif_time_tolerance = 3;
+    const std::pair<const char*, int> shots[] = {{"A/1.jpg", 0},   {"A/2.jpg", 10},  {"B/3.jpg", 60},
+                                                 {"B/4.jpg", 100}, {"B/5.jpg", 120}, {"B/6.jpg", 161}};
+    for (const auto& [name, seconds] : shots) {
+        rig.add_shot(name, seconds);
+    }
+    EXPECT_EQ(rig.build(), (Names{"A/1.jpg A/2.jpg", "B/3.jpg B/4.jpg", "B/5.jpg B/6.jpg"}));
+}
+
+TEST(TimedSequenceWithoutExiv2, MakesTheSamePairsAndNamesTheTool) {
+    const std::string path = getenv("PATH");
+    setenv("PATH", "/nowhere", 1);
+    CollectRig rig(7);
+    rig.parameters.exif_time_tolerance = 3;
+    rig.add({"0.jpg", "1.jpg", "2.jpg"});
+    EXPECT_EQ(rig.build().size(), 2U);
+    EXPECT_EQ(CollectRig::count_of(rig.told, "The jpg-format is not supported"), 1) << rig.told;
+    rig.add_shot("0.jpg", 0);
+    rig.add_shot("1.jpg", 2);
+    rig.add_shot("2.jpg", 9);
+    EXPECT_EQ(rig.build(), Names{"0.jpg 1.jpg"});
+    setenv("PATH", path.c_str(), 1);
+}
+
 /// Two folders of shots; the second left one of A has no partner.
 void add_shots_with_orphan(const CollectRig& rig) {
     int seconds = 0;
