@@ -17,6 +17,7 @@ constexpr std::array<std::uint8_t, 4> kIdentifier{'M', 'P', 'F', 0};
 constexpr std::array<std::uint8_t, 4> kLittleEndian{'I', 'I', '*', 0};
 constexpr std::array<std::uint8_t, 4> kBigEndian{'M', 'M', 0, '*'};
 constexpr std::array<std::uint8_t, 4> kPictureHead{0xFF, 0xD8, 0xFF, 0xE1};  // SOI and APP1
+constexpr std::array<std::uint8_t, 2> kPictureEnd{0xFF, 0xD9};               // EOI
 constexpr std::uint32_t kRegularDirectory = 8;
 constexpr std::size_t kEntryBytes = 12;    ///< Of a directory.
 constexpr std::size_t kMpEntryBytes = 16;  ///< Of a picture in the index.
@@ -182,13 +183,17 @@ std::optional<MpoPictures> cut_mpo(Bytes content, const Voice& voice) {
             "   MPO-Bild nicht nach der Norm, die Groesse wird abgeschaetzt, Daumen druecken ;-)\n"));
     }
     const auto behind_head = index.found ? end_of(content, start2, kPictureHead) : std::nullopt;
-    if (!behind_head || index.size2 < kPictureHead.size() ||
-        index.size2 > content.size() - (*behind_head - kPictureHead.size())) {
+    const std::size_t found2 = behind_head ? *behind_head - kPictureHead.size() : content.size();
+    if (index.size2 < kPictureHead.size() || index.size2 > content.size() - found2) {
         tell_missing_picture(voice);
         return std::nullopt;
     }
-    return MpoPictures{content.first(start2),
-                       content.subspan(*behind_head - kPictureHead.size(), index.size2)};
+    // Between the pictures there may be padding, which belongs to neither; but an offset that is too small
+    // must not cost the first picture its end.
+    const bool ends_there =
+        start2 >= kPictureEnd.size() && std::equal(kPictureEnd.begin(), kPictureEnd.end(),
+                                                   content.begin() + static_cast<std::ptrdiff_t>(start2) - 2);
+    return MpoPictures{content.first(ends_there ? start2 : found2), content.subspan(found2, index.size2)};
 }
 
 bool leaves_cut_pictures(int estimate_geometry) {

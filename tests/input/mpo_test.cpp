@@ -83,6 +83,15 @@ TEST(Mpo, AnIrregularFirstSizeIsToldWhenTheUserWantsToKnow) {
     EXPECT_EQ(quiet.pictures->left.size(), mpo.left.size()) << "the place of the second picture rules";
 }
 
+TEST(Mpo, AnOffsetIntoTheFirstPictureDoesNotCostItsEnd) {
+    GeneratedMpo mpo = small_mpo();
+    mpo.bytes[mpo.origin + 8 + 2 + 36 + 4 + 16 + 8] -= 2;  // lowest byte of the second offset
+    const Cut cut(mpo.bytes);
+    ASSERT_TRUE(cut.pictures) << cut.told;
+    EXPECT_EQ(cut.pictures->left.size(), mpo.left.size());
+    EXPECT_TRUE(equal(cut.pictures->right, mpo.right));
+}
+
 TEST(Mpo, AnImpossibleSecondPictureIsTold) {
     const auto refused = [](const FileBytes& bytes) {
         const Cut cut(bytes);
@@ -228,7 +237,7 @@ TEST(MpoInput, AFolderThatCannotBeMadeIsToldAndTheViewsCome) {
 TEST(MpoInput, DamagedSecondPictureIsUnreadableAndLeavesNothing) {
     MpoRig rig(0);
     GeneratedMpo mpo = small_mpo();
-    std::fill(mpo.bytes.end() - 200, mpo.bytes.end(), std::uint8_t{0});
+    std::fill(mpo.bytes.end() - 200, mpo.bytes.end(), std::uint8_t{0});  // no end, no pixels
     rig.write(mpo.bytes);
     EXPECT_EQ(rig.read_mpo(), ReadResult::unreadable);
     EXPECT_NE(rig.pair->failure().find("pic.mpo"), std::string::npos) << rig.pair->failure();
