@@ -13,20 +13,12 @@ namespace zemora {
 
 namespace {
 
-bool starts_with(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
-}
-
-bool ends_with(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
-}
-
 constexpr std::array<std::string_view, 17> kOutputFolders{
     "cl", "cr", "clr", "cs", "ca", "cp", "ct", "cd", "ce", "lo", "ro", "lu", "ru", "su", "lq", "rq", "sq"};
 constexpr std::string_view kExtraFolderStart = "ce_";
 
 bool is_plain_output_folder(std::string_view folded) {
-    return starts_with(folded, kExtraFolderStart) ||
+    return folded.starts_with(kExtraFolderStart) ||
            std::find(kOutputFolders.begin(), kOutputFolders.end(), folded) != kOutputFolders.end();
 }
 
@@ -65,7 +57,7 @@ template <class Table>
 bool matches_one_of(const Table& table, const std::string& name) {
     const std::string folded = fold_case(name);
     return std::any_of(table.begin(), table.end(), [&](const NamePattern& row) {
-        return starts_with(folded, row.start) && ends_with(folded, row.end);
+        return folded.starts_with(row.start) && folded.ends_with(row.end);
     });
 }
 
@@ -105,7 +97,7 @@ bool is_output_folder_name(const std::string& name, const std::string& ident) {
     std::replace_if(
         end.begin(), end.end(), [](char c) { return c == '/' || c == '\\'; }, '_');
     return is_plain_output_folder(folded) ||
-           (!end.empty() && ends_with(folded, end) &&
+           (!end.empty() && folded.ends_with(end) &&
             (folded == end ||
              is_plain_output_folder(std::string_view(folded).substr(0, folded.size() - end.size()))));
 }
@@ -142,7 +134,7 @@ std::string partner_name(const std::string& left, bool depth_masks) {
     const std::string suffix = suffix_of(left);
     const std::string stem = without_suffix(left);
     for (const MarkerRow& row : kPartners) {
-        if (row.depth_masks == depth_masks && !suffix.empty() && ends_with(stem, row.left)) {
+        if (row.depth_masks == depth_masks && !suffix.empty() && stem.ends_with(row.left)) {
             return stem.substr(0, stem.size() - row.left.size()).append(row.right) + suffix;
         }
     }
@@ -159,7 +151,7 @@ const char* name_marker(int stereo_image_input) {
 }
 
 bool has_marker(const std::string& name, const char* marker) {
-    return !suffix_of(name).empty() && ends_with(lower_case(without_suffix(name)), marker);
+    return !suffix_of(name).empty() && lower_case(without_suffix(name)).ends_with(marker);
 }
 
 }  // namespace zemora

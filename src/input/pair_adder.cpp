@@ -76,8 +76,11 @@ void PairAdder::add_object(std::uint32_t left, std::uint32_t right, const Stored
     } else {
         list_.add_object(left, right);
     }
-    const std::string& name = list_.names()[left];
-    left_name_width_ = std::max(left_name_width_, character_count(printable(bare_name_of(name))));
+    if (left != measured_left_) {
+        measured_left_ = left;
+        const std::string name = printable(bare_name_of(list_.names()[left]));
+        left_name_width_ = std::max(left_name_width_, character_count(name));
+    }
 }
 
 void PairAdder::add(const std::string& left_file, const std::string& right_file,

@@ -2,6 +2,7 @@
 /// Adds accepted pairs and stereo files to the list.
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <unordered_map>
 
@@ -43,6 +44,7 @@ private:
     std::uint32_t left_before_ = 0;  ///< Of the pair before.
     std::uint32_t right_before_ = 0;
     bool has_pair_before_ = false;
+    std::uint32_t measured_left_ = std::numeric_limits<std::uint32_t>::max();  ///< The latest one.
     int left_name_width_ = 0;
 };
 
