@@ -1,5 +1,6 @@
 #include "input/passepartout.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
@@ -143,17 +144,25 @@ void protect_from_colour(Picture picture, Colour colour) {
 
 void paint_frame(Picture picture, Colour colour, bool measured, int tolerance) {
     const FrameReach reach = FrameScan(picture, colour, measured, tolerance).run();
-#pragma omp parallel for schedule(static) if (worth_sharing(picture))
+    const int deepest_lower =
+        picture.width > 0 ? *std::max_element(reach.lower.begin(), reach.lower.end()) : 0;
+    const int deepest_upper =
+        picture.width > 0 ? *std::max_element(reach.upper.begin(), reach.upper.end()) : 0;
+#pragma omp parallel for schedule(dynamic, 16) if (worth_sharing(picture))
     for (int y = 0; y < picture.height; ++y) {
         protect_row(picture.row(y), picture.width, colour);
-        const int from_top = picture.height - 1 - y;
         const int left = reach.left[static_cast<std::size_t>(y)];
-        const int right = picture.width - reach.right[static_cast<std::size_t>(y)];
-        std::uint8_t* pixel = picture.row(y);
-        for (int x = 0; x < picture.width; ++x, pixel += kPixelBytes) {
+        const int right = reach.right[static_cast<std::size_t>(y)];
+        fill(picture.part(0, y, left, 1), colour);
+        fill(picture.part(picture.width - right, y, right, 1), colour);
+        const int from_top = picture.height - 1 - y;
+        if (y >= deepest_lower && from_top >= deepest_upper) {
+            continue;
+        }
+        for (int x = left; x < picture.width - right; ++x) {
             const auto column = static_cast<std::size_t>(x);
-            if (x < left || x >= right || y < reach.lower[column] || from_top < reach.upper[column]) {
-                set_colour(pixel, colour);
+            if (y < reach.lower[column] || from_top < reach.upper[column]) {
+                set_colour(picture.pixel(x, y), colour);
             }
         }
     }

@@ -10,6 +10,7 @@
 
 #include "input/picture_file.h"
 #include "render/cmyk.h"
+#include "render/rgb16.h"
 #include "render/save_picture.h"
 #include "tests/render/render_scene.h"
 
@@ -287,6 +288,37 @@ TEST_F(Outputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
         EXPECT_LT(difference.largest, 1.6);
         EXPECT_GT(difference.odd_low_bytes, view.width * view.height / 2);
     }
+}
+
+TEST_F(Outputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
+    const DeepSource source(120, 90);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    const Bitmap painted = source.shallow.clone();
+    fill(painted.picture().part(0, 0, 30, 90), {});  // the colour of background
+    ParameterSet set;
+    set.output_format = 7;
+    set.stereo_image_input = 2;
+    Rig rig(set);
+    WarpRequest request = rig.request(painted, painted);
+    request.interpolation = 2;
+    request.correction = {3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F};
+    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    const SourceFiles sources{file("deep.tif"), file("deep.tif"), {painted.picture(), painted.picture()}};
+    const DeepPair deep = make_deep_pair(*rig.warp, sources);
+    ASSERT_TRUE(deep);
+    int background = 0;
+    int different = 0;
+    const ConstPicture bytes = rig.warp->pair().left;
+    for (int y = 0; y < bytes.height; ++y) {
+        const auto* row = reinterpret_cast<const FIRGB16*>(deep.left.bits() + y * deep.left.pitch());
+        for (int x = 0; x < bytes.width; ++x) {
+            const bool empty = row[x].red == 0 && row[x].green == 0 && row[x].blue == 0;
+            background += empty ? 1 : 0;
+            different += empty != is_colour(bytes.pixel(x, y), {}) ? 1 : 0;
+        }
+    }
+    EXPECT_GT(background, 20 * 80);
+    EXPECT_EQ(different, 0);
 }
 
 TEST_F(Outputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
