@@ -60,6 +60,7 @@ PairAdder::CheckedFile PairAdder::look_up(const std::string& file) {
         voice_.say<Msg::files_input_file_missing_name_close>();
         voice_.say<Msg::files_input_file_missing_cause_names>();
         voice_.say<Msg::files_input_file_missing_cause_characters>();
+        voice_.print("   " + printable(checked.path) + ": " + why_unreadable(checked.path) + '\n');
         voice_.wait(WaitAbove::information);
     }
     return checked;

@@ -133,6 +133,13 @@ bool file_exists(const std::string& path) {
     return !is_directory(path) && access(path.c_str(), R_OK) == 0;
 }
 
+std::string why_unreadable(const std::string& path) {
+    if (is_directory(path)) {
+        return std::strerror(EISDIR);
+    }
+    return access(path.c_str(), R_OK) == 0 ? std::string() : std::strerror(errno);
+}
+
 std::optional<FileIdentity> identity_of(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) {

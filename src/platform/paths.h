@@ -34,6 +34,8 @@ namespace zemora {
 [[nodiscard]] bool is_directory(const std::string& path);
 /// Whether `path` can be opened for reading.
 [[nodiscard]] bool file_exists(const std::string& path);
+/// The system's reason why `path` is no file that can be read; empty when it can be.
+[[nodiscard]] std::string why_unreadable(const std::string& path);
 /// What makes two names one file.
 struct FileIdentity {
     std::uint64_t device = 0;
