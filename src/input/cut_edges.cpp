@@ -42,7 +42,7 @@ struct Means {
     /// Distance of two neighbours from twice a colour.
     [[nodiscard]] int pair_distance(int i, Colour c) const {
         const auto& a = of[static_cast<std::size_t>(i)];
-        const auto& b = of[static_cast<std::size_t>(i + 1)];
+        const auto& b = of[static_cast<std::size_t>(i) + 1];
         const std::array<int, kPixelBytes> twice{2 * c.blue, 2 * c.green, 2 * c.red};
         int sum = 0;
         for (std::size_t k = 0; k < twice.size(); ++k) {
@@ -142,7 +142,7 @@ double innermost(const EdgeLine& line, int edge, double from, double to) {
 void bound_lines(const Edges& edges, int edge, int lines, int length, EdgeSearch& search) {
     const int low = is_upright(edge) ? kLow : kLeft;
     const EdgeLine& first = edges[static_cast<std::size_t>(low)].line;
-    const EdgeLine& last = edges[static_cast<std::size_t>(low + 1)].line;
+    const EdgeLine& last = edges[static_cast<std::size_t>(low) + 1].line;
     search.first_line = std::clamp(round_half_up(innermost(first, low, 0, length - 1)), 0, lines - 1);
     search.last_line = std::clamp(round_half_up(innermost(last, low + 1, 0, length - 1)), 0, lines - 1);
 }
@@ -186,7 +186,6 @@ void refine_in_copy(ConstPicture copy, Edges& edges) {
 
 /// Lines in the view itself, round those of the copy: a pixel of the copy is many of a large view.
 void refine_in_view(ConstPicture view, int tolerance, int reach, Edges& edges) {
-    constexpr int kSidePixels = 5;
     for (int i = 0; i < kEdges; ++i) {
         EdgeState& edge = edges[static_cast<std::size_t>(i)];
         if (!edge.found) {
@@ -196,7 +195,7 @@ void refine_in_view(ConstPicture view, int tolerance, int reach, Edges& edges) {
         search.reach = reach;
         search.innermost_of_equals = true;
         search.saturation = std::max(tolerance, 1);
-        search.least_contrast = std::max(search.saturation * kSidePixels / 4, 1);
+        search.least_contrast = std::max(search.saturation * kEdgeSidePixels / 4, 1);
         bound_lines(edges, i, is_upright(i) ? view.height : view.width,
                     is_upright(i) ? view.width : view.height, search);
         LabelledVector<int> k_max(std::max(search.last_line - search.first_line + 1, 0), "cut_edges: k_max");

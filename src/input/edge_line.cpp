@@ -10,32 +10,26 @@
 
 namespace zemora {
 
-namespace {
-
-constexpr int kSidePixels = 5;  ///< Compared on each side of a candidate, which itself takes no part.
-
-}  // namespace
-
 void find_edge_places(const EdgeStrip& strip, const EdgeSearch& search, const EdgeLine& expected,
                       std::span<int> places) {
     const int candidates = 2 * search.reach + 1;
     const bool last_of_equals = search.innermost_of_equals && strip.frame_below;
     LabelledVector<int> cost(candidates, "cut_edges: cost");
-    std::vector<int> distance(static_cast<std::size_t>(candidates + 2 * kSidePixels));
+    std::vector<int> distance(static_cast<std::size_t>(candidates + 2 * kEdgeSidePixels));
     for (int u = search.first_line; u <= search.last_line; ++u) {
         const int start = round_half_up(expected.at(u)) - search.reach;
         const std::uint8_t* line = strip.origin + u * strip.along;
         for (std::size_t i = 0; i < distance.size(); ++i) {
-            const int v = std::clamp(start - kSidePixels + static_cast<int>(i), strip.first, strip.last);
+            const int v = std::clamp(start - kEdgeSidePixels + static_cast<int>(i), strip.first, strip.last);
             distance[i] = std::min(colour_distance(line + v * strip.across, strip.colour), search.saturation);
         }
         int best = search.least_contrast - (last_of_equals ? 0 : 1);
         int& place = places[static_cast<std::size_t>(u - search.first_line)];
         place = kNoPlace;
         for (int k = 0; k < candidates; ++k) {
-            const int* centre = distance.data() + k + kSidePixels;
+            const int* centre = distance.data() + k + kEdgeSidePixels;
             cost[k] = 0;
-            for (int j = 1; j <= kSidePixels; ++j) {
+            for (int j = 1; j <= kEdgeSidePixels; ++j) {
                 cost[k] += centre[j] - centre[-j];
             }
             cost[k] = strip.frame_below ? cost[k] : -cost[k];

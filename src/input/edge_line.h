@@ -29,6 +29,9 @@ struct EdgeStrip {
     Colour colour;            ///< Of the frame.
 };
 
+/// Pixels that are compared on each side of a candidate, which itself takes no part.
+inline constexpr int kEdgeSidePixels = 5;
+
 /// How the places are looked for.
 struct EdgeSearch {
     int first_line = 0;

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/e2e/workshop.h"
+#include "tests/input/generated_mpo.h"
+
+namespace zemora::test {
+namespace {
+
+using Names = std::set<std::string>;
+
+TEST(InputForms, AMultiPictureFileIsMountedAndNothingElseIsLeft) {
+    Workshop workshop;
+    const GeneratedMpo mpo = make_mpo({}, misaligned_views().left, misaligned_views().right);
+    workshop.write("foo.mpo", {mpo.bytes.begin(), mpo.bytes.end()});
+    const Outcome outcome = workshop.run({"foo.mpo", "--StereoImageInput=1"});
+    ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    ASSERT_EQ(workshop.files(), (Names{"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "foo.mpo"}));
+    const Bitmap left = workshop.load("cl/foo_cl.jpg");
+    const Bitmap right = workshop.load("cr/foo_cr.jpg");
+    EXPECT_LT(median_vertical_error(left.picture(), right.picture(), 14), 0.3);
+}
+
+TEST(InputForms, ABrokenMultiPictureFileIsSkippedWithItsName) {
+    Workshop workshop;
+    const GeneratedMpo mpo = make_mpo({}, aligned_views().left, aligned_views().right);
+    workshop.write("foo.mpo", {mpo.left.begin(), mpo.left.end()});
+    const Outcome outcome = workshop.run({"foo.mpo", "--StereoImageInput=1"});
+    EXPECT_TRUE(outcome.tells("jpg-header of second image couldn't be found")) << outcome.text;
+    EXPECT_TRUE(outcome.tells("foo.mpo: the second picture is not found")) << outcome.text;
+    EXPECT_EQ(workshop.files(), Names{"foo.mpo"});
+}
+
+/// Paints a frame of blue over the borders of a view, tilted by four pixels along its width.
+Bitmap framed(const Bitmap& view, Colour frame) {
+    Bitmap result = view.clone();
+    const Picture picture = result.picture();
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const int lean_x = 4 * y / picture.height;
+            const int lean_y = 4 * x / picture.width;
+            const int inside = std::min({x - 30 - lean_x, picture.width - 40 + lean_x - x, y - 25 - lean_y,
+                                         picture.height - 35 + lean_y - y});
+            if (inside < 0) {
+                std::uint8_t* pixel = picture.pixel(x, y);
+                pixel[0] = frame.blue;
+                pixel[1] = frame.green;
+                pixel[2] = frame.red;
+            }
+        }
+    }
+    return result;
+}
+
+/// Share of the pixels near a colour.
+double share_of(ConstPicture picture, Colour colour) {
+    int count = 0;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const std::uint8_t* p = picture.pixel(x, y);
+            count +=
+                std::abs(p[0] - colour.blue) + std::abs(p[1] - colour.green) + std::abs(p[2] - colour.red) <
+                        40
+                    ? 1
+                    : 0;
+        }
+    }
+    return static_cast<double>(count) / picture.height / picture.width;
+}
+
+TEST(InputForms, FramesOfAllKindsAreGoneFromTheMountedPair) {
+    constexpr Colour kFrame{160, 0, 0};
+    const Bitmap left = framed(misaligned_views().left, kFrame);
+    const Bitmap right = framed(misaligned_views().right, kFrame);
+    for (const char* mode :
+         {"--Passepartout=1", "--Passepartout=2", "--Passepartout=3", "--Passepartout=4"}) {
+        Workshop workshop;
+        workshop.save("foo_l.bmp", left.picture());
+        workshop.save("foo_r.bmp", right.picture());
+        const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp", mode, "--PasseColorBlue=160"});
+        ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+        const Bitmap mounted = workshop.load("cl/foo_cl.bmp");
+        EXPECT_GT(mounted.width(), 760) << mode;
+        EXPECT_GT(mounted.height(), 580) << mode;
+        EXPECT_LT(share_of(mounted.picture(), kFrame), 0.0005) << mode;
+        EXPECT_LT(median_vertical_error(mounted.picture(), workshop.load("cr/foo_cr.bmp").picture(), 14), 0.4)
+            << mode;
+    }
+}
+
+}  // namespace
+}  // namespace zemora::test
