@@ -1,7 +1,9 @@
 #pragma once
 /// Multi-picture files made to measure, regular and not.
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -39,11 +41,10 @@ private:
 inline FileBytes exif_jpeg(const Bitmap& picture, const FileBytes& extra = {}) {
     static constexpr std::uint8_t kExif[] = {0xFF, 0xE1, 0, 22, 'E', 'x', 'i', 'f', 0, 0, 'I', 'I',
                                              '*',  0,    8, 0,  0,   0,   0,   0,   0, 0, 0,   0};
-    const FileBytes plain = encoded(picture.handle(), FIF_JPEG, 95 | JPEG_SUBSAMPLING_444);
-    FileBytes jpeg(plain.begin(), plain.begin() + 2);
-    jpeg.insert(jpeg.end(), std::begin(kExif), std::end(kExif));
-    jpeg.insert(jpeg.end(), extra.begin(), extra.end());
-    jpeg.insert(jpeg.end(), plain.begin() + 2, plain.end());
+    FileBytes jpeg = encoded(picture.handle(), FIF_JPEG, 95 | JPEG_SUBSAMPLING_444);
+    FileBytes segments(std::begin(kExif), std::end(kExif));
+    std::copy(extra.begin(), extra.end(), std::back_inserter(segments));
+    jpeg.insert(jpeg.begin() + 2, segments.begin(), segments.end());
     return jpeg;
 }
 
@@ -66,13 +67,16 @@ struct GeneratedMpo {
 
 inline FileBytes index_segment(const MpoPlan& plan, std::uint32_t size1, std::uint32_t size2,
                                std::uint32_t offset2) {
-    FileBytes segment{0xFF, 0xE2, 0, 0, 'M', 'P', 'F', 0};
+    static constexpr std::uint8_t kHead[] = {0xFF, 0xE2, 0, 0, 'M', 'P', 'F', 0};
+    FileBytes segment;
+    segment.reserve(1024);
+    segment.insert(segment.end(), std::begin(kHead), std::end(kHead));
     NumberWriter write(segment, plan.big_endian);
-    const std::string mark = plan.big_endian ? std::string("MM\0*", 4) : std::string("II*\0", 4);
-    segment.insert(segment.end(), mark.begin(), mark.end());
+    const char* mark = plan.big_endian ? "MM\0*" : "II*\0";
     if (plan.order_mark != nullptr) {
-        std::copy_n(plan.order_mark, 4, segment.end() - 4);
+        mark = plan.order_mark;
     }
+    std::copy_n(mark, 4, std::back_inserter(segment));
     write.u32(plan.first_directory);
     segment.resize(segment.size() + plan.first_directory - 8);
     constexpr std::uint32_t kEntries = 3;
