@@ -72,7 +72,7 @@ void take_image_folder(const std::string& picture, char view, ParameterSet& para
         return;
     }
     std::string folder = folder_of(picture);
-    if (bare_name_of(folder) == std::string(1, view)) {
+    if (lower_case(bare_name_of(folder)) == std::string(1, view)) {
         folder = folder_of(folder);
     }
     parameters.path_of_images = folder;
@@ -204,6 +204,11 @@ void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_ca
         call += (call.empty() ? "" : " ") + printable(word);
     }
     voice.print("Ihr Aufruf/Your call: " + call + '\n');
+    if (std::count_if(whole_call.begin(), whole_call.end(), is_directory) > 1) {
+        voice.print(
+            voice.messages().either("Two folders must stand side by side and be called l and r.\n",
+                                    "Zwei Ordner muessen nebeneinander liegen und l und r heissen.\n"));
+    }
     voice.console().wait_for_enter();
     end_process(kExitFailure);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -149,7 +150,9 @@ std::uint64_t exif_block_of_png(FileBytes& file) {
     for (std::uint64_t place = kPngStart.size();;) {
         const std::string head = file.read(place, kHead);
         const std::string_view name = std::string_view(head).substr(std::min<std::size_t>(4, head.size()));
-        if (head.size() < kHead || name == "IEND") {
+        const bool is_name =
+            std::all_of(name.begin(), name.end(), [](char c) { return std::isalpha(c & 0xFF); });
+        if (head.size() < kHead || name == "IEND" || !is_name) {
             return 0;
         }
         if (name == "eXIf") {

@@ -1,6 +1,7 @@
 #include "input/file_selection.h"
 
 #include <iterator>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -44,33 +45,37 @@ public:
     /// Looks for view folders in `folder`, if it may have some, and in those below it.
     void walk_view_folders(const std::string& folder, bool may_have_views);
     void walk(const std::string& folder);
-    void tell_unreadable_root() const;
+    void tell_unreadable_root();
 
     SelectedFiles selected;
 
 private:
-    [[nodiscard]] FolderContents read(const std::string& folder) const;
+    /// Tells once of a folder that cannot be read.
+    [[nodiscard]] FolderContents read(const std::string& folder);
     [[nodiscard]] bool is_walked(const std::string& name) const;
     [[nodiscard]] bool is_passed_over(const std::string& path) const;
     [[nodiscard]] bool is_taken(const std::string& folder, const std::string& name) const;
-    [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter) const;
+    [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter);
 
     const ParameterSet& parameters_;
     const Voice& voice_;
     bool two_files_;
     bool goes_by_marker_;
     int depth_;
+    std::set<std::string> told_unreadable_;
 };
 
-FolderContents Selector::read(const std::string& folder) const {
+FolderContents Selector::read(const std::string& folder) {
     FolderContents contents = read_folder(folder);
-    if (!contents.is_readable()) {
+    if (contents.is_readable()) {
+        return contents;
+    }
+    if (told_unreadable_.insert(folder).second) {
         voice_.print(format_text(voice_.messages().either("The folder %s cannot be read: %s\n",
                                                           "Der Ordner %s kann nicht gelesen werden: %s\n"),
                                  printable(folder).c_str(), contents.reason.c_str()));
-        return {};
     }
-    return contents;
+    return {};
 }
 
 bool Selector::is_walked(const std::string& name) const {
@@ -100,7 +105,7 @@ bool Selector::is_taken(const std::string& folder, const std::string& name) cons
 void Selector::take_named_files() {
     const auto take = [&](const std::string& name, std::vector<std::string>& files) {
         std::string path = join_path(parameters_.path_of_images, name);
-        if (!is_passed_over(path)) {
+        if (!name.empty() && !is_passed_over(path)) {
             files.push_back(std::move(path));
         }
     };
@@ -140,7 +145,7 @@ std::string side_folder(const std::string& folder, char letter) {
     return {};
 }
 
-std::vector<std::string> Selector::files_of_side(const std::string& folder, char letter) const {
+std::vector<std::string> Selector::files_of_side(const std::string& folder, char letter) {
     const std::string side = side_folder(folder, letter);
     std::vector<std::string> files;
     if (side.empty()) {
@@ -189,7 +194,7 @@ void Selector::walk_view_folders(const std::string& folder, bool may_have_views)
     }
 }
 
-void Selector::tell_unreadable_root() const {
+void Selector::tell_unreadable_root() {
     (void)read(parameters_.path_of_images);
 }
 

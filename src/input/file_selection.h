@@ -40,8 +40,8 @@ struct SelectedFiles {
 [[nodiscard]] bool is_left_over(const std::string& name);
 
 /// Whether the bare name of a stereo file says that it is none: one view, or a depth mask. Then a hint is
-/// told and the file is passed over. Photo and depth mask side by side are called "_d" themselves, where
-/// the input goes by names.
+/// told with the name and the file is passed over. Photo and depth mask side by side are called "_d"
+/// themselves, where the input goes by names.
 [[nodiscard]] bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice,
                                         const std::string& name);
 

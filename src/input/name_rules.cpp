@@ -117,6 +117,7 @@ bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice, co
             "images!\n\n",
             "Hinweis: Dateien mit den Kennungen \"_l\", \"_L\", \"_r\" und \"_R\" gelten NICHT als "
             "Stereobilder!\n\n"));
+        voice.print("   " + printable(name) + '\n');
         return true;
     }
     const bool may_be_depth =
@@ -125,6 +126,7 @@ bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice, co
         voice.print(voice.messages().either(
             "Hint: Files with identifier \"_d\" or \"_D\" are assumed to be depth masks!\n\n",
             "Hinweis: Dateien mit der Kennung \"_d\" oder \"_D\" gelten als Tiefenmasken!\n\n"));
+        voice.print("   " + printable(name) + '\n');
         return true;
     }
     return false;

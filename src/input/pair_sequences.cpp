@@ -51,7 +51,11 @@ Verdict judge(TimeControl& control, int input_mode, const std::string& left, con
         return Verdict::accepted;
     }
     if (!times.has_both()) {
-        return verdict_without_times(input_mode, times);
+        const Verdict verdict = verdict_without_times(input_mode, times);
+        if (verdict == Verdict::ended) {
+            control.tell_end_of_pairs(times, left, right);
+        }
+        return verdict;
     }
     return control.is_near_reference(times.seconds, left, right) ? Verdict::accepted : Verdict::apart;
 }

@@ -54,6 +54,15 @@ void TimeControl::set_reference(int seconds, const std::string& left, const std:
     }
 }
 
+void TimeControl::tell_end_of_pairs(const TimeComparison& times, const std::string& left,
+                                    const std::string& right) const {
+    voice_.tell_everywhere(
+        voice_.messages().either("\nThe list of pairs ends here, without capture time:\n",
+                                 "\nDie Liste der Paare endet hier, ohne Aufnahmezeit:\n") +
+        (times.left_has_time ? "" : indented_name(left)) +
+        (times.right_has_time ? "" : indented_name(right)));
+}
+
 bool TimeControl::is_near_reference(int seconds, const std::string& left, const std::string& right) const {
     if (voice_.verbose() < 2) {
         voice_.print(".");

@@ -39,6 +39,9 @@ public:
     [[nodiscard]] bool is_near_reference(int seconds, const std::string& left,
                                          const std::string& right) const;
     [[nodiscard]] int reference() const { return reference_s_; }
+    /// The files behind this pair stay unpaired, because it lacks a time.
+    void tell_end_of_pairs(const TimeComparison& times, const std::string& left,
+                           const std::string& right) const;
 
 private:
     void tell_missing_time(const std::string& left);

@@ -80,6 +80,9 @@ TEST(ForcedValues, PairAndStereoFileTakeTheirFolderAndDropTheViews) {
     force_values(call, p, 0);
     EXPECT_EQ(p.stereo_image_input, 1);
     EXPECT_EQ(p.path_of_images, "/p");
+    call = {Form::pair, {"/q/L/a.jpg", "/q/R/a.jpg"}, "", false};
+    force_values(call, p, 0);
+    EXPECT_EQ(p.path_of_images, "/q");
     call = {Form::pair, {"/p/pearl/a.jpg", "/p/r/a.jpg"}, "", false};
     force_values(call, p, 0);
     EXPECT_EQ(p.path_of_images, "/p/pearl");

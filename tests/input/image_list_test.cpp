@@ -205,6 +205,7 @@ const EndRow kEnds[] = {
     {"one_side_of_a_tree", 9, 2, {"l/a.jpg"}, "cannot find suited.*/l, .*/r"},
     {"no_stereo", 4, 1, {"a_l.jpg"}, "NOT to be assumed.*cannot find suited.*file format"},
     {"named_view_as_stereo", 0, 1, {}, "NOT to be assumed.*settings of StereoFileName"},
+    {"left_name_empty", 0, 2, {}, "cannot find suited.*settings of Left/Right"},
     {"single_file", 5, 2, {"a.jpg"}, "cannot find suited"},
     {"mask_gaps",
      3,
@@ -219,6 +220,7 @@ TEST_P(RunsThatEnd, TellWhyAndEndWithCode1) {
     const EndRow& row = GetParam();
     CollectRig rig(row.input_mode, row.stereo_image_input);
     rig.parameters.stereo_file_name = "x_l.jpg";
+    rig.parameters.left_file_name.clear();
     rig.add(row.files);
     const auto build = [&] {
         dup2(STDERR_FILENO, STDOUT_FILENO);

@@ -58,6 +58,18 @@ const SequenceRow kSequences[] = {
 INSTANTIATE_TEST_SUITE_P(Times, TimedSequences, ::testing::ValuesIn(kSequences),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST(TimedSequenceThatEnds, NamesTheFileWithoutTime) {
+    CollectRig rig(4);
+    rig.parameters.exif_time_tolerance = 3;
+    rig.add_shot("1.jpg", 0);
+    rig.add_shot("2.jpg", 1);
+    rig.add_shot("3.jpg", 60);
+    rig.add({"4.jpg", "5.jpg", "6.jpg"});
+    EXPECT_EQ(rig.build(), Names{"1.jpg 2.jpg"});
+    EXPECT_TRUE(rig.has_told("ends here, without capture time:\n   " + rig.folder / "4.jpg\n")) << rig.told;
+    EXPECT_NE(rig.reports.text.find("ends here"), std::string::npos);
+}
+
 TEST(TimedSequenceOfFolders, EachFolderHasItsOwnReference) {
     CollectRig rig(4);
     rig.parameters.include_subdirs = 1;
