@@ -49,7 +49,8 @@ std::string list_path_of(const ParameterSet& parameters) {
 ListedNames::ListedNames(const ParameterSet& parameters, const Voice& voice)
     : parameters_(parameters),
       voice_(voice),
-      wanted_(parameters.write_data_base > 0 && parameters.input_mode != kFromList) {}
+      wanted_(parameters.write_data_base > 0 && parameters.input_mode != kFromList),
+      old_list_(wanted_ ? identity_of(list_path_of(parameters)) : std::nullopt) {}
 
 void ListedNames::add_stereo(const std::string& file) {
     add(file, {});
@@ -63,6 +64,8 @@ void ListedNames::add(const std::string& left, const std::string& right) {
     if (!wanted_) {
         return;
     }
+    is_picture_ = is_picture_ || (old_list_ && (identity_of(left) == old_list_ ||
+                                                (!right.empty() && identity_of(right) == old_list_)));
     const auto line = names_line(parameters_.path_of_images, left, right);
     if (!line) {
         voice_.print(format_text(
@@ -84,6 +87,10 @@ void ListedNames::store() {
     }
     const std::string path = list_path_of(parameters_);
     std::string reason;
+    if (is_picture_) {
+        end_without_list(
+            path, voice_.messages().either("it is one of the pictures", "sie ist eines der Bilder"));
+    }
     if (!make_folders(folder_of(path), reason)) {
         end_without_list(path, reason);
     }
@@ -94,7 +101,8 @@ void ListedNames::store() {
             end_without_list(path, reason);
         }
     }
-    if (old && parameters_.input_mode == kNamedObject) {
+    const bool is_text = old && old->find('\0') == std::string::npos;
+    if (is_text && parameters_.input_mode == kNamedObject) {
         if (!holds_named_object(*old)) {
             write(path, *old + (old->empty() || old->back() == '\n' ? "" : "\n") + lines_);
         }

@@ -1,12 +1,14 @@
 #pragma once
 /// `ListofImages`: the text file that names the objects of a run and says what became of each.
 
+#include <optional>
 #include <string>
 
 #include "config/parameter_set.h"
 #include "config/voice.h"
 #include "input/image_list.h"
 #include "input/list_line.h"
+#include "platform/paths.h"
 
 namespace zemora {
 
@@ -22,7 +24,7 @@ public:
     void add_pair(const std::string& left, const std::string& right);
     /// Writes the list where `WriteDataBase` wants one and there is a name for it. An old list that is
     /// worth keeping gets another name first. A run on one named object keeps the old list and adds its
-    /// line. Ends the run with code 1 when the list cannot be written.
+    /// line. Ends the run with code 1 when the list cannot be written, or is one of the named pictures.
     void store();
 
 private:
@@ -35,6 +37,8 @@ private:
     const ParameterSet& parameters_;
     const Voice& voice_;
     bool wanted_;
+    std::optional<FileIdentity> old_list_;
+    bool is_picture_ = false;  ///< The name of the list leads to one of the files.
     std::string lines_;
     std::string first_left_;
     std::string first_right_;

@@ -94,6 +94,11 @@ bool can_stand_in_list(const std::string& name) {
     return name.find_first_of("\"\\\n\r\t") == npos;
 }
 
+/// Whether a relative name comes back as one: folders may be called "~" or "C:".
+bool leads_below_root(const std::string& name) {
+    return !is_absolute(name) && !has_drive(name) && !name.starts_with("~/");
+}
+
 }  // namespace
 
 LineFault parse_list_line(std::string_view raw, bool two_files, ListLine& line) {
@@ -114,11 +119,11 @@ std::optional<std::string> names_line(const std::string& root, const std::string
         return std::nullopt;
     }
     const std::string below_left = relative_to(left, root);
-    if (right.empty()) {
-        return '"' + below_left + '"';
-    }
     const std::string below_right = relative_to(right, root);
-    const bool relative = !is_absolute(below_left) && !is_absolute(below_right);
+    const bool relative = leads_below_root(below_left) && (right.empty() || leads_below_root(below_right));
+    if (right.empty()) {
+        return '"' + (relative ? below_left : left) + '"';
+    }
     return '"' + (relative ? below_left : left) + "\"   \"" + (relative ? below_right : right) + '"';
 }
 

@@ -199,6 +199,11 @@ std::string ListReader::as_on_disk(const std::string& name) {
 
 bool ListReader::complete_names(ListLine& line, std::string_view raw) {
     for (const std::string* name : {&line.left, &line.right}) {
+        if (name->find('\0') != std::string::npos) {  // the system would read the name only up to there
+            object_to(raw, voice_.messages().either("a name holds a zero byte",
+                                                    "ein Name enthaelt ein Nullbyte"));
+            return false;
+        }
         if (has_drive(*name)) {
             object_to(raw, voice_.messages().either("a drive letter has no meaning here",
                                                     "ein Laufwerksbuchstabe hat hier keine Bedeutung"));

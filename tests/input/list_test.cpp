@@ -80,6 +80,8 @@ TEST(ListLine, NamesAreRelativeOnlyWhereBothLieBelowTheRoot) {
     EXPECT_EQ(names_line("/p", "/p/l/a.jpg", "/p/r/b.jpg"), "\"l/a.jpg\"   \"r/b.jpg\"");
     EXPECT_EQ(names_line("/p", "/p/a.jpg", "/pq/b.jpg"), "\"/p/a.jpg\"   \"/pq/b.jpg\"");
     EXPECT_EQ(names_line("/p", "/p/s/a.mpo", ""), "\"s/a.mpo\"");
+    EXPECT_EQ(names_line("/p", "/p/~/a.mpo", ""), "\"/p/~/a.mpo\"") << "no home folder";
+    EXPECT_EQ(names_line("/p", "/p/a.jpg", "/p/C:/b.jpg"), "\"/p/a.jpg\"   \"/p/C:/b.jpg\"") << "no drive";
     for (const char* odd : {"/p/a\"b.jpg", "/p/a\\b.jpg", "/p/a\nb.jpg"}) {
         EXPECT_FALSE(names_line("/p", odd, "/p/c.jpg")) << odd;
     }
@@ -203,6 +205,24 @@ TEST_F(Listed, ARunOnOneNamedPairAddsItsLineToTheListOfTheFolder) {
     EXPECT_EQ(read_text(list()), "\"a.jpg\"   \"b.jpg\" QU\n\"c.jpg\"   \"d.jpg\"\n");
 }
 
+TEST_F(Listed, APictureIsNeverTakenForTheList) {
+    const std::string picture("\xFF\xD8\0picture", 10);
+    for (const int mode : {0, 1}) {
+        parameters.input_mode = mode;
+        for (const char* name : {"c.jpg", "d.jpg"}) {
+            write_text(folder / name, picture);
+            std::filesystem::remove(list());
+            std::filesystem::create_symlink(name, list());
+            EXPECT_EXIT(store("c.jpg", "d.jpg"), testing::ExitedWithCode(1), "");
+            EXPECT_EQ(read_text(folder / name), picture);
+        }
+    }
+    parameters.input_mode = 0;
+    store("a.jpg", "b.jpg");  // the list's name leads to a file that is no text
+    EXPECT_EQ(read_text(folder / "d.jpg_001.txt"), picture);
+    EXPECT_EQ(read_text(folder / "d.jpg"), "\"a.jpg\"   \"b.jpg\"\n");
+}
+
 /// Lists read by a run.
 class ReadListed : public Listed {
 protected:
@@ -279,6 +299,17 @@ TEST_F(ReadListed, ValuesBelongToTheirOwnObject) {
     EXPECT_EQ((*list.stored(1))[kRecordHeight], -3.25);
     EXPECT_EQ((*list.stored(1))[kRecordWindowShift], 7.25);
     EXPECT_EQ((*list.stored(1))[kRecordCroppOutput], 2.0);
+}
+
+TEST_F(ReadListed, ANameWithAZeroByteIsNoFile) {
+    using namespace std::string_literals;
+    write_text(folder / "s.jpg", "x");
+    for (const auto& [layout, text] :
+         {std::pair{2, "\"a_l.jpg\0.jpg\"   \"a_r.jpg\""s}, {1, "\"s.jpg\0.jpg\""s}}) {
+        parameters.stereo_image_input = layout;
+        EXPECT_EQ(read(text + '\n').count(), 0);
+        EXPECT_TRUE(tells("zero byte")) << told;
+    }
 }
 
 TEST_F(ReadListed, NamesOfOtherEncodingsLeadToTheirFiles) {
