@@ -1,7 +1,6 @@
 #include "driver/outside_steps.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <span>
 
@@ -123,8 +122,7 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         return;
     }
     const StoredCorrectionRecord record = record_of(pipeline, pair);
-    const int mode = std::abs(pair.mode);
-    const bool has_values = pair.mode == 1 || (mode >= 3 && mode <= 5);
+    const bool has_values = pair.mode == 1 || uses_record(pair.mode);
     ListResult result;
     if (pair.status == StatusCode::abandoned) {
         result.status = "QU";
@@ -169,8 +167,8 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
 }
 
 void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
-    const int mode = pair.mode < 0 ? -pair.mode : pair.mode;
-    if (mode < 3 || mode > 5 || pair.input_class == InputClass::none || pipeline.parameters.video_mode != 0) {
+    if (!uses_record(pair.mode) || pair.input_class == InputClass::none ||
+        pipeline.parameters.video_mode != 0) {
         return;
     }
     const std::string text = record_text(record_of(pipeline, pair));

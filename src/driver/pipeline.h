@@ -51,6 +51,11 @@ struct Pipeline {
 /// Where the geometry of a pair comes from.
 enum class GeometrySource { measured, keys, stored, none };
 
+/// Whether `EstimateGeometry` is one of 3 to 5 and -3 to -5, whose results go into the input files.
+[[nodiscard]] constexpr bool uses_record(int mode) {
+    return (mode >= 3 && mode <= 5) || (mode >= -5 && mode <= -3);
+}
+
 /// What belongs to the pair at work. Stages fill it in their order.
 struct PairRun {
     int index = 0;

@@ -139,8 +139,7 @@ void find_directories(Run& run, const Invocation& invocation) {
 
 void look_for_exiftool(Run& run) {
     const ParameterSet& p = run.parameters;
-    const int geometry = p.estimate_geometry < 0 ? -p.estimate_geometry : p.estimate_geometry;
-    if (p.meta_transfer != 0 || !p.exif_copyright.empty() || (geometry >= 3 && geometry <= 5)) {
+    if (p.meta_transfer != 0 || !p.exif_copyright.empty() || uses_record(p.estimate_geometry)) {
         run.exiftool.require();
     }
 }

@@ -160,7 +160,8 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
         pair.stored = *stored;
         pair.has_stored = true;
     } else if (from_list) {
-        pair.mode = pair.mode == 2 ? 1 : 3;  // a row without values: the pair is measured
+        // A row without values: the pair is measured, and its record goes to the same files.
+        pair.mode = pair.mode == 2 ? 1 : pair.mode == 5 ? 3 : -3;
     }
     if (!pair.has_stored) {
         return;

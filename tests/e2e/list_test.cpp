@@ -131,6 +131,20 @@ TEST_F(ListOfImages, CorrectionsGoFromTheListIntoTheImages) {
     }
 }
 
+TEST_F(ListOfImages, AMeasuredLineOfMode5WritesTheRecordWhereAStoredOneWould) {
+    if (find_program("exiftool").empty()) {
+        GTEST_SKIP() << "no exiftool";
+    }
+    add_pairs("a", aligned_views());
+    workshop.write(kList, "\"a_l.jpg\"   \"a_r.jpg\"\n");
+    const Outcome outcome = run({"--InputMode=10", "--EstimateGeometry=-5"});
+    EXPECT_EQ(count_of("OK"), 1) << outcome.text;
+    for (const auto& [name, has_record] : {std::pair{"a_l.jpg", true}, {"a_r.jpg", false}}) {
+        const ChildResult tag = run_child({"exiftool", "-s3", "-comment", workshop.path(name)});
+        EXPECT_EQ(tag.output.empty(), !has_record) << name;
+    }
+}
+
 TEST_F(ListOfImages, ARunThatIsKilledLosesAtMostThePairAtWork) {
     add_pairs("abcdef", aligned_views());
     ASSERT_EQ(run({"--InputMode=1", "--WriteDataBase=1"}).exit_code, 0);
