@@ -359,7 +359,7 @@ void InputPair::crop_by_percent() {
         }
     }
     for (const Axis& axis : axes) {
-        if (round_half_up(axis.start * kTenths) + round_half_up(axis.size * kTenths) >= kLimit) {
+        if (0L + round_half_up(axis.start * kTenths) + round_half_up(axis.size * kTenths) >= kLimit) {
             voice_.say<Msg::img_input_selection_sum_above_100>();
             voice_.print(format_text("\n%s%5.1f\n%s%5.1f\n", axis.start_label, static_cast<double>(axis.start),
                                      axis.size_label, static_cast<double>(axis.size)));

@@ -132,9 +132,11 @@ double pixels_from_reference(int value, int win_off_reference, int height, int w
     if (win_off_reference == 1) {
         return static_cast<double>(value) * width / 1000.0;
     }
-    const int screen = win_off_reference - 2;
-    if (screen >= 0 && screen < static_cast<int>(kScreenRatios.size())) {
-        return value * kScreenRatios[static_cast<std::size_t>(screen)] * height / 1000.0;
+    constexpr int kFirstScreen = 2;
+    if (win_off_reference >= kFirstScreen &&
+        win_off_reference < kFirstScreen + static_cast<int>(kScreenRatios.size())) {
+        const auto screen = static_cast<std::size_t>(win_off_reference - kFirstScreen);
+        return value * kScreenRatios[screen] * height / 1000.0;
     }
     return value;
 }

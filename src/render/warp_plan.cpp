@@ -119,7 +119,7 @@ bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& vo
     const auto turned_too_far = [height, width](int sine) {
         return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
     };
-    if (std::abs(fixed.size_32768) > kLargestSize) {
+    if (std::abs(std::int64_t{fixed.size_32768}) > kLargestSize) {
         voice.say<Msg::warpimage_sizes_too_different>();
         voice.wait(WaitAbove::information);
         return false;

@@ -1,5 +1,7 @@
 #include "render/warp_state.h"
 
+#include <algorithm>
+
 #include "input/passepartout.h"
 
 namespace zemora {
@@ -11,16 +13,23 @@ Colour colour_of(int red, int green, int blue) {
             static_cast<std::uint8_t>(red)};
 }
 
+/// Options may be far outside the limits of the file. A canvas adds up a few of these; with this one it is
+/// too large for any memory already.
+int within_sums(int setting_px) {
+    constexpr int kLargest = 1 << 26;
+    return std::clamp(setting_px, -kLargest, kLargest);
+}
+
 FrameSettings frame_of(const ParameterSet& parameters) {
     FrameSettings frame;
-    frame.top = parameters.frame_top;
-    frame.bottom = parameters.frame_bottom;
-    frame.left_right = parameters.frame_left_right;
-    frame.central = parameters.frame_central;
-    frame.floating = parameters.frame_floating;
-    frame.fill_height = parameters.fill_height;
-    frame.fill_width = parameters.fill_width;
-    frame.thin_line = parameters.thin_black_line;
+    frame.top = within_sums(parameters.frame_top);
+    frame.bottom = within_sums(parameters.frame_bottom);
+    frame.left_right = within_sums(parameters.frame_left_right);
+    frame.central = within_sums(parameters.frame_central);
+    frame.floating = within_sums(parameters.frame_floating);
+    frame.fill_height = within_sums(parameters.fill_height);
+    frame.fill_width = within_sums(parameters.fill_width);
+    frame.thin_line = within_sums(parameters.thin_black_line);
     frame.colour =
         colour_of(parameters.frame_color_red, parameters.frame_color_green, parameters.frame_color_blue);
     return frame;

@@ -158,6 +158,7 @@ TEST_P(PercentCrop, KeepsTheRangeOrSaysWhyNot) {
 INSTANTIATE_TEST_SUITE_P(
     Table, PercentCrop,
     testing::Values(PercentCase{50.0F, 50.0F, 40, 40, ""}, PercentCase{50.05F, 50.0F, 0, 0, "sum must be"},
+                    PercentCase{1e30F, 50.0F, 0, 0, "sum must be"}, PercentCase{-1e30F, 50.0F, 0, 40, ""},
                     PercentCase{0.0F, 100.0F, 0, 80, ""}, PercentCase{10.0F, 20.0F, 8, 16, ""},
                     PercentCase{0.0F, 0.9F, 0, 0, "value not used"}, PercentCase{99.0F, 1.0F, 79, 1, ""}));
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "render/canvas.h"
 #include "tests/render/render_scene.h"
 
@@ -46,6 +48,16 @@ TEST(SingleViewLayout, FloatingMovesTheViewsApartOnTheirCanvases) {
     EXPECT_EQ(left.picture_row, 7);
     EXPECT_EQ(left.left_picture_column, 8 + 2 - 5);
     EXPECT_EQ(right.right_picture_column, 8 + 2 + 5);
+}
+
+TEST(SideBySideLayout, SettingsFarOutsideTheirLimitsMakeACanvasThatNoMemoryHolds) {
+    ParameterSet set;
+    set.frame_top = set.frame_bottom = set.frame_left_right = set.frame_central = set.thin_black_line = INT_MAX;
+    Rig rig(set);
+    rig.warp->height = rig.warp->width = 40;
+    const CanvasLayout layout = side_by_side_layout(*rig.warp);
+    EXPECT_GT(layout.height, 1 << 24);
+    EXPECT_GT(layout.width, 1 << 24);
 }
 
 TEST(SingleViewLayout, FillingSplitsTheExcessAndLargerPicturesWin) {

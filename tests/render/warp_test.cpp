@@ -202,6 +202,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(LimitCase{"size_at_limit", correction(0, 0.125F, 0, 0, 0, 0), WarpStatus::done},
                       LimitCase{"size_beyond", correction(0, -0.1251F, 0, 0, 0, 0),
                                 WarpStatus::beyond_limits},
+                      LimitCase{"size_beyond_all", correction(0, -1e30F, 0, 0, 0, 0),
+                                WarpStatus::beyond_limits},
                       LimitCase{"rotation_at_limit", correction(0, 0, kSineLimit, 0, 0, 0), WarpStatus::done},
                       LimitCase{"rotation_beyond", correction(0, 0, kSineLimit + 1e-4F, 0, 0, 0),
                                 WarpStatus::beyond_limits},
