@@ -204,14 +204,15 @@ std::string empty_list_hint(const Run& run) {
             return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5
                        ? messages.text<Msg::main_no_correction_values_in_list>()
                        : messages.text<Msg::main_marks_in_list_prevent_mounting>();
-        default: return messages.text<Msg::main_searched_files_with_ending>() + p.image_type + '\n';
+        default:
+            return messages.text<Msg::main_searched_files_with_ending>() + printable(p.image_type) + '\n';
     }
 }
 
 void collect_input(Run& run) {
     const ParameterSet& p = run.parameters;
     run.list = build_image_list(p, run.voice);
-    if (p.write_data_base == 1) {
+    if (p.write_data_base == 1 && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(WaitAbove::error);
         run.end(kExitDone);
