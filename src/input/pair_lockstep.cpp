@@ -134,7 +134,8 @@ Lockstep::Side* Lockstep::find_orphan_by_time(bool opens_folder) {
     if (!times.has_both()) {
         return nullptr;
     }
-    if (opens_folder) {
+    // Against 0, clocks that differ would make orphans of all files.
+    if (opens_folder || !control_.has_reference()) {
         control_.set_reference(times.seconds, left_.file(), right_.file());
         return nullptr;
     }

@@ -48,6 +48,7 @@ void TimeControl::tell_missing_time(const std::string& left) {
 
 void TimeControl::set_reference(int seconds, const std::string& left, const std::string& right) {
     reference_s_ = seconds;
+    has_reference_ = true;
     if (voice_.verbose() > 0) {
         voice_.tell_everywhere(voice_.messages().text<Msg::files_input_time_difference_reset>(seconds) +
                                names_of(left, right));

@@ -39,6 +39,8 @@ public:
     [[nodiscard]] bool is_near_reference(int seconds, const std::string& left,
                                          const std::string& right) const;
     [[nodiscard]] int reference() const { return reference_s_; }
+    /// Whether a pair has set the reference.
+    [[nodiscard]] bool has_reference() const { return has_reference_; }
     /// The files behind this pair stay unpaired, because it lacks a time.
     void tell_end_of_pairs(const TimeComparison& times, const std::string& left,
                            const std::string& right) const;
@@ -50,6 +52,7 @@ private:
     CaptureClock clock_;
     int tolerance_s_;
     int reference_s_ = 0;  ///< Difference left minus right of the pair that opened the folder.
+    bool has_reference_ = false;
     std::unordered_set<std::string> told_;
 };
 

@@ -192,6 +192,21 @@ TEST(Orphans, ATypeWithoutTimesSwitchesTheControlOffOnce) {
     EXPECT_EQ(rig.folder.files().count("r/3.png"), 1U);
 }
 
+TEST(Orphans, NobodyIsOneBecauseTheFirstPairLacksATime) {
+    CollectRig rig(9);
+    rig.parameters.exif_time_tolerance = 5;
+    rig.parameters.rename_orphans = 1;
+    rig.add({"l/1.jpg"});
+    rig.add_shot("r/1.jpg", 600);
+    for (const int shot : {2, 3, 4}) {
+        rig.add_shot("l/" + std::to_string(shot) + ".jpg", 30 * shot);
+        rig.add_shot("r/" + std::to_string(shot) + ".jpg", 30 * shot + 600);
+    }
+    const auto before = rig.folder.files();
+    EXPECT_EQ(rig.build().size(), 4U) << rig.told;
+    EXPECT_EQ(rig.folder.files(), before);
+}
+
 TEST(Orphans, AMissingTimeIsToldAndThePairStays) {
     CollectRig rig(3);
     rig.parameters.exif_time_tolerance = 5;
