@@ -75,10 +75,6 @@ bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
     return true;
 }
 
-void reduce_ghosts(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
-
-void sharpen_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
-
 void draw_image_text(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
 void make_thumbnails(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}

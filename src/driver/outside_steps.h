@@ -27,10 +27,8 @@ void write_alignment_image(const ParameterSet& parameters, const Voice& voice);
 /// The viewer of a pair with its corrections; false when the user abandoned it. Sets the selection and
 /// `repeat` of the pair, and its stamp anew. There is none yet: the pair goes on.
 [[nodiscard]] bool run_post_viewer(Pipeline& pipeline, PairRun& pair);
-/// Steps of the finished views: ghosts reduced, sharpened, the text drawn, thumbnails made for
-/// `HtmlImages` 4. All left as they are so far.
-void reduce_ghosts(Pipeline& pipeline, PairRun& pair);
-void sharpen_views(Pipeline& pipeline, PairRun& pair);
+/// Steps of the finished views: the text drawn, thumbnails made for `HtmlImages` 4. All left as they are so
+/// far.
 void draw_image_text(Pipeline& pipeline, PairRun& pair);
 void make_thumbnails(Pipeline& pipeline, PairRun& pair);
 /// Anaglyph and extra formats: not written yet.

@@ -8,10 +8,39 @@
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/output_writer.h"
+#include "render/view_effects.h"
 
 namespace zemora {
 
 namespace {
+
+void reduce_ghosts(Pipeline& pipeline) {
+    if (pipeline.parameters.auto_ghost_bust != 0) {
+        ghost_bust(pipeline.warp, pipeline.parameters.auto_ghost_bust);
+    }
+}
+
+/// A picture that was interpolated softly for its scale is sharpened without being asked to.
+void sharpen_views(Pipeline& pipeline, const PairRun& pair) {
+    constexpr int kByScale = 5;     // of `InterpolationMode`
+    constexpr int kSoftKernel = 3;  // what it chose
+    constexpr int kUsualIntensity = 40;
+    constexpr int kRowsPerRound = 640;
+    const Voice& voice = pipeline.voice;
+    WarpState& warp = pipeline.warp;
+    int intensity = pipeline.parameters.sharpen_intensity;
+    if (intensity == 0 && pipeline.parameters.interpolation_mode == kByScale &&
+        pair.final_interpolation == kSoftKernel) {
+        intensity = kUsualIntensity;
+        if (voice.verbose() > 1) {
+            voice.say<Msg::warpimage_sharpen_intensity_set>();
+            voice.print(format_text("%d\n", intensity));
+        }
+    }
+    if (intensity != 0) {
+        sharpen(warp, intensity, warp.height / kRowsPerRound + 1);
+    }
+}
 
 /// Curtains that the selection brings, else those of `AutoFrameFloating` 3 to 6.
 Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
@@ -90,7 +119,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     ++pipeline.processed;
     warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
-    reduce_ghosts(pipeline, pair);
+    reduce_ghosts(pipeline);
     sharpen_views(pipeline, pair);
     hang_curtains(pipeline, pair);
     refuse_unknown_extra_output(pipeline);
