@@ -22,6 +22,16 @@ namespace {
 
 /// Everything of a run, in the order of its making.
 struct Run {
+    Run() {
+        set_last_action([this] {
+            (void)report.close();
+            console.end_progress();
+        });
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run() { set_last_action({}); }
+
     Console console;
     MessageCatalogue messages{user_speaks_german() ? Language::german : Language::english};
     ParameterSet parameters;
@@ -31,11 +41,7 @@ struct Run {
     ExifTool exiftool{parameters, voice};
     ImageList list;
 
-    [[noreturn]] void end(int exit_code) {
-        (void)report.close();
-        console.end_progress();
-        end_process(exit_code);
-    }
+    [[noreturn]] static void end(int exit_code) { end_process(exit_code); }
     void wait(WaitAbove level) const { voice.wait(level); }
 };
 

@@ -169,6 +169,13 @@ TEST_F(Batch, ASequenceGetsItsList) {
               "\"l/f001.jpg\"   \"r/f001.jpg\"\n\"l/f002.jpg\"   \"r/f002.jpg\"\n");
 }
 
+TEST_F(Batch, ARunThatFindsNothingLeavesWholeReports) {
+    std::filesystem::create_directory(workshop.path("empty"));
+    EXPECT_EQ(workshop.run({"--PathofImages=" + workshop.path("empty"), "--InputMode=1", "--ReportMode=1"}).exit_code, 1);
+    const std::string page = read_text(workshop.path("empty/zemora_report.html"));
+    EXPECT_NE(page.find("</html>"), std::string::npos) << page;
+}
+
 TEST_F(Batch, AFolderThatCannotBeReadIsSaidAsSuch) {
     const Outcome outcome = workshop.run({"--PathofImages=" + workshop.path("gone"), "--InputMode=1"});
     EXPECT_EQ(outcome.exit_code, 1);
