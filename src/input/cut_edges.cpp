@@ -20,7 +20,12 @@ constexpr int kCopyWidth = 512;                   // pixels; of the work copy
 constexpr int kLeastCopyHeight = 4;               // a flatter view stays whole
 constexpr int kMostCopyHeight = 16 * kCopyWidth;  // and a slimmer one
 constexpr double kMostSpread = 384.0;             // of an edge that is a frame: squared sum of the channels
-constexpr double kPlaceInPixel = 0.25;            // where in a pixel of the copy its line runs
+constexpr int kPartsOfFrame = 3;                  // one of these of an edge's rows shows the end of a frame
+constexpr int kPartsOfStart = 20;                 // the same while its line is not yet known well
+constexpr int kPartsForeign = 20;                 // one of these of a frame's pixels may have another colour
+constexpr int kFrameNoise = 60;         // colour distance within a frame: three deviations of its spread
+constexpr int kRounds = 4;              // of halving the contrast that is asked for
+constexpr double kPlaceInPixel = 0.25;  // where in a pixel of the copy its line runs
 
 enum Edge { kLeft, kRight, kLow, kHigh, kEdges };
 constexpr bool is_upright(int edge) {
@@ -75,6 +80,7 @@ Means means_of(const std::uint8_t* origin, std::ptrdiff_t line_step, int lines, 
 /// What is known of one edge.
 struct EdgeState {
     bool searched = false;
+    bool sure = false;  ///< The line is the end of a frame; it stays.
     Colour colour;
     int estimate = 0;
     bool found = false;  ///< There is a line.
@@ -147,31 +153,49 @@ void bound_lines(const Edges& edges, int edge, int lines, int length, EdgeSearch
     search.last_line = std::clamp(round_half_up(innermost(last, low + 1, 0, length - 1)), 0, lines - 1);
 }
 
-/// Colours and first estimates from the small copy.
-Edges estimate_edges(ConstPicture copy, const CutRule& rule) {
-    const Means columns = means_of(copy.bits, kPixelBytes, copy.width, copy.pitch, copy.height);
-    const Means rows = means_of(copy.bits, copy.pitch, copy.height, kPixelBytes, copy.width);
+/// The small copy with its means.
+struct Copy {
+    explicit Copy(ConstPicture whole)
+        : picture(whole),
+          columns(means_of(whole.bits, kPixelBytes, whole.width, whole.pitch, whole.height)),
+          rows(means_of(whole.bits, whole.pitch, whole.height, kPixelBytes, whole.width)) {}
+    [[nodiscard]] const Means& means(int edge) const { return is_upright(edge) ? columns : rows; }
+    ConstPicture picture;
+    Means columns;
+    Means rows;
+};
+
+/// Colours of the edges, and which of them may be a frame.
+Edges start_edges(const Copy& copy, const std::optional<Colour>& frame) {
     Edges edges;
     for (int i = 0; i < kEdges; ++i) {
         EdgeState& edge = edges[static_cast<std::size_t>(i)];
-        const Means& means = is_upright(i) ? columns : rows;
-        const int border = is_first(i) ? 0 : means.count() - 1;
-        const EdgeStrip strip = strip_of(copy, i, {});
-        edge.colour = rule.frame.value_or(means.colour(border));
-        edge.searched =
-            rule.frame || spread_of(strip.origin + border * strip.across, strip.along,
-                                    is_upright(i) ? copy.height : copy.width, edge.colour) < kMostSpread;
-        edge.estimate = first_estimate(means, edge, is_first(i), rule.tolerance);
-        edge.line = {0.0, static_cast<double>(edge.estimate)};
+        const int border = is_first(i) ? 0 : copy.means(i).count() - 1;
+        const EdgeStrip strip = strip_of(copy.picture, i, {});
+        edge.colour = frame.value_or(copy.means(i).colour(border));
+        edge.searched = frame || spread_of(strip.origin + border * strip.across, strip.along,
+                                           is_upright(i) ? copy.picture.height : copy.picture.width,
+                                           edge.colour) < kMostSpread;
     }
     return edges;
+}
+
+/// First estimates from the means, of what is not sure yet.
+void estimate_edges(const Copy& copy, int tolerance, Edges& edges) {
+    for (int i = 0; i < kEdges; ++i) {
+        EdgeState& edge = edges[static_cast<std::size_t>(i)];
+        if (!edge.sure) {
+            edge.estimate = first_estimate(copy.means(i), edge, is_first(i), tolerance);
+            edge.line = {0.0, static_cast<double>(edge.estimate)};
+        }
+    }
 }
 
 /// Lines in the copy: the left and right ones first, the others between them.
 void refine_in_copy(ConstPicture copy, Edges& edges) {
     for (int i = 0; i < kEdges; ++i) {
         EdgeState& edge = edges[static_cast<std::size_t>(i)];
-        if (!edge.searched) {
+        if (!edge.searched || edge.sure) {
             continue;
         }
         EdgeSearch search;
@@ -184,31 +208,107 @@ void refine_in_copy(ConstPicture copy, Edges& edges) {
     }
 }
 
-/// Lines in the view itself, round those of the copy: a pixel of the copy is many of a large view.
-void refine_in_view(ConstPicture view, int tolerance, int reach, Edges& edges) {
+/// Whether nearly all that lies outside a line, in its rows, has the colour of the frame.
+bool has_frame_outside(const EdgeStrip& strip, const EdgeSearch& search, const EdgeLine& line,
+                       int tolerance) {
+    constexpr int kMostLooks = 64;  // in a row
+    constexpr int kSoftEdge = 2;    // pixels
+    std::int64_t looks = 0;
+    std::int64_t foreign = 0;
+    for (int u = search.first_line; u <= search.last_line; ++u) {
+        const int place = round_half_up(line.at(u));
+        const int first = strip.frame_below ? strip.first : std::max(place + kSoftEdge, strip.first);
+        const int last = strip.frame_below ? std::min(place - kSoftEdge, strip.last) : strip.last;
+        const int step = std::max((last - first + 1) / kMostLooks, 1);
+        for (int v = first; v <= last; v += step, ++looks) {
+            const std::uint8_t* pixel = strip.origin + u * strip.along + v * strip.across;
+            foreign += colour_distance(pixel, strip.colour) > tolerance ? 1 : 0;
+        }
+    }
+    return foreign * kPartsForeign <= looks;
+}
+
+/// Whether the places of enough rows lie on the line, and not just by chance.
+bool is_straight(std::span<const int> places, int first_line, const EdgeLine& line) {
+    constexpr double kNear = 1.5;  // pixels
+    std::int64_t found = 0;
+    std::int64_t near = 0;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const bool is_near = std::fabs(places[i] - line.at(first_line + static_cast<double>(i))) <= kNear;
+        found += places[i] != kNoPlace ? 1 : 0;
+        near += places[i] != kNoPlace && is_near ? 1 : 0;
+    }
+    return near > 0 && 2 * near >= found && kPartsOfFrame * near >= static_cast<std::int64_t>(places.size());
+}
+
+/// One edge in the view itself, round its line: a pixel of the copy is many of a large view. The `last` time
+/// it is settled whether that is the end of a frame.
+void refine_edge(ConstPicture view, int i, const CutRule& rule, int contrast, int reach, bool last,
+                 Edges& edges) {
+    EdgeState& edge = edges[static_cast<std::size_t>(i)];
+    EdgeSearch search;
+    search.reach = reach;
+    search.innermost_of_equals = true;
+    search.saturation = std::max(contrast, 1);
+    search.least_contrast = std::max(search.saturation * kEdgeSidePixels / 4, 1);
+    bound_lines(edges, i, is_upright(i) ? view.height : view.width, is_upright(i) ? view.width : view.height,
+                search);
+    LabelledVector<int> k_max(std::max(search.last_line - search.first_line + 1, 0), "cut_edges: k_max");
+    const std::span<int> places(k_max.data(), static_cast<std::size_t>(k_max.size()));
+    const EdgeStrip strip = strip_of(view, i, edge.colour);
+    find_edge_places(strip, search, edge.line, places);
+    const std::vector<int> all(places.begin(), places.end());
+    const auto found = places.size() - static_cast<std::size_t>(std::count(all.begin(), all.end(), kNoPlace));
+    // Of a line that is still askew only a few rows lie within reach.
+    if (kPartsOfStart * found >= places.size()) {
+        (void)fit_edge_line_without_strays(places, search.first_line, edge.line);
+    }
+    if (last) {
+        edge.sure = is_straight(all, search.first_line, edge.line) &&
+                    has_frame_outside(strip, search, edge.line, std::max(rule.tolerance, kFrameNoise));
+        edge.found = edge.sure;
+    }
+}
+
+/// Where no line is, an edge is that of the picture.
+void drop_lines(int width, int height, Edges& edges) {
     for (int i = 0; i < kEdges; ++i) {
         EdgeState& edge = edges[static_cast<std::size_t>(i)];
         if (!edge.found) {
-            continue;
+            edge.line = {0.0, is_first(i) ? 0.0 : (is_upright(i) ? width : height) - 1.0};
         }
-        EdgeSearch search;
-        search.reach = reach;
-        search.innermost_of_equals = true;
-        search.saturation = std::max(tolerance, 1);
-        search.least_contrast = std::max(search.saturation * kEdgeSidePixels / 4, 1);
-        bound_lines(edges, i, is_upright(i) ? view.height : view.width,
-                    is_upright(i) ? view.width : view.height, search);
-        LabelledVector<int> k_max(std::max(search.last_line - search.first_line + 1, 0), "cut_edges: k_max");
-        const std::span<int> places(k_max.data(), static_cast<std::size_t>(k_max.size()));
-        find_edge_places(strip_of(view, i, edge.colour), search, edge.line, places);
-        const auto found =
-            static_cast<std::ptrdiff_t>(places.size()) - std::count(places.begin(), places.end(), kNoPlace);
-        // A few rows that look like the end of a frame make no frame.
-        edge.found = 3 * found >= static_cast<std::ptrdiff_t>(places.size()) &&
-                     fit_edge_line_without_strays(places, search.first_line, edge.line);
-        if (!edge.found) {
-            edge.line = {0.0, is_first(i) ? 0.0 : (is_upright(i) ? view.width : view.height) - 1.0};
+    }
+}
+
+/// Takes the lines of the copy for the view, refines them there and keeps those that are sure in both.
+void refine_in_view(ConstPicture view, const CutRule& rule, int contrast, Edges& in_copy, Edges& in_view) {
+    constexpr int kReach = 5;  // pixels, of the copy and then of the view
+    const double scale = (kCopyWidth - 1.0) / (view.width - 1.0);
+    for (std::size_t i = 0; i < in_view.size(); ++i) {
+        if (!in_view[i].sure) {
+            in_view[i] = in_copy[i];
+            in_view[i].line.offset =
+                (in_copy[i].line.offset + kPlaceInPixel * (1.0 - in_copy[i].line.slope)) / scale;
         }
+    }
+    drop_lines(view.width, view.height, in_view);
+    const int coarse = std::max(kReach, static_cast<int>(std::ceil(kReach / scale)));
+    const int fine = std::max(kReach, coarse / kReach);
+    struct Pass {
+        int reach;
+        bool last;
+    };
+    for (const Pass& pass : {Pass{coarse, false}, Pass{coarse, false}, Pass{fine, true}}) {
+        for (int i = 0; i < kEdges; ++i) {
+            const EdgeState& edge = in_view[static_cast<std::size_t>(i)];
+            if (edge.found && !edge.sure) {
+                refine_edge(view, i, rule, contrast, pass.reach, pass.last, in_view);
+            }
+        }
+        drop_lines(view.width, view.height, in_view);
+    }
+    for (std::size_t i = 0; i < in_view.size(); ++i) {
+        in_copy[i].sure = in_view[i].sure;
     }
 }
 
@@ -276,22 +376,21 @@ std::optional<KeptRegion> find_inside_of_frame(const LoadedView& view, const Cut
     if (!copy) {
         return std::nullopt;
     }
-    Edges edges = estimate_edges(copy.picture(), rule);
-    refine_in_copy(copy.picture(), edges);
-    const double scale = (kCopyWidth - 1.0) / (view.width - 1.0);
-    for (int i = 0; i < kEdges; ++i) {
-        EdgeState& edge = edges[static_cast<std::size_t>(i)];
-        const int last = is_upright(i) ? view.width - 1 : view.height - 1;
-        edge.line.offset = edge.found ? (edge.line.offset + kPlaceInPixel * (1.0 - edge.line.slope)) / scale
-                                      : (is_first(i) ? 0.0 : last);
-        edge.line.slope = edge.found ? edge.line.slope : 0.0;
+    const Copy small(copy.picture());
+    Edges in_copy = start_edges(small, rule.frame);
+    Edges in_view;
+    const auto is_settled = [](const EdgeState& edge) { return edge.sure || !edge.searched; };
+    // Where the picture comes nearer to the frame than the tolerance, the first estimate lies in the picture;
+    // then a smaller contrast is asked for.
+    for (int contrast = rule.tolerance, round = 0; round < kRounds; ++round, contrast /= 2) {
+        estimate_edges(small, contrast, in_copy);
+        refine_in_copy(copy.picture(), in_copy);
+        refine_in_view(view.picture(), rule, contrast, in_copy, in_view);
+        if (std::all_of(in_copy.begin(), in_copy.end(), is_settled)) {
+            break;
+        }
     }
-    constexpr int kReach = 5;  // pixels, of the copy and then of the view
-    const int coarse_reach = std::max(kReach, static_cast<int>(std::ceil(kReach / scale)));
-    for (const int reach : {coarse_reach, std::max(kReach, coarse_reach / kReach)}) {
-        refine_in_view(view.picture(), rule.tolerance, reach, edges);
-    }
-    return rectangle_inside(edges, view.width, view.height);
+    return rectangle_inside(in_view, view.width, view.height);
 }
 
 }  // namespace zemora

@@ -18,6 +18,7 @@ struct ScanPlan {
     double tilt_deg = 0.0;
     std::array<Colour, 4> frame{};  ///< Left, right, low, high.
     double noise = 0.0;             ///< Standard deviation of each channel.
+    double left_light = 1.0;  ///< Brightness of the picture at its left side, growing to 1 at the right.
     unsigned seed = 1;
 };
 
@@ -89,9 +90,10 @@ inline FramedScan make_scan(const ScanPlan& plan) {
             const double share = std::clamp(scan.depth(x, y) + 0.5, 0.0, 1.0);  // of picture in this pixel
             const Colour frame = plan.frame[static_cast<std::size_t>(scan.side_of(x, y))];
             const Colour inside = texture_at(x, y);
+            const double light = plan.left_light + (1.0 - plan.left_light) * x / plan.width;
             const auto mix = [&](int a, int b) {
                 return static_cast<std::uint8_t>(std::clamp(
-                    a + share * (b - a) + (plan.noise > 0 ? noise(random) : 0.0) + 0.5, 0.0, 255.0));
+                    a + share * (light * b - a) + (plan.noise > 0 ? noise(random) : 0.0) + 0.5, 0.0, 255.0));
             };
             std::uint8_t* pixel = scan.view.picture().pixel(x, y);
             pixel[0] = mix(frame.blue, inside.blue);
