@@ -6,7 +6,7 @@
 
 namespace zemora {
 
-/// Renames the segments with Exif, XMP, profile and IPTC data before the pixels to one that nobody reads.
+/// Renames the segments with Exif, XMP, profile and IPTC data to one that nobody reads.
 /// The image library follows damaged Exif directories out of its memory; metadata is read and transferred
 /// by other means. Files of other kinds stay as they are.
 void hide_jpeg_metadata(std::span<std::uint8_t> file);

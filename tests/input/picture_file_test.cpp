@@ -1,5 +1,6 @@
 #include "input/picture_file.h"
 
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -239,6 +240,27 @@ TEST(LoadPicture, FoldersAndMissingFilesAreUnreadable) {
         EXPECT_EQ(load_picture(folder / name).status, LoadStatus::unreadable) << name;
     }
     EXPECT_EQ(capture_time_text(folder / "none.jpg"), "");
+}
+
+TEST(JpegMetadata, BetweenTheScansItIsHiddenToo) {
+    static constexpr std::uint8_t kExif[] = {0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0,    'M', 'M',
+                                             0,    '*',  0, 0,  0,   8,   0,   1,   1, 0x0F, 0,   2,
+                                             0,    0,    0, 4,  'a', 'b', 'c', 0,   0, 0,    0,   0};
+    const auto file = test::encoded(test::place_picture(64, 48).handle(), FIF_JPEG, 90 | JPEG_PROGRESSIVE);
+    static constexpr std::uint8_t kScan[] = {0xFF, 0xDA};
+    std::size_t scans = 0;
+    for (std::size_t at = 0; at + 1 < file.size(); ++at) {
+        if (!std::equal(std::begin(kScan), std::end(kScan), file.begin() + static_cast<std::ptrdiff_t>(at))) {
+            continue;
+        }
+        ++scans;
+        auto changed = file;
+        changed.insert(changed.begin() + static_cast<std::ptrdiff_t>(at), std::begin(kExif), std::end(kExif));
+        const LoadedPicture loaded = decode_picture(changed, "a.jpg");
+        ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
+        EXPECT_EQ(FreeImage_GetMetadataCount(FIMD_EXIF_MAIN, loaded.bitmap.handle()), 0U) << at;
+    }
+    EXPECT_GT(scans, 2U);
 }
 
 TEST(TargaCheck, CountsPacketsAcrossTheEndOfTheLastRow) {
