@@ -201,7 +201,7 @@ bool InputPair::load_mpo_file(const std::string& path) {
     const auto content = read_file_whole(path, reason);
     if (!content) {
         voice_.say<Msg::img_input_mpo_file_open_failed>(printable(path));
-        voice_.wait(WaitAbove::error);
+        voice_.console().wait_for_enter();
         set_failure(path, reason);
         return false;
     }
@@ -328,6 +328,8 @@ void InputPair::start_geometry() {
         geometry->crop_y = 0;
         geometry->crop_width = view->width;
         geometry->crop_height = view->height;
+        geometry->scaled_width = 0;
+        geometry->scaled_height = 0;
     }
     left_geometry_.rot_mir = rot_mir_left;
     right_geometry_.rot_mir = rot_mir_right;
@@ -468,6 +470,9 @@ void InputPair::scale_smaller_view() {
     }
     (void)rescale(small->picture(), scaled.picture(), scratch_, RescaleFilter::bicubic, RescaleFit::stretch);
     small->take(std::move(scaled));
+    ViewGeometry& geometry = small == &left_ ? left_geometry_ : right_geometry_;
+    geometry.scaled_width = small->width;
+    geometry.scaled_height = small->height;
 }
 
 void InputPair::place_on_canvas() {

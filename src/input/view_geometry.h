@@ -11,7 +11,9 @@ struct ViewGeometry {
     int crop_y = 0;
     int crop_width = 0;
     int crop_height = 0;
-    int rot_mir = 0;  ///< RotMirInput value applied, 0 to 7.
+    int rot_mir = 0;       ///< RotMirInput value applied, 0 to 7.
+    int scaled_width = 0;  ///< Size to which the turned view was enlarged; 0 where it was not.
+    int scaled_height = 0;
     /// Place of the view in the common canvas, or the negated amount cut off at the left and bottom.
     int frame_x = 0;
     int frame_y = 0;

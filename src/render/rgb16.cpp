@@ -45,43 +45,6 @@ void copy_deep(const Bitmap& source, int source_x, int source_y, int width, int 
     }
 }
 
-/// The view cut from its file, turned and placed as the input did it with the 8-bit picture.
-Bitmap prepare_source(const Bitmap& file, const ViewGeometry& record, SourcePart part) {
-    const int half = file.width() / 2;
-    const int first = part == SourcePart::right_half ? half : 0;
-    const int width = part == SourcePart::left_half ? half : file.width() - first;
-    const bool cropped = record.crop_width > 0 && record.crop_height > 0;
-    const int kept_width = cropped ? std::min(record.crop_width, width) : width;
-    const int kept_height = cropped ? std::min(record.crop_height, file.height()) : file.height();
-    Bitmap view = create_deep(kept_width, kept_height);
-    if (!view) {
-        return view;
-    }
-    copy_deep(file, first + (cropped ? record.crop_x : 0), cropped ? record.crop_y : 0, kept_width,
-              kept_height, view, 0, 0);
-    if (record.rot_mir > 0 && record.rot_mir < kTurnModes) {
-        const bool exchanged = exchanges_sides(record.rot_mir);
-        Bitmap turned =
-            create_deep(exchanged ? kept_height : kept_width, exchanged ? kept_width : kept_height);
-        if (!turned) {
-            return turned;
-        }
-        turn_pixels({view.bits(), view.pitch()}, kept_width, kept_height, kDeepBytes, record.rot_mir,
-                    {turned.bits(), turned.pitch()});
-        view = std::move(turned);
-    }
-    const bool placed = record.frame_width > 0 && record.frame_height > 0;
-    if (!placed || (record.frame_x == 0 && record.frame_y == 0 && record.frame_width == view.width() &&
-                    record.frame_height == view.height())) {
-        return view;
-    }
-    Bitmap canvas = create_deep(record.frame_width, record.frame_height);
-    if (canvas) {
-        copy_deep(view, 0, 0, view.width(), view.height(), canvas, record.frame_x, record.frame_y);
-    }
-    return canvas;
-}
-
 /// Tone planes in the order of the deep pixel; null without tables.
 using DeepTone = std::array<const std::array<std::uint16_t, ToneTables::kLevels>*, kPixelBytes>;
 
@@ -136,6 +99,72 @@ void sample_deep(const DeepSource& view, const Position& p, int centre_column, i
         }
         std::memcpy(target + 2 * c, &value, sizeof(value));
     }
+}
+
+/// The view in a larger size, its corner pixels at the corners, as `rescale` does it.
+Bitmap enlarge_deep(const Bitmap& view, int width, int height) {
+    Bitmap result = create_deep(width, height);
+    if (!result) {
+        return result;
+    }
+    const DeepSource source{view, {}, {}};
+    constexpr std::int64_t kOne = 128;  // steps of a position in a pixel
+    const auto place = [](int to, int size, int from_size) {
+        return size > 1 ? kOne * to * (from_size - 1) / (size - 1) : 0;
+    };
+#pragma omp parallel for schedule(static)
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const Position p{place(x, width, view.width()), place(y, height, view.height())};
+            sample_deep(source, p, static_cast<int>(p.x / kOne), static_cast<int>(p.y / kOne), {},
+                        deep_pixel(result, x, y));
+        }
+    }
+    return result;
+}
+
+/// The view in the frame that both views share.
+Bitmap place_deep(Bitmap view, const ViewGeometry& record) {
+    const bool placed = record.frame_width > 0 && record.frame_height > 0;
+    if (!placed || (record.frame_x == 0 && record.frame_y == 0 && record.frame_width == view.width() &&
+                    record.frame_height == view.height())) {
+        return view;
+    }
+    Bitmap canvas = create_deep(record.frame_width, record.frame_height);
+    if (canvas) {
+        copy_deep(view, 0, 0, view.width(), view.height(), canvas, record.frame_x, record.frame_y);
+    }
+    return canvas;
+}
+
+/// The view cut from its file, turned, enlarged and placed as the input did it with the 8-bit picture.
+Bitmap prepare_source(const Bitmap& file, const ViewGeometry& record, SourcePart part) {
+    const int half = file.width() / 2;
+    const int first = part == SourcePart::right_half ? half : 0;
+    const int width = part == SourcePart::left_half ? half : file.width() - first;
+    const bool cropped = record.crop_width > 0 && record.crop_height > 0;
+    const int kept_width = cropped ? std::min(record.crop_width, width) : width;
+    const int kept_height = cropped ? std::min(record.crop_height, file.height()) : file.height();
+    Bitmap view = create_deep(kept_width, kept_height);
+    if (!view) {
+        return view;
+    }
+    copy_deep(file, first + (cropped ? record.crop_x : 0), cropped ? record.crop_y : 0, kept_width,
+              kept_height, view, 0, 0);
+    if (record.rot_mir > 0 && record.rot_mir < kTurnModes) {
+        const bool exchanged = exchanges_sides(record.rot_mir);
+        Bitmap turned =
+            create_deep(exchanged ? kept_height : kept_width, exchanged ? kept_width : kept_height);
+        if (turned) {
+            turn_pixels({view.bits(), view.pitch()}, kept_width, kept_height, kDeepBytes, record.rot_mir,
+                        {turned.bits(), turned.pitch()});
+        }
+        view = std::move(turned);
+    }
+    if (view && record.scaled_width > 0 && record.scaled_height > 0) {
+        view = enlarge_deep(view, record.scaled_width, record.scaled_height);
+    }
+    return view ? place_deep(std::move(view), record) : Bitmap();
 }
 
 /// The kept part of the warped frame.

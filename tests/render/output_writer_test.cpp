@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "input/picture_file.h"
+#include "numerics/rescale.h"
 #include "render/cmyk.h"
 #include "render/rgb16.h"
 #include "render/save_picture.h"
@@ -319,6 +320,31 @@ TEST_F(Outputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
     }
     EXPECT_GT(background, 20 * 80);
     EXPECT_EQ(different, 0);
+}
+
+TEST_F(Outputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
+    const DeepSource source(80, 60);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    const Bitmap large = Bitmap::create(150, 113);
+    RescaleScratch scratch;
+    (void)rescale(source.shallow.picture(), large.picture(), scratch, RescaleFilter::bicubic,
+                  RescaleFit::stretch);
+    ParameterSet set;
+    set.output_format = 7;
+    set.stereo_image_input = 2;
+    Rig rig(set);
+    WarpRequest request = rig.request(large, large);
+    request.interpolation = 2;
+    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    for (ViewGeometry* record : {&rig.warp->left_record, &rig.warp->right_record}) {
+        record->scaled_width = 150;
+        record->scaled_height = 113;
+    }
+    const DeepPair deep = make_deep_pair(*rig.warp, {file("deep.tif"), file("deep.tif")});
+    ASSERT_TRUE(deep);
+    ASSERT_EQ(deep.left.width(), rig.warp->width);
+    EXPECT_LT(compare_deep(deep.left, 0, rig.warp->pair().left).largest, 1.6);
+    EXPECT_LT(compare_deep(deep.right, 0, rig.warp->pair().right).largest, 1.6);
 }
 
 TEST_F(Outputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
