@@ -100,13 +100,10 @@ private:
     }
 
     void tell_cut(const KeptRegion& kept) const {
-        const auto tell = [this](SideTexts::CroppedText text, int from, int to) {
-            if (voice_.verbose() >= 2 && from != to) {
-                voice_.print(text(voice_.messages(), from, to));
-            }
-        };
-        tell(texts_.cropped_in_height, target_.view.height, kept.height);
-        tell(texts_.cropped_in_width, target_.view.width, kept.width);
+        if (voice_.verbose() >= 2) {
+            voice_.print(texts_.cropped_in_height(voice_.messages(), target_.view.height, kept.height));
+            voice_.print(texts_.cropped_in_width(voice_.messages(), target_.view.width, kept.width));
+        }
     }
 
     void paint_by_mask_file(const LookAtTiff& look_at_tiff) const {

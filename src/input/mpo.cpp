@@ -118,7 +118,7 @@ void tell_missing_picture(const Voice& voice) {
                             kSupport));
     voice.print(messages.either("i1218: jpg-header of second image couldn't be found\n",
                                 "i1218: der JPG-Kopf des zweiten Bildes wurde nicht gefunden\n"));
-    voice.wait(WaitAbove::error);
+    voice.console().wait_for_enter();
 }
 
 /// What became of the file that one picture is to stand in.
@@ -221,7 +221,7 @@ void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, co
                 printable(file).c_str()));
         } else if (result == CutResult::failed) {
             voice.print(failure);
-            voice.wait(WaitAbove::error);
+            voice.console().wait_for_enter();
         }
     };
     keep(pictures.left, names.left,

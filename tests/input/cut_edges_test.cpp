@@ -62,7 +62,12 @@ INSTANTIATE_TEST_SUITE_P(
         CutCase{
             "far turned", {.width = 1500, .height = 1100, .tilt_deg = 2.0, .frame = all({5, 5, 5})}, true},
         CutCase{"tall and far turned",
-                {.width = 700, .height = 1700, .border = 0.112, .tilt_deg = -2.6, .frame = all({31, 15, 14})},
+                {.width = 701,
+                 .height = 1714,
+                 .border = 0.112,
+                 .tilt_deg = -2.56,
+                 .frame = all({31, 15, 14}),
+                 .noise = 0.6},
                 true},
         CutCase{"dark at its left side",
                 {.width = 1200,

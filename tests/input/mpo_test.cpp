@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 
 #include "platform/paths.h"
@@ -17,6 +18,9 @@ using test::FileBytes;
 using test::GeneratedMpo;
 using test::MpoPlan;
 using test::Rig;
+
+/// The messages wait for Enter; the tests do not.
+[[maybe_unused]] const bool kNobodyAnswers = std::freopen("/dev/null", "r", stdin) != nullptr;
 
 bool equal(std::span<const std::uint8_t> a, const FileBytes& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end());
