@@ -3,6 +3,7 @@
 #include <FreeImage.h>
 
 #include <algorithm>
+#include <array>
 
 namespace zemora {
 
@@ -15,13 +16,12 @@ Bitmap borrowed(Picture picture) {
         8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, FALSE));
 }
 
-/// Black round the picture at (x, y), then the picture.
-void place(const WarpState& warp, ConstPicture view, Picture canvas, int x, int y) {
+/// Black where a picture at (x, y) and its thin line come to stand.
+void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
     const int line = warp.frame.thin_line;
     if (line > 0) {
-        fill(clipped(canvas, x - line, y - line, view.width + 2 * line, view.height + 2 * line), Colour{});
+        fill(clipped(canvas, x - line, y - line, warp.width + 2 * line, warp.height + 2 * line), Colour{});
     }
-    copy_clipped(view, canvas, x, y);
 }
 
 }  // namespace
@@ -41,6 +41,14 @@ void copy_clipped(ConstPicture source, Picture target, int x, int y) {
     }
 }
 
+CaptionPlace caption_place(const WarpState& warp, int picture_column, View view) {
+    const int floating = view == View::left ? -(warp.frame.floating / 2) : warp.frame.floating / 2;
+    const int mirroring =
+        view == View::left ? warp.parameters.rot_mir_output_left : warp.parameters.rot_mir_output_right;
+    constexpr int kMirrored = 4;
+    return {picture_column - floating + warp.width / 2, mirroring == kMirrored};
+}
+
 Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view) {
     const Bitmap& working = view == View::left ? warp.left : warp.right;
     const Picture picture = working.picture(warp.width, warp.height);
@@ -52,7 +60,10 @@ Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view
     Bitmap canvas = Bitmap::create(layout.width, layout.height);
     if (canvas) {
         fill(canvas.picture(), warp.frame.colour);
-        place(warp, picture, canvas.picture(), column, layout.picture_row);
+        draw_thin_line(warp, canvas.picture(), column, layout.picture_row);
+        const CaptionPlace caption = caption_place(warp, column, view);
+        draw_cell_texts(warp, canvas.picture(), {&caption, 1});
+        copy_clipped(picture, canvas.picture(), column, layout.picture_row);
     }
     return canvas;
 }
@@ -65,8 +76,14 @@ Bitmap compose_side_by_side(const WarpState& warp, const CanvasLayout& layout) {
         if (warp.frame.colour != Colour{}) {
             fill(canvas.picture(), warp.frame.colour);
         }
-        place(warp, pair.left, canvas.picture(), layout.left_picture_column, layout.picture_row);
-        place(warp, pair.right, canvas.picture(), layout.right_picture_column, layout.picture_row);
+        draw_thin_line(warp, canvas.picture(), layout.left_picture_column, layout.picture_row);
+        draw_thin_line(warp, canvas.picture(), layout.right_picture_column, layout.picture_row);
+        const std::array<CaptionPlace, 2> captions = {
+            caption_place(warp, layout.left_picture_column, View::left),
+            caption_place(warp, layout.right_picture_column, View::right)};
+        draw_cell_texts(warp, canvas.picture(), captions);
+        copy_clipped(pair.left, canvas.picture(), layout.left_picture_column, layout.picture_row);
+        copy_clipped(pair.right, canvas.picture(), layout.right_picture_column, layout.picture_row);
     }
     return canvas;
 }

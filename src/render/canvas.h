@@ -12,6 +12,9 @@ namespace zemora {
 /// Copies `source` with its lower left pixel at (x, y) of `target`; what lies beside the target is left out.
 void copy_clipped(ConstPicture source, Picture target, int x, int y);
 
+/// The caption below a view whose picture stands at that column, with its share of `FrameFloating`.
+[[nodiscard]] CaptionPlace caption_place(const WarpState& warp, int picture_column, View view);
+
 /// One view on its canvas. Without frame and line the bitmap is a window into the working picture and
 /// must not outlive it. Empty when the memory is not there.
 [[nodiscard]] Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view);

@@ -12,12 +12,13 @@ struct WarpState;
 
 /// A text with its font; nothing is drawn when it is empty.
 struct TextSpec {
-    std::string text;  ///< UTF-8.
-    float size = 25.0F;  ///< Positive: picture height / size is the font size in pixels; negative: its magnitude is.
+    std::string text;    ///< UTF-8.
+    float size = 25.0F;  ///< Positive: picture height / size is the font size in pixels; negative: its
+                         ///< magnitude is.
     std::string font_path;
     int style = 0;  ///< 0 plain, 1 italic, 10 bold, 11 bold italic.
     [[nodiscard]] explicit operator bool() const { return !text.empty(); }
-    /// Font size in pixels for a picture of that height.
+    /// Font size in pixels for a picture of that height, 1 to 4000.
     [[nodiscard]] int font_pixels(int picture_height) const;
 };
 
@@ -45,7 +46,8 @@ struct TextSource {
 
 /// One picture of a canvas cell, for its caption.
 struct CaptionPlace {
-    int middle_column = 0;  ///< Of the picture, in the cell.
+    int middle_column = 0;  ///< Of the picture's place without `FrameFloating`, in the cell: a caption lies in
+                            ///< the plane of the frame.
     bool is_mirrored = false;
 };
 

@@ -6,6 +6,7 @@
 #include "config/voice.h"
 #include "input/view_geometry.h"
 #include "numerics/bitmap.h"
+#include "render/picture_texts.h"
 
 namespace zemora {
 
@@ -70,6 +71,7 @@ struct WarpState {
     int inverse_output;
     Colour passe_colour;  ///< Marks the absence of picture.
     FrameSettings frame;
+    PictureTexts texts;
 
     // Size logic.
     int work_height = 0;

@@ -1,0 +1,101 @@
+#include "render/text_drawing.h"
+
+#include <algorithm>
+
+namespace zemora {
+
+namespace {
+
+void tell_fault(const LetterFont& letters, const std::string& file, const Voice& voice) {
+    if (letters.fault() == TextFault::library) {
+        voice.say<Msg::warpimage_ttf_init_failed>();
+        voice.print(letters.reason());
+    } else {
+        voice.say<Msg::warpimage_font_load_failed>(letters.pixels(), printable(file), letters.reason());
+    }
+    voice.print("\n");
+    voice.wait(WaitAbove::error);
+}
+
+template <Msg message>
+void tell_misfit(const std::string& text, const Voice& voice) {
+    voice.say<message>();
+    voice.print('\'' + printable(text) + "'\n");
+    voice.wait(WaitAbove::warning);
+}
+
+/// A text that stands at an edge by intention is only too large when it is larger than the picture.
+bool fits(int at, int extent, int limit) {
+    return extent <= limit && (at == 0 || at == limit || (at > 0 && at + extent < limit));
+}
+
+int aligned_column(const TextPlace& place, int text_width) {
+    switch (place.align) {
+        case TextAlign::centre: return place.column - text_width / 2;
+        case TextAlign::right: return place.column - text_width;
+        case TextAlign::left: break;
+    }
+    return place.column;
+}
+
+std::uint8_t blended(int ground, int cover, int colour) {
+    return static_cast<std::uint8_t>((ground * (255 - cover) + cover * colour) >> 8);
+}
+
+}  // namespace
+
+std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
+                                    const Voice& voice) {
+    LetterFont letters(font);
+    LetterMask mask;
+    if (letters.fault() == TextFault::none) {
+        mask = letters.mask(text, widest);
+    }
+    if (letters.fault() != TextFault::none) {
+        tell_fault(letters, font.file, voice);
+        return std::nullopt;
+    }
+    return mask;
+}
+
+Picture text_ground(Picture picture, const LetterMask& mask, int row, int column, const std::string& text,
+                    const Voice& voice) {
+    if (!fits(row, mask.height, picture.height)) {
+        tell_misfit<Msg::warpimage_frame_too_narrow_for_text>(text, voice);
+    }
+    if (!fits(column, mask.text_width, picture.width)) {
+        tell_misfit<Msg::warpimage_text_too_long_for_frame>(text, voice);
+    }
+    const int x = std::clamp(column, 0, picture.width);
+    const int y = std::clamp(row, 0, picture.height);
+    return picture.part(x, y, std::min(mask.width, picture.width - x),
+                        std::min(mask.height, picture.height - y));
+}
+
+void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool is_mirrored) {
+    for (int y = 0; y < ground.height; ++y) {
+        const std::uint8_t* const cover = mask.row(y);
+        for (int x = 0; x < ground.width; ++x) {
+            std::uint8_t* const pixel = ground.pixel(is_mirrored ? ground.width - 1 - x : x, y);
+            pixel[0] = blended(pixel[0], cover[x], colour.blue);
+            pixel[1] = blended(pixel[1], cover[x], colour.green);
+            pixel[2] = blended(pixel[2], cover[x], colour.red);
+        }
+    }
+}
+
+bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
+               Colour colour, const Voice& voice) {
+    const std::optional<LetterMask> mask = told_mask(text, font, picture.width, voice);
+    if (!mask) {
+        return false;
+    }
+    if (mask->width > 0) {
+        const Picture ground = text_ground(picture, *mask, place.row, aligned_column(place, mask->text_width),
+                                           text, voice);
+        blend_letters(ground, *mask, colour, place.is_mirrored);
+    }
+    return true;
+}
+
+}  // namespace zemora

@@ -1,0 +1,39 @@
+#pragma once
+/// Blends a line of text into a picture.
+
+#include <optional>
+#include <string>
+
+#include "config/voice.h"
+#include "numerics/bitmap.h"
+#include "render/letter_mask.h"
+
+namespace zemora {
+
+enum class TextAlign { left, centre, right };
+
+struct TextPlace {
+    int row = 0;     ///< Lowest row of the text.
+    int column = 0;  ///< Where the side named by `align` stands.
+    TextAlign align = TextAlign::left;
+    /// The text runs from right to left, for a view that is seen in a mirror.
+    bool is_mirrored = false;
+};
+
+/// The mask of `text`, without pixels when it has no width. Nothing when it failed, which is told.
+[[nodiscard]] std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
+                                                  const Voice& voice);
+
+/// The part of the picture that a text of the mask's size with that lower left pixel covers, moved in at the
+/// left and the bottom and cut at the right and the top. Tells a text that does not fit.
+[[nodiscard]] Picture text_ground(Picture picture, const LetterMask& mask, int row, int column,
+                                  const std::string& text, const Voice& voice);
+
+/// Blends letters of one colour over a ground of at most the mask's size.
+void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool is_mirrored);
+
+/// Draws the text; false when it failed, which is told.
+bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
+               Colour colour, const Voice& voice);
+
+}  // namespace zemora
