@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "numerics/rounding.h"
 
@@ -165,6 +166,14 @@ CanvasLayout side_by_side_layout(WarpState& warp) {
     layout.width = 2 * half + frame.central;
     layout.left_picture_column = frame.thin_line + margins.left - share;
     layout.right_picture_column = half + frame.central + margins.left + frame.thin_line + share;
+    return layout;
+}
+
+CanvasLayout anaglyph_layout(WarpState& warp) {
+    const int line = std::exchange(warp.frame.thin_line, 0);
+    CanvasLayout layout = single_view_layout(warp, View::left);
+    warp.frame.thin_line = line;
+    layout.right_picture_column += 2 * (warp.frame.floating / 2);
     return layout;
 }
 

@@ -9,13 +9,13 @@ namespace zemora {
 /// the height times 4:3, 1.6, 16:9, 17:9) as pixels.
 [[nodiscard]] double pixels_from_reference(int value, int win_off_reference, int height, int width);
 
-/// Canvas of one view or of the side-by-side picture; pixels, rows from the bottom.
+/// Canvas of one view, of the side-by-side picture or of the anaglyph; pixels, rows from the bottom.
 struct CanvasLayout {
     int height = 0;
     int width = 0;
     int picture_row = 0;           ///< Bottom row of the pictures.
     int left_picture_column = 0;   ///< First column of the left (or only) picture.
-    int right_picture_column = 0;  ///< Side by side only.
+    int right_picture_column = 0;  ///< Of the right picture of two.
 };
 
 enum class View { left, right };
@@ -23,6 +23,8 @@ enum class View { left, right };
 /// Work out a canvas; the settings in `warp.frame` take what filling and limiting make of them.
 [[nodiscard]] CanvasLayout single_view_layout(WarpState& warp, View view);
 [[nodiscard]] CanvasLayout side_by_side_layout(WarpState& warp);
+/// Both views on one another: the canvas of a single view without its line.
+[[nodiscard]] CanvasLayout anaglyph_layout(WarpState& warp);
 
 /// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in output pixels. Changes
 /// `warp.frame` and, in mode 2, `work_width` of `warp`.

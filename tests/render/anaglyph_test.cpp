@@ -1,0 +1,232 @@
+#include "render/anaglyph.h"
+
+#include <FreeImage.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "render/dome.h"
+#include "tests/render/anaglyph_twin.h"
+#include "tests/render/render_scene.h"
+
+namespace zemora {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::colour_at;
+using ::testing::HasSubstr;
+using testing::Rig;
+using testing::textured;
+
+constexpr int kWidth = 60;
+constexpr int kHeight = 40;
+constexpr Colour kFrame = {10, 200, 90};
+
+class Anaglyphs : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = fs::path(::testing::TempDir()) / (std::string("zemora_ana_") + info->name());
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    /// A pair with a coloured frame.
+    std::unique_ptr<Rig> rig(ParameterSet set) const {
+        set.path_of_images = folder_.string();
+        auto made = std::make_unique<Rig>(set);
+        made->warp->left = textured(kWidth, kHeight, 1);
+        made->warp->right = textured(kWidth, kHeight, 2);
+        made->warp->width = kWidth;
+        made->warp->height = kHeight;
+        made->warp->frame.colour = kFrame;
+        return made;
+    }
+    [[nodiscard]] std::string file(const std::string& name) const { return (folder_ / name).string(); }
+
+    fs::path folder_;
+};
+
+ParameterSet full_colours() {
+    ParameterSet set;
+    set.anaglyph_type = 2;
+    return set;
+}
+
+TEST_F(Anaglyphs, StandOnTheFrameWithoutThinLine) {
+    auto pair = rig(full_colours());
+    pair->warp->frame.top = 3;
+    pair->warp->frame.bottom = 5;
+    pair->warp->frame.left_right = 7;
+    pair->warp->frame.thin_line = 2;
+    const Bitmap canvas = compose_anaglyph(*pair->warp);
+    ASSERT_EQ(canvas.width(), kWidth + 14);
+    ASSERT_EQ(canvas.height(), kHeight + 8);
+    EXPECT_EQ(pair->warp->frame.thin_line, 2);
+    EXPECT_EQ(colour_at(canvas.picture(), 6, 5), kFrame);
+    EXPECT_EQ(colour_at(canvas.picture(), 7, 4), kFrame);
+    EXPECT_EQ(colour_at(canvas.picture(), 7 + kWidth, 5 + kHeight - 1), kFrame);
+    const Colour left = colour_at(pair->warp->pair().left, 0, 0);
+    const Colour right = colour_at(pair->warp->pair().right, 0, 0);
+    EXPECT_EQ(colour_at(canvas.picture(), 7, 5), (Colour{right.blue, right.green, left.red}));
+}
+
+TEST_F(Anaglyphs, FloatingPartsShowOneViewOnlyAndTheFrameKeepsItsColour) {
+    for (const int type : {0, 5, 6}) {
+        ParameterSet set;
+        set.anaglyph_type = type;
+        auto pair = rig(set);
+        pair->warp->frame.left_right = 15;
+        pair->warp->frame.floating = 20;
+        ::testing::internal::CaptureStdout();
+        const Bitmap canvas = compose_anaglyph(*pair->warp);
+        ::testing::internal::GetCapturedStdout();
+        EXPECT_EQ(colour_at(canvas.picture(), 4, 20), kFrame) << type;
+        EXPECT_EQ(colour_at(canvas.picture(), kWidth + 25, 20), kFrame) << type;
+        const Colour first = colour_at(canvas.picture(), 5, 20);
+        const Colour last = colour_at(canvas.picture(), kWidth + 24, 20);
+        EXPECT_GT(first.red, 20) << "the left view alone, type " << type;
+        EXPECT_EQ(first.green, 0) << type;
+        EXPECT_EQ(last.red, 0) << "the right view alone, type " << type;
+        EXPECT_GT(last.green, 20) << type;
+    }
+}
+
+TEST_F(Anaglyphs, FilledCanvasHasTheSizeAskedFor) {
+    auto pair = rig(full_colours());
+    pair->parameters.verbose_mode = 2;
+    pair->warp->frame.fill_height = kHeight - 1;
+    pair->warp->frame.fill_width = kWidth + 5;
+    ::testing::internal::CaptureStdout();
+    const Bitmap canvas = compose_anaglyph(*pair->warp);
+    pair->console.flush();
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+              "Warning: Value of FillHeight is too low and will be ignored!\n");
+    ASSERT_EQ(canvas.width(), kWidth + 5);
+    ASSERT_EQ(canvas.height(), kHeight);
+    EXPECT_EQ(colour_at(canvas.picture(), 1, 0), kFrame);
+    EXPECT_EQ(colour_at(canvas.picture(), 2, 0).red, colour_at(pair->warp->pair().left, 0, 0).red);
+    EXPECT_EQ(colour_at(canvas.picture(), kWidth + 2, 0), kFrame);
+}
+
+TEST_F(Anaglyphs, TheDefaultsMixByLeastSquares) {
+    auto pair = rig({});
+    const Bitmap canvas = compose_anaglyph(*pair->warp);
+    const testing::AnaglyphTwin twin(AnaglyphSettings{});
+    const auto rgb = [](Colour c) { return testing::Rgb{double(c.red), double(c.green), double(c.blue)}; };
+    for (int x = 0; x < kWidth; ++x) {
+        EXPECT_EQ(colour_at(canvas.picture(), x, 11),
+                  twin.mix(rgb(colour_at(pair->warp->pair().left, x, 11)),
+                           rgb(colour_at(pair->warp->pair().right, x, 11))));
+    }
+}
+
+TEST_F(Anaglyphs, ColourFileIsReadAnewForEachPicture) {
+    ParameterSet set;
+    set.anaglyph_type = 8;
+    auto pair = rig(set);
+    for (const char* red : {"1 0 0\n", "0 1 0\n"}) {
+        std::ofstream(folder_ / "zemora_colors.txt")
+            << red << "0 0 0\n0 0 0\n0 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n";
+        const Bitmap canvas = compose_anaglyph(*pair->warp);
+        const Colour left = colour_at(pair->warp->pair().left, 9, 9);
+        const Colour right = colour_at(pair->warp->pair().right, 9, 9);
+        EXPECT_EQ(colour_at(canvas.picture(), 9, 9),
+                  (Colour{right.blue, right.green, red[0] == '1' ? left.red : left.green}));
+    }
+}
+
+TEST_F(Anaglyphs, FilesHaveTheFormOfTheOutputFormat) {
+    struct Row {
+        const char* name;
+        int format, bits;
+        FREE_IMAGE_COLOR_TYPE type;
+    };
+    for (const Row& row :
+         {Row{"a.tif", 5, 24, FIC_RGB}, Row{"b.tif", 6, 32, FIC_RGB}, Row{"c.tif", 7, 24, FIC_RGB},
+          Row{"d.tif", 8, 32, FIC_CMYK}, Row{"e.png", 6, 24, FIC_RGB}}) {
+        ParameterSet set = full_colours();
+        set.output_format = row.format;
+        auto pair = rig(set);
+        const StoreResult result = write_anaglyph(*pair->warp, file(row.name));
+        ASSERT_EQ(result.code, 0) << result.reason;
+        const bool is_png = std::string(row.name) == "e.png";
+        const Bitmap read(FreeImage_Load(is_png ? FIF_PNG : FIF_TIFF, file(row.name).c_str(), TIFF_CMYK));
+        ASSERT_TRUE(read) << row.name;
+        EXPECT_EQ(read.bits_per_pixel(), row.bits) << row.name;
+        EXPECT_EQ(FreeImage_GetColorType(read.handle()), row.type) << row.name;
+    }
+    const StoreResult failed = write_anaglyph(*rig(full_colours())->warp, file("no/such/folder.png"));
+    EXPECT_EQ(failed.code, 2);
+    EXPECT_THAT(failed.reason, HasSubstr("no/such/folder.png"));
+    ParameterSet off = full_colours();
+    off.anaglyph_output = 0;
+    EXPECT_EQ(write_anaglyph(*rig(off)->warp, file("off.png")).code, 0);
+    EXPECT_FALSE(fs::exists(file("off.png")));
+}
+
+TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    ParameterSet set;
+    set.anaglyph_type = 7;
+    auto pair = rig(set);
+    std::ofstream(folder_ / "tintrovela_print.txt")
+        << "Tintrovela Version 0.2\n100\n-2.1712\n-1.1368\n3.548\n3.0176\n1.9008\n-2.2744\n"
+           "1\n1\n1\n1\n1\n1\n1\n1\n";
+    fill(pair->warp->left.picture(), {185, 185, 185});
+    fill(pair->warp->right.picture(), {35, 35, 35});
+    const auto write = [&] {
+        dup2(STDERR_FILENO, STDOUT_FILENO);
+        (void)!std::freopen("/dev/null", "r", stdin);
+        (void)write_anaglyph(*pair->warp, file("a.png"));
+    };
+    EXPECT_EXIT(
+        write(), ::testing::ExitedWithCode(1),
+        HasSubstr("Calibration values not stable!\n"
+                  "Please send the 14 calibration values of the test image to the makers of Zemora.\n" +
+                  std::string(kWaitingLine)));
+    EXPECT_FALSE(fs::exists(file("a.png")));
+}
+
+TEST_F(Anaglyphs, DomeIsSavedWithThreeCopiesRoundTheZenith) {
+    ParameterSet set = full_colours();
+    set.planetarium_output = 1;
+    auto pair = rig(set);
+    const StoreResult result = write_anaglyph(*pair->warp, file("dome.tif"));
+    ASSERT_EQ(result.code, 0) << result.reason;
+    const Bitmap dome(FreeImage_Load(FIF_TIFF, file("dome.tif").c_str(), 0));
+    ASSERT_TRUE(dome);
+    ASSERT_EQ(dome.width(), 3000);
+    ASSERT_EQ(dome.height(), 3000);
+    ASSERT_EQ(dome.bits_per_pixel(), 32);
+    const Bitmap canvas = compose_anaglyph(*pair->warp);
+    const auto dome_colour = [&](double radius, double angle) {
+        const auto at = [](double unit) {
+            return static_cast<int>(std::lround((unit + 1.0) * 1500.0 - 0.5));
+        };
+        const std::uint8_t* pixel = dome.bits() + at(radius * std::sin(angle)) * dome.pitch() +
+                                    static_cast<std::ptrdiff_t>(4) * at(radius * std::cos(angle));
+        EXPECT_EQ(pixel[3], 0);
+        return Colour{pixel[0], pixel[1], pixel[2]};
+    };
+    for (int copy = 0; copy < 3; ++copy) {
+        for (const auto& [column, row] : {std::pair{5, 3}, {30, 20}, {55, 39}}) {
+            const double angle = column * 1.9896753472735356 / (kWidth - 1) + copy * 2.0943951023931953;
+            EXPECT_EQ(dome_colour(0.95 - 0.75 * row / (kHeight - 1), angle),
+                      colour_at(canvas.picture(), column, row))
+                << copy << ": " << column << ", " << row;
+        }
+        EXPECT_EQ(dome_colour(0.5, 2.04 + copy * 2.0943951023931953), Colour{}) << "between the copies";
+    }
+    EXPECT_EQ(dome_colour(0.1, 1.0), Colour{});
+    EXPECT_EQ(dome_colour(0.99, 1.0), Colour{});
+}
+
+}  // namespace
+}  // namespace zemora
