@@ -81,9 +81,9 @@ void merge_pair(benchmark::State& state) {
     limit_instruction_set(static_cast<InstructionSet>(state.range(1)));
     omp_set_num_threads(static_cast<int>(state.range(2)));
     const AnaglyphSettings settings = settings_for(type);
+    const StereoPicture views = scene().views();
     for (auto _ : state) {
-        if (!merge_views(*anaglyph_mix_row(type).make(settings), scene().views(), scene().canvas.picture(),
-                         {})) {
+        if (!merge_views(*anaglyph_mix_row(type).make(settings), views, scene().canvas.picture(), {})) {
             state.SkipWithError("the calibration is unstable");
         }
     }
@@ -101,8 +101,8 @@ void merge_pair(benchmark::State& state) {
 }
 BENCHMARK(merge_pair)
     ->ArgNames({"type", "isa", "threads"})
-    ->ArgsProduct({benchmark::CreateDenseRange(0, 8, 1), {2}, {1, 2}})
-    ->ArgsProduct({{4, 5, 8}, {0, 1}, {1}})
+    ->ArgsProduct({benchmark::CreateDenseRange(0, 8, 1), {1}, {1, 2}})
+    ->ArgsProduct({{4, 5, 8}, {0}, {1}})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 

@@ -20,10 +20,8 @@ using Kernel = void (*)(const LinearBlock&, const LinearRule&, LinearPlaces&);
 
 Kernel usable_kernel() {
 #if defined(__x86_64__)
-    switch (usable_instruction_set()) {
-        case InstructionSet::avx512: return mix_linear_avx512;
-        case InstructionSet::avx2: return mix_linear_avx2;
-        default: break;
+    if (usable_instruction_set() != InstructionSet::portable) {
+        return mix_linear_avx2;  // wider vectors gain nothing: taking pixels apart takes most of the time
     }
 #endif
     return mix_linear_portable;

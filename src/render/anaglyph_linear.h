@@ -34,6 +34,5 @@ struct LinearRule {
 /// The same numbers with each instruction set.
 void mix_linear_portable(const LinearBlock& block, const LinearRule& rule, LinearPlaces& places);
 void mix_linear_avx2(const LinearBlock& block, const LinearRule& rule, LinearPlaces& places);
-void mix_linear_avx512(const LinearBlock& block, const LinearRule& rule, LinearPlaces& places);
 
 }  // namespace zemora

@@ -172,7 +172,7 @@ TEST_F(Anaglyphs, FilesHaveTheFormOfTheOutputFormat) {
 }
 
 TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
     ParameterSet set;
     set.anaglyph_type = 7;
     auto pair = rig(set);
