@@ -46,9 +46,9 @@ FoundFont matched_font(const std::string& name) {
 /// Lower case without blanks, for names that are written in several ways.
 std::string bare(std::string_view name) {
     std::string letters = lower_case(name);
-    letters.erase(std::remove_if(letters.begin(), letters.end(),
-                                 [](unsigned char c) { return std::isspace(c) != 0; }),
-                  letters.end());
+    letters.erase(
+        std::remove_if(letters.begin(), letters.end(), [](unsigned char c) { return std::isspace(c) != 0; }),
+        letters.end());
     return letters;
 }
 
@@ -56,8 +56,8 @@ bool has_family(const FoundFont& font, const std::string& name) {
     return (',' + bare(font.families) + ',').find(',' + bare(name) + ',') != std::string::npos;
 }
 
-/// The file for a name that is known to the font configuration, by itself or by a substitute; a name that gets
-/// what any unknown name gets is not. Empty without one.
+/// The file for a name that is known to the font configuration, by itself or by a substitute; a name that
+/// gets what any unknown name gets is not. Empty without one.
 std::string configured_font(const std::string& name) {
     static const std::string kUnknown = "no font has this name";
     const FoundFont found = matched_font(name);
@@ -96,10 +96,11 @@ std::string font_file(const std::string& name, const Voice& voice) {
     if (is_new) {
         row->second = configured_font(name);
         if (row->second.empty()) {
-            voice.print(format_text(
-                voice.messages().either("The font '%s' was not found, the default font is used.\n",
-                                        "Die Schrift '%s' wurde nicht gefunden, die Standardschrift wird benutzt.\n"),
-                printable(name).c_str()));
+            voice.print(
+                format_text(voice.messages().either(
+                                "The font '%s' was not found, the default font is used.\n",
+                                "Die Schrift '%s' wurde nicht gefunden, die Standardschrift wird benutzt.\n"),
+                            printable(name).c_str()));
         }
     }
     return row->second.empty() ? default_font() : row->second;

@@ -12,8 +12,8 @@ namespace zemora {
 namespace {
 
 constexpr int kLargestFont = 4000;  // pixels; a letter is 16 MB then
-/// Bytes of a text that are looked at: positions are counted in 1/64 pixel by the library, and this many letters
-/// of the largest font stay below 2^31 of them.
+/// Bytes of a text that are looked at: positions are counted in 1/64 pixel by the library, and this many
+/// letters of the largest font stay below 2^31 of them.
 constexpr std::size_t kLongestText = 4096;
 
 struct StyleRow {
@@ -92,7 +92,8 @@ void copy_cover(const SDL_Surface& surface, LetterMask& mask) {
     const SDL_Palette* const palette = surface.format->palette;
     const auto* top = static_cast<const std::uint8_t*>(surface.pixels);
     for (int y = 0; y < mask.height; ++y) {
-        const std::uint8_t* const from = top + static_cast<std::ptrdiff_t>(mask.height - 1 - y) * surface.pitch;
+        const std::uint8_t* const from =
+            top + static_cast<std::ptrdiff_t>(mask.height - 1 - y) * surface.pitch;
         std::uint8_t* const to = mask.cover.data() + static_cast<std::ptrdiff_t>(y) * mask.width;
         for (int x = 0; x < mask.width; ++x) {
             to[x] = from[x] < palette->ncolors ? palette->colors[from[x]].r : 0;

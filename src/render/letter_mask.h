@@ -44,9 +44,9 @@ public:
     [[nodiscard]] const std::string& reason() const { return reason_; }
     [[nodiscard]] int pixels() const { return pixels_; }
 
-    /// The mask of a UTF-8 text; invalid UTF-8 counts as Windows-1252, control characters as blanks. What lies
-    /// beyond `widest` pixels may be left away. Empty for a text without width, and for a failure with its
-    /// reason.
+    /// The mask of a UTF-8 text; invalid UTF-8 counts as Windows-1252, control characters as blanks. What
+    /// lies beyond `widest` pixels may be left away. Empty for a text without width, and for a failure with
+    /// its reason.
     [[nodiscard]] LetterMask mask(const std::string& text, int widest);
 
 private:

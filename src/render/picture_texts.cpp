@@ -15,8 +15,8 @@ namespace zemora {
 namespace {
 
 constexpr double kLargestFont = 4000.0;  // pixels
-constexpr int kRoomyFrame = 50;          // pixels; room beside a text in a high frame, and at the canvas' sides
-constexpr int kThinFrame = 32;           // pixels; a frame below it has no room for a smaller text
+constexpr int kRoomyFrame = 50;  // pixels; room beside a text in a high frame, and at the canvas' sides
+constexpr int kThinFrame = 32;   // pixels; a frame below it has no room for a smaller text
 constexpr const char* kProgramName = "Zemora";
 
 /// Where a text stands in a frame, with the font that fits there.
@@ -65,7 +65,8 @@ Colour text_colour(Colour frame) {
     return {channel(frame.blue), channel(frame.green), channel(frame.red)};
 }
 
-void draw_captions(const WarpState& warp, Picture cell, std::span<const CaptionPlace> captions, Colour colour) {
+void draw_captions(const WarpState& warp, Picture cell, std::span<const CaptionPlace> captions,
+                   Colour colour) {
     const TextSpec& caption = warp.texts.caption;
     const auto place = caption_row(warp.frame.bottom, caption.font_pixels(warp.height));
     if (!caption || !place) {
@@ -74,7 +75,8 @@ void draw_captions(const WarpState& warp, Picture cell, std::span<const CaptionP
     const TextFont font{caption.font_path, place->font_px, caption.style};
     for (const CaptionPlace& at : captions) {
         if (!draw_text(cell, caption.text, font,
-                       {place->row, at.middle_column, TextAlign::centre, at.is_mirrored}, colour, warp.voice)) {
+                       {place->row, at.middle_column, TextAlign::centre, at.is_mirrored}, colour,
+                       warp.voice)) {
             return;
         }
     }
@@ -87,8 +89,8 @@ void draw_copyright(const WarpState& warp, Picture cell, Colour colour) {
         return;
     }
     const TextFont font{copyright.font_path, place->font_px, copyright.style};
-    if (draw_text(cell, copyright.text, font, {place->row, cell.width - kRoomyFrame, TextAlign::right}, colour,
-                  warp.voice)) {
+    if (draw_text(cell, copyright.text, font, {place->row, cell.width - kRoomyFrame, TextAlign::right},
+                  colour, warp.voice)) {
         draw_text(cell, kProgramName, font, {place->row, kRoomyFrame, TextAlign::left}, colour, warp.voice);
     }
 }
@@ -180,8 +182,8 @@ void draw_letters(Picture ground, const LetterMask& mask, bool is_white) {
 }  // namespace
 
 int TextSpec::font_pixels(int picture_height) const {
-    const double pixels =
-        size > 0.0F ? static_cast<double>(picture_height) / size : -std::floor(static_cast<double>(size) + 0.5);
+    const double pixels = size > 0.0F ? static_cast<double>(picture_height) / size
+                                      : -std::floor(static_cast<double>(size) + 0.5);
     return pixels >= 1.0 ? static_cast<int>(std::min(pixels, kLargestFont)) : 1;
 }
 
@@ -208,8 +210,7 @@ void draw_image_text(WarpState& warp, int row_shift, int column_shift) {
     const int margin = std::max(mask->height, kLeastMargin);
     const Picture left = warp.left.picture(warp.width, warp.height);
     const int column = column_shift + warp.width - mask->text_width - margin;
-    const Picture ground =
-        text_ground(left, *mask, row_shift + margin, column, spec.text, warp.voice);
+    const Picture ground = text_ground(left, *mask, row_shift + margin, column, spec.text, warp.voice);
     if (ground.width <= 0 || ground.height <= 0) {
         return;
     }

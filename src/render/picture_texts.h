@@ -46,8 +46,8 @@ struct TextSource {
 
 /// One picture of a canvas cell, for its caption.
 struct CaptionPlace {
-    int middle_column = 0;  ///< Of the picture's place without `FrameFloating`, in the cell: a caption lies in
-                            ///< the plane of the frame.
+    int middle_column = 0;  ///< Of the picture's place without `FrameFloating`, in the cell: a caption lies
+                            ///< in the plane of the frame.
     bool is_mirrored = false;
 };
 

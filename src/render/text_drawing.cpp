@@ -72,14 +72,17 @@ Picture text_ground(Picture picture, const LetterMask& mask, int row, int column
                         std::min(mask.height, picture.height - y));
 }
 
+void blend(std::uint8_t* pixel, int cover, Colour colour) {
+    pixel[0] = blended(pixel[0], cover, colour.blue);
+    pixel[1] = blended(pixel[1], cover, colour.green);
+    pixel[2] = blended(pixel[2], cover, colour.red);
+}
+
 void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool is_mirrored) {
     for (int y = 0; y < ground.height; ++y) {
         const std::uint8_t* const cover = mask.row(y);
         for (int x = 0; x < ground.width; ++x) {
-            std::uint8_t* const pixel = ground.pixel(is_mirrored ? ground.width - 1 - x : x, y);
-            pixel[0] = blended(pixel[0], cover[x], colour.blue);
-            pixel[1] = blended(pixel[1], cover[x], colour.green);
-            pixel[2] = blended(pixel[2], cover[x], colour.red);
+            blend(ground.pixel(is_mirrored ? ground.width - 1 - x : x, y), cover[x], colour);
         }
     }
 }
@@ -91,8 +94,8 @@ bool draw_text(Picture picture, const std::string& text, const TextFont& font, c
         return false;
     }
     if (mask->width > 0) {
-        const Picture ground = text_ground(picture, *mask, place.row, aligned_column(place, mask->text_width),
-                                           text, voice);
+        const Picture ground =
+            text_ground(picture, *mask, place.row, aligned_column(place, mask->text_width), text, voice);
         blend_letters(ground, *mask, colour, place.is_mirrored);
     }
     return true;

@@ -29,6 +29,8 @@ struct TextPlace {
 [[nodiscard]] Picture text_ground(Picture picture, const LetterMask& mask, int row, int column,
                                   const std::string& text, const Voice& voice);
 
+/// Blends a colour over one pixel by a cover of 0 to 255.
+void blend(std::uint8_t* pixel, int cover, Colour colour);
 /// Blends letters of one colour over a ground of at most the mask's size.
 void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool is_mirrored);
 

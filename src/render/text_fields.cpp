@@ -79,9 +79,9 @@ constexpr Keyword kKeywords[] = {
 };
 
 const Keyword* keyword_of(std::string_view text) {
-    const auto* const found = std::find_if(std::begin(kKeywords), std::end(kKeywords), [text](const Keyword& row) {
-        return text.find(row.mark) != std::string_view::npos;
-    });
+    const auto* const found =
+        std::find_if(std::begin(kKeywords), std::end(kKeywords),
+                     [text](const Keyword& row) { return text.find(row.mark) != std::string_view::npos; });
     return found == std::end(kKeywords) ? nullptr : found;
 }
 
@@ -144,8 +144,8 @@ TextSpec resolve_text(const std::string& setting, const TextSource& source, cons
         spec.size = -fields->size;
         spec.style = fields->style;
     }
-    spec.font_path = fields && !fields->font.empty() ? font_file(std::string(fields->font), warp.voice)
-                                                     : default_font();
+    spec.font_path =
+        fields && !fields->font.empty() ? font_file(std::string(fields->font), warp.voice) : default_font();
     return spec;
 }
 

@@ -12,8 +12,8 @@ namespace zemora {
 /// Puts the sRGB profile into a stored file.
 using AddProfile = std::function<void(const std::string& file)>;
 
-/// Colour ramps to be printed, as zemora "tintrovela_print_%03d.tif" in `folder`. `green_percent` is the share
-/// of green in cyan. 0, or 1 when it cannot be made.
+/// Colour ramps to be printed, as "tintrovela_print_%03d.tif" in `folder`. `green_percent` is the share of
+/// green in cyan. 0, or 1 when it cannot be made.
 [[nodiscard]] int write_anaglyph_test_image(int width, const std::string& folder, int green_percent,
                                             const Voice& voice, const AddProfile& add_profile);
 

@@ -72,7 +72,8 @@ INSTANTIATE_TEST_SUITE_P(
                       FieldCase{"fields", "Sea__arial__20__11", "Sea", -20.0F, 11, kArial},
                       FieldCase{"fields_closed", "+Sea__arial__20.5__1__", "Sea", -20.5F, 1, kArial},
                       FieldCase{"field_missing", "a__arial__20", "a__arial__20", 25.0F, 0, nullptr},
-                      FieldCase{"no_numbers", "my__long__file__name", "my__long__file__name", 25.0F, 0, nullptr},
+                      FieldCase{"no_numbers", "my__long__file__name", "my__long__file__name", 25.0F, 0,
+                                nullptr},
                       FieldCase{"file", "-__FILENAME__arial__20__10", "boat_l.jpg", -20.0F, 10, kArial},
                       FieldCase{"file_alone", "-__FILENAME__", "boat_l.jpg", 35.3F, 0, nullptr},
                       FieldCase{"keyword_is_no_head", "__FILENAME__20__10", "boat_l.jpg", 25.0F, 0, nullptr},
@@ -117,8 +118,9 @@ TEST(FontSize, IsAShareOfTheHeightOrAbsoluteAndNeverAbsurd) {
         float size;
         int height, pixels;
     };
-    for (const Row& row : {Row{25.0F, 1080, 43}, Row{50.0F, 1080, 21}, Row{-20.0F, 1080, 20}, Row{-19.5F, 9, 19},
-                           Row{25.0F, 10, 1}, Row{0.0F, 1080, 1}, Row{1e-6F, 1080, 4000}, Row{-1e6F, 9, 4000}}) {
+    for (const Row& row :
+         {Row{25.0F, 1080, 43}, Row{50.0F, 1080, 21}, Row{-20.0F, 1080, 20}, Row{-19.5F, 9, 19},
+          Row{25.0F, 10, 1}, Row{0.0F, 1080, 1}, Row{1e-6F, 1080, 4000}, Row{-1e6F, 9, 4000}}) {
         TextSpec spec;
         spec.size = row.size;
         EXPECT_EQ(spec.font_pixels(row.height), row.pixels) << row.size;
@@ -153,7 +155,8 @@ TEST(LetterMasks, HugeTextsAreCutAtTheRightEdge) {
     EXPECT_GE(mask.width, 5000);
     EXPECT_LT(mask.width, 5000 + 2 * 4500);
     EXPECT_GT(mask.text_width, 1000000);
-    EXPECT_EQ(mask_of("\u00c4\u00c4\u00c4\u00c4\u00c4", 20, 0, 30).cover, mask_of("\u00c4\u00c4\u00c4", 20).cover)
+    EXPECT_EQ(mask_of("\u00c4\u00c4\u00c4\u00c4\u00c4", 20, 0, 30).cover,
+              mask_of("\u00c4\u00c4\u00c4", 20).cover)
         << "no letter is cut";
     EXPECT_EQ(mask_of("", 20).width, 0);
     EXPECT_EQ(mask_of("a\nb", 20).cover, mask_of("a b", 20).cover);
@@ -170,7 +173,8 @@ Bitmap plain_draw(ConstPicture before, const LetterMask& mask, int x0, int y0, C
             const int a = mask.row(y)[mirrored ? width - 1 - x : x];
             std::uint8_t* pixel = result.picture().pixel(x0 + x, y0 + y);
             for (int c = 0; c < 3; ++c) {
-                pixel[c] = static_cast<std::uint8_t>((pixel[c] * (255 - a) + a * colours[static_cast<std::size_t>(c)]) >> 8);
+                pixel[c] = static_cast<std::uint8_t>(
+                    (pixel[c] * (255 - a) + a * colours[static_cast<std::size_t>(c)]) >> 8);
             }
         }
     }
@@ -200,8 +204,8 @@ TEST_P(DrawnTexts, AreBlendedWhereTheyBelongAndToldWhenCut) {
     const int in_front = c.place.align == TextAlign::centre  ? mask.width / 2
                          : c.place.align == TextAlign::right ? mask.width
                                                              : 0;
-    const Bitmap expected = plain_draw(before.picture(), mask, std::max(0, c.place.column - in_front), c.row, kInk,
-                                       c.place.is_mirrored);
+    const Bitmap expected = plain_draw(before.picture(), mask, std::max(0, c.place.column - in_front), c.row,
+                                       kInk, c.place.is_mirrored);
     EXPECT_EQ(count_differences(picture.picture(), expected.picture()), 0);
     EXPECT_EQ(told.find(c.told) != std::string::npos, *c.told != '\0' || told.empty()) << told;
 }
@@ -265,7 +269,8 @@ struct TextRow {
     TextPlace place;
 };
 
-Bitmap framed(ConstPicture canvas, Colour frame, Colour ink, const std::vector<TextRow>& texts, const Voice& voice) {
+Bitmap framed(ConstPicture canvas, Colour frame, Colour ink, const std::vector<TextRow>& texts,
+              const Voice& voice) {
     Bitmap expected = Bitmap::create(canvas.width, canvas.height);
     fill(expected.picture(), frame);
     for (const TextRow& row : texts) {
@@ -301,7 +306,8 @@ TEST_P(FrameTexts, StandInTheirFramesInAShadeOfTheFrame) {
         texts.push_back({"Below", c.caption_px, c.caption_row, {0, right_middle, TextAlign::centre, true}});
     }
     if (c.copyright_px > 0) {
-        texts.push_back({"Above", c.copyright_px, c.copyright_row, {0, layout.width - 50, TextAlign::right, false}});
+        texts.push_back(
+            {"Above", c.copyright_px, c.copyright_row, {0, layout.width - 50, TextAlign::right, false}});
         texts.push_back({"Zemora", c.copyright_px, c.copyright_row, {0, 50, TextAlign::left, false}});
     }
     const Bitmap expected = framed(canvas.picture(), c.frame, c.ink, texts, rig.voice);
@@ -312,12 +318,11 @@ TEST_P(FrameTexts, StandInTheirFramesInAShadeOfTheFrame) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, FrameTexts,
-    ::testing::Values(
-        FrameCase{"high", 70, 71, 20, 341 - 70, 20, 25, {128, 128, 128}, {255, 255, 255}},
-        FrameCase{"medium", 69, 69, 20, 338 - 57, 20, 32, {0, 60, 255}, {128, 188, 255}},
-        FrameCase{"just_enough", 30, 30, 20, 260 - 25, 20, 6, {200, 129, 127}, {72, 1, 0}},
-        FrameCase{"none", 0, 0, 0, 0, 0, 0, {9, 9, 9}, {}},
-        FrameCase{"too_thin", 29, 29, 0, 0, 0, 0, {9, 9, 9}, {}}),
+    ::testing::Values(FrameCase{"high", 70, 71, 20, 341 - 70, 20, 25, {128, 128, 128}, {255, 255, 255}},
+                      FrameCase{"medium", 69, 69, 20, 338 - 57, 20, 32, {0, 60, 255}, {128, 188, 255}},
+                      FrameCase{"just_enough", 30, 30, 20, 260 - 25, 20, 6, {200, 129, 127}, {72, 1, 0}},
+                      FrameCase{"none", 0, 0, 0, 0, 0, 0, {9, 9, 9}, {}},
+                      FrameCase{"too_thin", 29, 29, 0, 0, 0, 0, {9, 9, 9}, {}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(FrameText, ALargeFontShrinksToAThinFrame) {
@@ -335,7 +340,8 @@ TEST(FrameText, ALargeFontShrinksToAThinFrame) {
 }
 
 /// The text in the picture as it is defined, in real numbers.
-Bitmap plain_image_text(ConstPicture before, const LetterMask& mask, int x0, int y0, bool white, bool tinted) {
+Bitmap plain_image_text(ConstPicture before, const LetterMask& mask, int x0, int y0, bool white,
+                        bool tinted) {
     Bitmap result = Bitmap::create(before.width, before.height);
     for (int y = 0; y < before.height; ++y) {
         for (int x = 0; x < before.width; ++x) {
@@ -349,7 +355,8 @@ Bitmap plain_image_text(ConstPicture before, const LetterMask& mask, int x0, int
                 level = static_cast<int>(std::floor(level * (1 - f) + (white ? 0 : f * 255) + 0.5 + 1e-9));
                 if (inside) {
                     const int cover = mask.row(y - y0)[x - x0];
-                    level = white ? ((cover * 255) >> 8) + ((level * (255 - cover)) >> 8) : (level * (255 - cover)) >> 8;
+                    level = white ? ((cover * 255) >> 8) + ((level * (255 - cover)) >> 8)
+                                  : (level * (255 - cover)) >> 8;
                 }
                 result.picture().pixel(x, y)[c] = static_cast<std::uint8_t>(level);
             }
@@ -366,7 +373,8 @@ TEST(ImageText, IsWhiteOnADarkenedBoxOrBlackOnALightenedOneInBothViewsAlike) {
             TextRig rig({}, set);
             if (!white) {
                 for (int y = 0; y < 202; ++y) {
-                    std::fill_n(rig.warp->left.picture().row(y), 303 * 3, static_cast<std::uint8_t>(192 + y % 64));
+                    std::fill_n(rig.warp->left.picture().row(y), 303 * 3,
+                                static_cast<std::uint8_t>(192 + y % 64));
                 }
             } else {
                 fill(rig.warp->left.picture().part(0, 0, 300, 90), {191, 191, 191});
@@ -378,9 +386,10 @@ TEST(ImageText, IsWhiteOnADarkenedBoxOrBlackOnALightenedOneInBothViewsAlike) {
             const int x0 = 300 - 11 - mask.width - mask.height;
             for (std::size_t i = 0; i < 2; ++i) {
                 const Bitmap& view = i == 0 ? rig.warp->left : rig.warp->right;
-                const Bitmap expected = plain_image_text(before[i].picture(300, 200), mask, x0, 3 + mask.height, white,
-                                                         tinted == 1);
-                EXPECT_EQ(count_differences(view.picture(300, 200), expected.picture()), 0) << white << tinted << i;
+                const Bitmap expected = plain_image_text(before[i].picture(300, 200), mask, x0,
+                                                         3 + mask.height, white, tinted == 1);
+                EXPECT_EQ(count_differences(view.picture(300, 200), expected.picture()), 0)
+                    << white << tinted << i;
             }
         }
     }
@@ -395,7 +404,8 @@ TEST(ImageText, ThatIsFarTooLargeIsToldAndStaysInThePicture) {
         EXPECT_NE(told.find("too long"), std::string::npos) << told.substr(0, 200);
         for (int y = 0; y < 202; ++y) {
             for (int x = y < 200 ? 300 : 0; x < 303; ++x) {
-                ASSERT_EQ(colour_at(rig.warp->left.picture(), x, y), colour_at(before.picture(), x, y)) << x << ' ' << y;
+                ASSERT_EQ(colour_at(rig.warp->left.picture(), x, y), colour_at(before.picture(), x, y))
+                    << x << ' ' << y;
             }
         }
     }

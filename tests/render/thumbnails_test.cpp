@@ -38,7 +38,8 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     ASSERT_EQ(left.height, 178);
     for (int y = 0; y < 178; ++y) {
         for (int x = 0; x < 267; ++x) {
-            const bool in_view = x >= c.left && x < c.left + c.thumb_width && y >= c.bottom && y < c.bottom + c.thumb_height;
+            const bool in_view =
+                x >= c.left && x < c.left + c.thumb_width && y >= c.bottom && y < c.bottom + c.thumb_height;
             ASSERT_EQ(colour_at(left, x, y), (in_view ? Colour{10, 20, 200} : kGreen)) << x << ' ' << y;
         }
     }
@@ -51,8 +52,10 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, Thumbs,
-                         ::testing::Values(ThumbCase{800, 450, 0, 14, 267, 150}, ThumbCase{400, 600, 74, 0, 119, 178},
-                                           ThumbCase{534, 356, 0, 0, 267, 178}, ThumbCase{100, 50, 0, 22, 267, 134}));
+                         ::testing::Values(ThumbCase{800, 450, 0, 14, 267, 150},
+                                           ThumbCase{400, 600, 74, 0, 119, 178},
+                                           ThumbCase{534, 356, 0, 0, 267, 178},
+                                           ThumbCase{100, 50, 0, 22, 267, 134}));
 
 TEST(Thumbnail, AFolderThatIsNotThereIsNamed) {
     Rig rig;
