@@ -41,12 +41,14 @@ AnaglyphSettings settings_of(const ParameterSet& p, const Voice& voice, MixNeeds
     end_process(kExitFailure);
 }
 
-/// The frame; the texts stand on it.
-void draw_frame(const WarpState& warp, Picture canvas) {
+/// The frame and the texts on it.
+void draw_frame(const WarpState& warp, const CanvasLayout& layout, Picture canvas) {
     // The library hands out black; only another colour has to be filled in.
     if (warp.frame.colour != Colour{}) {
         fill(canvas, warp.frame.colour);
     }
+    const CaptionPlace caption = caption_place(warp, layout.left_picture_column, View::left);
+    draw_cell_texts(warp, canvas, {&caption, 1});
 }
 
 void draw_views(const WarpState& warp, const CanvasLayout& layout, Picture canvas) {
@@ -73,7 +75,7 @@ Bitmap compose_anaglyph(WarpState& warp) {
     const CanvasLayout layout = anaglyph_layout(warp);
     Bitmap canvas = Bitmap::create(layout.width, layout.height);
     if (canvas) {
-        draw_frame(warp, canvas.picture());
+        draw_frame(warp, layout, canvas.picture());
         draw_views(warp, layout, canvas.picture());
     }
     return canvas;

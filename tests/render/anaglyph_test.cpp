@@ -8,17 +8,19 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <memory>
 
 #include "render/dome.h"
+#include "render/font_search.h"
 #include "tests/render/anaglyph_twin.h"
 #include "tests/render/render_scene.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::colour_at;
+using testing::count_differences;
 using ::testing::HasSubstr;
 using testing::Rig;
 using testing::textured;
@@ -29,17 +31,9 @@ constexpr Colour kFrame = {10, 200, 90};
 
 class Anaglyphs : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = fs::path(::testing::TempDir()) / (std::string("zemora_ana_") + info->name());
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
     /// A pair with a coloured frame.
     std::unique_ptr<Rig> rig(ParameterSet set) const {
-        set.path_of_images = folder_.string();
+        set.path_of_images = folder_.path();
         auto made = std::make_unique<Rig>(set);
         made->warp->left = textured(kWidth, kHeight, 1);
         made->warp->right = textured(kWidth, kHeight, 2);
@@ -48,9 +42,9 @@ protected:
         made->warp->frame.colour = kFrame;
         return made;
     }
-    [[nodiscard]] std::string file(const std::string& name) const { return (folder_ / name).string(); }
+    [[nodiscard]] std::string file(const std::string& name) const { return folder_ / name; }
 
-    fs::path folder_;
+    test::TestFolder folder_;
 };
 
 ParameterSet full_colours() {
@@ -115,6 +109,21 @@ TEST_F(Anaglyphs, FilledCanvasHasTheSizeAskedFor) {
     EXPECT_EQ(colour_at(canvas.picture(), kWidth + 2, 0), kFrame);
 }
 
+TEST_F(Anaglyphs, TextsStandOnTheFrameAndBehindThePicture) {
+    constexpr int kBottom = 40;
+    auto pair = rig(full_colours());
+    pair->warp->frame.bottom = kBottom;
+    const Bitmap silent = compose_anaglyph(*pair->warp);
+    pair->warp->texts.caption.text = "Below";
+    pair->warp->texts.caption.size = -12.0F;
+    pair->warp->texts.caption.font_path = default_font();
+    const Bitmap canvas = compose_anaglyph(*pair->warp);
+    EXPECT_GT(count_differences(silent.picture(kWidth, kBottom), canvas.picture(kWidth, kBottom)), 20);
+    EXPECT_EQ(count_differences(silent.picture().part(0, kBottom, kWidth, kHeight),
+                                canvas.picture().part(0, kBottom, kWidth, kHeight)),
+              0);
+}
+
 TEST_F(Anaglyphs, TheDefaultsMixByLeastSquares) {
     auto pair = rig({});
     const Bitmap canvas = compose_anaglyph(*pair->warp);
@@ -132,8 +141,8 @@ TEST_F(Anaglyphs, ColourFileIsReadAnewForEachPicture) {
     set.anaglyph_type = 8;
     auto pair = rig(set);
     for (const char* red : {"1 0 0\n", "0 1 0\n"}) {
-        std::ofstream(folder_ / "zemora_colors.txt")
-            << red << "0 0 0\n0 0 0\n0 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n";
+        test::write_text(file("zemora_colors.txt"),
+                         std::string(red) + "0 0 0\n0 0 0\n0 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n");
         const Bitmap canvas = compose_anaglyph(*pair->warp);
         const Colour left = colour_at(pair->warp->pair().left, 9, 9);
         const Colour right = colour_at(pair->warp->pair().right, 9, 9);
@@ -168,7 +177,7 @@ TEST_F(Anaglyphs, FilesHaveTheFormOfTheOutputFormat) {
     ParameterSet off = full_colours();
     off.anaglyph_output = 0;
     EXPECT_EQ(write_anaglyph(*rig(off)->warp, file("off.png")).code, 0);
-    EXPECT_FALSE(fs::exists(file("off.png")));
+    EXPECT_FALSE(std::filesystem::exists(file("off.png")));
 }
 
 TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
@@ -176,9 +185,9 @@ TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
     ParameterSet set;
     set.anaglyph_type = 7;
     auto pair = rig(set);
-    std::ofstream(folder_ / "tintrovela_print.txt")
-        << "Tintrovela Version 0.2\n100\n-2.1712\n-1.1368\n3.548\n3.0176\n1.9008\n-2.2744\n"
-           "1\n1\n1\n1\n1\n1\n1\n1\n";
+    test::write_text(file("tintrovela_print.txt"),
+                     "Tintrovela Version 0.2\n100\n-2.1712\n-1.1368\n3.548\n3.0176\n1.9008\n-2.2744\n"
+                     "1\n1\n1\n1\n1\n1\n1\n1\n");
     fill(pair->warp->left.picture(), {185, 185, 185});
     fill(pair->warp->right.picture(), {35, 35, 35});
     const auto write = [&] {
@@ -191,7 +200,7 @@ TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
         HasSubstr("Calibration values not stable!\n"
                   "Please send the 14 calibration values of the test image to the makers of Zemora.\n" +
                   std::string(kWaitingLine)));
-    EXPECT_FALSE(fs::exists(file("a.png")));
+    EXPECT_FALSE(std::filesystem::exists(file("a.png")));
 }
 
 TEST_F(Anaglyphs, DomeIsSavedWithThreeCopiesRoundTheZenith) {

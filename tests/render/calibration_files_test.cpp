@@ -5,15 +5,14 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "render/color_management.h"
 #include "tests/render/render_scene.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::Rig;
@@ -28,18 +27,11 @@ constexpr const char* kPrintText =
 class CalibrationFiles : public ::testing::Test {
 protected:
     void SetUp() override {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = fs::path(::testing::TempDir()) / (std::string("zemora_cal_") + info->name());
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-        rig_.parameters.path_of_images = folder_.string();
+        rig_.parameters.path_of_images = folder_.path();
         rig_.parameters.verbose_mode = 2;
     }
-    void TearDown() override { fs::remove_all(folder_); }
 
-    void write(const char* name, const std::string& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-    }
+    void write(const char* name, const std::string& text) const { test::write_text(folder_ / name, text); }
     template <class Read>
     auto told(Read read) {
         ::testing::internal::CaptureStdout();
@@ -54,7 +46,7 @@ protected:
         (void)read_color_management_file(rig_.parameters, rig_.voice);
     }
 
-    fs::path folder_;
+    test::TestFolder folder_;
     Rig rig_;
     std::string text_;
 };
@@ -95,10 +87,10 @@ TEST_F(CalibrationFiles, DamagedMonitorFileGivesStandardValues) {
 TEST_F(CalibrationFiles, MissingFileOrFolderGivesStandardValues) {
     const std::string missing = " couldn't be found.\nStandard values are used (all values zero).\n";
     EXPECT_EQ(told(read_monitor_calibration).black_cyan, 0.0F);
-    EXPECT_EQ(text_, (folder_ / kMonitorName).string() + missing);
-    fs::create_directory(folder_ / kPrintName);
+    EXPECT_EQ(text_, folder_ / kMonitorName + missing);
+    std::filesystem::create_directory(folder_ / kPrintName);
     EXPECT_EQ(told(read_print_calibration).green_percent, 100);
-    EXPECT_EQ(text_, (folder_ / kPrintName).string() + missing);
+    EXPECT_EQ(text_, folder_ / kPrintName + missing);
 }
 
 TEST_F(CalibrationFiles, PrintValuesStandOnTheirLines) {
@@ -217,7 +209,7 @@ TEST_F(CalibrationFiles, FaultyColourFileEndsTheRunWithItsFirstFault) {
                              HasSubstr(row.told)))
             << row.told;
     }
-    fs::remove(folder_ / kColourName);
+    std::filesystem::remove(folder_ / kColourName);
     EXPECT_EXIT(pass_on_error_output(), ::testing::ExitedWithCode(1),
                 HasSubstr("zemora_colors.txt cannot be opened."));
 }
