@@ -5,23 +5,25 @@
 
 namespace zemora {
 
-std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
-                             const std::string& path) {
-    struct MemoryStream {
-        FIMEMORY* handle = FreeImage_OpenMemory(nullptr, 0);
-        MemoryStream() = default;
-        MemoryStream(const MemoryStream&) = delete;
-        MemoryStream& operator=(const MemoryStream&) = delete;
-        ~MemoryStream() { FreeImage_CloseMemory(handle); }
-    } stream;
+EncodedPicture::EncodedPicture(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags)
+    : stream_(FreeImage_OpenMemory(nullptr, 0)) {
     BYTE* bytes = nullptr;
     DWORD size = 0;
     silence_tiff_library();
-    if (stream.handle == nullptr || FreeImage_SaveToMemory(format, picture, stream.handle, flags) == FALSE ||
-        FreeImage_AcquireMemory(stream.handle, &bytes, &size) == FALSE || size == 0) {
-        return "the picture cannot be encoded";
+    if (stream_ != nullptr && FreeImage_SaveToMemory(format, picture, stream_, flags) != FALSE &&
+        FreeImage_AcquireMemory(stream_, &bytes, &size) != FALSE) {
+        bytes_ = {bytes, size};
     }
-    return write_file_whole(path, {bytes, size});
+}
+
+EncodedPicture::~EncodedPicture() {
+    FreeImage_CloseMemory(stream_);
+}
+
+std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
+                             const std::string& path) {
+    const EncodedPicture file(picture, format, flags);
+    return file.bytes().empty() ? "the picture cannot be encoded" : write_file_whole(path, file.bytes());
 }
 
 }  // namespace zemora

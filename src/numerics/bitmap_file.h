@@ -3,9 +3,26 @@
 
 #include <FreeImage.h>
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 namespace zemora {
+
+/// A picture file in memory.
+class EncodedPicture {
+public:
+    EncodedPicture(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags);
+    EncodedPicture(const EncodedPicture&) = delete;
+    EncodedPicture& operator=(const EncodedPicture&) = delete;
+    ~EncodedPicture();
+    /// Empty when the picture cannot be encoded. Valid as long as this lives.
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+private:
+    FIMEMORY* stream_;
+    std::span<const std::uint8_t> bytes_;
+};
 
 /// Encodes into memory, then writes with every byte checked: the library tells a full disk to nobody.
 /// Empty, or the reason why there is no such file.

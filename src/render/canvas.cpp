@@ -16,14 +16,6 @@ Bitmap borrowed(Picture picture) {
         8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, FALSE));
 }
 
-/// Black where a picture at (x, y) and its thin line come to stand.
-void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
-    const int line = warp.frame.thin_line;
-    if (line > 0) {
-        fill(clipped(canvas, x - line, y - line, warp.width + 2 * line, warp.height + 2 * line), Colour{});
-    }
-}
-
 }  // namespace
 
 Picture clipped(Picture picture, int x, int y, int width, int height) {
@@ -38,6 +30,13 @@ void copy_clipped(ConstPicture source, Picture target, int x, int y) {
     const Picture covered = clipped(target, x, y, source.width, source.height);
     if (covered.width > 0 && covered.height > 0) {
         copy(source.part(std::max(0, -x), std::max(0, -y), covered.width, covered.height), covered);
+    }
+}
+
+void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
+    const int line = warp.frame.thin_line;
+    if (line > 0) {
+        fill(clipped(canvas, x - line, y - line, warp.width + 2 * line, warp.height + 2 * line), Colour{});
     }
 }
 

@@ -12,6 +12,9 @@ namespace zemora {
 /// Copies `source` with its lower left pixel at (x, y) of `target`; what lies beside the target is left out.
 void copy_clipped(ConstPicture source, Picture target, int x, int y);
 
+/// Black where a picture at (x, y) and its thin line come to stand.
+void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y);
+
 /// The caption below a view whose picture stands at that column, with its share of `FrameFloating`.
 [[nodiscard]] CaptionPlace caption_place(const WarpState& warp, int picture_column, View view);
 

@@ -16,35 +16,28 @@ namespace {
 constexpr std::array<double, 4> kScreenRatios = {1.3333333333333333, 1.6, 1.7777777777777777,
                                                  1.8888888888888888};
 
-/// Height of the canvas and the bottom margin; filling sets the frames above and below.
-void lay_out_height(WarpState& warp, CanvasLayout& layout) {
+/// Filling sets the frames above and below.
+void settle_height(WarpState& warp) {
     FrameSettings& frame = warp.frame;
-    const int framed = warp.height + 2 * frame.thin_line;
-    if (frame.fill_height != 0) {
-        if (frame.fill_height < warp.height && warp.voice.verbose() >= 2) {
-            warp.voice.say<Msg::warpimage_fill_height_too_low>();
-        }
-        frame.fill_height = std::max(frame.fill_height, framed);
-        const int excess = frame.fill_height - framed;
-        frame.top = excess / 2;
-        frame.bottom = excess - excess / 2;
+    if (frame.fill_height == 0) {
+        return;
     }
-    layout.height = framed + frame.top + frame.bottom;
-    layout.picture_row = frame.bottom + frame.thin_line;
+    if (frame.fill_height < warp.height && warp.voice.verbose() >= 2) {
+        warp.voice.say<Msg::warpimage_fill_height_too_low>();
+    }
+    const int framed = warp.height + 2 * frame.thin_line;
+    frame.fill_height = std::max(frame.fill_height, framed);
+    const int excess = frame.fill_height - framed;
+    frame.top = excess / 2;
+    frame.bottom = excess - excess / 2;
 }
 
-/// Frame left and right of one picture with its line.
-struct Margins {
-    int left = 0;
-    int right = 0;
-};
-
-Margins lay_out_width(WarpState& warp) {
+CellFrame lay_out_width(WarpState& warp, int least_fill_width) {
     FrameSettings& frame = warp.frame;
     if (frame.fill_width == 0) {
         return {frame.left_right, frame.left_right};
     }
-    if (frame.fill_width < warp.width && warp.voice.verbose() >= 2) {
+    if (frame.fill_width < least_fill_width && warp.voice.verbose() >= 2) {
         warp.voice.say<Msg::warpimage_fill_width_too_low>();
     }
     const int framed = warp.width + 2 * frame.thin_line;
@@ -54,9 +47,9 @@ Margins lay_out_width(WarpState& warp) {
 }
 
 /// Holds the share of a view in the floating displacement to the margin that is there for it.
-int held_floating(WarpState& warp, const Margins& margins) {
+int held_floating(WarpState& warp, const CellFrame& cell) {
     int& floating = warp.frame.floating;
-    const int largest = std::max(0, std::min(margins.left, margins.right));
+    const int largest = std::max(0, std::min(cell.left, cell.right));
     if (std::abs(floating / 2) > largest) {
         warp.voice.say<Msg::warpimage_frame_floating_reduced>();
         floating = floating < 0 ? -2 * largest : 2 * largest;
@@ -142,30 +135,41 @@ double pixels_from_reference(int value, int win_off_reference, int height, int w
     return value;
 }
 
+CellFrame settle_cell_frame(WarpState& warp, int least_fill_width) {
+    settle_height(warp);
+    CellFrame cell = lay_out_width(warp, least_fill_width);
+    cell.floating_share = held_floating(warp, cell);
+    return cell;
+}
+
+int held_central(const WarpState& warp, const CellFrame& cell) {
+    return std::max(std::abs(warp.frame.floating) - cell.left - cell.right, warp.frame.central);
+}
+
 CanvasLayout single_view_layout(WarpState& warp, View view) {
+    const CellFrame cell = settle_cell_frame(warp, warp.width);
+    const FrameSettings& frame = warp.frame;
+    const int share = cell.floating_share;
     CanvasLayout layout;
-    lay_out_height(warp, layout);
-    const Margins margins = lay_out_width(warp);
-    const int share = held_floating(warp, margins);
-    layout.width = warp.width + 2 * warp.frame.thin_line + margins.left + margins.right;
-    layout.left_picture_column = margins.left + warp.frame.thin_line + (view == View::left ? -share : share);
+    layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
+    layout.width = warp.width + 2 * frame.thin_line + cell.left + cell.right;
+    layout.picture_row = frame.bottom + frame.thin_line;
+    layout.left_picture_column = cell.left + frame.thin_line + (view == View::left ? -share : share);
     layout.right_picture_column = layout.left_picture_column;
     return layout;
 }
 
 CanvasLayout side_by_side_layout(WarpState& warp) {
-    CanvasLayout layout;
-    lay_out_height(warp, layout);
-    const Margins margins = lay_out_width(warp);
-    const int share = held_floating(warp, margins);
+    const CellFrame cell = settle_cell_frame(warp, warp.width);
     FrameSettings& frame = warp.frame;
-    const int gap = margins.left + margins.right;
-    // Between the pictures lie both margins; the central part may close that gap, never more.
-    frame.central = std::max(std::abs(frame.floating) - gap, frame.central);
-    const int half = warp.width + 2 * frame.thin_line + gap;
+    frame.central = held_central(warp, cell);
+    const int half = warp.width + 2 * frame.thin_line + cell.left + cell.right;
+    CanvasLayout layout;
+    layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
     layout.width = 2 * half + frame.central;
-    layout.left_picture_column = frame.thin_line + margins.left - share;
-    layout.right_picture_column = half + frame.central + margins.left + frame.thin_line + share;
+    layout.picture_row = frame.bottom + frame.thin_line;
+    layout.left_picture_column = frame.thin_line + cell.left - cell.floating_share;
+    layout.right_picture_column = half + frame.central + cell.left + frame.thin_line + cell.floating_share;
     return layout;
 }
 

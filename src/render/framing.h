@@ -26,6 +26,19 @@ enum class View { left, right };
 /// Both views on one another: the canvas of a single view without its line.
 [[nodiscard]] CanvasLayout anaglyph_layout(WarpState& warp);
 
+/// Frame left and right of one picture with its line, for canvases of several cells.
+struct CellFrame {
+    int left = 0;
+    int right = 0;
+    int floating_share = 0;  ///< The left view moves by minus this, the right one by this.
+};
+/// As the layouts do it; `frame.top` and `frame.bottom` of `warp` are settled too. A `FillWidth` below
+/// `least_fill_width` is told.
+[[nodiscard]] CellFrame settle_cell_frame(WarpState& warp, int least_fill_width);
+/// Least part of `FrameCentral` between two pictures side by side: the gap of their margins may be closed,
+/// never more.
+[[nodiscard]] int held_central(const WarpState& warp, const CellFrame& cell);
+
 /// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in output pixels. Changes
 /// `warp.frame` and, in mode 2, `work_width` of `warp`.
 /// True when `frame.left_right` was enlarged: the caller restores it after the pair.

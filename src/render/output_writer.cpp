@@ -1,7 +1,6 @@
 #include "render/output_writer.h"
 
 #include <array>
-#include <utility>
 
 #include "render/canvas.h"
 #include "render/rgb16.h"
@@ -11,24 +10,12 @@ namespace zemora {
 
 namespace {
 
-constexpr int kStoreFailed = 2;
-constexpr int kDeepFormat = 7;  ///< `OutputFormat` with 16 bits per channel.
-
-/// The result of storing `file`, with the reason of a failure.
-StoreResult result_of(const std::string& file, const std::string& reason) {
-    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
-}
-
 StoreResult joined(StoreResult first, const StoreResult& second) {
     if (second.code != 0) {
         first.reason += (first.reason.empty() ? "" : "\n") + second.reason;
         first.code = second.code;
     }
     return first;
-}
-
-bool wants_deep(const WarpState& warp, const std::string& file) {
-    return warp.parameters.output_format == kDeepFormat && is_tiff_name(file);
 }
 
 [[noreturn]] void fail_for_memory(const WarpState& warp, const char* reason) {
@@ -50,15 +37,6 @@ ViewStore store_view(const WarpState& warp, const CanvasLayout& layout, View vie
     return {false, save_picture(canvas, file, options)};
 }
 
-/// The deep views in the order of the outputs: these have been exchanged, the sources have not.
-DeepPair deep_outputs(const WarpState& warp, const SourceFiles& sources) {
-    DeepPair pair = make_deep_pair(warp, sources);
-    if (warp.inverse_output == 1) {
-        std::swap(pair.left, pair.right);
-    }
-    return pair;
-}
-
 StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const std::string& file) {
     const Bitmap both = join_deep(pair.left, pair.right);
     if (!both) {
@@ -69,11 +47,16 @@ StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const
 
 }  // namespace
 
+StoreResult result_of(const std::string& file, const std::string& reason) {
+    constexpr int kStoreFailed = 2;
+    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
+}
+
 StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,
                              const SourceFiles& sources) {
     DeepPair deep;
     if (wants_deep(warp, left_file)) {
-        deep = deep_outputs(warp, sources);
+        deep = make_deep_outputs(warp, sources);
     }
     const std::array<const Bitmap*, 2> deep_views = {&deep.left, &deep.right};
     std::array<CanvasLayout, 2> layouts;
@@ -109,7 +92,7 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
         return {};
     }
     if (wants_deep(warp, file)) {
-        if (const DeepPair pair = deep_outputs(warp, sources)) {
+        if (const DeepPair pair = make_deep_outputs(warp, sources)) {
             return write_deep_stereo(warp, pair, file);
         }
     }

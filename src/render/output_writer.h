@@ -13,6 +13,9 @@ struct StoreResult {
     std::string reason;
 };
 
+/// The result of storing `file`, with the reason of a failure or an empty one.
+[[nodiscard]] StoreResult result_of(const std::string& file, const std::string& reason);
+
 /// The source files, for the 16-bit output.
 struct SourceFiles {
     std::string left;  ///< The stereo file for stereo input.

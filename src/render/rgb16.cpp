@@ -6,10 +6,12 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "input/picture_file.h"
 #include "numerics/turn.h"
 #include "render/sample_pixel.h"
+#include "render/save_picture.h"
 #include "render/tone.h"
 #include "render/warp_plan.h"
 
@@ -272,6 +274,19 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
     return pair;
 }
 
+bool wants_deep(const WarpState& warp, const std::string& file) {
+    constexpr int kDeepFormat = 7;
+    return warp.parameters.output_format == kDeepFormat && is_tiff_name(file);
+}
+
+DeepPair make_deep_outputs(const WarpState& warp, const SourceFiles& sources) {
+    DeepPair pair = make_deep_pair(warp, sources);
+    if (warp.inverse_output == 1) {
+        std::swap(pair.left, pair.right);
+    }
+    return pair;
+}
+
 Bitmap join_deep(const Bitmap& first, const Bitmap& second) {
     Bitmap joined = create_deep(first.width() + second.width(), std::max(first.height(), second.height()));
     if (joined) {
@@ -279,6 +294,15 @@ Bitmap join_deep(const Bitmap& first, const Bitmap& second) {
         copy_deep(second, 0, 0, second.width(), second.height(), joined, first.width(), 0);
     }
     return joined;
+}
+
+Bitmap stack_deep(const Bitmap& upper, const Bitmap& lower) {
+    Bitmap stacked = create_deep(std::max(upper.width(), lower.width()), upper.height() + lower.height());
+    if (stacked) {
+        copy_deep(lower, 0, 0, lower.width(), lower.height(), stacked, 0, 0);
+        copy_deep(upper, 0, 0, upper.width(), upper.height(), stacked, 0, lower.height());
+    }
+    return stacked;
 }
 
 }  // namespace zemora

@@ -28,7 +28,16 @@ struct DeepPair {
 };
 [[nodiscard]] DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources);
 
+/// Whether `OutputFormat` asks for 16 bits in that file.
+[[nodiscard]] bool wants_deep(const WarpState& warp, const std::string& file);
+
+/// The deep views in the order of the outputs: these have been exchanged by `InverseOutput`, the sources have
+/// not.
+[[nodiscard]] DeepPair make_deep_outputs(const WarpState& warp, const SourceFiles& sources);
+
 /// Two pictures of 48 bits in one, `first` on the left.
 [[nodiscard]] Bitmap join_deep(const Bitmap& first, const Bitmap& second);
+/// One above the other.
+[[nodiscard]] Bitmap stack_deep(const Bitmap& upper, const Bitmap& lower);
 
 }  // namespace zemora

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/cmyk.h"
@@ -45,9 +44,13 @@ const FormatRow* find_format(const std::string& path) {
     return row == std::end(kFormats) ? nullptr : row;
 }
 
+int quality_flag(const SaveOptions& options) {
+    return std::clamp(options.jpeg_quality, 1, 100);
+}
+
 int flags_of(const FormatRow& format, const SaveOptions& options) {
     const int flags = options.compress ? format.compressed_flags : format.plain_flags;
-    return format.format == FIF_JPEG ? flags | std::clamp(options.jpeg_quality, 1, 100) : flags;
+    return format.format == FIF_JPEG ? flags | quality_flag(options) : flags;
 }
 
 void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
@@ -115,6 +118,10 @@ std::string save_picture(const Bitmap& picture, const std::string& path, const S
     FIBITMAP* written = form ? form.handle() : picture.handle();
     set_resolution(written, options);
     return encode_and_write(written, format->format, flags, path);
+}
+
+EncodedPicture encode_jpeg(const Bitmap& picture, const SaveOptions& options) {
+    return {picture.handle(), FIF_JPEG, JPEG_SUBSAMPLING_444 | quality_flag(options)};
 }
 
 std::string save_deep_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {

@@ -5,6 +5,7 @@
 
 #include "config/parameter_set.h"
 #include "numerics/bitmap.h"
+#include "numerics/bitmap_file.h"
 
 namespace zemora {
 
@@ -27,6 +28,9 @@ struct SaveOptions {
 /// reason why there is no such file.
 [[nodiscard]] std::string save_picture(const Bitmap& picture, const std::string& path,
                                        const SaveOptions& options);
+
+/// `picture`, of 24 bits, as a JPEG file in memory.
+[[nodiscard]] EncodedPicture encode_jpeg(const Bitmap& picture, const SaveOptions& options);
 
 /// Saves a bitmap of 48 bits as TIFF.
 [[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,
