@@ -86,8 +86,12 @@ using Heights = std::vector<float>;
 
 constexpr int kInks = 256;
 
+std::size_t place_of(int red, int cyan) {
+    return static_cast<std::size_t>(red) * kInks + static_cast<std::size_t>(cyan);
+}
+
 float height_at(const Heights& heights, int red, int cyan) {
-    return heights[static_cast<std::size_t>(red * kInks + cyan)];
+    return heights[place_of(red, cyan)];
 }
 
 /// Walks one ink step by step towards its target.
@@ -126,7 +130,7 @@ public:
           cyan_heights_(kInks * kInks) {
         for (int i = 0; i < kInks; ++i) {
             for (int j = 0; j < kInks; ++j) {
-                const auto at = static_cast<std::size_t>(i * kInks + j);
+                const std::size_t at = place_of(i, j);
                 red_heights_[at] = red_height(calibration, i / 256.0, j / 256.0);
                 cyan_heights_[at] = cyan_height(calibration, i / 256.0, j / 256.0);
             }

@@ -106,9 +106,11 @@ public:
         : shape_{settings.density, settings.brightness, settings.gamma_red},
           greys_(shape_),
           blends_(kLevels * kLevels) {
-        for (std::size_t i = 0; i < blends_.size(); ++i) {
-            blends_[i] =
-                byte_of(0.7 * static_cast<double>(i % kLevels) + 0.3 * static_cast<double>(i / kLevels));
+        for (std::size_t red = 0; red < kLevels; ++red) {
+            for (std::size_t other = 0; other < kLevels; ++other) {
+                blends_[red * kLevels + other] =
+                    byte_of(0.7 * static_cast<double>(other) + 0.3 * static_cast<double>(red));
+            }
         }
     }
 

@@ -29,14 +29,14 @@ public:
     /// Near `grey_of`, by less than one part in 10^7; not-a-number where the curve is so steep that this
     /// cannot be said.
     [[nodiscard]] float near_grey(const std::uint8_t* pixel) const {
-        return greys_[static_cast<std::size_t>(kRed * pixel[2] + kGreen * pixel[1] + kBlue * pixel[0])];
+        return greys_[kRed * pixel[2] + kGreen * pixel[1] + kBlue * pixel[0]];
     }
 
 private:
     // Luminance in 1/1000 is a whole number.
-    static constexpr int kRed = 299;
-    static constexpr int kGreen = 587;
-    static constexpr int kBlue = 114;
+    static constexpr unsigned kRed = 299;
+    static constexpr unsigned kGreen = 587;
+    static constexpr unsigned kBlue = 114;
     std::vector<float> greys_;
 };
 
@@ -47,8 +47,9 @@ private:
     if (!(value < 256.0F)) {
         return value >= 256.0F ? 255 : -1;
     }
-    const int whole = static_cast<int>(value + 0.5F);
-    const float rest = value + 0.5F - static_cast<float>(whole);
+    const float raised = value + 0.5F;
+    const int whole = static_cast<int>(raised);
+    const float rest = raised - static_cast<float>(whole);
     if (rest < kUnsure || rest > 1.0F - kUnsure) {
         return -1;
     }
