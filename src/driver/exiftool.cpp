@@ -156,6 +156,26 @@ std::string ExifTool::read_software(const std::string& path) {
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
+std::string ExifTool::read_headline(const std::string& path) {
+    if (!is_available()) {
+        return {};
+    }
+    const Answer answer = run({"-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
+    return answer.exit_code == 0 ? first_line(answer.output) : std::string();
+}
+
+void ExifTool::add_standard_profile(const std::string& path) {
+    const std::string profile = find_data_file("sRGB.icc");
+    if (profile.empty() || !is_available()) {
+        return;
+    }
+    const Answer answer = run({"-ICC_Profile<=" + pattern_name(profile), "-overwrite_original", "-q", "-q",
+                               plain_name(path)});
+    if (answer.exit_code != 0) {
+        tell_failure();
+    }
+}
+
 std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
     const Answer answer = is_available()
                               ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)})

@@ -45,6 +45,10 @@ public:
     [[nodiscard]] int read_orientation(const std::string& path);
     /// The line that names the software of a picture, or an empty text.
     [[nodiscard]] std::string read_software(const std::string& path);
+    /// The IPTC headline of a picture, or an empty text.
+    [[nodiscard]] std::string read_headline(const std::string& path);
+    /// Puts the sRGB profile into a file that the run has made.
+    void add_standard_profile(const std::string& path);
     /// The line that holds the record; nothing when the call failed.
     [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class);
     /// Writes the record into the input file.

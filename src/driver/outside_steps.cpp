@@ -57,8 +57,6 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
 
 }  // namespace
 
-void write_alignment_image(const ParameterSet& /*parameters*/, const Voice& /*voice*/) {}
-
 long long current_seconds() {
     return static_cast<long long>(std::time(nullptr));
 }
@@ -75,10 +73,6 @@ bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
     return true;
 }
 
-void draw_image_text(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
-
-void make_thumbnails(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
-
 bool is_layout_known(const Pipeline& pipeline) {
     constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
     if (pipeline.parameters.stereo_image_input < kFirstDepthLayout) {
@@ -89,10 +83,6 @@ bool is_layout_known(const Pipeline& pipeline) {
         "Ansichten aus Tiefenmasken werden nicht erzeugt (Bild uebersprungen).\n"));
     return false;
 }
-
-void store_anaglyph(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
-
-void store_extra(Pipeline& /*pipeline*/, PairRun& /*pair*/) {}
 
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`

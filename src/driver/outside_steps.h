@@ -8,9 +8,6 @@ namespace zemora {
 
 // Steps of the run before its first pair.
 
-/// The picture to set `AutoGhostBust` by. Not written yet.
-void write_alignment_image(const ParameterSet& parameters, const Voice& voice);
-
 // Steps of a pair.
 
 /// Calendar seconds of now.
@@ -27,13 +24,6 @@ void write_alignment_image(const ParameterSet& parameters, const Voice& voice);
 /// The viewer of a pair with its corrections; false when the user abandoned it. Sets the selection and
 /// `repeat` of the pair, and its stamp anew. There is none yet: the pair goes on.
 [[nodiscard]] bool run_post_viewer(Pipeline& pipeline, PairRun& pair);
-/// Steps of the finished views: the text drawn, thumbnails made for `HtmlImages` 4. All left as they are so
-/// far.
-void draw_image_text(Pipeline& pipeline, PairRun& pair);
-void make_thumbnails(Pipeline& pipeline, PairRun& pair);
-/// Anaglyph and extra formats: not written yet.
-void store_anaglyph(Pipeline& pipeline, PairRun& pair);
-void store_extra(Pipeline& pipeline, PairRun& pair);
 /// The files of a pair that cannot be mounted get other names (`RenameRefused`, `InputMode` 9).
 void rename_refused(const Pipeline& pipeline, const PairRun& pair);
 /// The files of a pair that the user gave up for good move away.

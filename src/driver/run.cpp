@@ -291,9 +291,6 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     list_parameters(run.parameters, run.voice);
     open_reports(run);
     report_parameters(run.parameters, run.voice);
-    if (run.parameters.auto_ghost_bust != 0) {
-        write_alignment_image(run.parameters, run.voice);
-    }
     collect_input(run);
     refuse_video(run);
     mount_all(run);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/outside_steps.h"
+#include "driver/dressing.h"
 #include "driver/pipeline.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
@@ -123,7 +123,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     sharpen_views(pipeline, pair);
     hang_curtains(pipeline, pair);
     refuse_unknown_extra_output(pipeline);
-    draw_image_text(pipeline, pair);
+    dress_with_texts(pipeline, pair);
     make_thumbnails(pipeline, pair);
     project_deviation(pipeline, pair);
     rescale_to_final(warp, pair.target);

@@ -2,11 +2,11 @@
 
 #include <array>
 
-#include "driver/outside_steps.h"
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
+#include "render/anaglyph.h"
 #include "render/output_writer.h"
 #include "report/picture_tags.h"
 
@@ -17,6 +17,7 @@ namespace {
 // Values of `HtmlImages`.
 constexpr int kShowViews = 1;
 constexpr int kShowStereo = 2;
+constexpr int kShowAnaglyph = 3;
 
 /// What the console calls a product that failed.
 struct ProductWords {
@@ -25,6 +26,8 @@ struct ProductWords {
 };
 constexpr ProductWords kStereoWords{"your error code is (stereo image): ",
                                     "Ihr Fehlercode ist (Stereobild): "};
+constexpr ProductWords kAnaglyphWords{"your error code is (anaglyph image): ",
+                                      "Ihr Fehlercode ist (Anaglyphenbild): "};
 constexpr ProductWords kLeftRightWords{"your error code is (left/right image): ",
                                        "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
@@ -116,38 +119,63 @@ SoftwareTagValues tag_values(const PairRun& pair) {
 }
 
 /// Metadata and times of a stored file.
-void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file) {
+void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file,
+                bool is_extra = false) {
     constexpr int kWithTimes = 2;  // of `MetaTransfer`
-    pipeline.exiftool.start_transfer(source, file, pair.permissions, tag_values(pair), false);
+    pipeline.exiftool.start_transfer(source, file, pair.permissions, tag_values(pair), is_extra);
     if (pipeline.parameters.meta_transfer == kWithTimes) {
         pipeline.exiftool.finish();
         copy_capture_time(source, file, pipeline.voice);
     }
 }
 
-void store_stereo(Pipeline& pipeline, PairRun& pair) {
-    if (pipeline.parameters.stereo_output == 0) {
-        return;
+/// A product in one file.
+struct SingleProduct {
+    ProductKind kind;
+    ProductWords words;
+    int shown_by;                                ///< The value of `HtmlImages` that shows it; 0 for none.
+    std::string Pipeline::*last_name = nullptr;  ///< Where the post-run batch finds its name.
+};
+
+StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, const std::string& path,
+                          const SourceFiles& sources) {
+    switch (product.kind) {
+        case ProductKind::anaglyph: return write_anaglyph(pipeline.warp, path);
+        default: return write_stereo(pipeline.warp, path, sources);
     }
-    OutputName name = names_of(pipeline, pair, ProductKind::stereo, ProductKind::stereo).left;
+}
+
+void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& product) {
+    const ParameterSet& p = pipeline.parameters;
+    const bool is_extra = product.kind == ProductKind::extra;
+    OutputName name = names_of(pipeline, pair, product.kind, product.kind).left;
+    if (is_extra) {
+        add_extra_ending(name, p.extra_output, p.inverse_output != 0);
+    }
     claim_and_show(pipeline, name);
     const std::string path = name.path();
     const SourceFiles sources = sources_of(pipeline, pair);
     if (pipeline.inputs.holds(path)) {
-        tell_input(pipeline, pair, path, kStereoWords);
+        tell_input(pipeline, pair, path, product.words);
         return;
     }
-    const StoreResult result = write_stereo(pipeline.warp, path, sources);
+    const StoreResult result = write_product(pipeline, product, path, sources);
     if (result.code != 0) {
-        tell_failure(pipeline, pair, path, result, kStereoWords);
+        tell_failure(pipeline, pair, path, result, product.words);
         return;
     }
-    pipeline.last_stereo_name = path;
-    dress_file(pipeline, pair, sources.right, path);
-    if (pair.html_images == kShowStereo) {
-        pair.picture_tag = preview_tag(path, pipeline.parameters.path_of_images);
+    if (product.last_name != nullptr) {
+        pipeline.*product.last_name = path;
+    }
+    dress_file(pipeline, pair, sources.right, path, is_extra);
+    if (product.shown_by != 0 && pair.html_images == product.shown_by) {
+        pair.picture_tag = preview_tag(path, p.path_of_images);
     }
 }
+
+constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, kShowAnaglyph,
+                                  &Pipeline::last_anaglyph_name};
+constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &Pipeline::last_stereo_name};
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.left_right_output == 0) {
@@ -186,9 +214,13 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
                     voice.messages().text<Msg::main_now_storing_rule>());
     }
     voice.report_html("<p class=\"a4\"><b>Output files:</b></p>\n<p>");
-    store_anaglyph(pipeline, pair);
-    store_stereo(pipeline, pair);
-    store_extra(pipeline, pair);
+    const ParameterSet& p = pipeline.parameters;
+    if (p.anaglyph_output != 0) {
+        store_single(pipeline, pair, kAnaglyph);
+    }
+    if (p.stereo_output != 0) {
+        store_single(pipeline, pair, kStereo);
+    }
     store_left_right(pipeline, pair);
     voice.report_html("</p>\n");
     if (!pair.picture_tag.empty()) {

@@ -32,6 +32,12 @@ std::string pair_tag(const std::string& left, const std::string& right, const st
            "\" alt=\"right thumb\" width=267></p>\n";
 }
 
+std::string thumb_tag(const std::string& left, const std::string& right, const std::string& page_folder) {
+    return R"(<img src=")" + page_address(left, page_folder) +
+           R"(" alt="left thumb missing">&nbsp;&nbsp;<img src=")" + page_address(right, page_folder) +
+           "\" alt=\"right thumb missing\"></p>\n";
+}
+
 std::string preview_tag(const std::string& path, const std::string& page_folder) {
     return R"(<img src=")" + page_address(path, page_folder) + "\" alt=\"anaglyph-preview\" width=560></p>\n";
 }

@@ -24,7 +24,12 @@ TEST_P(HostileNames, AreNamesAndNothingElse) {
     EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     EXPECT_FALSE(outcome.tells("No success")) << outcome.text;
     const bool listed = base.find_first_of("\"\n\r") == std::string::npos;
-    Names expected{left, right, "cl/" + base + "_cl.jpg", "cr/" + base + "_cr.jpg", "zemora_report.html",
+    Names expected{left,
+                   right,
+                   "ca/" + base + "_ca.jpg",
+                   "cl/" + base + "_cl.jpg",
+                   "cr/" + base + "_cr.jpg",
+                   "zemora_report.html",
                    "zemora_report.txt"};
     if (listed) {
         expected.insert("zemora_files.txt");

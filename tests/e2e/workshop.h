@@ -29,8 +29,9 @@ public:
     /// The program is killed without warning, and may leave files that nobody takes for pictures.
     bool is_killed = false;
     /// Settings of every run in front of the arguments: nothing waits, nothing needs another program.
-    std::vector<std::string> settings{"--StopAtError=0", "--ReportMode=0", "--StampFiles=0",
-                                      "--MetaTransfer=0", "--ExifCopyright=", "--WriteDataBase=0"};
+    std::vector<std::string> settings{"--StopAtError=0",    "--ReportMode=0",   "--StampFiles=0",
+                                      "--MetaTransfer=0",   "--ExifCopyright=", "--WriteDataBase=0",
+                                      "--AnaglyphOutput=0", "--HtmlImages=0"};
 
     /// Runs the program in the folder, for two minutes at most.
     [[nodiscard]] Outcome run(const std::vector<std::string>& arguments) const;

@@ -1,0 +1,74 @@
+#include "driver/dressing.h"
+
+#include "platform/paths.h"
+#include "render/picture_texts.h"
+#include "render/thumbnails.h"
+#include "report/picture_tags.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kThumbnails = 4;  // of `HtmlImages`
+
+/// The left input, which the texts speak of.
+const std::string& source_of(const Pipeline& pipeline, const PairRun& pair) {
+    return pipeline.list.two_files ? pair.files.left : pair.files.stereo;
+}
+
+TextSource text_source(Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    TextSource source{source_of(pipeline, pair), {}, pair.stamp, pair.index};
+    const bool is_tagged = pair.left_suffix == ".jpg" || pair.left_suffix == ".tif" || pair.left_suffix == ".mpo";
+    for (const std::string* setting : {&p.image_text, &p.caption_text, &p.exif_copyright}) {
+        if (is_tagged && source.headline.empty() && wants_headline(*setting)) {
+            source.headline = pipeline.exiftool.read_headline(source.file);
+        }
+    }
+    return source;
+}
+
+/// Below ct, where the picture lies below the image folder.
+std::string thumb_path(const Pipeline& pipeline, const std::string& relative, const char* ending) {
+    const std::string below = is_absolute(relative) ? bare_name_of(relative) : relative;
+    return join_path(pipeline.parameters.path_of_images, "ct/" + without_suffix(below) + ending);
+}
+
+}  // namespace
+
+void dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    const TextSource source = text_source(pipeline, pair);
+    warp.texts.image_text = resolve_text(p.image_text, source, warp);
+    warp.texts.caption = resolve_text(p.caption_text, source, warp);
+    warp.texts.copyright = resolve_text(p.exif_copyright, source, warp);
+    if (warp.texts.image_text) {
+        draw_image_text(warp, 0, -pair.curtains.right);
+    }
+}
+
+void make_thumbnails(const Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const bool stores = p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
+    if (pair.html_images != kThumbnails || !stores) {
+        return;
+    }
+    const bool two = pipeline.list.two_files;
+    const std::string left = thumb_path(pipeline, pair.left_relative, two ? ".jpg" : "_l.jpg");
+    const std::string right = thumb_path(pipeline, pair.right_relative, two ? ".jpg" : "_r.jpg");
+    std::string reason;
+    for (const std::string* file : {&left, &right}) {
+        if (!make_folders(folder_of(*file), reason)) {
+            pipeline.voice.print("\n Cannot create subdir: " + printable(folder_of(*file)) + " (" + reason + ")\n");
+            return;
+        }
+    }
+    if (reason = save_thumbs(pipeline.warp, left, right); !reason.empty()) {
+        pipeline.voice.print_and_report("   " + printable(reason) + '\n');
+        return;
+    }
+    pair.picture_tag = thumb_tag(left, right, p.path_of_images);
+}
+
+}  // namespace zemora
