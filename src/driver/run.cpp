@@ -1,6 +1,8 @@
 #include "driver/run.h"
 
 #include "config/consistency_rules.h"
+#include <algorithm>
+
 #include "config/help_text.h"
 #include "config/options.h"
 #include "config/parameter_file.h"
@@ -15,6 +17,7 @@
 #include "platform/process_end.h"
 #include "platform/user_language.h"
 #include "report/run_report.h"
+#include "report/test_images.h"
 
 namespace zemora {
 
@@ -164,12 +167,19 @@ void settle_parameters(Run& run) {
     run.end(kExitFailure);
 }
 
-void refuse_calibration(Run& run) {
+/// A front end asks for the calibration image and nothing else.
+void make_calibration_image(Run& run) {
     constexpr int kCalibrationImage = 1000;
-    if (run.parameters.graphical_interface >= kCalibrationImage) {
-        refuse_run(run, "Calibration images are not made by this version.\n",
-                   "Kalibrierbilder werden von dieser Version nicht erzeugt.\n");
+    constexpr int kLeastWidth = 1800;  // pixels
+    const ParameterSet& p = run.parameters;
+    if (p.graphical_interface < kCalibrationImage) {
+        return;
     }
+    (void)write_anaglyph_test_image(std::max(p.output_width, kLeastWidth), p.path_of_images,
+                                    p.graphical_interface - kCalibrationImage, run.voice,
+                                    [&](const std::string& file) { run.exiftool.add_standard_profile(file); });
+    run.console.wait_for_enter();
+    run.end(kExitFailure);
 }
 
 /// Lists of videos and sequences are written; the pictures themselves are not made yet.
@@ -286,11 +296,14 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     read_settings(run, *invocation, line);
     find_directories(run, *invocation);
     look_for_exiftool(run);
-    refuse_calibration(run);
+    make_calibration_image(run);
     settle_parameters(run);
     list_parameters(run.parameters, run.voice);
     open_reports(run);
     report_parameters(run.parameters, run.voice);
+    if (run.parameters.auto_ghost_bust != 0) {
+        (void)write_alignment_image(run.parameters, run.voice);
+    }
     collect_input(run);
     refuse_video(run);
     mount_all(run);
