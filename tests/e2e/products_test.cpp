@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/child_process.h"
+#include "tests/e2e/workshop.h"
+
+namespace zemora::test {
+namespace {
+
+using Names = std::set<std::string>;
+
+/// One aligned pair through a run that stores the products asked for, without loss and without frame.
+class Products : public testing::Test {
+protected:
+    Products() { save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp"); }
+    [[nodiscard]] Outcome run(std::vector<std::string> settings) const {
+        settings.insert(settings.begin(), {"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--LeftRightOutput=0",
+                                           "--StereoOutput=0", "--OutputFormat=3", "--AutoOutputContrast=0"});
+        return workshop.run(settings);
+    }
+    [[nodiscard]] Bitmap product(const std::string& name) const { return workshop.load(name); }
+
+    Workshop workshop;
+};
+
+TEST_F(Products, TheLeftViewIsRedAndTheRightCyan) {
+    (void)run({"--AnaglyphOutput=2", "--AnaglyphType=2"});
+    const Bitmap anaglyph = product("ca/foo_ca.bmp");
+    const ConstPicture left = aligned_views().left.picture();
+    const ConstPicture right = aligned_views().right.picture();
+    ASSERT_EQ(anaglyph.width(), left.width);
+    int differences = 0;
+    for (int y = 0; y < left.height; ++y) {
+        for (int x = 0; x < left.width; ++x) {
+            const std::uint8_t* pixel = anaglyph.picture().pixel(x, y);
+            differences += pixel[0] != right.pixel(x, y)[0] || pixel[1] != right.pixel(x, y)[1] ||
+                           pixel[2] != left.pixel(x, y)[2];
+        }
+    }
+    EXPECT_EQ(differences, 0);
+}
+
+TEST_F(Products, InverseOutputExchangesTheColours) {
+    (void)run({"--AnaglyphOutput=2", "--AnaglyphType=2", "--InverseOutput=1"});
+    const Bitmap anaglyph = product("ca/foo_ca.bmp");
+    EXPECT_EQ(anaglyph.picture().pixel(200, 150)[2], aligned_views().right.picture().pixel(200, 150)[2]);
+    EXPECT_EQ(anaglyph.picture().pixel(200, 150)[0], aligned_views().left.picture().pixel(200, 150)[0]);
+}
+
+TEST_F(Products, AViewWithoutTheOtherIsToldByTheColourFile) {
+    const Outcome missing = run({"--AnaglyphOutput=2", "--AnaglyphType=8"});
+    EXPECT_EQ(missing.exit_code, 1) << missing.text;
+    EXPECT_TRUE(missing.tells("zemora_colors.txt")) << missing.text;
+    EXPECT_FALSE(workshop.files().contains("ca/foo_ca.bmp"));
+}
+
+TEST_F(Products, ThumbnailsStandInTheirFolderAndInTheReport) {
+    (void)run({"--StereoOutput=2", "--HtmlImages=4", "--ReportMode=1"});
+    for (const char* name : {"ct/foo_l.jpg", "ct/foo_r.jpg"}) {
+        const Bitmap thumb = product(name);
+        EXPECT_TRUE(thumb.width() == 267 || thumb.height() == 178) << name;
+    }
+    EXPECT_NE(read_text(workshop.path("zemora_report.html")).find("<img src=\"ct/foo_l.jpg\""), std::string::npos);
+}
+
+TEST_F(Products, SharpeningAndGhostReductionChangeWhatIsStored) {
+    (void)run({"--LeftRightOutput=2", "--IdentOutputDir=plain"});
+    (void)run({"--LeftRightOutput=2", "--IdentOutputDir=sharp", "--SharpenIntensity=60"});
+    (void)run({"--LeftRightOutput=2", "--IdentOutputDir=ghost", "--AutoGhostBust=10"});
+    const Bitmap plain = product("clplain/foo_cl.bmp");
+    EXPECT_GT(mean_difference(plain.picture(), product("clsharp/foo_cl.bmp").picture()), 0.2);
+    EXPECT_GT(mean_difference(plain.picture(), product("clghost/foo_cl.bmp").picture()), 2.0);
+}
+
+TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
+    if (find_program("exiftool").empty()) {
+        GTEST_SKIP() << "no exiftool";
+    }
+    Workshop workshop;
+    save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
+    for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Model=Twin", "-IPTC:Headline=A garden",
+                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=1", "-n", workshop.path(name)})
+                        .succeeded());
+    }
+    const Outcome outcome =
+        workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=-1", "--LeftRightOutput=2", "--StereoOutput=2",
+                      "--AnaglyphOutput=2", "--MetaTransfer=2", "--ExifCopyright=(c) me", "--DotsPerInch_x=300",
+                      "--DotsPerInch_y=300", "--FrameBottom=60", "--CaptionText=__IPTC__"});
+    ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+    for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg"}) {
+        const ChildResult tags = run_child({"exiftool", "-n", "-s", "-s", "-s", "-p",
+                                            "$Model|$Headline|$Copyright|$XResolution|$Orientation|$Software|$FileModifyDate|$ProfileDescription",
+                                            workshop.path(name)});
+        const std::string text(tags.output.begin(), tags.output.end());
+        EXPECT_EQ(text.find("Twin|A garden|(c) me|300|1|zemora 0.9i4: nearpoint="), 0U) << name << ": " << text;
+        EXPECT_NE(text.find("|2024:05:01 10:00:00"), std::string::npos) << name << ": " << text;
+        EXPECT_NE(text.find("sRGB"), std::string::npos) << name << ": " << text;
+    }
+}
+
+TEST(CalibrationImage, IsAllThatAFrontEndGets) {
+    Workshop workshop;
+    const Outcome outcome = workshop.run({"--PathofImages=" + workshop.folder(), "/GI=1050"});
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.text;
+    EXPECT_EQ(workshop.files(), Names{"tintrovela_print_050.tif"});
+}
+
+}  // namespace
+}  // namespace zemora::test
