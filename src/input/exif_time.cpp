@@ -52,6 +52,7 @@ struct TiffEntry {
 constexpr std::uint32_t kExifDirectory = 0x8769;
 constexpr std::uint32_t kDateTimeOriginal = 0x9003;
 constexpr std::uint32_t kText = 2;
+constexpr std::uint32_t kFraction = 5;
 constexpr std::size_t kTimeSize = 19;  // characters of "YYYY:MM:DD hh:mm:ss"
 
 /// A block of TIFF directories somewhere in a file.
@@ -80,6 +81,20 @@ public:
         }
         const auto time = find(first_directory_, kDateTimeOriginal);
         return time ? text_of(*time) : std::string();
+    }
+
+    [[nodiscard]] std::optional<ExifFraction> fraction(ExifFractionTag tag) const {
+        constexpr std::size_t kSize = 8;
+        const auto exif = find(first_directory_, kExifDirectory);
+        const auto entry = exif ? find(exif->value, static_cast<std::uint32_t>(tag)) : std::nullopt;
+        const std::string bytes =
+            entry && entry->type == kFraction ? file_.read(start_ + entry->value, kSize) : std::string();
+        if (bytes.size() < kSize) {
+            return std::nullopt;
+        }
+        const std::string_view both = bytes;
+        const ExifFraction value{number_in(both.substr(0, 4), order_), number_in(both.substr(4), order_)};
+        return value.denominator != 0 ? std::optional(value) : std::nullopt;
     }
 
 private:
@@ -162,23 +177,50 @@ std::uint64_t exif_block_of_png(FileBytes& file) {
     }
 }
 
+/// The block of a file's metadata: of a picture with segments or chunks, which may have none, or the file
+/// itself. Nothing for files of other kinds.
+struct FoundBlock {
+    bool is_known_kind = false;
+    std::optional<TiffBlock> block;
+};
+
+FoundBlock find_block(FileBytes& file) {
+    const std::string start = file.read(0, kPngStart.size());
+    const bool is_jpeg = start.substr(0, kJpegStart.size()) == kJpegStart;
+    const bool is_picture = is_jpeg || start == kPngStart;
+    const std::uint64_t place =
+        !is_picture ? 0 : (is_jpeg ? exif_block_of_jpeg(file) : exif_block_of_png(file));
+    const TiffBlock block(file, place);
+    const bool is_there = (place != 0 || !is_picture) && block.is_valid();
+    return {is_picture || is_there, is_there ? std::optional(block) : std::nullopt};
+}
+
+bool is_plain_file(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error);
+}
+
 }  // namespace
 
 std::optional<std::string> exif_time_text(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) {
+    if (!is_plain_file(path)) {
         return std::nullopt;
     }
     FileBytes file(path);
-    const std::string start = file.read(0, kPngStart.size());
-    const bool is_jpeg = start.substr(0, kJpegStart.size()) == kJpegStart;
-    if (is_jpeg || start == kPngStart) {
-        const std::uint64_t place = is_jpeg ? exif_block_of_jpeg(file) : exif_block_of_png(file);
-        const TiffBlock block(file, place);
-        return place != 0 && block.is_valid() ? block.time_text() : std::string();
+    const FoundBlock found = find_block(file);
+    if (!found.is_known_kind) {
+        return std::nullopt;
     }
-    const TiffBlock block(file, 0);
-    return block.is_valid() ? std::optional(block.time_text()) : std::nullopt;
+    return found.block ? found.block->time_text() : std::string();
+}
+
+std::optional<ExifFraction> exif_fraction(const std::string& path, ExifFractionTag tag) {
+    if (!is_plain_file(path)) {
+        return std::nullopt;
+    }
+    FileBytes file(path);
+    const FoundBlock found = find_block(file);
+    return found.block ? found.block->fraction(tag) : std::nullopt;
 }
 
 }  // namespace zemora

@@ -10,14 +10,10 @@ EncodedPicture::EncodedPicture(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int 
     BYTE* bytes = nullptr;
     DWORD size = 0;
     silence_tiff_library();
-    if (stream_ != nullptr && FreeImage_SaveToMemory(format, picture, stream_, flags) != FALSE &&
-        FreeImage_AcquireMemory(stream_, &bytes, &size) != FALSE) {
+    if (stream_ != nullptr && FreeImage_SaveToMemory(format, picture, stream_.get(), flags) != FALSE &&
+        FreeImage_AcquireMemory(stream_.get(), &bytes, &size) != FALSE) {
         bytes_ = {bytes, size};
     }
-}
-
-EncodedPicture::~EncodedPicture() {
-    FreeImage_CloseMemory(stream_);
 }
 
 std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,

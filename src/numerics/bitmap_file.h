@@ -4,6 +4,7 @@
 #include <FreeImage.h>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -13,14 +14,14 @@ namespace zemora {
 class EncodedPicture {
 public:
     EncodedPicture(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags);
-    EncodedPicture(const EncodedPicture&) = delete;
-    EncodedPicture& operator=(const EncodedPicture&) = delete;
-    ~EncodedPicture();
     /// Empty when the picture cannot be encoded. Valid as long as this lives.
     [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
 
 private:
-    FIMEMORY* stream_;
+    struct Closer {
+        void operator()(FIMEMORY* stream) const { FreeImage_CloseMemory(stream); }
+    };
+    std::unique_ptr<FIMEMORY, Closer> stream_;
     std::span<const std::uint8_t> bytes_;
 };
 

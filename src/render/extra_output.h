@@ -20,8 +20,9 @@ enum class ExtraFormat {
     left_right_right_left = 7,  ///< lrrl
 };
 
-/// The finished canvas of a format with one picture (all but `multi_picture`), with frames and texts. Ends the
-/// run when the memory is not there.
+/// The finished canvas of a format with one picture, with frames and texts; empty for `none` and
+/// `multi_picture`, whose two pictures are those of `compose_view`. Ends the run when the memory is not
+/// there.
 [[nodiscard]] Bitmap compose_extra(WarpState& warp, ExtraFormat format);
 
 /// Writes the format of `ExtraOutput`; a value without a format writes nothing and is no failure.

@@ -1,0 +1,56 @@
+#include "render/extra_layout.h"
+
+#include <algorithm>
+
+namespace zemora {
+
+namespace {
+
+/// A row of pictures whose cell begins at canvas row `bottom`.
+CellRow lay_out_row(const WarpState& warp, const CellFrame& cell, std::string_view views, int bottom,
+                    bool has_bottom_frame) {
+    const FrameSettings& frame = warp.frame;
+    const int line = frame.thin_line;
+    const int frame_below = has_bottom_frame ? frame.bottom : 0;
+    const int pitch = warp.width + 2 * line + cell.left + cell.right + frame.central;
+    CellRow row{bottom, frame_below + warp.height + 2 * line + frame.top, has_bottom_frame, {}};
+    int column = cell.left + line;
+    for (const char name : views) {
+        const View view = name == 'l' ? View::left : View::right;
+        const int share = view == View::left ? -cell.floating_share : cell.floating_share;
+        row.views.push_back({view, column + share, bottom + frame_below + line});
+        column += pitch;
+    }
+    return row;
+}
+
+/// Where the cell of the upper row begins.
+int upper_row_start(const FrameSettings& frame, const CellRow& lower, RowGap gap) {
+    return gap == RowGap::shared_frame ? lower.height
+                                       : lower.height + std::max(-(frame.top + frame.bottom), frame.central);
+}
+
+}  // namespace
+
+TiledLayout tiled_layout(WarpState& warp, const Tiling& tiling) {
+    const CellFrame cell = settle_cell_frame(warp, tiling.is_squeezed_across ? warp.width / 2 : warp.width);
+    const auto columns = static_cast<int>(tiling.rows[0].size());
+    if (columns > 1) {
+        warp.frame.central = held_central(warp, cell);
+    }
+    const bool has_two_rows = !tiling.rows[1].empty();
+    TiledLayout layout;
+    layout.width = columns * (warp.width + 2 * warp.frame.thin_line + cell.left + cell.right) +
+                   (columns - 1) * warp.frame.central;
+    CellRow lowest = lay_out_row(warp, cell, tiling.rows[has_two_rows ? 1 : 0], 0, true);
+    if (has_two_rows) {
+        layout.rows.push_back(lay_out_row(warp, cell, tiling.rows[0],
+                                          upper_row_start(warp.frame, lowest, tiling.gap),
+                                          tiling.gap != RowGap::shared_frame));
+    }
+    layout.rows.push_back(std::move(lowest));
+    layout.height = layout.rows.front().bottom + layout.rows.front().height;
+    return layout;
+}
+
+}  // namespace zemora
