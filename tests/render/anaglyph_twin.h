@@ -29,8 +29,9 @@ public:
     /// Nothing when the search of a print has no end.
     [[nodiscard]] std::optional<Colour> mix(Rgb l, Rgb r) const {
         const bool neutral = s_.type >= 6;
-        const double left = grey(l, neutral ? 1.0 : s_.gamma_red, neutral);
-        const double right = grey(r, neutral ? 1.0 : s_.gamma_cyan, neutral);
+        const bool has_greys = s_.type <= 1 || s_.type == 3 || s_.type == 6 || s_.type == 7;
+        const double left = has_greys ? grey(l, neutral ? 1.0 : s_.gamma_red, neutral) : 0.0;
+        const double right = has_greys ? grey(r, neutral ? 1.0 : s_.gamma_cyan, neutral) : 0.0;
         switch (s_.type) {
             case 0:
                 return colour(share(s_.balance[0], left, right), share(s_.balance[1], left, right),
