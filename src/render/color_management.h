@@ -18,7 +18,8 @@ struct ColorManagement {
     Matrix right{};
     std::array<float, 3> gamma_in{};   ///< Exponents into linear light.
     std::array<float, 3> gamma_out{};  ///< Exponents back.
-    /// Tables in place of the exponents (`ExtColorManagement` 2), one per channel.
+    /// Tables in place of the exponents (`ExtColorManagement` 2), one per channel; empty for anaglyphs by
+    /// matrices, whose file holds exponents. Entries are at least 0 and not limited above.
     std::array<std::vector<int>, 3> field_in;
     std::array<std::vector<int>, 3> field_out;
 };
