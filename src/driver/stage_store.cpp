@@ -149,6 +149,9 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
     const ParameterSet& p = pipeline.parameters;
     const bool is_extra = product.kind == ProductKind::extra;
     OutputName name = names_of(pipeline, pair, product.kind, product.kind).left;
+    if (product.kind == ProductKind::anaglyph && p.planetarium_output == 1) {
+        name.suffix = ".tif";  // a dome image is always a TIFF
+    }
     if (is_extra) {
         add_extra_ending(name, p.extra_output, p.inverse_output != 0);
     }
