@@ -7,6 +7,7 @@
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/anaglyph.h"
+#include "render/extra_output.h"
 #include "render/output_writer.h"
 #include "report/picture_tags.h"
 
@@ -19,6 +20,10 @@ constexpr int kShowViews = 1;
 constexpr int kShowStereo = 2;
 constexpr int kShowAnaglyph = 3;
 
+// Values of `ExtraOutput` that are stored here.
+constexpr int kFirstExtra = 1;
+constexpr int kLastExtra = 7;
+
 /// What the console calls a product that failed.
 struct ProductWords {
     const char* english;
@@ -28,6 +33,7 @@ constexpr ProductWords kStereoWords{"your error code is (stereo image): ",
                                     "Ihr Fehlercode ist (Stereobild): "};
 constexpr ProductWords kAnaglyphWords{"your error code is (anaglyph image): ",
                                       "Ihr Fehlercode ist (Anaglyphenbild): "};
+constexpr ProductWords kExtraWords{"your error code is (extra image): ", "Ihr Fehlercode ist (Extrabild): "};
 constexpr ProductWords kLeftRightWords{"your error code is (left/right image): ",
                                        "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
@@ -141,6 +147,7 @@ StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, cons
                           const SourceFiles& sources) {
     switch (product.kind) {
         case ProductKind::anaglyph: return write_anaglyph(pipeline.warp, path);
+        case ProductKind::extra: return write_extra(pipeline.warp, path, sources);
         default: return write_stereo(pipeline.warp, path, sources);
     }
 }
@@ -179,6 +186,7 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
 constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, kShowAnaglyph,
                                   &Pipeline::last_anaglyph_name};
 constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &Pipeline::last_stereo_name};
+constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0};
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.left_right_output == 0) {
@@ -223,6 +231,9 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     }
     if (p.stereo_output != 0) {
         store_single(pipeline, pair, kStereo);
+    }
+    if (p.extra_output >= kFirstExtra && p.extra_output <= kLastExtra) {
+        store_single(pipeline, pair, kExtra);
     }
     store_left_right(pipeline, pair);
     voice.report_html("</p>\n");
