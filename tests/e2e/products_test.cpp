@@ -55,6 +55,40 @@ TEST_F(Products, AViewWithoutTheOtherIsToldByTheColourFile) {
     EXPECT_FALSE(workshop.files().contains("ca/foo_ca.bmp"));
 }
 
+struct ExtraCase {
+    int format;
+    const char* name;
+    int width;
+    int height;
+};
+
+TEST_F(Products, ExtraFormatsLieInTheirFoldersInTheirSizes) {
+    // Frame 10 above, 20 below, 5 at the sides, a line of 1: a cell is 412 by 332.
+    for (const ExtraCase& c : {ExtraCase{1, "ce_lrq/foo_ce-lrq.bmp", 412, 332}, {2, "ce_ab/foo_ce-ab.bmp", 412, 664},
+                               {3, "ce_abq/foo_ce-abq.bmp", 412, 332}, {4, "ce_oe/foo_ce-oe.bmp", 410, 330},
+                               {6, "ce_lrl/foo_ce-lrl.bmp", 1236, 332}, {7, "ce_lrrl/foo_ce-lrrl.bmp", 824, 644}}) {
+        const Outcome outcome = run({"--ExtraOutput=" + std::to_string(c.format), "--FrameTop=10", "--FrameBottom=20",
+                                     "--FrameLeftRight=5", "--ThinBlackLine=1"});
+        ASSERT_TRUE(workshop.files().contains(c.name)) << c.name << outcome.text;
+        const Bitmap picture = product(c.name);
+        EXPECT_EQ(picture.width(), c.width) << c.name;
+        EXPECT_EQ(picture.height(), c.height) << c.name;
+    }
+}
+
+TEST_F(Products, AMultiPictureFileIsMountedAgain) {
+    (void)run({"--ExtraOutput=5", "--OutputFormat=1"});
+    ASSERT_TRUE(workshop.files().contains("ce_mpo/foo_ce.mpo"));
+    const Outcome outcome = workshop.run({"ce_mpo/foo_ce.mpo", "--OutputFormat=3", "--LeftRightOutput=2",
+                                          "--EstimateGeometry=-1", "--AutoOutputContrast=0"});
+    EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+    for (const auto& [name, view] : {std::pair{"ce_mpo/cl/foo_ce_cl.bmp", &aligned_views().left},
+                                     std::pair{"ce_mpo/cr/foo_ce_cr.bmp", &aligned_views().right}}) {
+        const Bitmap back = product(name);
+        EXPECT_LT(mean_difference(back.picture(), view->picture()), 2.0) << name;
+    }
+}
+
 TEST_F(Products, ThumbnailsStandInTheirFolderAndInTheReport) {
     (void)run({"--StereoOutput=2", "--HtmlImages=4", "--ReportMode=1"});
     for (const char* name : {"ct/foo_l.jpg", "ct/foo_r.jpg"}) {
