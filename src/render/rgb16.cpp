@@ -47,14 +47,41 @@ void copy_deep(const Bitmap& source, int source_x, int source_y, int width, int 
     }
 }
 
-/// Tone planes in the order of the deep pixel; null without tables.
-using DeepTone = std::array<const std::array<std::uint16_t, ToneTables::kLevels>*, kPixelBytes>;
+/// Blue, green, red in 16 bits.
+using DeepValues = std::array<std::uint16_t, kPixelBytes>;
 
-DeepTone deep_tone(const WarpState& warp, View view) {
-    const ToneTables& tables = view == View::left ? warp.left_tone : warp.right_tone;
-    const int mode = view == View::left ? warp.left_record.tone_mode : warp.right_record.tone_mode;
-    return {tone_plane(tables, mode, 2), tone_plane(tables, mode, 1), tone_plane(tables, mode, 0)};
+void store_deep(const DeepValues& values, std::uint8_t* pixel) {
+    const DeepValues in_file_order = {values[2], values[1], values[0]};
+    std::memcpy(pixel, in_file_order.data(), kDeepBytes);
 }
+
+/// What the final warp does to the colours of a view.
+class DeepTone {
+public:
+    DeepTone(const WarpState& warp, View view)
+        : colours_(warp.colours ? &*warp.colours : nullptr), is_left_(view == View::left) {
+        const ToneTables& tables = is_left_ ? warp.left_tone : warp.right_tone;
+        const int mode = is_left_ ? warp.left_record.tone_mode : warp.right_record.tone_mode;
+        for (int channel = 0; channel < kPixelBytes; ++channel) {
+            planes_[static_cast<std::size_t>(channel)] = tone_plane(tables, mode, channel);
+        }
+    }
+    void change(DeepValues& values) const {
+        for (std::size_t c = 0; c < values.size(); ++c) {
+            if (planes_[c] != nullptr) {
+                values[c] = apply_tone(*planes_[c], values[c]);
+            }
+        }
+        if (colours_ != nullptr) {
+            colours_->change(is_left_, values);
+        }
+    }
+
+private:
+    std::array<const std::array<std::uint16_t, ToneTables::kLevels>*, kPixelBytes> planes_{};
+    const ColourChange* colours_;
+    bool is_left_;
+};
 
 std::uint16_t deep_channel(const std::uint8_t* pixel, int channel) {
     std::uint16_t value = 0;
@@ -75,8 +102,7 @@ struct DeepSource {
 
 /// Bicubic sample round (column, row), the nearest pixel; taps beyond the border are those at the border,
 /// taps in the background are the nearest pixel.
-void sample_deep(const DeepSource& view, const Position& p, int centre_column, int centre_row,
-                 const DeepTone& tone, std::uint8_t* target) {
+DeepValues sample_deep(const DeepSource& view, const Position& p, int centre_column, int centre_row) {
     const Bitmap& source = view.bitmap;
     const auto& across = bicubic_weights()[static_cast<std::size_t>(p.x & 127)];
     const auto& up = bicubic_weights()[static_cast<std::size_t>(p.y & 127)];
@@ -90,17 +116,15 @@ void sample_deep(const DeepSource& view, const Position& p, int centre_column, i
                                             : deep_pixel(source, column, row);
             const std::int64_t weight = across[static_cast<std::size_t>(i)] * up[static_cast<std::size_t>(j)];
             for (int c = 0; c < kPixelBytes; ++c) {
-                sum[static_cast<std::size_t>(c)] += weight * deep_channel(pixel, c);
+                sum[static_cast<std::size_t>(c)] += weight * deep_channel(pixel, kPixelBytes - 1 - c);
             }
         }
     }
+    DeepValues values;
     for (std::size_t c = 0; c < sum.size(); ++c) {
-        auto value = static_cast<std::uint16_t>(std::clamp<std::int64_t>(sum[c] >> 14, 0, 65535));
-        if (tone[c] != nullptr) {
-            value = apply_tone(*tone[c], value);
-        }
-        std::memcpy(target + 2 * c, &value, sizeof(value));
+        values[c] = static_cast<std::uint16_t>(std::clamp<std::int64_t>(sum[c] >> 14, 0, 65535));
     }
+    return values;
 }
 
 /// The view in a larger size, its corner pixels at the corners, as `rescale` does it.
@@ -118,8 +142,8 @@ Bitmap enlarge_deep(const Bitmap& view, int width, int height) {
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const Position p{place(x, width, view.width()), place(y, height, view.height())};
-            sample_deep(source, p, static_cast<int>(p.x / kOne), static_cast<int>(p.y / kOne), {},
-                        deep_pixel(result, x, y));
+            store_deep(sample_deep(source, p, static_cast<int>(p.x / kOne), static_cast<int>(p.y / kOne)),
+                       deep_pixel(result, x, y));
         }
     }
     return result;
@@ -178,7 +202,7 @@ Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPi
     }
     const PairTransform pair = make_transforms(warp, warp.latest_correction, record.height, record.width);
     const ViewTransform& transform = pair[view == View::left ? 0 : 1];
-    const DeepTone tone = deep_tone(warp, view);
+    const DeepTone tone(warp, view);
     const int width = source.width();
     const int height = source.height();
     const bool fits = plain.width == width && plain.height == height;
@@ -195,7 +219,9 @@ Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPi
             const auto column = static_cast<int>(near_x);
             const auto row = static_cast<int>(near_y);
             if (!deep.is_background(column, row)) {
-                sample_deep(deep, p, column, row, tone, deep_pixel(result, x, y));
+                DeepValues values = sample_deep(deep, p, column, row);
+                tone.change(values);
+                store_deep(values, deep_pixel(result, x, y));
             }
         }
     }

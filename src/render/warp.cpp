@@ -90,10 +90,14 @@ void warp_pixels(WarpState& warp, const WarpRequest& request, const FixedCorrect
         const bool apart = sampler.kernel == Kernel::nearest || sampler.kernel == Kernel::bilinear;
         return request.use_tone ? ToneLookup(tables, mode, apart) : ToneLookup();
     };
-    const std::array<ViewRows, 2> views = {ViewRows(transforms[0], sampler, request.source.left,
-                                                    tone(request.tone_left, request.tone_mode_left)),
-                                           ViewRows(transforms[1], sampler, request.source.right,
-                                                    tone(request.tone_right, request.tone_mode_right))};
+    std::array<ViewRows, 2> views = {ViewRows(transforms[0], sampler, request.source.left,
+                                              tone(request.tone_left, request.tone_mode_left)),
+                                     ViewRows(transforms[1], sampler, request.source.right,
+                                              tone(request.tone_right, request.tone_mode_right))};
+    views[0].is_left = true;
+    for (ViewRows& view : views) {
+        view.colours = request.use_tone && warp.colours ? &*warp.colours : nullptr;
+    }
     warp_range(warp, views, range);
 }
 

@@ -316,6 +316,9 @@ void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t*
         map_piece(view, row, first + done, piece, positions);
         sample_piece(view, positions, piece, samples);
         view.tone.apply(samples.data(), piece, view.sampler.background);
+        if (view.colours != nullptr) {
+            view.colours->apply(view.is_left, samples.data(), piece);
+        }
         finish_piece(view, samples, piece, target + static_cast<std::ptrdiff_t>(done) * kPixelBytes);
     }
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "render/background_map.h"
+#include "render/colour_change.h"
 #include "render/sample_pixel.h"
 #include "render/tone.h"
 #include "render/warp_kernels.h"
@@ -28,6 +29,9 @@ struct ViewRows {
     /// The chain in 32 bits; null where the numbers do not fit.
     void (*map_kernel)(const MapRow& row, int count, std::int32_t* x, std::int32_t* y);
     TapPlan taps;
+    /// What follows the tone tables; null for nothing.
+    const ColourChange* colours = nullptr;
+    bool is_left = false;
 };
 
 /// Writes `count` pixels of output row `row` from column `first` on to `target`.

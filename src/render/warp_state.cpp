@@ -57,6 +57,7 @@ WarpState::WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewG
       inverse_output(set.inverse_output),
       passe_colour(passe_colour_of(set)),
       frame(frame_of(set)),
+      colours(read_colour_change(set, speaker)),
       pre_settings(set.pre_settings),
       pre_rotation_left(set.pre_rotation_left),
       pre_rotation_right(set.pre_rotation_right),

@@ -1,11 +1,14 @@
 #pragma once
 /// Everything that the rendering keeps from pair to pair: the working pair, its size and its frame.
 
+#include <optional>
+
 #include "analysis/tone_tables.h"
 #include "config/parameter_set.h"
 #include "config/voice.h"
 #include "input/view_geometry.h"
 #include "numerics/bitmap.h"
+#include "render/colour_change.h"
 #include "render/picture_texts.h"
 
 namespace zemora {
@@ -72,6 +75,8 @@ struct WarpState {
     Colour passe_colour;  ///< Marks the absence of picture.
     FrameSettings frame;
     PictureTexts texts;
+    /// External colour management, read once; nothing without `ExtColorManagement`.
+    std::optional<ColourChange> colours;
 
     // Size logic.
     int work_height = 0;
