@@ -42,10 +42,8 @@ void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
 
 CaptionPlace caption_place(const WarpState& warp, int picture_column, View view) {
     const int floating = view == View::left ? -(warp.frame.floating / 2) : warp.frame.floating / 2;
-    const int mirroring =
-        view == View::left ? warp.parameters.rot_mir_output_left : warp.parameters.rot_mir_output_right;
-    constexpr int kMirrored = 4;
-    return {picture_column - floating + warp.width / 2, mirroring == kMirrored};
+    const bool is_mirrored = view == View::left ? warp.left_is_mirrored : warp.right_is_mirrored;
+    return {picture_column - floating + warp.width / 2, is_mirrored};
 }
 
 Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view) {

@@ -29,6 +29,9 @@ void turn_outputs(WarpState& warp) {
     if (exchanges_sides(left) != exchanges_sides(right)) {
         right = left;  // the views keep one size
     }
+    constexpr int kMirrored = 4;
+    warp.left_is_mirrored = left == kMirrored;
+    warp.right_is_mirrored = right == kMirrored;
     if (left == 0 && right == 0) {
         return;
     }

@@ -183,6 +183,7 @@ int choose_interpolation(WarpState& warp, float scale) {
 void swap_outputs(WarpState& warp) {
     if (warp.inverse_output == 1) {
         std::swap(warp.left, warp.right);
+        std::swap(warp.left_is_mirrored, warp.right_is_mirrored);
     }
 }
 

@@ -61,6 +61,10 @@ struct WarpState {
     Bitmap right;
     int height = 0;
     int width = 0;
+    /// Whether turning the output mirrored the view from left to right; goes with the view when both are
+    /// exchanged.
+    bool left_is_mirrored = false;
+    bool right_is_mirrored = false;
     [[nodiscard]] StereoPicture pair() const {
         return {left.picture(width, height), right.picture(width, height)};
     }

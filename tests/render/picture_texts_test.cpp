@@ -16,6 +16,7 @@
 #include "render/letter_mask.h"
 #include "render/output_writer.h"
 #include "render/text_drawing.h"
+#include "render/warp.h"
 #include "tests/render/render_scene.h"
 #include "tests/support/test_folder.h"
 
@@ -271,9 +272,8 @@ class FrameTexts : public ::testing::TestWithParam<FrameCase> {};
 
 TEST_P(FrameTexts, StandInTheirFramesInAShadeOfTheFrame) {
     const FrameCase& c = GetParam();
-    ParameterSet set;
-    set.rot_mir_output_right = 4;
-    TextRig rig(frame_of(c.top, c.bottom, c.frame), set);
+    TextRig rig(frame_of(c.top, c.bottom, c.frame));
+    rig.warp->right_is_mirrored = true;
     rig.warp->texts.caption.size = rig.warp->texts.copyright.size = c.size;
     const CanvasLayout layout = side_by_side_layout(*rig.warp);
     const Bitmap canvas = compose_side_by_side(*rig.warp, layout);
@@ -305,6 +305,19 @@ INSTANTIATE_TEST_SUITE_P(
                       FrameCase{"too_thin", 29, 29, 10, 0, 0, 0, 0, kDark, {}},
                       FrameCase{"none", 0, 0, 10, 0, 0, 0, 0, kDark, {}}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST(FrameText, ACaptionIsMirroredBelowTheViewThatWasAndBelowNoOther) {
+    ParameterSet set;
+    set.rot_mir_output_right = 4;
+    TextRig rig(frame_of(0, 60, kDark), set);
+    const auto is_mirrored = [&](View view) { return caption_place(*rig.warp, 40, view).is_mirrored; };
+    EXPECT_FALSE(is_mirrored(View::left) || is_mirrored(View::right)) << "not turned yet";
+    turn_outputs(*rig.warp);
+    EXPECT_TRUE(!is_mirrored(View::left) && is_mirrored(View::right));
+    rig.warp->inverse_output = 1;
+    swap_outputs(*rig.warp);
+    EXPECT_TRUE(is_mirrored(View::left) && !is_mirrored(View::right)) << "views exchanged";
+}
 
 TEST(FrameText, BothViewsThatAreStoredAtTheSameTimeHaveTheirs) {
     TextRig rig(frame_of(60, 60, kDark));
