@@ -28,10 +28,27 @@ TextSource text_source(Pipeline& pipeline, const PairRun& pair) {
     return source;
 }
 
-/// Below ct, where the picture lies below the image folder.
-std::string thumb_path(const Pipeline& pipeline, const std::string& relative, const char* ending) {
+/// Below ct, where the picture lies below the image folder. Pictures from elsewhere may share their bare
+/// name.
+std::string claim_thumb(Pipeline& pipeline, const std::string& relative, const char* tail) {
     const std::string below = is_absolute(relative) ? bare_name_of(relative) : relative;
-    return join_path(pipeline.parameters.path_of_images, "ct/" + without_suffix(below) + ending);
+    const std::string file = join_path(pipeline.parameters.path_of_images, "ct/" + without_suffix(below));
+    OutputName name;
+    name.folder = folder_of(file);
+    name.base = bare_name_of(file);
+    name.tail = tail;
+    name.suffix = ".jpg";
+    (void)pipeline.given_names.claim(name);
+    return name.path();
+}
+
+/// The names stay the same when the pair is mounted once more.
+void name_thumbs(Pipeline& pipeline, PairRun& pair) {
+    if (pair.left_thumb.empty()) {
+        const bool two = pipeline.list.two_files;
+        pair.left_thumb = claim_thumb(pipeline, pair.left_relative, two ? "" : "_l");
+        pair.right_thumb = claim_thumb(pipeline, pair.right_relative, two ? "" : "_r");
+    }
 }
 
 }  // namespace
@@ -48,27 +65,33 @@ void dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
     }
 }
 
-void make_thumbnails(const Pipeline& pipeline, PairRun& pair) {
+void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool stores = p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
     if (pair.html_images != kThumbnails || !stores) {
         return;
     }
-    const bool two = pipeline.list.two_files;
-    const std::string left = thumb_path(pipeline, pair.left_relative, two ? ".jpg" : "_l.jpg");
-    const std::string right = thumb_path(pipeline, pair.right_relative, two ? ".jpg" : "_r.jpg");
+    name_thumbs(pipeline, pair);
     std::string reason;
-    for (const std::string* file : {&left, &right}) {
+    for (const std::string* file : {&pair.left_thumb, &pair.right_thumb}) {
+        if (pipeline.inputs.holds(*file)) {
+            pipeline.voice.print_and_report(
+                "   " + printable(*file) + ": " +
+                pipeline.voice.messages().either("It is an input of this run.",
+                                                 "Das ist eine Eingabedatei dieses Laufs.") +
+                '\n');
+            return;
+        }
         if (!make_folders(folder_of(*file), reason)) {
             pipeline.voice.print("\n Cannot create subdir: " + printable(folder_of(*file)) + " (" + reason + ")\n");
             return;
         }
     }
-    if (reason = save_thumbs(pipeline.warp, left, right); !reason.empty()) {
+    if (reason = save_thumbs(pipeline.warp, pair.left_thumb, pair.right_thumb); !reason.empty()) {
         pipeline.voice.print_and_report("   " + printable(reason) + '\n');
         return;
     }
-    pair.picture_tag = thumb_tag(left, right, p.path_of_images);
+    pair.picture_tag = thumb_tag(pair.left_thumb, pair.right_thumb, p.path_of_images);
 }
 
 }  // namespace zemora

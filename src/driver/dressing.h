@@ -10,6 +10,6 @@ void dress_with_texts(Pipeline& pipeline, const PairRun& pair);
 
 /// Thumbnails in the folder ct below the image folder, with their tags for the HTML report, where
 /// `HtmlImages` came out as 4 and something is stored.
-void make_thumbnails(const Pipeline& pipeline, PairRun& pair);
+void make_thumbnails(Pipeline& pipeline, PairRun& pair);
 
 }  // namespace zemora

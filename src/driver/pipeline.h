@@ -79,6 +79,8 @@ struct PairRun {
     InputClass input_class = InputClass::none;
     TagPermissions permissions;
     std::string stamp;
+    std::string left_thumb;  ///< Absolute; empty until there is one.
+    std::string right_thumb;
     int html_images = 0;
 
     // Geometry.

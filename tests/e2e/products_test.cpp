@@ -89,6 +89,26 @@ TEST_F(Products, AMultiPictureFileIsMountedAgain) {
     }
 }
 
+TEST_F(Products, ThumbnailsOfPicturesFromElsewhereShareNoName) {
+    for (const char* folder : {"p", "q"}) {
+        const std::string start = std::string(folder) + '/';
+        save_pair(workshop, aligned_views(), start + "l/x.bmp", start + "r/x.bmp");
+    }
+    std::string list;
+    for (const char* folder : {"p", "q"}) {
+        const std::string start = '"' + workshop.path(folder);
+        list += start + "/l/x.bmp\" " + start + "/r/x.bmp\"\n";
+    }
+    std::filesystem::create_directory(workshop.path("home"));
+    workshop.write("home/zemora_files.txt", list);
+    const Outcome outcome =
+        workshop.run({"--PathofImages=" + workshop.path("home"), "--InputMode=10", "--StereoImageInput=2",
+                      "--EstimateGeometry=-1", "--StereoOutput=2", "--LeftRightOutput=0", "--HtmlImages=4"});
+    for (const char* name : {"home/ct/x.jpg", "home/ct/x-2.jpg", "home/ct/x-3.jpg", "home/ct/x-4.jpg"}) {
+        EXPECT_TRUE(workshop.files().contains(name)) << name << '\n' << outcome.text;
+    }
+}
+
 TEST_F(Products, ThumbnailsStandInTheirFolderAndInTheReport) {
     (void)run({"--StereoOutput=2", "--HtmlImages=4", "--ReportMode=1"});
     for (const char* name : {"ct/foo_l.jpg", "ct/foo_r.jpg"}) {
