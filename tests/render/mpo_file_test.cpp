@@ -140,15 +140,6 @@ TEST(MpoFile, BothIndexesHoldTheNumbersThatDisplaysRead) {
     EXPECT_EQ(u16_high_first(file, second - 6), 126U);
 }
 
-TEST(MpoFile, OurOwnReaderCutsBothPicturesOut) {
-    const Joined mpo(plain_metadata());
-    Rig rig;
-    const auto cut = cut_mpo(mpo.file, rig.voice);
-    ASSERT_TRUE(cut);
-    EXPECT_EQ(cut->left.size() + cut->right.size(), mpo.file.size());
-    EXPECT_EQ(count_differences(decoded(cut->right).picture(), decoded(mpo.right).picture()), 0);
-}
-
 TEST(MpoFile, WhatIsNoWholeJpegIsRefused) {
     Rig rig;
     const FileBytes whole = jpeg_of(noisy(20, 10, 1), 80);
