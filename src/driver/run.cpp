@@ -1,8 +1,8 @@
 #include "driver/run.h"
 
-#include "config/consistency_rules.h"
 #include <algorithm>
 
+#include "config/consistency_rules.h"
 #include "config/help_text.h"
 #include "config/options.h"
 #include "config/parameter_file.h"
@@ -16,6 +16,7 @@
 #include "platform/paths.h"
 #include "platform/process_end.h"
 #include "platform/user_language.h"
+#include "render/picture_texts.h"
 #include "report/run_report.h"
 #include "report/test_images.h"
 
@@ -146,9 +147,14 @@ void find_directories(Run& run, const Invocation& invocation) {
     context.image_root = p.path_of_images;
 }
 
+/// From this value of `GraphicalInterface` on a front end asks for the calibration image.
+constexpr int kCalibrationImage = 1000;
+
 void look_for_exiftool(Run& run) {
     const ParameterSet& p = run.parameters;
-    if (p.meta_transfer != 0 || !p.exif_copyright.empty() || uses_record(p.estimate_geometry)) {
+    const bool shows_headline = wants_headline(p.image_text) || wants_headline(p.caption_text);
+    if (p.meta_transfer != 0 || !p.exif_copyright.empty() || uses_record(p.estimate_geometry) ||
+        shows_headline || p.graphical_interface >= kCalibrationImage) {
         run.exiftool.require();
     }
 }
@@ -167,9 +173,8 @@ void settle_parameters(Run& run) {
     run.end(kExitFailure);
 }
 
-/// A front end asks for the calibration image and nothing else.
+/// The calibration image and nothing else.
 void make_calibration_image(Run& run) {
-    constexpr int kCalibrationImage = 1000;
     constexpr int kLeastWidth = 1800;  // pixels
     const ParameterSet& p = run.parameters;
     if (p.graphical_interface < kCalibrationImage) {

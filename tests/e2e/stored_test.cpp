@@ -182,18 +182,19 @@ TEST(Metadata, OrientationOfTheFileTurnsTheView) {
 }
 
 TEST(Metadata, MissingExiftoolIsToldOnceAndThePairIsMounted) {
-    Workshop workshop;
-    workshop.environment = {"PATH=/nowhere"};
-    save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
-    const Outcome outcome =
-        workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=1", "--EstimateGeometry=3"});
-    EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
-    const std::string warning = "exiftool.exe couldn't be found";
-    const auto first = outcome.text.find(warning);
-    ASSERT_NE(first, std::string::npos) << outcome.text;
-    EXPECT_EQ(outcome.text.find(warning, first + 1), std::string::npos) << outcome.text;
-    EXPECT_EQ(workshop.files(),
-              (Names{"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "foo_l.jpg", "foo_r.jpg"}));
+    for (const char* need : {"--EstimateGeometry=3", "--MetaTransfer=1", "--ImageText=-__IPTC__"}) {
+        Workshop workshop;
+        workshop.environment = {"PATH=/nowhere"};
+        save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
+        const Outcome outcome = workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=1", need});
+        EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
+        const std::string warning = "exiftool.exe couldn't be found";
+        const auto first = outcome.text.find(warning);
+        ASSERT_NE(first, std::string::npos) << need << '\n' << outcome.text;
+        EXPECT_EQ(outcome.text.find(warning, first + 1), std::string::npos) << outcome.text;
+        EXPECT_EQ(workshop.files(),
+                  (Names{"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "foo_l.jpg", "foo_r.jpg"}));
+    }
 }
 
 }  // namespace
