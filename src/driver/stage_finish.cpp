@@ -20,8 +20,8 @@ void reduce_ghosts(Pipeline& pipeline) {
     }
 }
 
-/// A picture that was interpolated softly for its scale is sharpened without being asked to.
-void sharpen_views(Pipeline& pipeline, const PairRun& pair) {
+/// A picture that was interpolated softly for its scale is sharpened without being asked to. Whether it was.
+bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
     constexpr int kByScale = 5;     // of `InterpolationMode`
     constexpr int kSoftKernel = 3;  // what it chose
     constexpr int kUsualIntensity = 40;
@@ -37,9 +37,11 @@ void sharpen_views(Pipeline& pipeline, const PairRun& pair) {
             voice.print(format_text("%d\n", intensity));
         }
     }
-    if (intensity != 0) {
-        sharpen(warp, intensity, warp.height / kRowsPerRound + 1);
+    if (intensity == 0) {
+        return false;
     }
+    sharpen(warp, intensity, warp.height / kRowsPerRound + 1);
+    return true;
 }
 
 /// Curtains that the selection brings, else those of `AutoFrameFloating` 3 to 6.
@@ -100,6 +102,35 @@ void refuse_unknown_extra_output(const Pipeline& pipeline) {
     }
 }
 
+/// The 16-bit output repeats the warp from the source file, not what is done to the finished views.
+void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharpened) {
+    constexpr int kDeepFormat = 7;  // of `OutputFormat`
+    struct Step {
+        bool taken;
+        const char* english;
+        const char* german;
+    };
+    const ParameterSet& p = pipeline.parameters;
+    WarpState& warp = pipeline.warp;
+    const Step steps[] = {
+        {p.auto_ghost_bust != 0, "ghost reduction", "die Geisterbildminderung"},
+        {sharpened, "sharpening", "das Schaerfen"},
+        {pair.curtains.left != 0 || pair.curtains.right != 0, "the floating window", "das schwebende Fenster"},
+        {static_cast<bool>(warp.texts.image_text), "the text in the picture", "der Text im Bild"},
+        {pair.target.final_rescale != FinalRescale::none, "scaling below 250 pixels", "das Skalieren unter 250 Pixel"},
+    };
+    warp.eight_bits_only = false;
+    for (const Step& step : steps) {
+        if (p.output_format == kDeepFormat && step.taken) {
+            warp.eight_bits_only = true;
+            pipeline.voice.print_and_report(format_text(
+                pipeline.voice.messages().either("   8 bits are saved: %s has no form with 16 bits.\n",
+                                                 "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
+                pipeline.voice.messages().either(step.english, step.german)));
+        }
+    }
+}
+
 /// Deviation against the projection, for stamps and reports.
 void project_deviation(const Pipeline& pipeline, PairRun& pair) {
     static constexpr double kRatios[] = {0.0, 0.0, 1.333, 1.6, 1.777, 1.896};
@@ -120,10 +151,11 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
     reduce_ghosts(pipeline);
-    sharpen_views(pipeline, pair);
+    const bool sharpened = sharpen_views(pipeline, pair);
     hang_curtains(pipeline, pair);
     refuse_unknown_extra_output(pipeline);
     dress_with_texts(pipeline, pair);
+    settle_depth_of_outputs(pipeline, pair, sharpened);
     make_thumbnails(pipeline, pair);
     project_deviation(pipeline, pair);
     rescale_to_final(warp, pair.target);

@@ -302,7 +302,7 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
 
 bool wants_deep(const WarpState& warp, const std::string& file) {
     constexpr int kDeepFormat = 7;
-    return warp.parameters.output_format == kDeepFormat && is_tiff_name(file);
+    return warp.parameters.output_format == kDeepFormat && !warp.eight_bits_only && is_tiff_name(file);
 }
 
 DeepPair make_deep_outputs(const WarpState& warp, const SourceFiles& sources) {

@@ -99,6 +99,9 @@ struct WarpState {
     int frame_height = 0;
     int frame_width = 0;
 
+    /// The finished views of the pair were changed by a step that has no form with 16 bits.
+    bool eight_bits_only = false;
+
     // Shape parameters; zero except in the final passes.
     double phantogram = 0.0;
     double edge_warp = 0.0;

@@ -118,6 +118,13 @@ TEST_F(Products, ThumbnailsStandInTheirFolderAndInTheReport) {
     EXPECT_NE(read_text(workshop.path("zemora_report.html")).find("<img src=\"ct/foo_l.jpg\""), std::string::npos);
 }
 
+TEST_F(Products, AStepWithoutSixteenBitsSavesEightAndSaysSo) {
+    const Outcome outcome = run({"--LeftRightOutput=2", "--OutputFormat=7", "--SharpenIntensity=60"});
+    EXPECT_TRUE(outcome.tells("8 bits are saved: sharpening")) << outcome.text;
+    (void)run({"--LeftRightOutput=2", "--IdentOutputDir=sharp", "--SharpenIntensity=60"});
+    EXPECT_EQ(greatest_difference(product("cl/foo_cl.tif").picture(), product("clsharp/foo_cl.bmp").picture()), 0);
+}
+
 TEST_F(Products, SharpeningAndGhostReductionChangeWhatIsStored) {
     (void)run({"--LeftRightOutput=2", "--IdentOutputDir=plain"});
     (void)run({"--LeftRightOutput=2", "--IdentOutputDir=sharp", "--SharpenIntensity=60"});
