@@ -9,6 +9,7 @@
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
+#include "render/mpo_file.h"
 
 namespace zemora {
 
@@ -231,6 +232,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
                               const TagPermissions& permissions, const SoftwareTagValues& values,
                               bool is_extra_output) {
     constexpr int kMultiPicture = 5;
+    const bool is_multi_picture = is_extra_output && parameters_.extra_output == kMultiPicture;
     const bool wanted = parameters_.meta_transfer != 0;
     std::vector<std::string> arguments;
     const auto add = [&](std::initializer_list<std::string> more) {
@@ -251,7 +253,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
             voice_.print("   - and now EXIF operation... \n");
         }
         add({"-tagsfromfile", pattern_name(source), "-ThumbnailImage=", "-EXIF:All"});
-        if (is_extra_output && parameters_.extra_output == kMultiPicture) {
+        if (is_multi_picture) {
             add({"--EXIF:ImageWidth", "--EXIF:ImageHeight", "--EXIF:ExifImageWidth", "--EXIF:ExifImageHeight",
                  "-IPTC:All", "-XMP:All="});
         } else {
@@ -276,8 +278,9 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         return;
     }
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
-    start(arguments, [this, target](const Answer& answer) {
-        if (answer.exit_code != 0) {
+    start(arguments, [this, target, is_multi_picture](const Answer& answer) {
+        const std::string reason = is_multi_picture ? settle_first_size(target) : std::string();
+        if (answer.exit_code != 0 || !reason.empty()) {
             tell_failure();
             voice_.print("   " + printable(target) + '\n');
         }

@@ -5,7 +5,10 @@
 #include <iostream>
 #include <optional>
 
+#include "input/mpo.h"
 #include "platform/child_process.h"
+#include "platform/safe_file.h"
+#include "render/mpo_file.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
 
@@ -101,6 +104,32 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
         EXPECT_NE(text.find(software), std::string::npos) << text;
     }
     EXPECT_EQ(heard().find("No success"), std::string::npos);
+}
+
+TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {
+    parameters.extra_output = 5;
+    parameters.verbose_mode = 0;
+    std::string reason;
+    const FileBytes jpeg = read_file_whole(picture("source.jpg"), reason).value_or(FileBytes());
+    MpoMetadata metadata;
+    metadata.width = metadata.height = 16;
+    // A longer first picture in the one case, a shorter one in the other.
+    for (const std::string& copyright : {std::string(300, 'c'), std::string("c")}) {
+        parameters.exif_copyright = copyright;
+        const std::string target = folder / "target.mpo";
+        const auto joined = join_as_mpo(jpeg, jpeg, metadata, voice);
+        ASSERT_TRUE(joined && write_file_whole(target, *joined).empty());
+        tool.start_transfer(folder / "source.jpg", target, {true, true, true}, {}, true);
+        tool.finish();
+        const auto edited = read_file_whole(target, reason);
+        ASSERT_TRUE(edited);
+        EXPECT_NE(edited->size(), joined->size());
+        // The reader tells a size that does not lead to the second picture.
+        parameters.verbose_mode = 2;
+        EXPECT_TRUE(cut_mpo(*edited, voice));
+        parameters.verbose_mode = 0;
+    }
+    EXPECT_EQ(heard(), "");
 }
 
 TEST(ExifOrientation, TurnsIntoTheCodesOfTheInput) {

@@ -140,6 +140,35 @@ TEST(MpoFile, BothIndexesHoldTheNumbersThatDisplaysRead) {
     EXPECT_EQ(u16_high_first(file, second - 6), 126U);
 }
 
+TEST(MpoFile, OnlyTheSizeOfTheFirstPictureIsSettled) {
+    const test::TestFolder folder;
+    const std::string path = folder / "x.mpo";
+    const FileBytes whole = Joined(plain_metadata()).file;
+    const std::size_t size_place = 6 + u16_high_first(whole, 4) + 6 + 54;
+    FileBytes stale = whole;
+    stale[size_place] ^= 0x55;
+    FileBytes astray = stale;
+    astray[size_place + 20] ^= 0x55;  // the offset of the second picture
+    struct Row {
+        const char* name;
+        FileBytes before;
+        FileBytes after;
+    };
+    for (const Row& row :
+         {Row{"right", whole, whole}, Row{"stale", stale, whole}, Row{"astray", astray, astray},
+          Row{"one picture", jpeg_of(noisy(20, 10, 1), 80), jpeg_of(noisy(20, 10, 1), 80)}}) {
+        ASSERT_TRUE(write_file_whole(path, row.before).empty());
+        EXPECT_EQ(settle_first_size(path), "") << row.name;
+        std::string reason;
+        EXPECT_EQ(read_file_whole(path, reason), row.after) << row.name;
+    }
+    for (std::size_t size = 0; size < 600; ++size) {
+        ASSERT_TRUE(write_file_whole(path, Bytes(stale).first(size)).empty());
+        EXPECT_EQ(settle_first_size(path), "") << size;
+    }
+    EXPECT_NE(settle_first_size(folder / "missing.mpo"), "");
+}
+
 TEST(MpoFile, WhatIsNoWholeJpegIsRefused) {
     Rig rig;
     const FileBytes whole = jpeg_of(noisy(20, 10, 1), 80);
