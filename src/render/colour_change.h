@@ -35,7 +35,8 @@ private:
     std::array<std::vector<double>, kPixelBytes> light_;
 };
 
-/// What `ExtColorManagement` asks for, from its file; nothing with 0. A faulty file ends the run.
+/// What `ExtColorManagement` asks for, from its file; nothing with 0. A faulty file ends the run, also when
+/// only an anaglyph wants it.
 [[nodiscard]] std::optional<ColourChange> read_colour_change(const ParameterSet& parameters,
                                                              const Voice& voice);
 

@@ -139,10 +139,14 @@ TEST_F(Anaglyphs, TheDefaultsMixByLeastSquares) {
 TEST_F(Anaglyphs, ColourFileIsReadAnewForEachPicture) {
     ParameterSet set;
     set.anaglyph_type = 8;
+    const auto write_file = [this](const std::string& red) {
+        test::write_text(file("zemora_colors.txt"),
+                         red + "0 0 0\n0 0 0\n0 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n");
+    };
+    write_file("0 0 0\n");
     auto pair = rig(set);
     for (const char* red : {"1 0 0\n", "0 1 0\n"}) {
-        test::write_text(file("zemora_colors.txt"),
-                         std::string(red) + "0 0 0\n0 0 0\n0 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n");
+        write_file(red);
         const Bitmap canvas = compose_anaglyph(*pair->warp);
         const Colour left = colour_at(pair->warp->pair().left, 9, 9);
         const Colour right = colour_at(pair->warp->pair().right, 9, 9);

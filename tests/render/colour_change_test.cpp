@@ -124,6 +124,19 @@ TEST(ColourChange, IsReadFromTheFileOfTheSettings) {
     EXPECT_EQ(values, (Values{300, 200, 100}));
 }
 
+TEST(ColourChange, FileForAnaglyphsAloneIsCheckedBeforeTheFirstPair) {
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const test::TestFolder folder;
+    ParameterSet set;
+    set.path_of_images = folder.path();
+    for (const int type : {8, 9}) {
+        set.anaglyph_type = type;
+        EXPECT_EXIT(Rig{set}, ::testing::ExitedWithCode(1), "") << type;
+    }
+    test::write_text(folder / set.ecm_file_name, "1 0 0\n0 1 0\n0 0 1\n1 0 0\n0 1 0\n0 0 1\n1 1 1\n1 1 1\n");
+    EXPECT_FALSE(Rig(set).warp->colours) << "the views keep their colours";
+}
+
 TEST(ColourChange, FollowsTheTonesOfTheFinalWarpInEachView) {
     const Bitmap source = noisy(45, 20, 5);
     fill(source.picture().part(3, 3, 6, 6), {});  // no picture
