@@ -7,6 +7,7 @@
 #include "driver/pipeline.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
+#include "render/cmyk.h"
 #include "render/output_writer.h"
 #include "render/view_effects.h"
 
@@ -116,7 +117,7 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
         {p.auto_ghost_bust != 0, "ghost reduction", "die Geisterbildminderung"},
         {sharpened, "sharpening", "das Schaerfen"},
         {pair.curtains.left != 0 || pair.curtains.right != 0, "the floating window", "das schwebende Fenster"},
-        {static_cast<bool>(warp.texts.image_text), "the text in the picture", "der Text im Bild"},
+        {static_cast<bool>(warp.texts.image_text), "the text in the picture", "den Text im Bild"},
         {pair.target.final_rescale != FinalRescale::none, "scaling below 250 pixels", "das Skalieren unter 250 Pixel"},
     };
     warp.eight_bits_only = false;
@@ -128,6 +129,24 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
                                                  "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
                 pipeline.voice.messages().either(step.english, step.german)));
         }
+    }
+}
+
+/// Without a usable profile for print the run stores plain TIFF pictures.
+void check_print_profile(const Pipeline& pipeline) {
+    constexpr int kCmykByProfile = 9;  // of `OutputFormat`
+    constexpr int kPlainTiff = 5;
+    ParameterSet& p = pipeline.parameters;
+    if (p.output_format != kCmykByProfile) {
+        return;
+    }
+    const Bitmap probe = Bitmap::create(1, 1);
+    std::string reason;
+    if (!cmyk_by_profile(probe.picture(), p.cmyk_profile, reason)) {
+        pipeline.voice.print_and_report("   " + printable(reason) +
+                                        pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
+        pipeline.voice.wait(WaitAbove::warning);
+        p.output_format = kPlainTiff;
     }
 }
 
@@ -156,6 +175,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     refuse_unknown_extra_output(pipeline);
     dress_with_texts(pipeline, pair);
     settle_depth_of_outputs(pipeline, pair, sharpened);
+    check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
     project_deviation(pipeline, pair);
     rescale_to_final(warp, pair.target);

@@ -125,6 +125,13 @@ TEST_F(Products, AStepWithoutSixteenBitsSavesEightAndSaysSo) {
     EXPECT_EQ(greatest_difference(product("cl/foo_cl.tif").picture(), product("clsharp/foo_cl.bmp").picture()), 0);
 }
 
+TEST_F(Products, WithoutAPrintProfileTheColoursStay) {
+    const Outcome outcome = run({"--LeftRightOutput=2", "--OutputFormat=9", "--CMYK_Profile=gone.icc"});
+    EXPECT_TRUE(outcome.tells("gone.icc")) << outcome.text;
+    EXPECT_TRUE(outcome.tells("RGB is saved")) << outcome.text;
+    EXPECT_EQ(greatest_difference(product("cl/foo_cl.tif").picture(), aligned_views().left.picture()), 0);
+}
+
 TEST_F(Products, SharpeningAndGhostReductionChangeWhatIsStored) {
     (void)run({"--LeftRightOutput=2", "--IdentOutputDir=plain"});
     (void)run({"--LeftRightOutput=2", "--IdentOutputDir=sharp", "--SharpenIntensity=60"});
