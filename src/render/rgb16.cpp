@@ -228,7 +228,8 @@ Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPi
     return result;
 }
 
-/// Black round the picture, as wide as the frame of the 8-bit output.
+/// Black round the picture, as wide as the frame of the 8-bit output. An exchange of the outputs comes before
+/// their frames: `FrameFloating` moves a view by the side where it stands then.
 Bitmap frame_deep(const WarpState& warp, Bitmap picture, View view) {
     const FrameSettings& frame = warp.frame;
     const int height = frame.fill_height != 0 ? std::max(frame.fill_height, picture.height())
@@ -244,12 +245,13 @@ Bitmap frame_deep(const WarpState& warp, Bitmap picture, View view) {
     if (width == picture.width() && height == picture.height()) {
         return picture;
     }
+    const bool stands_left = (view == View::left) != (warp.inverse_output == 1);
     const int excess = height - picture.height();
     const int bottom = frame.fill_height != 0 ? excess - excess / 2 : frame.bottom;
     Bitmap canvas = create_deep(width, height);
     if (canvas) {
         copy_deep(picture, 0, 0, picture.width(), picture.height(), canvas,
-                  margin + (view == View::left ? -share : share), bottom);
+                  margin + (stands_left ? -share : share), bottom);
     }
     return canvas;
 }

@@ -431,6 +431,30 @@ TEST_F(Outputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
     }
 }
 
+TEST_F(Outputs, SixteenBitViewsFloatByTheSideWhereTheyStand) {
+    const DeepSource source(60, 50);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    for (const bool inverse : {false, true}) {
+        ParameterSet set;
+        set.output_format = 7;
+        set.stereo_image_input = 2;
+        set.inverse_output = inverse ? 1 : 0;
+        Rig rig(set);
+        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+        rig.warp->frame.left_right = 5;
+        rig.warp->frame.floating = 6;
+        const SourceFiles sources{file("deep.tif"), file("deep.tif")};
+        ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
+        for (const auto& [name, margin] : {std::pair{"l.tif", 5 - 3}, std::pair{"r.tif", 5 + 3}}) {
+            const Bitmap read = loaded(file(name), FIF_TIFF);
+            ASSERT_EQ(read.width(), 70);
+            const auto* row = reinterpret_cast<const FIRGB16*>(read.bits());
+            EXPECT_EQ(row[margin - 1].red, 0) << name << inverse;
+            EXPECT_GT(row[margin].red, 0) << name << inverse;
+        }
+    }
+}
+
 struct TurnCase {
     int mode;
     int column, row;  ///< where pixel column 2, row 1 of a 50 by 30 picture goes
