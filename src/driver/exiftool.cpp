@@ -259,9 +259,8 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         } else {
             add({"-IPTC:All", "-XMP:All"});
         }
-        if (!is_extra_output) {
-            add({"-exif:orientation=1", "-n"});
-        }
+        // The views were turned upright: the source's orientation would turn any product once more.
+        add({"-exif:orientation=1", "-n"});
         add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d",
                          values.near_point, values.far_point, values.deviation)});
     }

@@ -149,15 +149,16 @@ TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
         ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Model=Twin", "-IPTC:Headline=A garden",
-                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=1", "-n", workshop.path(name)})
+                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=6", "-n", workshop.path(name)})
                         .succeeded());
     }
     const Outcome outcome =
         workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=-1", "--LeftRightOutput=2", "--StereoOutput=2",
-                      "--AnaglyphOutput=2", "--MetaTransfer=2", "--ExifCopyright=(c) me", "--DotsPerInch_x=300",
+                      "--AnaglyphOutput=2", "--ExtraOutput=2", "--RotMirInputLeft=0", "--RotMirInputRight=0", "--MetaTransfer=2", "--ExifCopyright=(c) me", "--DotsPerInch_x=300",
                       "--DotsPerInch_y=300", "--FrameBottom=60", "--CaptionText=__IPTC__"});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg"}) {
+    for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg",
+                             "ce_ab/foo_ce-ab.jpg"}) {
         const ChildResult tags = run_child({"exiftool", "-n", "-s", "-s", "-s", "-p",
                                             "$Model|$Headline|$Copyright|$XResolution|$Orientation|$Software|$FileModifyDate|$ProfileDescription",
                                             workshop.path(name)});
