@@ -161,7 +161,7 @@ constexpr bool numbers_are_consecutive() {
 }
 static_assert(numbers_are_consecutive());
 
-/// A row's placeholder, if any, is filled by the one value of its text.
+/// Where a row's text takes a value, it takes just the one that the row gives.
 constexpr bool placeholders_have_values() {
     for (const ConsistencyRule& rule : kRules) {
         for (const RuleText& text : rule.texts) {

@@ -49,8 +49,8 @@ inline constexpr MessageRow kMessageTable[] = {
 #undef ROW
 };
 
-/// The placeholder letters of a printf-like text in their order, e.g. "sd" for "%s: %3d"; a long
-/// integer "%ld" is "l". "%%" is no placeholder.
+/// The values that a printf-like text takes, by their letters in its order: "sd" for "%s: %3d"; a long
+/// integer "%ld" is "l", "%%" takes none.
 struct Placeholders {
     std::array<char, 16> kinds{};
     int count = 0;
@@ -79,7 +79,7 @@ struct Placeholders {
     return found;
 }
 
-/// The placeholder letter that a value of type T fills.
+/// The letter of a text's value of type T.
 template <class T>
 [[nodiscard]] constexpr char placeholder_kind() {
     using V = std::decay_t<T>;

@@ -89,9 +89,8 @@ bool Selector::is_passed_over(const std::string& path) const {
         return !two_files_ && is_dropped_with_hint(parameters_, voice_, name);
     }
     if (voice_.verbose() > 0) {
-        voice_.print(
-            voice_.messages().either("Temporary File ignored: ", "Temporaere Datei nicht beachtet: ") +
-            printable(path) + '\n');
+        voice_.say<Msg::files_input_temporary_file_ignored>();
+        voice_.print(printable(path) + '\n');
         voice_.wait(WaitAbove::information);
     }
     return true;
