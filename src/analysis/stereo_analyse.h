@@ -63,6 +63,8 @@ struct PhaseRequest {
     bool reduced = true;  ///< The images are the reduced analysis images.
 };
 
+class AnalysisDump;
+
 /// One per run. `settings` are read when the state is made.
 class AnalysisState {
 public:
@@ -96,6 +98,8 @@ public:
     Grid<int> middle_x{}, middle_y{};  ///< Measured middle of each cell's tile, image pixels.
 
     ToneTables Colormap_l, Colormap_r;
+
+    const AnalysisDump* dump = nullptr;  ///< Lays inner results open, if there is one.
 
     // Kept between calls.
     float previous_width = 0.0F;  ///< Width analysed before; 0 after a reset.

@@ -18,6 +18,12 @@ void Voice::report_html(std::string_view html) const {
     }
 }
 
+void Voice::end_report_section() const {
+    if (report_ != nullptr) {
+        report_->end_section();
+    }
+}
+
 void Voice::print_and_report(std::string_view text) const {
     print(text);
     report_text(text);

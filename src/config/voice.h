@@ -16,6 +16,7 @@ public:
     virtual ~ReportSink() = default;
     virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
     virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
+    virtual void end_section() = 0;                     ///< What was told so far is whole; it is written.
 };
 
 /// Levels of `StopAtError`: what must be confirmed with Enter.
@@ -46,6 +47,9 @@ public:
     void print_and_report(std::string_view text) const;
     /// Console and both reports; a paragraph in the HTML report.
     void tell_everywhere(std::string_view text) const;
+
+    /// The section at work is whole.
+    void end_report_section() const;
 
     /// Waits for Enter when `StopAtError` is above the level.
     void wait(WaitAbove level) const;

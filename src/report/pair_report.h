@@ -1,20 +1,23 @@
 #pragma once
-/// The section of a pair in the reports.
+/// The section of a pair in the reports, and that of the mean values of a sequence.
 
 #include "analysis/stereo_analyse.h"
+#include "config/parameter_set.h"
 #include "config/voice.h"
 
 namespace zemora {
 
 /// Everything that the report of a pair tells; it computes nothing.
 struct ImageReport {
-    int width = 0;  ///< Output, pixels.
+    int mode = 1;    ///< `EstimateGeometry` of this pair.
+    int status = 0;  ///< `StatusCode` as a number; below 4 the pair cannot be mounted.
+    int width = 0;   ///< Output, pixels.
     int height = 0;
     float pre_rotation_left = 0.0F;  ///< Degrees.
     float pre_rotation_right = 0.0F;
     float pre_vergence_v = 0.0F;
     CorrectionValues correction;    ///< Accumulated; height in input pixels.
-    double original_near_px = 0.0;  ///< Input pixels.
+    double original_near_px = 0.0;  ///< Before the correction, input pixels.
     double original_far_px = 0.0;
     CorrectionValues remaining;  ///< The last step of the iteration.
     double near_px = 0.0;        ///< Output pixels, after the correction.
@@ -23,19 +26,23 @@ struct ImageReport {
     double right_edge_px = 0.0;
     int left_curtain_px = 0;
     int right_curtain_px = 0;
-    double deviation = 0.0;  ///< Fraction of the output width.
-    double projected_deviation = 0.0;
-    double stress_px = 0.0;  ///< Mean vertical error that the correction stands for.
-    int seconds = 0;
-    int status = 0;  ///< `StatusCode` as a number.
-    bool analysed = false;
-    bool failure_told = false;  ///< The mount failure has been told where it arose.
+    int seconds = 0;  ///< Time spent on the pair.
 };
 
-/// Tells the result of a pair. A pair without result is told to be not mountable.
-void report_pair(const ImageReport& report, const Voice& voice);
+/// Tells the result of a pair on the console and in both reports.
+void write_image_report(const ParameterSet& settings, const ImageReport& report, const Voice& voice);
 
 /// The mount failure on the console and in both reports.
 void report_mount_failure(const Voice& voice);
+
+/// Mean values of all frames of a sequence.
+struct SequenceReport {
+    CorrectionValues correction;
+    double near_shift_px = 0.0;
+    int seconds = 0;
+};
+
+/// Tells the mean values of a sequence on the console and in both reports.
+void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, const Voice& voice);
 
 }  // namespace zemora

@@ -20,21 +20,24 @@ struct ReportNames {
 /// By `ReportMode`: base names, with the time stamp, or with the name of the folder or video.
 [[nodiscard]] ReportNames report_names(const ParameterSet& parameters, const std::string& time_stamp);
 
-/// Text and HTML report; silent while they are not open.
+/// Text and HTML report; silent while they are not open. What is told is kept until its section ends and then
+/// written at once: both files can be read while the run goes on, the HTML file as a whole page, and a run
+/// that is killed loses the section at work alone.
 class RunReport : public ReportSink {
 public:
     explicit RunReport(const MessageCatalogue& messages) : messages_(messages) {}
 
-    /// Opens both files and writes their heads. The name of the file that could not be opened, else
+    /// Opens both files and writes their heads. A page that is appended to goes on in front of its end.
+    /// The name of the file that could not be opened, else an empty text.
+    [[nodiscard]] std::string open(const ReportNames& names, bool links_calculator);
+    /// Writes the section at work and closes both. The name of a file that was not written whole, else
     /// an empty text.
-    [[nodiscard]] std::string open(const ReportNames& names);
-    /// Ends the HTML page and closes both. The name of a file that was not written whole, else an
-    /// empty text.
     [[nodiscard]] std::string close();
     [[nodiscard]] bool is_open() const { return text_ != nullptr; }
 
     void text_line(std::string_view text) override;
     void html_line(std::string_view html) override;
+    void end_section() override;
 
 private:
     struct CloseFile {
@@ -45,6 +48,9 @@ private:
     ReportNames names_;
     File text_;
     File html_;
+    std::string text_section_;
+    std::string html_section_;
+    long html_end_ = 0;  ///< Where the end of the page stands, bytes.
 };
 
 }  // namespace zemora
