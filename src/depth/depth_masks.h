@@ -1,0 +1,28 @@
+#pragma once
+/// Depth masks for the frames of a sequence between those that have one.
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "config/voice.h"
+#include "depth/motion_field.h"
+#include "input/depth_gaps.h"
+#include "numerics/bitmap.h"
+
+namespace zemora {
+
+/// Moves the mask along the field: `target` gets the mask of the frame that the field leads to. Only the
+/// first byte of a pixel of `mask` counts. What nothing moves to is filled from around.
+void project_depth_mask(const MotionField& field, ConstPicture mask, Picture target);
+
+/// (1 - t) of `forward` and t of `backward`, into `target`.
+void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Picture target);
+
+/// Makes the missing masks of a sequence beside those that are there, named by their counters, in the
+/// format of the first mask. A mask that exists already is never written. False, with the reason told,
+/// when a frame cannot be read or a mask not be written.
+[[nodiscard]] bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
+                                   const std::vector<std::string>& masks, const Voice& voice);
+
+}  // namespace zemora
