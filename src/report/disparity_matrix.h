@@ -16,7 +16,7 @@ struct DisparityMatrix {
 
 /// Disparities of the cells of phase 5 in per mille of the width, top row first; cells that do not count
 /// are an "x". In HTML the cells at the near and the far point are red.
-[[nodiscard]] DisparityMatrix disparity_matrix(const AnalysisState& analysis, int output_width,
+[[nodiscard]] DisparityMatrix disparity_matrix(const AnalysisState& analysis,
                                                const MessageCatalogue& messages);
 
 }  // namespace zemora

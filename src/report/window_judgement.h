@@ -59,6 +59,7 @@ enum class FarVerdict { painful, critical, perhaps_critical, tolerable, too_near
 struct WindowJudgement {
     double picture_ratio = 0.0;     ///< Width by height.
     double projection_ratio = 0.0;  ///< That of the picture where none was given.
+    double picture_share = 1.0;     ///< The picture's width as a fraction of the projected width.
     double limit_per_mille = 0.0;   ///< Recommended limit of the deviation, of the picture's width.
     double deviation = 0.0;         ///< Fractions of the projected width.
     double near_point = 0.0;        ///< Against the window or the curtain; above 0 behind it.

@@ -1,0 +1,250 @@
+#include "report/pair_report.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "report/value_rows.h"
+
+namespace zemora {
+namespace {
+
+/// The three places that a report is told in.
+struct Told {
+    std::string console;
+    std::string text;
+    std::string html;
+};
+
+class Sink : public ReportSink {
+public:
+    explicit Sink(Told& told) : told_(told) {}
+    void text_line(std::string_view text) override { told_.text += text; }
+    void html_line(std::string_view html) override { told_.html += html; }
+    void end_section() override {}
+
+private:
+    Told& told_;
+};
+
+template <class Write>
+Told told_by(const ParameterSet& settings, Language language, const Write& write) {
+    Told told;
+    Sink sink(told);
+    Console console;
+    MessageCatalogue messages(language);
+    Voice voice(console, messages, settings);
+    voice.set_report(&sink);
+    testing::internal::CaptureStdout();
+    write(voice);
+    console.flush();
+    told.console = testing::internal::GetCapturedStdout();
+    return told;
+}
+
+Told told_pair(const ParameterSet& settings, const ImageReport& report) {
+    return told_by(settings, Language::english,
+                   [&](const Voice& voice) { write_image_report(settings, report, voice); });
+}
+
+bool holds(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+ParameterSet settings_of(int verbose_mode) {
+    ParameterSet settings;
+    settings.verbose_mode = verbose_mode;
+    settings.iterative_warp = 10;
+    settings.stop_at_error = -1;
+    settings.projection_ratio = 0;
+    settings.auto_frame_floating = 0;
+    settings.estimate_window = 2;
+    return settings;
+}
+
+ImageReport example() {
+    ImageReport report;
+    report.status = 5;
+    report.width = 1500;
+    report.height = 1000;
+    report.pre_vergence_v = -0.5F;
+    report.correction = {-3.25F, 0.0F, 0.0002F, 0.0201F, -0.01F, 0.0F, 0.0F};
+    report.remaining = {0.004F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F};
+    report.original_near_px = -1.0;
+    report.original_far_px = 1.5;
+    report.near_px = 2.5;
+    report.far_px = 42.5;
+    report.seconds = 7;
+    return report;
+}
+
+constexpr const char* kWholeText =
+    R"(Error analysis:
+---------------
+Vergence preselection v-axe =   -0.50 degree  (divergent precorrection)
+Mean error of height        =   -3.25 pixel   (left image upturned)
+Mean error of size          =    0.02 percent (right image oversized)
+Mean error of rotation      =    1.15 degree  (right image pos. rotated)
+Mean error of vergence_v    =   -0.57 degree  (approx. parallel shooting axes)
+Mean error of vergence_h    =    0.00 degree  (approx. equal shooting levels)
+Near point disparity        =   -1.00 pixel   (near point "in" stereo window)
+Far point disparity         =    1.50 pixel   (far point behind stereo window)
+
+Image analysis after the last iteration:
+----------------------------------------
+Mean error of height        =    0.00 pixel  
+Mean error of size          =    0.00 percent
+Mean error of rotation      =    0.00 degree 
+Mean error of vergence_v    =    0.00 degree 
+Mean error of vergence_h    =    0.00 degree 
+
+Stereo window after the correction:
+-----------------------------------
+Far point disparity      =   43 pixel  
+                         =   28 Promille (image based)
+Near point disparity     =    3 pixel  
+                         =    2 Promille (image based)
+Absolute deviation       =   40 pixel  
+Relative image deviation = 1/38 of the image width
+                         =   27 Promille (image based)
+
+Output image:
+-------------
+Image width               = 1500 pixel  
+Image height              = 1000 pixel  
+Image width to height     = 1.500
+
+A projection ratio has not been given. The resulting image shows a
+width-to-height ratio of  1.50. It is assumed, that the image will be projected
+with it's full width and it's relative deviation shouldn't exceed 33.33 promille
+Deviation is optimal. Image is suited for both prints and projection.
+Near point close behind the stereo window, favourable stereo mounting.
+Far point disparity is tolerable, the audience will be grateful.
+==========================================================================
+Consumed CPU time for this image: 7 seconds
+)";
+
+TEST(PairReport, TellsTheSameRowsEverywhere) {
+    const Told told = told_pair(settings_of(2), example());
+    EXPECT_EQ(told.text, kWholeText);
+    EXPECT_EQ(told.console, kWholeText);
+    EXPECT_TRUE(told.html.starts_with(
+        "<table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Error analysis:</b><br></td></tr>\n"
+        "<tr><td>Vergence preselection v-axe</td><td>=</td><td>  -0.50</td><td> degree </td>"
+        "<td> (divergent precorrection)</td></tr>\n"))
+        << told.html;
+    EXPECT_TRUE(holds(told.html, "<td> (near point &quot;in&quot; stereo window)</td>"));
+    EXPECT_TRUE(holds(told.html, "<tr><td colspan=5><br><b>Output image:</b><br></td></tr>\n"));
+    EXPECT_TRUE(holds(told.html, "<td>Relative image deviation</td><td>=</td><td>1/38</td><td> of the"));
+    EXPECT_TRUE(holds(told.html, "<tr><td></td><td>=</td><td>  27</td><td> Promille (image based)</td>"));
+    EXPECT_TRUE(holds(told.html, "</table><br>\n<p>A projection ratio has not been given. The resulting"));
+    EXPECT_TRUE(
+        holds(told.html, "<p>Deviation is optimal. Image is suited for both prints and projection.</p>\n"));
+    EXPECT_FALSE(holds(told.html, "CPU"));
+    EXPECT_TRUE(holds(told.html,
+                      "<p><a href=\"comfortcalculator_en.html?far=43&dev=40&wi=1500&hei=1000&pr=0\""
+                      " onclick=\"OpenComCalc(this.href); return false\">Pass the values"))
+        << told.html;
+}
+
+TEST(PairReport, LowerVerbosityLeavesOutTheAdditionsAndThenTheConsole) {
+    const Told normal = told_pair(settings_of(1), example());
+    const Told quiet = told_pair(settings_of(0), example());
+    EXPECT_FALSE(holds(normal.text, "last iteration") || holds(normal.html, "OpenComCalc"));
+    EXPECT_EQ(normal.console, normal.text);
+    EXPECT_EQ(quiet.console, "");
+    EXPECT_EQ(quiet.text, normal.text);
+    EXPECT_EQ(quiet.html, normal.html);
+}
+
+TEST(PairReport, StoredValuesCountAsUsedAndNoneEndTheReport) {
+    ImageReport report = example();
+    report.mode = 2;
+    const Told used = told_pair(settings_of(2), report);
+    EXPECT_FALSE(holds(used.text, "Mean error") || holds(used.text, "upturned"));
+    EXPECT_TRUE(holds(used.text, "Used for window shift:        =   -1.00 pixel  \n\nImage analysis"));
+    report.mode = 0;
+    const Told none = told_pair(settings_of(2), report);
+    EXPECT_TRUE(none.text.ends_with("Used for window shift:        =   -1.00 pixel  \n")) << none.text;
+    EXPECT_TRUE(none.console.starts_with(none.text) && holds(none.console, "image: 7 seconds\n"));
+    EXPECT_TRUE(none.html.ends_with("</td></tr>\n</table><br>\n"));
+}
+
+TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {
+    ParameterSet settings = settings_of(1);
+    ImageReport report = example();
+    report.left_curtain_px = 12;
+    settings.auto_frame_floating = 2;
+    EXPECT_FALSE(holds(told_pair(settings, report).text, "Curtain"));
+    settings.auto_frame_floating = 6;
+    settings.projection_ratio = 5;
+    const Told told = told_pair(settings, report);
+    EXPECT_TRUE(holds(told.text,
+                      "Curtain on the left      =   12 pixel  \nCurtain on the right     =    0 pixel  \n"));
+    EXPECT_TRUE(
+        holds(told.text, "= 1/47 of the projection width\n                         =   21 Promille (pro"))
+        << told.text;
+    report.near_px = report.far_px;
+    const Told flat = told_pair(settings, report);
+    EXPECT_TRUE(holds(flat.text, "1/15000 of the image width")) << flat.text;
+    EXPECT_TRUE(holds(flat.text, "1/18960 of the projection width")) << flat.text;
+}
+
+TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
+    ParameterSet settings = settings_of(1);
+    ImageReport report = example();
+    report.status = 3;
+    const Told failed = told_pair(settings, report);
+    EXPECT_TRUE(holds(failed.console, "cannot be mounted") && holds(failed.console, "enlarge the parameter"));
+    EXPECT_EQ(failed.console, failed.text);
+    EXPECT_FALSE(holds(failed.text, "Error analysis") || holds(failed.text, "CPU"));
+    EXPECT_TRUE(failed.html.ends_with("parameter IterativeWarp!</p>\n")) << failed.html;
+    settings.verbose_mode = 0;
+    EXPECT_EQ(told_pair(settings, report).console, "");
+    EXPECT_EQ(told_pair(settings, report).text, failed.text);
+    report.status = 4;
+    EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\nTo enhance the result"));
+    settings.iterative_warp = 20;
+    EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\n====="));
+    report.status = 2;
+    EXPECT_FALSE(holds(told_pair(settings, report).text, "IterativeWarp"));
+}
+
+TEST(PairReport, ValuesThatAreNoNumbersAreDashes) {
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(measured_number(kNone), "      -");
+    EXPECT_EQ(rounded_number(1.0 / 0.0), "   -");
+    ImageReport report = example();
+    report.width = report.height = 0;
+    report.near_px = report.original_near_px = kNone;
+    const std::string text = told_pair(settings_of(2), report).text;
+    EXPECT_TRUE(holds(text, "Near point disparity        =       - pixel  \n")) << text;
+    EXPECT_FALSE(holds(text, "nan") || holds(text, " inf")) << text;
+}
+
+TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {
+    ParameterSet settings = settings_of(1);
+    settings.estimate_geometry = 1;
+    const SequenceReport report = {{2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
+    const auto write = [&](const Voice& voice) { write_sequence_report(settings, report, voice); };
+    const Told told = told_by(settings, Language::english, write);
+    const std::string rule(74, '=');
+    EXPECT_TRUE(
+        told.text.starts_with(rule + "\nMean values of analysis for whole image sequence:\n" + rule +
+                              "\nMean error of height     =    2.00 pixel   (right image upturned)\n"))
+        << told.text;
+    EXPECT_TRUE(
+        told.text.ends_with("Mean near point shift  =    3.00 pixel   (near point behind stereo window)\n" +
+                            rule + "\nConsumed CPU time for this image series: 61 seconds\n"))
+        << told.text;
+    EXPECT_EQ(told.console, told.text);
+    EXPECT_TRUE(told.html.starts_with(
+        "<br><table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Mean values"));
+    settings.estimate_geometry = 2;
+    const Told german = told_by(settings, Language::german, write);
+    EXPECT_TRUE(holds(german.text, "Benutzt fuer Hoehenkorrektur:    =    2.00 Pixel  \n")) << german.text;
+    EXPECT_FALSE(holds(german.text, "Mittlere Nahpunktlage") || holds(german.text, "(rechtes"));
+}
+
+}  // namespace
+}  // namespace zemora
