@@ -1,6 +1,7 @@
 #pragma once
 /// Where the pixels of one frame go in another: block matching with filling and refinement.
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -9,9 +10,10 @@
 
 namespace zemora {
 
-/// Frames below this size have no room for three refinements of cells of at least 8 pixels; they are
-/// matched with as many as fit, and below the least size not at all.
-inline constexpr int kLeastMotionSide = 60;  ///< Pixels.
+/// Narrower frames have cells of less than 8 pixels, which are not refined.
+inline constexpr int kLeastRefinedWidth = 480;  ///< Pixels.
+/// The search grows up to this share of the width.
+inline constexpr int kWidthPerReach = 24;
 
 /// A motion vector, pixels.
 struct MotionVector {
@@ -40,6 +42,16 @@ public:
     [[nodiscard]] int search_width() const { return shift_h_; }
 
 private:
+    void set(int x, int y, MotionVector vector) {
+        vectors_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)] =
+            vector;
+    }
+    void match_grid(ConstPicture from, ConstPicture smooth_from, ConstPicture smooth_to, int block);
+    void widen_search(int stray, int allowed, int width);
+    void refine(ConstPicture from, ConstPicture to, int half);
+    void refine_node(ConstPicture from, ConstPicture to, int half, int x, int y,
+                     const std::array<MotionVector, 4>& corners);
+
     const Voice& voice_;
     int width_ = 0;
     int height_ = 0;

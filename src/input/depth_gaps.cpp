@@ -46,11 +46,13 @@ std::int64_t last_index(const std::vector<std::string>& files, std::int64_t firs
     return (static_cast<std::int64_t>(files.size()) - 1) * step + first;
 }
 
-}  // namespace
+/// Where the counter stands in a bare name.
+struct CounterPlace {
+    std::size_t start = 0;
+    std::size_t length = 0;
+};
 
-FrameCounter file_counter(const std::string& path, char separator) {
-    constexpr int kMostDigits = 12;  // so that products with a number of files fit
-    const std::string name = bare_name_of(path);
+CounterPlace counter_place(const std::string& name, char separator) {
     const std::size_t last = name.rfind(separator);
     if (last == std::string::npos) {
         return {};
@@ -62,12 +64,30 @@ FrameCounter file_counter(const std::string& path, char separator) {
         const std::size_t dot = name.find('.', start);
         end = dot == std::string::npos ? name.size() : name.rfind('.');
     }
-    const std::string_view text = std::string_view(name).substr(start, end - start);
-    FrameCounter counter{0, static_cast<int>(text.size())};
+    return {start, end - start};
+}
+
+}  // namespace
+
+FrameCounter file_counter(const std::string& path, char separator) {
+    constexpr int kMostDigits = 12;  // so that products with a number of files fit
+    const std::string name = bare_name_of(path);
+    const CounterPlace place = counter_place(name, separator);
+    FrameCounter counter{0, static_cast<int>(place.length)};
     if (counter.digits <= kMostDigits) {
-        std::from_chars(text.data(), text.data() + text.size(), counter.value);
+        const char* start = name.data() + place.start;
+        std::from_chars(start, start + place.length, counter.value);
     }
     return counter;
+}
+
+std::string with_counter(const std::string& path, std::int64_t value) {
+    const std::string name = bare_name_of(path);
+    const CounterPlace place = counter_place(name, '_');
+    return join_path(folder_of(path),
+                     name.substr(0, place.start) +
+                         format_text("%0*lld", static_cast<int>(place.length), static_cast<long long>(value)) +
+                         name.substr(place.start + place.length));
 }
 
 DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::vector<std::string>& masks,

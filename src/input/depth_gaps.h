@@ -19,6 +19,9 @@ struct FrameCounter {
 /// last "."; 0 with 0 digits without one.
 [[nodiscard]] FrameCounter file_counter(const std::string& path, char separator);
 
+/// The path with its counter replaced by `value`, in as many digits.
+[[nodiscard]] std::string with_counter(const std::string& path, std::int64_t value);
+
 /// The photos come every `photo_step`, the masks every `mask_step`; between two masks `missing` ones are
 /// made.
 struct DepthGapPlan {

@@ -14,8 +14,9 @@ namespace {
 
 constexpr int kFromList = 10;  // of `InputMode`
 
-/// Depth masks that are there for some photos only have to be made for the others first.
-void stop_at_depth_gaps(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files) {
+/// Depth masks that are there for some photos only are made for the others first.
+void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice, const MakeDepthMasks& make_depth_masks,
+                    SelectedFiles& files) {
     constexpr int kViewFolders = 3;         // of `InputMode`
     constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
     if (parameters.input_mode != kViewFolders || parameters.stereo_image_input != kPhotoAndDepthFiles ||
@@ -23,13 +24,17 @@ void stop_at_depth_gaps(const ParameterSet& parameters, const Voice& voice, cons
         return;
     }
     const DepthGapPlan plan = plan_depth_gaps(files.left, files.right, voice);
-    voice.print(
-        format_text(voice.messages().either(
-                        "%lld depth masks are missing. This version does not interpolate depth masks yet.\n",
-                        "%lld Tiefenmasken fehlen. Diese Version interpoliert noch keine Tiefenmasken.\n"),
-                    static_cast<long long>(plan.missing) * plan.blocks));
-    voice.wait(WaitAbove::error);
-    end_process(kExitFailure);
+    if (!make_depth_masks || !make_depth_masks(plan, files.left, files.right)) {
+        voice.wait(WaitAbove::error);
+        end_process(kExitFailure);
+    }
+    files = select_files(parameters, voice);
+    if (files.left.size() != files.right.size()) {
+        voice.print(voice.messages().either(
+            "Error: The interpolation of depth masks has not led to as many files at the left as at the right!\n",
+            "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien links und rechts gefuehrt!\n"));
+        voice.wait(WaitAbove::error);
+    }
 }
 
 /// Ends the run where no object can come of the files, or too many.
@@ -45,9 +50,10 @@ void check_expectation(const ParameterSet& parameters, const Voice& voice, const
 }
 
 /// Returns the characters of the longest left name.
-int collect_files(const ParameterSet& parameters, const Voice& voice, ImageList& list) {
-    const SelectedFiles files = select_files(parameters, voice);
-    stop_at_depth_gaps(parameters, voice, files);
+int collect_files(const ParameterSet& parameters, const Voice& voice, const MakeDepthMasks& make_depth_masks,
+                  ImageList& list) {
+    SelectedFiles files = select_files(parameters, voice);
+    fill_mask_gaps(parameters, voice, make_depth_masks, files);
     check_expectation(parameters, voice, files);
     ListedNames names(parameters, voice);
     int left_name_width = 0;
@@ -70,11 +76,13 @@ int collect_listed(const ParameterSet& parameters, const Voice& voice, ImageList
 
 }  // namespace
 
-ImageList build_image_list(const ParameterSet& parameters, const Voice& voice) {
+ImageList build_image_list(const ParameterSet& parameters, const Voice& voice,
+                           const MakeDepthMasks& make_depth_masks) {
     ImageList list;
     list.two_files = takes_two_files(parameters.stereo_image_input);
-    const int left_name_width = parameters.input_mode == kFromList ? collect_listed(parameters, voice, list)
-                                                                   : collect_files(parameters, voice, list);
+    const int left_name_width = parameters.input_mode == kFromList
+                                    ? collect_listed(parameters, voice, list)
+                                    : collect_files(parameters, voice, make_depth_masks, list);
     tell_objects(parameters, voice, list, left_name_width);
     tell_object_count(voice, list);
     return list;

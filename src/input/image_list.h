@@ -2,11 +2,13 @@
 /// The objects of a run: each a left and a right file or one stereo file.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "config/parameter_set.h"
 #include "config/voice.h"
+#include "input/depth_gaps.h"
 #include "input/stored_record.h"
 
 namespace zemora {
@@ -57,9 +59,15 @@ private:
     std::vector<StoredCorrectionRecord> stored_;
 };
 
+/// Makes the depth masks that a sequence lacks; false, with the reason told, when they cannot be made.
+using MakeDepthMasks = std::function<bool(const DepthGapPlan& plan, const std::vector<std::string>& photos,
+                                          const std::vector<std::string>& masks)>;
+
 /// Collects the objects of the run from `ParameterSet` by its `InputMode`, lists them, and writes the
 /// names into `ListofImages` where `WriteDataBase` asks for it. Ends the run with code 1 where there is
 /// nothing to collect from. An empty list means that every object was passed over.
-[[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, const Voice& voice);
+/// Where a sequence has masks at some of its photos only, the others are made first.
+[[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, const Voice& voice,
+                                         const MakeDepthMasks& make_depth_masks = {});
 
 }  // namespace zemora

@@ -107,6 +107,11 @@ void InputPair::release_images() {
     right_.take(Bitmap());
 }
 
+void InputPair::replace_views(const StereoPicture& views) {
+    copy(views.left, left_.picture());
+    copy(views.right, right_.picture());
+}
+
 ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correlation) {
     release_images();
     unsupported_ = false;

@@ -69,6 +69,8 @@ public:
     void make_correlation_images();
     /// Keeps the part of a video frame that its mask shows, and builds the analysis copies anew.
     void crop_by_mask(const MaskFrame& mask);
+    /// Puts other pictures of the same size in the place of the views.
+    void replace_views(const StereoPicture& views);
     /// Frees the views of the pair.
     void release_images();
 

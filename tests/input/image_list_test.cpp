@@ -207,11 +207,6 @@ const EndRow kEnds[] = {
     {"named_view_as_stereo", 0, 1, {}, "NOT to be assumed.*settings of StereoFileName"},
     {"left_name_empty", 0, 2, {}, "cannot find suited.*settings of Left/Right"},
     {"single_file", 5, 2, {"a.jpg"}, "cannot find suited"},
-    {"mask_gaps",
-     3,
-     5,
-     {"l/a_1.jpg", "l/a_2.jpg", "l/a_3.jpg", "r/a_1.jpg", "r/a_3.jpg"},
-     "1 depth masks are missing"},
 };
 
 class RunsThatEnd : public ::testing::TestWithParam<EndRow> {};

@@ -1,0 +1,379 @@
+#include "depth/depth_masks.h"
+
+#include <FreeImage.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <span>
+
+#include "input/picture_file.h"
+#include "numerics/bitmap_file.h"
+#include "numerics/rescale.h"
+#include "numerics/rounding.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+#include "platform/temp_folder.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr std::int16_t kEmpty = -1;  // of a mask in the making
+constexpr int kShortGap = 3;         // pixels from neighbour to neighbour that are interpolated
+constexpr int kLastRound = 100;
+
+/// A mask with places that have no value yet.
+class MaskPlane {
+public:
+    MaskPlane(int width, int height)
+        : width_(width),
+          height_(height),
+          values_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), kEmpty) {}
+
+    [[nodiscard]] int width() const { return width_; }
+    [[nodiscard]] int height() const { return height_; }
+    [[nodiscard]] std::int16_t& at(int x, int y) {
+        return values_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+                       static_cast<std::size_t>(x)];
+    }
+
+private:
+    int width_;
+    int height_;
+    std::vector<std::int16_t> values_;
+};
+
+/// The two cell centres round a pixel along one axis; both are the outermost one beyond it.
+struct Centres {
+    int low;
+    int high;
+};
+
+Centres centres_round(int position, int step, int length) {
+    const int half = step / 2;
+    const int last = half + std::max(length / step - 1, 0) * step;
+    const int low = std::clamp(half + (position - half) / step * step, half, last);
+    return {low, position < half ? low : std::min(low + step, last)};
+}
+
+/// The vector of a pixel from those at the centres of the finest cells round it.
+MotionVector vector_at(const MotionField& field, int x, int y) {
+    const int step = field.fine_step();
+    const Centres columns = centres_round(x, step, field.width());
+    const Centres rows = centres_round(y, step, field.height());
+    const int dx = x - columns.low;
+    const int dy = y - rows.low;
+    const auto weight = [](int a, int b) { return std::sqrt(static_cast<double>(a * a + b * b)); };
+    const std::array<double, 4> weights{weight(step - dx, step - dy), weight(dx, step - dy),
+                                        weight(step - dx, dy), weight(dx, dy)};
+    const std::array<MotionVector, 4> vectors{field.at(columns.low, rows.low), field.at(columns.high, rows.low),
+                                              field.at(columns.low, rows.high), field.at(columns.high, rows.high)};
+    double sum = 0.0;
+    double vx = 0.0;
+    double vy = 0.0;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        sum += weights[i];
+        vx += weights[i] * vectors[i].x;
+        vy += weights[i] * vectors[i].y;
+    }
+    return {round_half_up(vx / sum), round_half_up(vy / sum)};
+}
+
+/// Later pixels cover earlier ones.
+void scatter(const MotionField& field, ConstPicture mask, MaskPlane& plane) {
+    const int width = mask.width;
+    std::vector<MotionVector> vectors(static_cast<std::size_t>(width) * static_cast<std::size_t>(mask.height));
+#pragma omp parallel for
+    for (int y = 0; y < mask.height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            vectors[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)] =
+                vector_at(field, x, y);
+        }
+    }
+    std::size_t index = 0;
+    for (int y = 0; y < mask.height; ++y) {
+        const std::uint8_t* pixel = mask.row(y);
+        for (int x = 0; x < width; ++x, ++index, pixel += kPixelBytes) {
+            const int to_x = x + vectors[index].x;
+            const int to_y = y + vectors[index].y;
+            if (to_x >= 0 && to_y >= 0 && to_x < width && to_y < mask.height) {
+                plane.at(to_x, to_y) = *pixel;
+            }
+        }
+    }
+}
+
+/// Fills the short gaps of one line of `count` values.
+template <class ValueAt>
+void fill_short_gaps(int count, const ValueAt& value) {
+    for (int start = 0; start < count; ++start) {
+        if (value(start) != kEmpty) {
+            continue;
+        }
+        int end = start;
+        while (end < count && value(end) == kEmpty) {
+            ++end;
+        }
+        const int before = start - 1;
+        const bool has_before = before >= 0;
+        const bool has_behind = end < count;
+        if (has_before && has_behind && end <= before + kShortGap) {
+            const int a = value(before);
+            const int b = value(end);
+            for (int i = start; i < end; ++i) {
+                const double share = static_cast<double>((b - a) * (i - before)) / (end - before);
+                value(i) = static_cast<std::int16_t>(round_half_up(a + share));
+            }
+        } else if ((!has_before && has_behind && end <= kShortGap) ||
+                   (has_before && !has_behind && before + kShortGap >= count - 1)) {
+            const std::int16_t nearest = has_behind ? value(end) : value(before);
+            for (int i = start; i < end; ++i) {
+                value(i) = nearest;
+            }
+        }
+        start = end;
+    }
+}
+
+/// The mean of what is there in the window of 5 by 5 pixels round an empty place.
+void fill_from_window(MaskPlane& plane, int x, int y) {
+    constexpr int kReach = 2;
+    int sum = 0;
+    int count = 0;
+    for (int row = std::max(y - kReach, 0); row <= std::min(y + kReach, plane.height() - 1); ++row) {
+        for (int column = std::max(x - kReach, 0); column <= std::min(x + kReach, plane.width() - 1); ++column) {
+            if (plane.at(column, row) != kEmpty) {
+                sum += plane.at(column, row);
+                ++count;
+            }
+        }
+    }
+    if (count > 0) {
+        plane.at(x, y) = static_cast<std::int16_t>((2 * sum + count) / (2 * count));
+    }
+}
+
+/// One round over the empty places, from the middle to the borders; whether there were any.
+bool fill_outwards(MaskPlane& plane) {
+    bool has_empty = false;
+    const auto visit = [&](int x, int y) {
+        if (plane.at(x, y) == kEmpty) {
+            has_empty = true;
+            fill_from_window(plane, x, y);
+        }
+    };
+    const auto visit_row = [&](int y) {
+        for (int x = plane.width() / 2; x >= 0; --x) {
+            visit(x, y);
+        }
+        for (int x = plane.width() / 2; x < plane.width(); ++x) {
+            visit(x, y);
+        }
+    };
+    for (int y = plane.height() / 2; y >= 0; --y) {
+        visit_row(y);
+    }
+    for (int y = plane.height() / 2; y < plane.height(); ++y) {
+        visit_row(y);
+    }
+    return has_empty;
+}
+
+/// A mask that was moved on through the sequence, kept until its counterpart is there.
+std::string moved_mask_file(std::int64_t index) {
+    return join_path(temporary_folder(), format_text("mask_%lld.bmp", static_cast<long long>(index)));
+}
+
+/// Makes the masks between two that are there.
+class BlockFiller {
+public:
+    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, const Voice& voice)
+        : plan_(plan), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
+
+    /// The masks between `first` and the next that is there; false, with the reason told, on a failure.
+    [[nodiscard]] bool fill(std::int64_t first) {
+        const std::int64_t step = plan_.photo_step;
+        const std::int64_t end = first + plan_.mask_step;
+        Bitmap mask = load(mask_, first, "d3474");
+        for (std::int64_t i = 0; mask && i < plan_.missing; ++i) {
+            const std::int64_t index = first + i * step;
+            mask = moved(mask, index, index + step);
+            if (mask && !keep(mask, index + step)) {
+                return false;
+            }
+        }
+        mask = mask ? load(mask_, end, "d3474") : Bitmap();
+        for (std::int64_t i = plan_.missing; mask && i >= 1; --i) {
+            const std::int64_t index = first + i * step;
+            mask = moved(mask, index + step, index);
+            if (mask && !blend(mask, index, static_cast<double>(index - first) / static_cast<double>(plan_.mask_step))) {
+                return false;
+            }
+        }
+        return static_cast<bool>(mask);
+    }
+
+private:
+    Bitmap load(const std::string& name, std::int64_t index, const char* number) {
+        const std::string path = with_counter(name, index);
+        LoadedPicture picture = load_picture(path);
+        if (picture.status != LoadStatus::done) {
+            tell(number, voice_.messages().either("Image %s not found\n", "Bild %s nicht gefunden\n"), path);
+            return {};
+        }
+        if (size_.width == 0) {
+            size_ = {picture.bitmap.width(), picture.bitmap.height()};
+            tell_small_size();
+        }
+        if (picture.bitmap.width() != size_.width || picture.bitmap.height() != size_.height) {
+            tell(number, voice_.messages().either("Image %s has another size than the others\n",
+                                                  "Bild %s hat eine andere Groesse als die anderen\n"),
+                 path);
+            return {};
+        }
+        return std::move(picture.bitmap);
+    }
+
+    void tell_small_size() const {
+        if (size_.width < kLeastRefinedWidth) {
+            voice_.print(format_text(
+                voice_.messages().either(
+                    "The images are less than %d pixels wide: the edges of the masks will be coarse.\n",
+                    "Die Bilder sind weniger als %d Pixel breit: die Kanten der Masken werden grob.\n"),
+                kLeastRefinedWidth));
+        }
+    }
+
+    void tell(const char* number, const char* text, const std::string& path) const {
+        voice_.print(number + std::string(": ") + format_text(text, printable(path).c_str()));
+    }
+
+    /// The mask of photo `from` as it looks in photo `to`.
+    Bitmap moved(const Bitmap& mask, std::int64_t from, std::int64_t to) {
+        const Bitmap photo_from = load(photo_, from, "d1860");
+        const Bitmap photo_to = photo_from ? load(photo_, to, "d1866") : Bitmap();
+        if (!photo_to) {
+            return {};
+        }
+        field_.estimate_motion_field(photo_from.picture(), photo_to.picture());
+        Bitmap target = Bitmap::create(size_.width, size_.height);
+        if (!target) {
+            end_run_without_picture_memory(voice_.console(), "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+        }
+        project_depth_mask(field_, mask.picture(), target.picture());
+        return target;
+    }
+
+    [[nodiscard]] bool keep(const Bitmap& mask, std::int64_t index) const {
+        return is_written(encode_and_write(mask.handle(), FIF_BMP, BMP_SAVE_RLE, moved_mask_file(index)),
+                          moved_mask_file(index));
+    }
+
+    [[nodiscard]] bool is_written(const std::string& reason, const std::string& path) const {
+        if (!reason.empty()) {
+            voice_.print(format_text(voice_.messages().either("d4371: name_i=%s could not be written! (%s)\n",
+                                                              "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"),
+                                     printable(path).c_str(), printable(reason).c_str()));
+        }
+        return reason.empty();
+    }
+
+    /// The mask between the one that came from before and `backward`, under its final name.
+    [[nodiscard]] bool blend(const Bitmap& backward, std::int64_t index, double t) const {
+        const std::string path = with_counter(mask_, index);
+        const std::string file = moved_mask_file(index);
+        LoadedPicture forward = load_picture(file);
+        std::remove(file.c_str());
+        const Bitmap result = Bitmap::create(size_.width, size_.height);
+        if (forward.status != LoadStatus::done || !result) {
+            return is_written(forward.reason.empty() ? "no memory" : forward.reason, file);
+        }
+        if (file_exists(path)) {
+            return true;  // the user's own
+        }
+        blend_depth_masks(forward.bitmap.picture(), backward.picture(), t, result.picture());
+        const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(path.c_str());
+        return is_written(encode_and_write(result.handle(), format, flags_of(format), path), path);
+    }
+
+    static int flags_of(FREE_IMAGE_FORMAT format) {
+        constexpr int kBestJpeg = 65636;  // quality 100 without subsampling
+        constexpr int kFastPng = 6;
+        constexpr int kDeflatedTiff = 16384;
+        switch (format) {
+            case FIF_BMP: return BMP_SAVE_RLE;
+            case FIF_JPEG: return kBestJpeg;
+            case FIF_PNG: return kFastPng;
+            case FIF_TIFF: return kDeflatedTiff;
+            default: return 0;
+        }
+    }
+
+    const DepthGapPlan& plan_;
+    const std::string& photo_;
+    const std::string& mask_;
+    const Voice& voice_;
+    MotionField field_;
+    PictureSize size_;
+};
+
+}  // namespace
+
+void project_depth_mask(const MotionField& field, ConstPicture mask, Picture target) {
+    MaskPlane plane(mask.width, mask.height);
+    scatter(field, mask, plane);
+#pragma omp parallel for
+    for (int y = 0; y < mask.height; ++y) {
+        fill_short_gaps(mask.width, [&](int x) -> std::int16_t& { return plane.at(x, y); });
+    }
+#pragma omp parallel for
+    for (int x = 0; x < mask.width; ++x) {
+        fill_short_gaps(mask.height, [&](int y) -> std::int16_t& { return plane.at(x, y); });
+    }
+    for (int round = 0; round < kLastRound && fill_outwards(plane); ++round) {
+    }
+    for (int y = 0; y < mask.height; ++y) {
+        std::uint8_t* pixel = target.row(y);
+        for (int x = 0; x < mask.width; ++x, pixel += kPixelBytes) {
+            const int value = std::max<int>(plane.at(x, y), 0);
+            std::fill_n(pixel, kPixelBytes, static_cast<std::uint8_t>(value));
+        }
+    }
+}
+
+void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Picture target) {
+#pragma omp parallel for
+    for (int y = 0; y < target.height; ++y) {
+        const std::uint8_t* a = forward.row(y);
+        const std::uint8_t* b = backward.row(y);
+        std::uint8_t* out = target.row(y);
+        for (int i = 0; i < kPixelBytes * target.width; ++i) {
+            out[i] = static_cast<std::uint8_t>(std::floor((1.0 - t) * a[i] + t * b[i] + 0.5));
+        }
+    }
+}
+
+bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
+                     const std::vector<std::string>& masks, const Voice& voice) {
+    BlockFiller filler(plan, photos.front(), masks.front(), voice);
+    for (std::int64_t block = 0; block < plan.blocks; ++block) {
+        const std::int64_t first = plan.first_mask + block * plan.mask_step;
+        voice.print(format_text(
+            voice.messages().either("*** Interpolation of depth masks block %3lld, image no. %05lld to %05lld "
+                                    "(please be patient)!\n",
+                                    "*** Interpolation Tiefenmasken Block %3lld, Bild Nr. %05lld bis %05lld "
+                                    "(bitte Geduld)!\n"),
+            static_cast<long long>(block), static_cast<long long>(first),
+            static_cast<long long>(first + (plan.missing + 1) * plan.photo_step)));
+        if (!filler.fill(first)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace zemora
