@@ -4,47 +4,35 @@
 
 #include <limits>
 
-#include "report/value_rows.h"
-
 namespace zemora {
 namespace {
 
 /// The three places that a report is told in.
-struct Told {
-    std::string console;
-    std::string text;
-    std::string html;
-};
-
-class Sink : public ReportSink {
-public:
-    explicit Sink(Told& told) : told_(told) {}
-    void text_line(std::string_view text) override { told_.text += text; }
-    void html_line(std::string_view html) override { told_.html += html; }
+struct Told : ReportSink {
+    void text_line(std::string_view part) override { text += part; }
+    void html_line(std::string_view part) override { html += part; }
     void end_section() override {}
-
-private:
-    Told& told_;
+    std::string console, text, html;
 };
 
-template <class Write>
-Told told_by(const ParameterSet& settings, Language language, const Write& write) {
+template <class Report>
+Told all_told(const ParameterSet& settings, const Report& report,
+              void (*write)(const ParameterSet&, const Report&, const Voice&),
+              Language language = Language::english) {
     Told told;
-    Sink sink(told);
     Console console;
     MessageCatalogue messages(language);
     Voice voice(console, messages, settings);
-    voice.set_report(&sink);
+    voice.set_report(&told);
     testing::internal::CaptureStdout();
-    write(voice);
+    write(settings, report, voice);
     console.flush();
     told.console = testing::internal::GetCapturedStdout();
     return told;
 }
 
 Told told_pair(const ParameterSet& settings, const ImageReport& report) {
-    return told_by(settings, Language::english,
-                   [&](const Voice& voice) { write_image_report(settings, report, voice); });
+    return all_told(settings, report, write_image_report);
 }
 
 bool holds(const std::string& text, const std::string& part) {
@@ -128,23 +116,22 @@ TEST(PairReport, TellsTheSameRowsEverywhere) {
     const Told told = told_pair(settings_of(2), example());
     EXPECT_EQ(told.text, kWholeText);
     EXPECT_EQ(told.console, kWholeText);
-    EXPECT_TRUE(told.html.starts_with(
-        "<table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Error analysis:</b><br></td></tr>\n"
-        "<tr><td>Vergence preselection v-axe</td><td>=</td><td>  -0.50</td><td> degree </td>"
-        "<td> (divergent precorrection)</td></tr>\n"))
-        << told.html;
-    EXPECT_TRUE(holds(told.html, "<td> (near point &quot;in&quot; stereo window)</td>"));
-    EXPECT_TRUE(holds(told.html, "<tr><td colspan=5><br><b>Output image:</b><br></td></tr>\n"));
-    EXPECT_TRUE(holds(told.html, "<td>Relative image deviation</td><td>=</td><td>1/38</td><td> of the"));
-    EXPECT_TRUE(holds(told.html, "<tr><td></td><td>=</td><td>  27</td><td> Promille (image based)</td>"));
-    EXPECT_TRUE(holds(told.html, "</table><br>\n<p>A projection ratio has not been given. The resulting"));
-    EXPECT_TRUE(
-        holds(told.html, "<p>Deviation is optimal. Image is suited for both prints and projection.</p>\n"));
+    for (
+        const char* part :
+        {"<table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Error analysis:</b><br></td></tr>\n"
+         "<tr><td>Vergence preselection v-axe</td><td>=</td><td>  -0.50</td><td> degree </td><td> (divergent",
+         "<td> (near point &quot;in&quot; stereo window)</td></tr>\n<tr><td>Far point",
+         "<tr><td colspan=5><br><b>Output image:</b><br></td></tr>\n",
+         "<td>Relative image deviation</td><td>=</td><td>1/38</td><td> of the image "
+         "width</td><td></td></tr>\n"
+         "<tr><td></td><td>=</td><td>  27</td><td> Promille (image based)</td>",
+         "</table><br>\n<p>A projection ratio has not been given. The resulting image shows a<br>\n",
+         "<p>Deviation is optimal. Image is suited for both prints and projection.</p>\n<p>Near point",
+         "<p><a href=\"comfortcalculator_en.html?far=43&dev=40&wi=1500&hei=1000&pr=0\" onclick=\"OpenComCalc("
+         "this.href); return false\">Pass the values"}) {
+        EXPECT_TRUE(holds(told.html, part)) << part << "\nis not in\n" << told.html;
+    }
     EXPECT_FALSE(holds(told.html, "CPU"));
-    EXPECT_TRUE(holds(told.html,
-                      "<p><a href=\"comfortcalculator_en.html?far=43&dev=40&wi=1500&hei=1000&pr=0\""
-                      " onclick=\"OpenComCalc(this.href); return false\">Pass the values"))
-        << told.html;
 }
 
 TEST(PairReport, LowerVerbosityLeavesOutTheAdditionsAndThenTheConsole) {
@@ -153,19 +140,19 @@ TEST(PairReport, LowerVerbosityLeavesOutTheAdditionsAndThenTheConsole) {
     EXPECT_FALSE(holds(normal.text, "last iteration") || holds(normal.html, "OpenComCalc"));
     EXPECT_EQ(normal.console, normal.text);
     EXPECT_EQ(quiet.console, "");
-    EXPECT_EQ(quiet.text, normal.text);
-    EXPECT_EQ(quiet.html, normal.html);
+    EXPECT_EQ(quiet.text + quiet.html, normal.text + normal.html);
 }
 
 TEST(PairReport, StoredValuesCountAsUsedAndNoneEndTheReport) {
+    const std::string end = "Used for window shift:        =   -1.00 pixel  \n";
     ImageReport report = example();
     report.mode = 2;
     const Told used = told_pair(settings_of(2), report);
     EXPECT_FALSE(holds(used.text, "Mean error") || holds(used.text, "upturned"));
-    EXPECT_TRUE(holds(used.text, "Used for window shift:        =   -1.00 pixel  \n\nImage analysis"));
+    EXPECT_TRUE(holds(used.text, end + "\nImage analysis"));
     report.mode = 0;
     const Told none = told_pair(settings_of(2), report);
-    EXPECT_TRUE(none.text.ends_with("Used for window shift:        =   -1.00 pixel  \n")) << none.text;
+    EXPECT_TRUE(none.text.ends_with(end)) << none.text;
     EXPECT_TRUE(none.console.starts_with(none.text) && holds(none.console, "image: 7 seconds\n"));
     EXPECT_TRUE(none.html.ends_with("</td></tr>\n</table><br>\n"));
 }
@@ -178,16 +165,14 @@ TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {
     EXPECT_FALSE(holds(told_pair(settings, report).text, "Curtain"));
     settings.auto_frame_floating = 6;
     settings.projection_ratio = 5;
-    const Told told = told_pair(settings, report);
-    EXPECT_TRUE(holds(told.text,
-                      "Curtain on the left      =   12 pixel  \nCurtain on the right     =    0 pixel  \n"));
-    EXPECT_TRUE(
-        holds(told.text, "= 1/47 of the projection width\n                         =   21 Promille (pro"))
-        << told.text;
+    const std::string text = told_pair(settings, report).text;
+    EXPECT_TRUE(holds(text, "left      =   12 pixel  \nCurtain on the right     =    0 pixel  \n")) << text;
+    EXPECT_TRUE(holds(text, "= 1/47 of the projection width\n")) << text;
+    EXPECT_TRUE(holds(text, "=   21 Promille (projection based)\n")) << text;
     report.near_px = report.far_px;
-    const Told flat = told_pair(settings, report);
-    EXPECT_TRUE(holds(flat.text, "1/15000 of the image width")) << flat.text;
-    EXPECT_TRUE(holds(flat.text, "1/18960 of the projection width")) << flat.text;
+    const std::string flat = told_pair(settings, report).text;
+    EXPECT_TRUE(holds(flat, "1/15000 of the image width") && holds(flat, "1/18960 of the projection"))
+        << flat;
 }
 
 TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
@@ -195,28 +180,25 @@ TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
     ImageReport report = example();
     report.status = 3;
     const Told failed = told_pair(settings, report);
-    EXPECT_TRUE(holds(failed.console, "cannot be mounted") && holds(failed.console, "enlarge the parameter"));
+    EXPECT_TRUE(
+        failed.console.ends_with("in general.\n\nIf all that is correct, please try to enlarge the "
+                                 "parameter IterativeWarp!\n"));
     EXPECT_EQ(failed.console, failed.text);
-    EXPECT_FALSE(holds(failed.text, "Error analysis") || holds(failed.text, "CPU"));
     EXPECT_TRUE(failed.html.ends_with("parameter IterativeWarp!</p>\n")) << failed.html;
     settings.verbose_mode = 0;
     EXPECT_EQ(told_pair(settings, report).console, "");
-    EXPECT_EQ(told_pair(settings, report).text, failed.text);
     report.status = 4;
     EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\nTo enhance the result"));
     settings.iterative_warp = 20;
     EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\n====="));
     report.status = 2;
-    EXPECT_FALSE(holds(told_pair(settings, report).text, "IterativeWarp"));
+    EXPECT_FALSE(holds(told_pair(settings, report).text, "IterativeWarp!"));
 }
 
 TEST(PairReport, ValuesThatAreNoNumbersAreDashes) {
-    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(measured_number(kNone), "      -");
-    EXPECT_EQ(rounded_number(1.0 / 0.0), "   -");
     ImageReport report = example();
     report.width = report.height = 0;
-    report.near_px = report.original_near_px = kNone;
+    report.near_px = report.original_near_px = std::numeric_limits<double>::quiet_NaN();
     const std::string text = told_pair(settings_of(2), report).text;
     EXPECT_TRUE(holds(text, "Near point disparity        =       - pixel  \n")) << text;
     EXPECT_FALSE(holds(text, "nan") || holds(text, " inf")) << text;
@@ -226,24 +208,19 @@ TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {
     ParameterSet settings = settings_of(1);
     settings.estimate_geometry = 1;
     const SequenceReport report = {{2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
-    const auto write = [&](const Voice& voice) { write_sequence_report(settings, report, voice); };
-    const Told told = told_by(settings, Language::english, write);
-    const std::string rule(74, '=');
-    EXPECT_TRUE(
-        told.text.starts_with(rule + "\nMean values of analysis for whole image sequence:\n" + rule +
-                              "\nMean error of height     =    2.00 pixel   (right image upturned)\n"))
-        << told.text;
-    EXPECT_TRUE(
-        told.text.ends_with("Mean near point shift  =    3.00 pixel   (near point behind stereo window)\n" +
-                            rule + "\nConsumed CPU time for this image series: 61 seconds\n"))
-        << told.text;
+    const Told told = all_told(settings, report, write_sequence_report);
+    const std::string rule = std::string(74, '=') + '\n';
+    EXPECT_TRUE(told.text.starts_with(rule + "Mean values of analysis for whole image sequence:\n" + rule +
+                                      "Mean error of height     =    2.00 pixel   (right image upturned)\n"));
+    EXPECT_TRUE(told.text.ends_with("=    3.00 pixel   (near point behind stereo window)\n" + rule +
+                                    "Consumed CPU time for this image series: 61 seconds\n"));
     EXPECT_EQ(told.console, told.text);
-    EXPECT_TRUE(told.html.starts_with(
-        "<br><table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Mean values"));
+    EXPECT_TRUE(
+        told.html.starts_with("<br><table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Mean"));
     settings.estimate_geometry = 2;
-    const Told german = told_by(settings, Language::german, write);
+    const Told german = all_told(settings, report, write_sequence_report, Language::german);
     EXPECT_TRUE(holds(german.text, "Benutzt fuer Hoehenkorrektur:    =    2.00 Pixel  \n")) << german.text;
-    EXPECT_FALSE(holds(german.text, "Mittlere Nahpunktlage") || holds(german.text, "(rechtes"));
+    EXPECT_FALSE(holds(german.text, "Nahpunktlage") || holds(german.text, "(rechtes"));
 }
 
 }  // namespace

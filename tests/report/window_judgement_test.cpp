@@ -23,27 +23,45 @@ WindowFigures figures_of(int deviation, int near_point, int far_point, int edge)
 
 /// The first and the last whole pixel of a range.
 using Range = int[2];
+using Verdicts = NearVerdict[3][4];
+
+/// Tries the ends of every range of near points with those of every range of deviations.
+void expect_verdicts(const Range (&near_points)[3], const Range (&deviations)[4], const Verdicts& wanted,
+                     const EdgeVerdict (&wanted_edges)[4], int edge) {
+    for (int cell = 0; cell < 48; ++cell) {
+        const int row = cell / 16;
+        const int column = cell / 4 % 4;
+        const int near_point = near_points[row][cell % 2];
+        const int deviation = deviations[column][cell / 2 % 2];
+        const WindowJudgement judgement = judge_window(figures_of(deviation, near_point, 10000, edge));
+        EXPECT_EQ(judgement.near_verdict, wanted[row][column]) << near_point << " of " << deviation;
+        EXPECT_EQ(judgement.edges, wanted_edges[column]) << near_point << " of " << deviation;
+    }
+}
 
 TEST(WindowJudgement, NearPointBehindTheWindowByItsDistanceAndTheDeviation) {
     using enum NearVerdict;
-    constexpr Range kNear[] = {{6001, 30000}, {3001, 6000}, {1, 3000}};
-    constexpr Range kDeviations[] = {{20001, 90000}, {15001, 20000}, {10001, 15000}, {0, 10000}};
-    constexpr NearVerdict kWanted[3][4] = {
-        {very_far_behind_unfavourable, very_far_behind_in_print, very_far_behind,
-         very_far_behind_unfavourable},
-        {clearly_behind, too_far_behind_in_print, too_far_behind, clearly_behind_control},
-        {close_behind, close_behind_favourable, close_behind_favourable, close_behind_favourable}};
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            for (int end = 0; end < 4; ++end) {
-                const int near_point = kNear[row][end % 2];
-                const int deviation = kDeviations[column][end / 2];
-                const WindowJudgement j = judge_window(figures_of(deviation, near_point, 12000, -90000));
-                EXPECT_EQ(j.near_verdict, kWanted[row][column]) << near_point << " of " << deviation;
-                EXPECT_EQ(j.edges, EdgeVerdict::not_judged);
-            }
-        }
-    }
+    expect_verdicts(
+        {{6001, 30000}, {3001, 6000}, {1, 3000}},
+        {{20001, 90000}, {15001, 20000}, {10001, 15000}, {0, 10000}},
+        {{very_far_behind_unfavourable, very_far_behind_in_print, very_far_behind,
+          very_far_behind_unfavourable},
+         {clearly_behind, too_far_behind_in_print, too_far_behind, clearly_behind_control},
+         {close_behind, close_behind_favourable, close_behind_favourable, close_behind_favourable}},
+        {}, -90000);
+}
+
+TEST(WindowJudgement, NearPointBeforeTheWindowByTheFarPointTheDeviationAndTheEdges) {
+    using enum NearVerdict;
+    using enum EdgeVerdict;
+    constexpr Range kNear[] = {{0, -5999}, {-6001, -9999}, {-10000, -30000}};
+    constexpr Range kDeviations[] = {{20001, 90000}, {15001, 20000}, {3001, 15000}, {0, 3000}};
+    constexpr Verdicts kWanted = {
+        {before_warning, before_warning, before, before_as_designed},
+        {far_before, clearly_before, clearly_before, possibly_too_far_before},
+        {extremely_before, extremely_before, extremely_before, probably_too_far_before}};
+    expect_verdicts(kNear, kDeviations, kWanted, {not_judged, no_solution, violation, not_judged}, -1);
+    expect_verdicts(kNear, kDeviations, kWanted, {not_judged, not_judged, no_violation, not_judged}, 0);
 }
 
 TEST(WindowJudgement, MiddleMayComeForwardWhereTheEdgesStandWellBehindTheNearPoint) {
@@ -58,33 +76,6 @@ TEST(WindowJudgement, MiddleMayComeForwardWhereTheEdgesStandWellBehindTheNearPoi
     EXPECT_EQ(judge_window(figures_of(20001, 3000, kFar, kFar)).near_verdict, NearVerdict::close_behind);
     EXPECT_EQ(judge_window(figures_of(10000, 3000, kFar, kFar)).near_verdict,
               NearVerdict::close_behind_favourable);
-}
-
-TEST(WindowJudgement, NearPointBeforeTheWindowByTheFarPointTheDeviationAndTheEdges) {
-    using enum NearVerdict;
-    constexpr Range kNear[] = {{0, -5999}, {-6001, -9999}, {-10000, -30000}};
-    constexpr Range kDeviations[] = {{20001, 90000}, {15001, 20000}, {3001, 15000}, {0, 3000}};
-    constexpr NearVerdict kWanted[3][4] = {
-        {before_warning, before_warning, before, before_as_designed},
-        {far_before, clearly_before, clearly_before, possibly_too_far_before},
-        {extremely_before, extremely_before, extremely_before, probably_too_far_before}};
-    constexpr EdgeVerdict kCut[] = {EdgeVerdict::not_judged, EdgeVerdict::no_solution, EdgeVerdict::violation,
-                                    EdgeVerdict::not_judged};
-    constexpr EdgeVerdict kWhole[] = {EdgeVerdict::not_judged, EdgeVerdict::not_judged,
-                                      EdgeVerdict::no_violation, EdgeVerdict::not_judged};
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            for (int end = 0; end < 4; ++end) {
-                const int near_point = kNear[row][end % 2];
-                const int deviation = kDeviations[column][end / 2];
-                const WindowJudgement cut = judge_window(figures_of(deviation, near_point, 10000, -1));
-                const WindowJudgement whole = judge_window(figures_of(deviation, near_point, 10000, 0));
-                EXPECT_EQ(cut.near_verdict, kWanted[row][column]) << near_point << " of " << deviation;
-                EXPECT_EQ(cut.edges, kCut[column]) << deviation;
-                EXPECT_EQ(whole.edges, kWhole[column]) << deviation;
-            }
-        }
-    }
 }
 
 TEST(WindowJudgement, DeviationAndFarPointShareTheirLimits) {
