@@ -78,9 +78,10 @@ constexpr double kTypical = 0.01;
 constexpr double kVeryFarBehind = 0.02;
 constexpr double kFarBehind = 0.01;
 
-constexpr double kLimitPerMille = 33.333;   // of the projected width; the recommended deviation
-constexpr double kModestlyBefore = 0.6;     // of the far point's distance behind the window
-constexpr double kRoomAtEdges = 1.0 / 150;  // of the picture's width; the middle may come forward above it
+constexpr double kLimitPerMille = 33.333;  // of the projected width; the recommended deviation
+constexpr double kModestlyBefore = 0.6;    // of the far point's distance behind the window
+constexpr double kRoomAtEdges =
+    150.0;  // shares of the picture's width; the middle may come forward above one
 
 /// Which range a figure lies in: 0 above the first of the falling limits, their count at or below the last.
 template <std::size_t count>
@@ -166,7 +167,7 @@ WindowJudgement judge_window(const WindowFigures& figures) {
     const double edge_px = std::min(figures.left_edge_px, figures.right_edge_px);
     if (judgement.near_point > 0.0) {
         judgement.near_verdict = judge_behind(judgement.near_point, judgement.deviation,
-                                              edge_px - figures.near_px > width * kRoomAtEdges);
+                                              edge_px - figures.near_px > width / kRoomAtEdges);
     } else {
         judge_before(judgement, edge_px < 0.0);
     }
