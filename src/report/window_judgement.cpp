@@ -80,8 +80,7 @@ constexpr double kFarBehind = 0.01;
 
 constexpr double kLimitPerMille = 33.333;  // of the projected width; the recommended deviation
 constexpr double kModestlyBefore = 0.6;    // of the far point's distance behind the window
-constexpr double kRoomAtEdges =
-    150.0;  // shares of the picture's width; the middle may come forward above one
+constexpr double kRoomAtEdges = 150.0;     // parts of the width; above one the middle may come forward
 
 /// Which range a figure lies in: 0 above the first of the falling limits, their count at or below the last.
 template <std::size_t count>
