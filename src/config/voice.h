@@ -16,7 +16,7 @@ public:
     virtual ~ReportSink() = default;
     virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
     virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
-    virtual void end_section() = 0;                     ///< What was told so far is whole; it is written.
+    virtual void end_section() {}                       ///< What was told so far is whole.
 };
 
 /// Levels of `StopAtError`: what must be confirmed with Enter.

@@ -32,11 +32,14 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       exiftool(exiftool_in),
       voice(voice_in),
       input(parameters_in, left_geometry, right_geometry, voice_in),
+      analysis_dump(parameters_in, run_in.working_directory, run_in.program_directory, voice_in),
       analysis(parameters_in),
       warp(parameters_in, left_geometry, right_geometry, voice_in),
+      depth(parameters_in),
       inputs(list_in),
       initial_frame(warp.frame),
       initial_frame_left_right(parameters_in.frame_left_right) {
+    analysis.dump = &analysis_dump;
     input.look_at_tiff = [this](const std::string& path) { refuse_photoshop_tiff(*this, path); };
 }
 
@@ -123,9 +126,11 @@ void run_pair(Pipeline& pipeline, int index) {
 void run_image_pipeline(Pipeline& pipeline) {
     constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
     const auto start = std::chrono::steady_clock::now();
+    pipeline.voice.end_report_section();
     for (int index = 0; index < pipeline.list.count(); ++index) {
         tell_course(pipeline, index, std::chrono::steady_clock::now() - start);
         run_pair(pipeline, index);
+        pipeline.voice.end_report_section();
         pipeline.input.release_images();
         pipeline.exiftool.forget_pair();
         if (pipeline.parameters.corr_input_output == kStopAfterFirst) {

@@ -69,21 +69,6 @@ bool run_post_viewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
     return true;
 }
 
-bool make_depth_views(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
-    return true;
-}
-
-bool is_layout_known(const Pipeline& pipeline) {
-    constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
-    if (pipeline.parameters.stereo_image_input < kFirstDepthLayout) {
-        return true;
-    }
-    pipeline.voice.print(pipeline.voice.messages().either(
-        "Views from depth masks are not rendered (image skipped).\n",
-        "Ansichten aus Tiefenmasken werden nicht erzeugt (Bild uebersprungen).\n"));
-    return false;
-}
-
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;

@@ -16,10 +16,8 @@ namespace zemora {
 /// The previewer before a pair is loaded; false when the user abandoned the pair. There is no
 /// previewer yet: the pair goes on.
 [[nodiscard]] bool run_previewer(Pipeline& pipeline, PairRun& pair);
-/// False, with the reason told, for the layouts with depth, which cannot be mounted yet.
-[[nodiscard]] bool is_layout_known(const Pipeline& pipeline);
-/// Views from a photo and its depth mask, and the mask for `ExtraOutput` 9; false when they cannot be
-/// had. Two views stay as they are.
+/// Views from a photo and its depth mask, and with `ExtraOutput` 9 the mask in colours; false when they
+/// cannot be had. Two views stay as they are.
 [[nodiscard]] bool make_depth_views(Pipeline& pipeline, PairRun& pair);
 /// The viewer of a pair with its corrections; false when the user abandoned it. Sets the selection and
 /// `repeat` of the pair, and its stamp anew. There is none yet: the pair goes on.

@@ -4,7 +4,9 @@
 #include <chrono>
 #include <string>
 
+#include "analysis/analysis_dump.h"
 #include "analysis/stereo_analyse.h"
+#include "depth/depth_views.h"
 #include "driver/exiftool.h"
 #include "driver/output_names.h"
 #include "driver/pair_correction.h"
@@ -37,8 +39,10 @@ struct Pipeline {
     ViewGeometry left_geometry;
     ViewGeometry right_geometry;
     InputPair input;
+    AnalysisDump analysis_dump;
     AnalysisState analysis;
     WarpState warp;
+    DepthState depth;
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;

@@ -8,6 +8,7 @@
 #include "config/parameter_file.h"
 #include "config/parameter_listing.h"
 #include "config/parameter_table.h"
+#include "depth/depth_masks.h"
 #include "driver/exiftool.h"
 #include "driver/invocation.h"
 #include "driver/outside_steps.h"
@@ -17,6 +18,7 @@
 #include "platform/process_end.h"
 #include "platform/user_language.h"
 #include "render/picture_texts.h"
+#include "report/comfort_calculator.h"
 #include "report/run_report.h"
 #include "report/test_images.h"
 
@@ -195,12 +197,26 @@ void refuse_video(Run& run) {
     }
 }
 
+/// The page that the pairs of the report hand their values to.
+void write_calculator(Run& run) {
+    const Language language = run.messages.language();
+    const std::string page = join_path(run.parameters.path_of_images, calculator_file_name(language));
+    if (const std::string reason = write_comfort_calculator(page, language); !reason.empty()) {
+        run.voice.print_and_report(
+            format_text(run.messages.either("The comfort calculator could not be written: %s\n",
+                                            "Der Komfortrechner konnte nicht geschrieben werden: %s\n"),
+                        printable(reason).c_str()));
+    }
+}
+
 void open_reports(Run& run) {
     run.context.stamp = stamp_text(run.context.run_start);
     if (run.parameters.report_mode <= 0) {
         return;
     }
-    const std::string failed = run.report.open(report_names(run.parameters, run.context.stamp));
+    const ParameterSet& p = run.parameters;
+    const bool links_calculator = p.verbose_mode > 1 && p.video_mode == 0;
+    const std::string failed = run.report.open(report_names(p, run.context.stamp), links_calculator);
     if (!failed.empty()) {
         run.console.print("Zemora: " + printable(failed) +
                           run.messages.text<Msg::main_report_cannot_be_opened>());
@@ -208,6 +224,9 @@ void open_reports(Run& run) {
         run.end(kExitFailure);
     }
     run.voice.set_report(&run.report);
+    if (links_calculator) {
+        write_calculator(run);
+    }
 }
 
 /// The hint that goes with an empty list, by the way the input was looked for.
@@ -232,7 +251,9 @@ std::string empty_list_hint(const Run& run) {
 
 void collect_input(Run& run) {
     const ParameterSet& p = run.parameters;
-    run.list = build_image_list(p, run.voice);
+    run.list = build_image_list(p, run.voice, [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
+        return fill_depth_gaps(plan, photos, masks, run.voice);
+    });
     if (p.write_data_base == 1 && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(WaitAbove::error);

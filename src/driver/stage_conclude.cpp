@@ -23,6 +23,8 @@ CorrectionValues values_of(const PairCorrection& c) {
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
     const PreSelection& preset = pipeline.input.pre_selection;
+    report.mode = pair.mode;
+    report.status = static_cast<int>(pair.status);
     report.width = pair.output_width;
     report.height = pair.output_height;
     report.pre_rotation_left = preset.rotation_left;
@@ -38,14 +40,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.right_edge_px = pair.result.right_edge_near;
     report.left_curtain_px = pair.curtains.left;
     report.right_curtain_px = pair.curtains.right;
-    report.deviation = pair.deviation;
-    report.projected_deviation = pair.projected_deviation;
-    report.stress_px = pair.stress_px;
     const auto spent = std::chrono::steady_clock::now() - pair.start;
     report.seconds = round_half_up(std::chrono::duration<double>(spent).count());
-    report.status = static_cast<int>(pair.status);
-    report.analysed = pair.analysed;
-    report.failure_told = pair.failure_told;
     return report;
 }
 
@@ -53,7 +49,9 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
 
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
     if (!pair.failure_told) {
-        report_pair(report_of(pipeline, pair), pipeline.voice);
+        if (pair.status != StatusCode::abandoned) {
+            write_image_report(pipeline.parameters, report_of(pipeline, pair), pipeline.voice);
+        }
         if (pair.status == StatusCode::success && !pair.store_failed) {
             write_stored_record(pipeline, pair);
         }

@@ -41,6 +41,7 @@ bool measure_shift(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.progress_output == 1) {
         show_first_shift(pipeline);
     }
+    pipeline.analysis_dump.write_head(pair.left_relative, pipeline.list.two_files ? pair.right_relative : "");
     return true;
 }
 

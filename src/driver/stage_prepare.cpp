@@ -251,7 +251,7 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
         conclude_pair(pipeline, pair);
         return false;
     }
-    if (!is_layout_known(pipeline) || !load_pair(pipeline, pair)) {
+    if (!load_pair(pipeline, pair)) {
         return false;
     }
     prefetch_profiles(pipeline, pair);

@@ -3,6 +3,7 @@
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
 #include "numerics/rounding.h"
+#include "report/disparity_matrix.h"
 
 namespace zemora {
 
@@ -31,49 +32,15 @@ void tell_evaluated_area(const Pipeline& pipeline) {
     const int percent = round_half_up(valid / kCellsPerPercent);
     const Voice& voice = pipeline.voice;
     if (voice.verbose() > 0) {
-        const std::string text = voice.messages().text<Msg::stereo_analyse_disparity_area_percent>(percent);
-        voice.print_and_report(text);
-        voice.report_html("<p>" + html_text(text) + "</p>\n");
+        voice.tell_everywhere(voice.messages().text<Msg::stereo_analyse_disparity_area_percent>(percent));
     }
 }
 
-/// The grid of disparities in per mille of the width, the top row first.
 void show_matrix(const Pipeline& pipeline) {
-    const AnalysisState& analysis = pipeline.analysis;
     const Voice& voice = pipeline.voice;
-    const double width = pipeline.warp.width;
-    const char* title = voice.messages().either("Disparity Matrix of final image [per mille]:",
-                                                "Disparitaetsmatrix des Ergebnisbilds [Promille]:");
-    const auto per_mille = [&](double disparity_px) { return round_half_up(disparity_px * 1000.0 / width); };
-    const int near_point = per_mille(analysis.disparity.near_point);
-    const int far_point = per_mille(analysis.disparity.far_point);
-    std::string text = "\n" + std::string(title) + "\n" + std::string(44, '-') + "\n\nSegment";
-    for (int column = 0; column < kGridMax; ++column) {
-        text += format_text("%3d  ", column);
-    }
-    text += '\n' + std::string(85, '-') + '\n';
-    std::string html = text.substr(1);
-    for (int row = kGridMax - 1; row >= 0; --row) {
-        std::string line = format_text("%3d |", kGridMax - 1 - row);
-        text += line;
-        html += line;
-        for (int column = 0; column < kGridMax; ++column) {
-            const auto i = static_cast<std::size_t>(row);
-            const auto j = static_cast<std::size_t>(column);
-            // The cells are measured on a copy; their values are those of the copy.
-            const int value = round_half_up(analysis.ErrorPixel_x[i][j] * 1000.0 / analysis.disparity_width);
-            const bool valid = analysis.CQOK5[i][j] == 1;
-            const std::string cell = valid ? format_text(" %4d", value) : "    x";
-            text += cell;
-            html += valid && (value == near_point || value == far_point)
-                        ? " <span class=\"red\">" + cell.substr(1) + "</span>"
-                        : cell;
-        }
-        text += '\n';
-        html += '\n';
-    }
-    voice.print_and_report(text + '\n');
-    voice.report_html("<p><b>" + html_text(title) + "</b></p>\n<pre>\n" + html + "</pre>\n");
+    const DisparityMatrix matrix = disparity_matrix(pipeline.analysis, voice.messages());
+    voice.print_and_report(matrix.text);
+    voice.report_html(matrix.html);
 }
 
 }  // namespace

@@ -224,7 +224,11 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
         voice.print(voice.messages().text<Msg::main_now_storing_images>() +
                     voice.messages().text<Msg::main_now_storing_rule>());
     }
-    voice.report_html("<p class=\"a4\"><b>Output files:</b></p>\n<p>");
+    const bool lists_files = voice.verbose() > 0;
+    if (lists_files) {
+        voice.report_html(std::string("<p class=\"a4\"><b>") +
+                          voice.messages().either("Output files:", "Ausgabedateien:") + "</b></p>\n<p>");
+    }
     const ParameterSet& p = pipeline.parameters;
     if (p.anaglyph_output != 0) {
         store_single(pipeline, pair, kAnaglyph);
@@ -236,7 +240,9 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
         store_single(pipeline, pair, kExtra);
     }
     store_left_right(pipeline, pair);
-    voice.report_html("</p>\n");
+    if (lists_files) {
+        voice.report_html("</p>\n");
+    }
     if (!pair.picture_tag.empty()) {
         voice.report_html("<p style=\"text-align:left; margin-left:1em\">\n" + pair.picture_tag);
     }

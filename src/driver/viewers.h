@@ -1,0 +1,28 @@
+#pragma once
+/// The stops of a pair where a person works on it with a program of the folder "32".
+
+#include "driver/pipeline.h"
+
+namespace zemora {
+
+/// What the user decided in the post viewer.
+enum class ViewerDecision {
+    go_on,
+    repeat,   ///< Stored as it is, then shown once more.
+    abandon,  ///< Nothing is stored.
+    swap,     ///< The pair starts over with its views exchanged.
+    failed,   ///< The viewer gave no answer: the pair ends without stores.
+};
+
+/// The previewer before a pair is loaded: pre-selection, exchange of the views and scale go to the input.
+/// False when the user abandoned the pair.
+[[nodiscard]] bool run_previewer(Pipeline& pipeline, PairRun& pair);
+
+/// The viewer of a pair with its corrections. Sets the selection, the shape, the ratio and the stamp of the
+/// pair.
+[[nodiscard]] ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair);
+
+/// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph.
+void adjust_anaglyph_colours(Pipeline& pipeline);
+
+}  // namespace zemora
