@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "analysis/analysis_dump.h"
 #include "analysis/phases.h"
 #include "analysis/stereo_analyse.h"
 #include "input/passepartout.h"
@@ -53,13 +54,17 @@ phases::WorkingCopies phases::make_copies(AnalysisState& state, const StereoPict
 
 AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair, const PhaseRequest& request,
                             const AnalyseProgress& progress) {
+    AnalyseStatus status = AnalyseStatus::done;
     switch (request.phase) {
-        case AnalysePhase::shift: return phases::measure_shift(state, pair);
+        case AnalysePhase::shift: status = phases::measure_shift(state, pair); break;
         case AnalysePhase::first_grid: phases::measure_first_grid(state, pair, progress); break;
         case AnalysePhase::geometry: phases::measure_geometry(state, pair, request, progress); break;
-        case AnalysePhase::disparity: return phases::measure_disparity(state, pair, progress);
+        case AnalysePhase::disparity: status = phases::measure_disparity(state, pair, progress); break;
     }
-    return AnalyseStatus::done;
+    if (state.dump != nullptr && status != AnalyseStatus::no_memory) {
+        state.dump->conclude_phase(state, request.phase, request.reduced);
+    }
+    return status;
 }
 
 }  // namespace zemora

@@ -12,11 +12,11 @@
 
 namespace zemora {
 
-/// A cell as it stands in file names. Phase 1 has the long sides of its two copies instead.
+/// A cell as it stands in file names. Phase 1 has 68 and 200 for its two correlations.
 struct DumpedCell {
-    AnalysePhase phase;
-    int row;
-    int column;
+    AnalysePhase phase = AnalysePhase::shift;
+    int row = 0;
+    int column = 0;
 };
 
 class AnalysisDump {
@@ -37,10 +37,20 @@ public:
     /// `MatrixOutput` 1: the names of the pair as heads in the files of the tables of phases 2 and 3.
     void write_head(const std::string& left_name, const std::string& right_name) const;
 
+    /// Behind each cell: its surface or profile, where one was correlated (null otherwise), and its pieces,
+    /// as far as they are wanted. (dx, dy): the displacement of the cell in pixels, right minus left.
+    void write_cell(const MeasuredPair& pair, const DumpedCell& cell, const TileSearch& search,
+                    const ErrorSurface* surface, float dx, float dy) const;
+    /// Behind the phase: its tables and the list of its pieces, as far as they are wanted. `reduced`:
+    /// measured on the reduced images.
+    void conclude_phase(const AnalysisState& state, AnalysePhase phase, bool reduced) const;
+
+    /// Data and gnuplot file of a surface, the errors negated: a good match shows as a peak.
     void write_error_surface(const ErrorSurface& surface, const DumpedCell& cell) const;
-    /// The profile of a cell of phase 5.
+    /// Data and gnuplot file of the profile of a cell of phase 5, not negated.
     void write_error_profile(const ErrorSurface& profile, const DumpedCell& cell) const;
-    /// The tile of `search` in the left view and its place in the right view; (dx, dy) in pixels.
+    /// The tile of `search` in the left view and its place in the right view. In phase 5 also the tile of
+    /// the right view with its place in the left one, and the strip that was searched.
     void write_segment_images(const MeasuredPair& pair, const DumpedCell& cell, const TileSearch& search,
                               float dx, float dy) const;
     /// Behind the last cell: one line a cell, and the viewer.
@@ -54,16 +64,36 @@ public:
         float shift_y = 0.0F;
     };
     void print_shift(const ShiftFigures& shift) const;
-    /// The try of a pass of phase 3.
+    /// The state of the cells behind a pass of phase 3; `number` counts from 1.
     void display_try(const AnalysisState& state, int number) const;
-    /// The tables of phases 2, 3 and 5. `reduced`: measured on the reduced images.
+    /// The tables of phases 2, 3 and 5; behind those of 2 and 3 it waits for Enter.
     void display_analyse(const AnalysisState& state, AnalysePhase phase, bool reduced) const;
 
 private:
+    [[nodiscard]] std::string image_path(const std::string& name) const;
+    [[nodiscard]] bool write_text(const std::string& path, const std::string& text) const;
+    /// Where a piece is cut, in pixels of the view; parts of it may lie outside.
+    struct PiecePlace {
+        int x = 0;  ///< Lower left pixel.
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+    void write_piece(const ConstPicture& view, const PiecePlace& place, const std::string& name) const;
+    /// Adds to the end of the phase's file of tables.
+    void append_to_tables(AnalysePhase phase, const std::string& text) const;
+    void tell_not_opened(const char* what, const std::string& name) const;
+
     const ParameterSet& parameters_;
     std::string working_folder_;
     std::string program_folder_;
     const Voice& voice_;
 };
+
+/// The order in which the cells of a phase are measured: a fixed one where single cells are laid open.
+[[nodiscard]] inline CellOrder cell_order(const AnalysisState& state, AnalysePhase phase) {
+    return state.dump != nullptr && state.dump->wants_cells(phase) ? CellOrder::one_after_other
+                                                                   : CellOrder::shared_out;
+}
 
 }  // namespace zemora

@@ -32,10 +32,11 @@ DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, con
                                   CellTools& tools) {
     const ToneView& first = left_first ? pair.left : pair.right;
     const ToneView& second = left_first ? pair.right : pair.left;
+    ErrorSurface& surface = tools.surface(left_first);
     DirectionResult result;
     result.contrast = search_contrast(first, search);
-    tools.correlator.correlate(first, second, pair.rule, search, tools.surface);
-    result.figures = evaluate_surface(tools.surface, pair.height, pair.width);
+    tools.correlator.correlate(first, second, pair.rule, search, surface);
+    result.figures = evaluate_surface(surface, pair.height, pair.width);
     result.position_dx = result.figures.dx + static_cast<float>(search.shift_x);
     return result;
 }
@@ -63,10 +64,10 @@ int tile_start(int nth, int tiles, int side, int length, double margin) {
     return std::clamp(round_half_up(nth * pitch + margin), 0, std::max(length - side, 0));
 }
 
-void for_each_cell(int cells, const AnalyseProgress& progress,
+void for_each_cell(int cells, CellOrder order, const AnalyseProgress& progress,
                    const std::function<void(int, CellTools&)>& measure) {
     std::atomic<int> done = 0;
-#pragma omp parallel
+#pragma omp parallel if (order == CellOrder::shared_out)
     {
         CellTools tools;
 #pragma omp for schedule(dynamic)

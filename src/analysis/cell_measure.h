@@ -28,8 +28,10 @@ struct MeasuredPair {
 /// What each thread works with.
 struct CellTools {
     Correlator correlator;
-    ErrorSurface surface;
-    ErrorSurface mirrored;
+    ErrorSurface forward;  ///< The tile of the left view in the right one.
+    ErrorSurface reverse;
+
+    [[nodiscard]] ErrorSurface& surface(bool left_first) { return left_first ? forward : reverse; }
 };
 
 /// One direction of a cell: the tile of one view looked for in the other.
@@ -39,7 +41,8 @@ struct DirectionResult {
     float position_dx = 0.0F;  ///< Whole displacement of the match, with the centre of the search.
 };
 
-/// Measures contrast and displacement of the tile of `first` in `second`.
+/// Measures contrast and displacement of the tile of one view in the other; the errors stay in the
+/// surface of that direction.
 [[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first,
                                                 const TileSearch& search, CellTools& tools);
 
@@ -55,6 +58,7 @@ struct CellValue {
     float dy = 0.0F;
     float contrast = 0.0F;
     SurfaceFigures figures;
+    bool from_reverse = false;  ///< Of the right view's tile alone.
 };
 void store_cell(AnalysisState& state, int row, int column, const CellValue& value);
 
@@ -62,9 +66,12 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
 /// over `length` pixels with `margin` at both ends; kept inside the picture.
 [[nodiscard]] int tile_start(int nth, int tiles, int side, int length, double margin);
 
-/// Calls `measure` for the cells 0 to `cells` - 1, shared out to all cores; each thread has tools of
-/// its own. Progress is told from the calling thread only.
-void for_each_cell(int cells, const AnalyseProgress& progress,
+/// How the cells of a grid are gone through: on all cores, or one after the other in their order.
+enum class CellOrder { shared_out, one_after_other };
+
+/// Calls `measure` for the cells 0 to `cells` - 1; each thread has tools of its own. Progress is told
+/// from the calling thread only.
+void for_each_cell(int cells, CellOrder order, const AnalyseProgress& progress,
                    const std::function<void(int cell, CellTools& tools)>& measure);
 
 }  // namespace zemora

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 
+#include "analysis/analysis_dump.h"
 #include "analysis/cell_measure.h"
 #include "analysis/disparity_statistics.h"
 #include "analysis/phases.h"
@@ -15,14 +16,13 @@ constexpr int kCopySide = 1024;  ///< Pixels of the copy's longer side.
 constexpr int kSearch = 304;     ///< Displacements -152 to 152 pixels.
 constexpr int kMargin = 14;      ///< Pixels round the grid.
 constexpr int kLeastTilePixels = 1300;
-constexpr float kLeastSlope = 7.0F;
-constexpr int kMostAmbiguous = 50;  ///< Displacements of similar error, and width of the low band.
-constexpr int kGap = 5;             ///< Empty pixels that make an extreme stand alone.
+constexpr int kGap = 5;  ///< Empty pixels that make an extreme stand alone.
 
 DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const TileSearch& search,
-                             CellTools& tools, ErrorSurface& surface) {
+                             CellTools& tools) {
     const ToneView& first = left_first ? pair.left : pair.right;
     const ToneView& second = left_first ? pair.right : pair.left;
+    ErrorSurface& surface = tools.surface(left_first);
     DirectionResult result;
     result.contrast =
         tile_contrast(first, kDisparityTile, kDisparityTile, search.x, search.y, kLeastTilePixels);
@@ -33,19 +33,19 @@ DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const Ti
 }
 
 bool is_good(const DirectionResult& result, const TileSearch& search, int width) {
-    return result.contrast >= kLeastContrast && result.figures.sharpness_x >= kLeastSlope &&
+    return result.contrast >= kLeastContrast && result.figures.sharpness_x >= kDisparitySlope &&
            match_inside(search, result.position_dx, width);
 }
 
 CellValue value_of(const DirectionResult& result, float sign) {
-    return {sign * result.figures.dx, 0.0F, result.contrast, result.figures};
+    return {sign * result.figures.dx, 0.0F, result.contrast, result.figures, sign < 0.0F};
 }
 
 /// Both directions on one line: the reverse profile runs the other way round.
 CellValue joined(const DirectionResult& forward, CellTools& tools) {
-    ErrorSurface& sum = tools.surface;
+    ErrorSurface& sum = tools.forward;
     for (int k = 0; k <= kSearch; ++k) {
-        sum.set(0, k, sum.at(0, k) + tools.mirrored.at(0, kSearch - k));
+        sum.set(0, k, sum.at(0, k) + tools.reverse.at(0, kSearch - k));
     }
     CellValue value = value_of(forward, 1.0F);
     value.figures = evaluate_profile(sum);
@@ -69,7 +69,7 @@ CellValue rejected(const DirectionResult& forward, const DirectionResult& revers
 }
 
 bool unambiguous(const CellValue& value) {
-    return value.contrast >= kLeastContrast && value.figures.sharpness_x >= kLeastSlope &&
+    return value.contrast >= kLeastContrast && value.figures.sharpness_x >= kDisparitySlope &&
            value.figures.ambiguity <= kMostAmbiguous && value.figures.value <= kMostAmbiguous;
 }
 
@@ -90,8 +90,8 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
                             0};
     state.middle_x[i][j] = search.x + kDisparityTile / 2;
     state.middle_y[i][j] = search.y + kDisparityTile / 2;
-    const DirectionResult forward = measure_line(pair, true, search, tools, tools.surface);
-    const DirectionResult reverse = measure_line(pair, false, search, tools, tools.mirrored);
+    const DirectionResult forward = measure_line(pair, true, search, tools);
+    const DirectionResult reverse = measure_line(pair, false, search, tools);
     const bool forward_good = is_good(forward, search, pair.width);
     const bool reverse_good = is_good(reverse, search, pair.width);
     const CellValue value = forward_good && reverse_good ? joined(forward, tools)
@@ -100,6 +100,10 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
                                                          : rejected(forward, reverse);
     store_cell(state, row, column, value);
     state.CQOK5[i][j] = (forward_good || reverse_good) && unambiguous(value) ? 1 : 0;
+    if (state.dump != nullptr) {
+        state.dump->write_cell(pair, {AnalysePhase::disparity, row, column}, search, &tools.reverse, value.dx,
+                               value.dy);
+    }
 }
 
 /// Brings the disparities from the copy's pixels to those of the picture.
@@ -174,7 +178,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
     const MeasuredPair measured(state, copies.pair);
     state.disparity_width = measured.width;
     const bool tiles_fit = measured.width >= kDisparityTile && measured.height >= kDisparityTile;
-    for_each_cell(tiles_fit ? kCells : 0, progress,
+    for_each_cell(tiles_fit ? kCells : 0, cell_order(state, AnalysePhase::disparity), progress,
                   [&](int cell, CellTools& tools) { measure_cell(state, measured, cell, tools); });
     remove_isolated_extremes(state);
     if (!update_line_disparities(state, measured.width)) {

@@ -1,3 +1,4 @@
+#include "analysis/analysis_dump.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -7,17 +8,16 @@ namespace zemora::phases {
 namespace {
 
 constexpr int kStep = 2;  ///< Of tile and search, pixels.
-constexpr float kLeastSharpness = 0.5F;
 
 bool is_good(const DirectionResult& result, const TileSearch& search, int width) {
     const SurfaceFigures& f = result.figures;
-    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness &&
-           f.sharpness_y >= kLeastSharpness && f.sharpness >= kLeastSharpness &&
+    return result.contrast >= kLeastContrast && f.sharpness_x >= kFirstGridSharpness &&
+           f.sharpness_y >= kFirstGridSharpness && f.sharpness >= kFirstGridSharpness &&
            match_inside(search, result.position_dx, width);
 }
 
 CellValue value_of(const DirectionResult& result, float sign) {
-    return {sign * result.figures.dx, sign * result.figures.dy, result.contrast, result.figures};
+    return {sign * result.figures.dx, sign * result.figures.dy, result.contrast, result.figures, sign < 0.0F};
 }
 
 float mean(float a, float b) {
@@ -53,6 +53,34 @@ CellValue rejected(const DirectionResult& forward, const DirectionResult& revers
     return value;
 }
 
+void measure_cell(AnalysisState& state, const MeasuredPair& pair, TileSearch search, int row, int column,
+                  CellTools& tools) {
+    const auto i = static_cast<std::size_t>(row);
+    const auto j = static_cast<std::size_t>(column);
+    const int shift_x = search.shift_x;
+    const int shift_y = search.shift_y;
+    state.middle_x[i][j] = search.x + search.tile_columns / 2;
+    state.middle_y[i][j] = search.y + search.tile_rows / 2;
+    const DirectionResult forward = measure_direction(pair, true, search, tools);
+    const bool forward_good = is_good(forward, search, pair.width);
+    search.shift_x = -shift_x;
+    search.shift_y = -shift_y;
+    const DirectionResult reverse = measure_direction(pair, false, search, tools);
+    const bool reverse_good = is_good(reverse, search, pair.width);
+    CellValue value = forward_good && reverse_good ? mean_of(forward, reverse)
+                      : forward_good               ? value_of(forward, 1.0F)
+                      : reverse_good               ? value_of(reverse, -1.0F)
+                                                   : rejected(forward, reverse);
+    value.dx += static_cast<float>(shift_x);
+    value.dy += static_cast<float>(shift_y);
+    store_cell(state, row, column, value);
+    state.CQOK3[i][j] = forward_good || reverse_good ? 1 : 0;
+    if (state.dump != nullptr) {
+        state.dump->write_cell(pair, {AnalysePhase::first_grid, row, column}, search,
+                               &tools.surface(!value.from_reverse), value.dx, value.dy);
+    }
+}
+
 }  // namespace
 
 void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress) {
@@ -64,37 +92,22 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
     const int shift_y = round_half_up(state.ErrorPixel_y[0][0]);
     const bool has_area = tile_rows > 0 && tile_columns > 0;
     state.previous_width = static_cast<float>(measured.width);
-    for_each_cell(has_area ? kFirstGrid * kFirstGrid : 0, progress, [&](int cell, CellTools& tools) {
+    const int cells = has_area ? kFirstGrid * kFirstGrid : 0;
+    const CellOrder order = cell_order(state, AnalysePhase::first_grid);
+    for_each_cell(cells, order, progress, [&](int cell, CellTools& tools) {
         const int row = cell / kFirstGrid;
         const int column = cell % kFirstGrid;
-        const auto i = static_cast<std::size_t>(row);
-        const auto j = static_cast<std::size_t>(column);
-        TileSearch search{tile_start(column, kFirstGrid, tile_columns, measured.width, margin),
-                          tile_start(row, kFirstGrid, tile_rows, measured.height, margin),
-                          tile_rows,
-                          tile_columns,
-                          tile_rows,
-                          tile_columns,
-                          kStep,
-                          kStep,
-                          shift_x,
-                          shift_y};
-        state.middle_x[i][j] = search.x + tile_columns / 2;
-        state.middle_y[i][j] = search.y + tile_rows / 2;
-        const DirectionResult forward = measure_direction(measured, true, search, tools);
-        const bool forward_good = is_good(forward, search, measured.width);
-        search.shift_x = -shift_x;
-        search.shift_y = -shift_y;
-        const DirectionResult reverse = measure_direction(measured, false, search, tools);
-        const bool reverse_good = is_good(reverse, search, measured.width);
-        CellValue value = forward_good && reverse_good ? mean_of(forward, reverse)
-                          : forward_good               ? value_of(forward, 1.0F)
-                          : reverse_good               ? value_of(reverse, -1.0F)
-                                                       : rejected(forward, reverse);
-        value.dx += static_cast<float>(shift_x);
-        value.dy += static_cast<float>(shift_y);
-        store_cell(state, row, column, value);
-        state.CQOK3[i][j] = forward_good || reverse_good ? 1 : 0;
+        const TileSearch search{tile_start(column, kFirstGrid, tile_columns, measured.width, margin),
+                                tile_start(row, kFirstGrid, tile_rows, measured.height, margin),
+                                tile_rows,
+                                tile_columns,
+                                tile_rows,
+                                tile_columns,
+                                kStep,
+                                kStep,
+                                shift_x,
+                                shift_y};
+        measure_cell(state, measured, search, row, column, tools);
     });
     for (std::size_t k = 0; !has_area && k < kFirstGrid * kFirstGrid; ++k) {
         state.CQOK3[k / kFirstGrid][k % kFirstGrid] = 0;

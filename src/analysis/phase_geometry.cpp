@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 
+#include "analysis/analysis_dump.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -14,9 +15,6 @@ constexpr int kCells = kGeometryGrid * kGeometryGrid;
 constexpr int kMostPasses = 4;
 constexpr int kLargestSearch = 500;  ///< Pixels.
 constexpr int kLeastCells = 7;       ///< Valid cells that end a phase.
-constexpr float kLeastSharpness = 0.25F;
-constexpr int kValueLimitReduced = 2500;  ///< Of `CQVAL`.
-constexpr int kValueLimitFull = 10000;
 
 /// Values of `DONE`.
 enum Done { kNotMeasured = 0, kMeasured = 1, kAccepted = 2, kNoContrastRight = -97, kNoContrastLeft = -99 };
@@ -49,9 +47,9 @@ struct GeometryRun {
 
 bool acceptable(const DirectionResult& result, const TileSearch& search, const GeometryRun& run, int width) {
     const SurfaceFigures& f = result.figures;
-    return result.contrast >= kLeastContrast && f.sharpness_x >= kLeastSharpness &&
-           f.sharpness_y >= kLeastSharpness && f.sharpness >= kLeastSharpness && f.value <= run.value_limit &&
-           match_inside(search, result.position_dx, width);
+    return result.contrast >= kLeastContrast && f.sharpness_x >= kGeometrySharpness &&
+           f.sharpness_y >= kGeometrySharpness && f.sharpness >= kGeometrySharpness &&
+           f.value <= run.value_limit && match_inside(search, result.position_dx, width);
 }
 
 /// A direction, or the blank figures when its tile has no contrast.
@@ -71,50 +69,65 @@ DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const T
 /// Displacements of the left view's pixels, whichever view was looked for in the other.
 CellValue value_of(const DirectionResult& result, float sign, int prediction) {
     return {static_cast<float>(prediction) + sign * result.figures.dx, sign * result.figures.dy,
-            result.contrast, result.figures};
+            result.contrast, result.figures, sign < 0.0F};
+}
+
+/// Leaves the value of a cell in the state, and lays it open. A tile without contrast has no surface.
+void settle_cell(AnalysisState& state, const MeasuredPair& pair, const TileSearch& search, int row,
+                 int column, const CellValue& value, bool accepted, CellTools& tools) {
+    const auto i = static_cast<std::size_t>(row);
+    const auto j = static_cast<std::size_t>(column);
+    store_cell(state, row, column, value);
+    state.CQOK3[i][j] = accepted ? 1 : 0;
+    if (accepted) {
+        state.DONE[i][j] = kAccepted;
+    }
+    if (state.dump != nullptr) {
+        const bool correlated = value.contrast >= kLeastContrast;
+        state.dump->write_cell(pair, {AnalysePhase::geometry, row, column}, search,
+                               correlated ? &tools.surface(!value.from_reverse) : nullptr, value.dx,
+                               value.dy);
+    }
 }
 
 /// Measures the cell forward and, where that gives nothing, in reverse.
 void measure_cell(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run, TileSearch search,
                   int row, int column, CellTools& tools) {
-    const auto i = static_cast<std::size_t>(row);
-    const auto j = static_cast<std::size_t>(column);
+    int& done = state.DONE[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
     const int prediction = search.shift_x;
     const DirectionResult forward = try_direction(pair, true, search, kBlankForward, tools);
+    const CellValue forward_value = value_of(forward, 1.0F, prediction);
     if (acceptable(forward, search, run, pair.width)) {
-        store_cell(state, row, column, value_of(forward, 1.0F, prediction));
-        state.CQOK3[i][j] = 1;
-        state.DONE[i][j] = kAccepted;
+        settle_cell(state, pair, search, row, column, forward_value, true, tools);
         return;
     }
     if (forward.contrast < kLeastContrast) {
-        state.DONE[i][j] = kNoContrastLeft;
+        done = kNoContrastLeft;
     }
     search.shift_x = -prediction;
     const DirectionResult reverse = try_direction(pair, false, search, kBlankReverse, tools);
+    const CellValue reverse_value = value_of(reverse, -1.0F, prediction);
     if (acceptable(reverse, search, run, pair.width)) {
-        store_cell(state, row, column, value_of(reverse, -1.0F, prediction));
-        state.CQOK3[i][j] = 1;
-        state.DONE[i][j] = kAccepted;
+        settle_cell(state, pair, search, row, column, reverse_value, true, tools);
         return;
     }
     if (reverse.contrast < kLeastContrast) {
-        state.DONE[i][j] = kNoContrastRight;
+        done = kNoContrastRight;
     }
-    state.CQOK3[i][j] = 0;
-    store_cell(state, row, column,
-               forward.contrast > reverse.contrast ? value_of(forward, 1.0F, prediction)
-                                                   : value_of(reverse, -1.0F, prediction));
     if (run.first && std::max(forward.contrast, reverse.contrast) >= kLeastContrast) {
-        state.DONE[i][j] = kMeasured;
+        done = kMeasured;
     }
+    const bool forward_stays = forward.contrast > reverse.contrast;
+    settle_cell(state, pair, search, row, column, forward_stays ? forward_value : reverse_value, false,
+                tools);
 }
 
 /// One pass over the cells.
 void measure_pass(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run,
                   const AnalyseProgress& progress) {
     const double margin = state.TW_A[0][0] / 2.0 + 1.0;
-    for_each_cell(kCells, progress, [&](int cell, CellTools& tools) {
+    const CellOrder order = cell_order(state, AnalysePhase::geometry);
+    for_each_cell(kCells, order, progress, [&](int cell, CellTools& tools) {
         const int row = cell / kGeometryGrid;
         const int column = cell % kGeometryGrid;
         const auto i = static_cast<std::size_t>(row);
@@ -309,6 +322,9 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     for (int pass = 0; pass < passes; ++pass) {
         measure_pass(state, measured, run, progress);
         remove_outliers(state, run.step_x);
+        if (state.dump != nullptr && state.dump->wants_tables(AnalysePhase::geometry)) {
+            state.dump->display_try(state, pass + 1);
+        }
         const CellCount count = count_cells(state);
         const bool enough = request.iteration > 1 || (kCells - count.without_contrast) / 2 <= count.valid;
         if (enough && count.valid >= kLeastCells) {

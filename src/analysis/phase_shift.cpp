@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "analysis/analysis_dump.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -25,6 +26,7 @@ struct CopyPlan {
 
 constexpr int kFirstLongSide = 66;
 constexpr int kSecondLongSide = 200;
+constexpr int kFirstDumpName = 68;       ///< Row and column of the first correlation in file names.
 constexpr int kSecondPerFirst = 3;       ///< Pixels of the second copy per pixel of the first.
 constexpr int kFinalPerSecond = 4;       ///< Pixels of the 800-pixel analysis image per pixel of the second.
 constexpr float kLargestShift = 200.0F;  ///< Pixels of the analysis image.
@@ -39,14 +41,9 @@ CopyPlan second_plan(std::int64_t long_side, std::int64_t short_side) {
     return {{kSecondLongSide, 100, 26, 50}, {s, s / 2, s / 16 * 2 + 2, s / 2 - s / 4}};
 }
 
-struct Displacement {
-    float dx = 0.0F;
-    float dy = 0.0F;
-};
-
 /// Correlates the middle of the left copy; the copy's memory is missing when `found` stays false.
-Displacement correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan,
-                            int shift_x, int shift_y, bool& found) {
+SurfaceFigures correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan,
+                              int shift_x, int shift_y, bool& found) {
     const bool portrait = pair.left.width < pair.left.height;
     const AxisPlan& x = portrait ? plan.across : plan.along;
     const AxisPlan& y = portrait ? plan.along : plan.across;
@@ -58,9 +55,15 @@ Displacement correlate_copy(AnalysisState& state, const StereoPicture& pair, con
     const MeasuredPair small(state, copies.pair);
     CellTools tools;
     const TileSearch search{x.start, y.start, y.tile, x.tile, y.search, x.search, 1, 1, shift_x, shift_y};
-    tools.correlator.correlate(small.left, small.right, small.rule, search, tools.surface);
-    const SurfaceFigures figures = evaluate_surface(tools.surface, pair.left.height, pair.left.width);
-    return {figures.dx, figures.dy};
+    tools.correlator.correlate(small.left, small.right, small.rule, search, tools.forward);
+    const SurfaceFigures figures = evaluate_surface(tools.forward, pair.left.height, pair.left.width);
+    if (state.dump != nullptr) {
+        const int name = plan.along.side == kFirstLongSide ? kFirstDumpName : kSecondLongSide;
+        state.dump->write_cell(small, {AnalysePhase::shift, name, name}, search, &tools.forward,
+                               static_cast<float>(shift_x) + figures.dx,
+                               static_cast<float>(shift_y) + figures.dy);
+    }
+    return figures;
 }
 
 }  // namespace
@@ -72,14 +75,14 @@ AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
         return AnalyseStatus::done;
     }
     bool found = false;
-    const Displacement rough = correlate_copy(state, pair, first_plan(long_side, short_side), 0, 0, found);
+    const SurfaceFigures rough = correlate_copy(state, pair, first_plan(long_side, short_side), 0, 0, found);
     if (!found) {
         state.memory_failure = MemoryFailure::first_copy;
         return AnalyseStatus::no_memory;
     }
     const int shift_x = round_half_up(kSecondPerFirst * rough.dx);
     const int shift_y = round_half_up(kSecondPerFirst * rough.dy);
-    const Displacement fine =
+    const SurfaceFigures fine =
         correlate_copy(state, pair, second_plan(long_side, short_side), shift_x, shift_y, found);
     if (!found) {
         state.memory_failure = MemoryFailure::second_copy;
@@ -89,6 +92,10 @@ AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
     const float dy = kFinalPerSecond * (static_cast<float>(shift_y) + fine.dy);
     state.ErrorPixel_x[0][0] = dx;
     state.ErrorPixel_y[0][0] = dy;
+    if (state.dump != nullptr && state.dump->wants_tables(AnalysePhase::shift)) {
+        state.dump->print_shift({rough});
+        state.dump->print_shift({fine, true, dx, dy});
+    }
     if (std::fabs(dx) >= kLargestShift || std::fabs(dy) >= kLargestShift) {
         state.oversize_is_vertical = std::fabs(dx) < kLargestShift;
         state.oversize_shift = state.oversize_is_vertical ? dy : dx;

@@ -5,6 +5,16 @@
 
 namespace zemora::phases {
 
+/// Least sharpness of an accepted match: of two-dimensional searches, and along a line.
+inline constexpr float kFirstGridSharpness = 0.5F;
+inline constexpr float kGeometrySharpness = 0.25F;
+inline constexpr float kDisparitySlope = 7.0F;
+/// Largest `CQVAL` of an accepted match of phase 3, on reduced and on full-size images.
+inline constexpr int kValueLimitReduced = 2500;
+inline constexpr int kValueLimitFull = 10000;
+/// Phase 5: displacements of similar error, and width of the low band, of an accepted match.
+inline constexpr int kMostAmbiguous = 50;
+
 /// Phase 1: the global shift, from two small copies.
 [[nodiscard]] AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair);
 

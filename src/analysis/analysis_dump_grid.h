@@ -1,0 +1,22 @@
+#pragma once
+/// The grid of a phase, for those who write all of its cells.
+
+#include "analysis/stereo_analyse.h"
+
+namespace zemora {
+
+struct PhaseGrid {
+    int side;                ///< Cells.
+    const Grid<int>& valid;  ///< `CQOK3` or `CQOK5`.
+};
+
+/// Of phase 2, 3 or 5.
+[[nodiscard]] inline PhaseGrid grid_of(const AnalysisState& state, AnalysePhase phase) {
+    switch (phase) {
+        case AnalysePhase::first_grid: return {kFirstGrid, state.CQOK3};
+        case AnalysePhase::disparity: return {kGridMax, state.CQOK5};
+        default: return {kGeometryGrid, state.CQOK3};
+    }
+}
+
+}  // namespace zemora
