@@ -165,6 +165,30 @@ std::string ExifTool::read_headline(const std::string& path) {
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
+std::string ExifTool::read_maker(const std::string& path) {
+    if (!is_available()) {
+        return {};
+    }
+    const Answer answer = run({"-EXIF:Make", "-e", "-s", "-n", plain_name(path), "-q", "-q", "-fast"});
+    return answer.exit_code == 0 ? first_line(answer.output) : std::string();
+}
+
+std::vector<std::uint8_t> ExifTool::read_binary(const std::string& path, const std::string& tag) {
+    if (!is_available()) {
+        return {};
+    }
+    Answer answer = run({"-b", '-' + tag, plain_name(path), "-q", "-q"});
+    return answer.exit_code == 0 ? std::move(answer.output) : std::vector<std::uint8_t>();
+}
+
+void ExifTool::copy_orientation(const std::string& source, const std::string& target) {
+    const Answer answer = run({"-n", "-tagsfromfile", pattern_name(source), "-exif:orientation", "-overwrite_original",
+                               "-q", "-q", "-fast", plain_name(target)});
+    if (answer.exit_code != 0) {
+        tell_failure();
+    }
+}
+
 void ExifTool::add_standard_profile(const std::string& path) {
     const std::string profile = find_data_file("sRGB.icc");
     if (profile.empty() || !is_available()) {

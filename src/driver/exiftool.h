@@ -47,6 +47,12 @@ public:
     [[nodiscard]] std::string read_software(const std::string& path);
     /// The IPTC headline of a picture, or an empty text.
     [[nodiscard]] std::string read_headline(const std::string& path);
+    /// The maker of the camera, or an empty text.
+    [[nodiscard]] std::string read_maker(const std::string& path);
+    /// The bytes of a tag of a picture; empty when it has none.
+    [[nodiscard]] std::vector<std::uint8_t> read_binary(const std::string& path, const std::string& tag);
+    /// Gives a file that the run has made the EXIF orientation of `source`.
+    void copy_orientation(const std::string& source, const std::string& target);
     /// Puts the sRGB profile into a file that the run has made.
     void add_standard_profile(const std::string& path);
     /// The line that holds the record; nothing when the call failed.

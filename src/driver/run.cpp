@@ -12,6 +12,7 @@
 #include "driver/exiftool.h"
 #include "driver/invocation.h"
 #include "driver/outside_steps.h"
+#include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/post_run.h"
 #include "platform/paths.h"
@@ -294,6 +295,9 @@ void tell_end(Run& run, int processed) {
 
 void mount_all(Run& run) {
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
+    pipeline.input.find_phone_depth = [&run](const std::string& photo) {
+        return read_phone_depth(run.exiftool, photo, run.voice);
+    };
     run_image_pipeline(pipeline);
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
         start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name), run.voice);

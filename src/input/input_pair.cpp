@@ -230,13 +230,28 @@ bool InputPair::load_mpo_file(const std::string& path) {
     return finish_stereo();
 }
 
+/// The photo at the left, its depth image of the same size at the right.
+bool InputPair::load_phone_photo(const std::string& path) {
+    LoadedPicture photo = load_picture(path);
+    LoadedPicture depth = photo.status == LoadStatus::done && find_phone_depth ? find_phone_depth(path) : LoadedPicture{};
+    for (const LoadedPicture* picture : {&photo, &depth}) {
+        if (picture->status != LoadStatus::done) {
+            set_failure(path, picture->reason);
+            return false;
+        }
+    }
+    rescale_bicubic(depth.bitmap, photo.bitmap.width(), photo.bitmap.height());
+    left_.take(std::move(photo.bitmap));
+    right_.take(std::move(depth.bitmap));
+    return finish_stereo();
+}
+
 bool InputPair::load_stereo_file(const std::string& path) {
     if (is_mpo_name(path)) {
         return load_mpo_file(path);
     }
     if (parameters_.stereo_image_input == kPhonePhoto) {
-        set_failure(path, "photos with depth data are not read");
-        return false;
+        return load_phone_photo(path);
     }
     LoadedPicture stereo = load_picture(path);
     if (stereo.status != LoadStatus::done) {

@@ -62,6 +62,8 @@ public:
     float right_zoom = 1.0F;
     /// Called with every TIFF file before it is loaded; may end the run.
     LookAtTiff look_at_tiff;
+    /// Finds the depth image of a photo with depth data.
+    std::function<LoadedPicture(const std::string& photo)> find_phone_depth;
 
     /// Loads the pair and brings it to `view` and, with `make_correlation`, to the analysis copies.
     [[nodiscard]] ReadResult read_input_images(const PairFiles& files, bool make_correlation);
@@ -92,6 +94,7 @@ private:
     bool load_two_files(const PairFiles& files);
     bool load_stereo_file(const std::string& path);
     bool load_mpo_file(const std::string& path);
+    bool load_phone_photo(const std::string& path);
     /// Loads both views at the same time; `load` is asked for the left (true) and the right one.
     bool load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
                    const std::string& right_name);
