@@ -1,10 +1,14 @@
 #!/bin/sh
-# Installs what is missing of scripts/packages.txt.
+# Installs what is missing of scripts/packages.txt and, with "tests", of scripts/packages_test.txt.
 set -eu
-here=$(cd "$(dirname "$0")" && pwd)
+cd "$(dirname "$0")"
+
+lists=packages.txt
+[ "${1:-}" = tests ] && lists="$lists packages_test.txt"
 
 missing=
-for package in $(grep -v '^#' "$here/packages.txt"); do
+# shellcheck disable=SC2086
+for package in $(grep -hv '^#' $lists); do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
 done
 [ -z "$missing" ] && exit 0

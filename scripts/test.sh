@@ -2,7 +2,7 @@
 # Sets up, builds and tests everything: the release build and, with "asan", the sanitizer build too.
 set -eu
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+scripts/setup.sh tests
 run() { # preset
     cmake --preset "$1"
     cmake --build --preset "$1"

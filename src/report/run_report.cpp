@@ -1,6 +1,11 @@
 #include "report/run_report.h"
 
+#include <algorithm>
+#include <filesystem>
+
+#include "config/text_lines.h"
 #include "platform/paths.h"
+#include "report/html_page.h"
 
 namespace zemora {
 
@@ -21,10 +26,29 @@ std::string own_name(const ParameterSet& parameters) {
     return name;
 }
 
-constexpr const char* kHtmlHead =
-    "<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>Zemora</title>\n"
-    "<style>\nbody { font-family: sans-serif; margin: 2em; max-width: 60em; }\n.red { color: #c00; }\n"
-    "p.a4 { margin-bottom: 0; }\n</style>\n</head>\n<body><div>\n";
+/// The file that cannot be written; nothing of what stands in either is changed, a missing one is made.
+std::string find_unwritable(const ReportNames& names) {
+    for (const std::string* name : {&names.text, &names.html}) {
+        std::FILE* file = std::fopen(name->c_str(), "ae");
+        if (file == nullptr) {
+            return *name;
+        }
+        std::fclose(file);
+    }
+    return {};
+}
+
+/// The catalogue's heading between its equal signs.
+std::string plain_heading(const MessageCatalogue& messages) {
+    const std::string_view row = messages.raw(Msg::main_report_heading);
+    const std::size_t first = row.find_first_not_of("= ");
+    return std::string(row.substr(first, row.find_last_not_of("= \n") + 1 - first));
+}
+
+/// The call that shows the manual page.
+const char* manual_call(const MessageCatalogue& messages) {
+    return messages.either("man zemora", "man -L de zemora");
+}
 
 }  // namespace
 
@@ -41,49 +65,141 @@ ReportNames report_names(const ParameterSet& parameters, const std::string& time
     return {stem + ".txt", stem + ".html", append};
 }
 
-std::string RunReport::open(const ReportNames& names) {
+bool GrowingFile::open(const std::string& name, bool append) {
+    name_ = name;
+    section_.clear();
+    position_ = 0;
+    file_.reset(std::fopen(name.c_str(), append ? "r+e" : "w+e"));
+    if (!file_) {
+        return false;
+    }
+    std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+    if (append) {
+        position_ = end_of_contents();
+    }
+    return true;
+}
+
+long GrowingFile::end_of_contents() const {
+    std::FILE* file = file_.get();
+    std::fseek(file, 0, SEEK_END);
+    const long size = std::max(std::ftell(file), 0L);
+    const long contents = size - static_cast<long>(end_.size());
+    std::string last(end_.size(), '\0');
+    if (contents < 0 || std::fseek(file, contents, SEEK_SET) != 0 ||
+        std::fread(last.data(), 1, last.size(), file) != last.size()) {
+        return size;
+    }
+    return last == end_ ? contents : size;
+}
+
+bool GrowingFile::write_at_position(const std::string& text) {
+    std::FILE* file = file_.get();
+    std::clearerr(file);
+    return std::fseek(file, position_, SEEK_SET) == 0 &&
+           std::fwrite(text.data(), 1, text.size(), file) == text.size();
+}
+
+void GrowingFile::write_section() {
+    if (!file_ || section_.empty()) {
+        return;
+    }
+    if (write_at_position(section_ + end_)) {
+        position_ += static_cast<long>(section_.size());
+        section_.clear();
+        return;
+    }
+    restore();
+}
+
+void GrowingFile::restore() {
+    const bool has_end = goes_on() && write_at_position(end_);
+    const auto size = static_cast<std::uintmax_t>(position_) + (has_end ? end_.size() : 0);
+    std::error_code unknown;
+    const std::uintmax_t present = std::filesystem::file_size(name_, unknown);
+    if (!unknown && present > size) {
+        std::filesystem::resize_file(name_, size, unknown);
+    }
+}
+
+bool GrowingFile::close() {
+    write_section();
+    const bool closed = !file_ || std::fclose(file_.release()) == 0;
+    return closed && section_.empty();
+}
+
+RunReport::RunReport(const MessageCatalogue& messages) : messages_(messages), text_({}), html_(kPageEnd) {}
+
+std::string RunReport::open(const ReportNames& names, bool links_calculator) {
+    if (const std::string unwritable = find_unwritable(names); !unwritable.empty()) {
+        return unwritable;
+    }
     names_ = names;
-    const char* mode = names.append ? "ae" : "we";
-    text_.reset(std::fopen(names.text.c_str(), mode));
-    if (!text_) {
+    if (!text_.open(names.text, names.append)) {
         return names.text;
     }
-    html_.reset(std::fopen(names.html.c_str(), mode));
-    if (!html_) {
-        text_.reset();
+    if (!html_.open(names.html, names.append)) {
+        (void)text_.close();
         return names.html;
     }
-    text_line(messages_.raw(Msg::main_report_heading));
-    html_line(kHtmlHead);
-    html_line("<h2>" + html_text(bare_name_of(names.text)) + "</h2>\n");
+    write_text_head();
+    write_html_head(links_calculator);
+    end_section();
     return {};
 }
 
-std::string RunReport::close() {
-    if (!is_open()) {
-        return {};
+void RunReport::write_text_head() {
+    if (text_.goes_on()) {
+        text_line("\n");
     }
-    html_line("</div></body></html>\n");
-    std::string broken;
-    for (const auto& [file, name] : {std::pair{&text_, &names_.text}, std::pair{&html_, &names_.html}}) {
-        const bool failed = std::fflush(file->get()) != 0 || std::ferror(file->get()) != 0;
-        if (std::fclose(file->release()) != 0 || failed) {
-            broken = *name;
+    text_line(messages_.raw(Msg::main_report_heading));
+    text_line(messages_.raw(Msg::main_report_what_zemora_is));
+    text_line("\n");
+    text_line(messages_.raw(Msg::main_report_more_information));
+    text_line(manual_call(messages_) + std::string("\n\n"));
+}
+
+void RunReport::write_html_head(bool links_calculator) {
+    const std::string heading = plain_heading(messages_);
+    const std::string_view script = links_calculator ? open_calculator_script() : "";
+    if (!html_.goes_on()) {
+        html_.add(page_head(heading, messages_.language(), script));
+    } else {
+        html_line("<hr>\n");
+        if (links_calculator) {  // the page may come from a run without it
+            html_line("<script>" + std::string(script) + "</script>\n");
         }
     }
-    return broken;
+    html_line("<h2>" + html_text(heading) + "</h2>\n<p>" +
+              html_text(messages_.raw(Msg::main_report_what_zemora_is)) + "</p>\n<p>" +
+              messages_.raw(Msg::main_report_more_information_html) + html_text(manual_call(messages_)) +
+              "</p>\n");
+}
+
+std::string RunReport::close() {
+    const bool text_whole = text_.close();
+    const bool html_whole = html_.close();
+    if (!text_whole) {
+        return names_.text;
+    }
+    return html_whole ? std::string() : names_.html;
 }
 
 void RunReport::text_line(std::string_view text) {
-    if (text_) {
-        std::fwrite(text.data(), 1, text.size(), text_.get());
+    if (text_.is_open()) {
+        text_.add(utf8_text(text));
     }
 }
 
 void RunReport::html_line(std::string_view html) {
-    if (html_) {
-        std::fwrite(html.data(), 1, html.size(), html_.get());
+    if (html_.is_open()) {
+        html_.add(latin1_html(html));
     }
+}
+
+void RunReport::end_section() {
+    text_.write_section();
+    html_.write_section();
 }
 
 }  // namespace zemora
