@@ -17,7 +17,8 @@ using Names = std::set<std::string>;
 constexpr int kWidth = 400;
 constexpr int kHeight = 300;
 const std::vector<std::string> kDepthSettings{"--EstimateGeometry=0", "--DeviationTarget=40", "--StereoOutput=0",
-                                              "--AutoOutputContrast=0", "--OutputFormat=1"};
+                                              "--AutoOutputContrast=0", "--OutputFormat=3",
+                                              "--WindowOffset=0",       "--CroppOutput=0"};
 
 std::vector<std::string> with(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), kDepthSettings.begin(), kDepthSettings.end());
@@ -57,7 +58,7 @@ int disparity_at(ConstPicture left, ConstPicture right, int x, int y) {
 void expect_depth(const Workshop& workshop, const std::string& left, const std::string& right) {
     const Bitmap a = workshop.load(left);
     const Bitmap b = workshop.load(right);
-    ASSERT_EQ(a.width(), kWidth);
+    ASSERT_EQ(a.width(), kWidth) << "nothing is cut off";
     EXPECT_EQ(disparity_at(a.picture(), b.picture(), 190, 140), 0) << left;
     EXPECT_EQ(disparity_at(a.picture(), b.picture(), 60, 40), 16) << left;
 }
@@ -73,7 +74,7 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     const Bitmap mask = mask_picture(255, 0);
     workshop.save("a_rgb.png", photo.picture());
     workshop.save("a_d.png", mask.picture());
-    Outcome outcome = workshop.run(with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9"}));
+    Outcome outcome = workshop.run(with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     expect_depth(workshop, "cl/a_rgb_cl.bmp", "cr/a_d_cr.bmp");
     const Bitmap judged = workshop.load("cd/a_cd.jpg");
@@ -101,11 +102,9 @@ TEST(DepthLayouts, MissingMasksOfASequenceAreMadeAndAMissingPhotoIsNamed) {
     workshop.save("r/p_03.png", mask_picture(255, 0).picture());
     const auto arguments = with({"--InputMode=3", "--StereoImageInput=5", "--ImageType=png"});
     const Outcome outcome = workshop.run(arguments);
-    ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    EXPECT_TRUE(outcome.tells("In total 3 object")) << outcome.text;
     EXPECT_LT(mean_difference(workshop.load("r/p_02.png").picture(), mask_picture(255, 0).picture()), 0.5);
     EXPECT_TRUE(outcome.tells("less than 480 pixels wide")) << outcome.text;
-    expect_depth(workshop, "cl/p_02_cl.bmp", "cr/p_02_cr.bmp");
-
     Workshop gap;
     for (const char* name : {"l/p_01.png", "l/p_02.png", "l/p_04.png", "l/p_05.png"}) {
         gap.save(name, photo.picture());
