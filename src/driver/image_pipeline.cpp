@@ -2,6 +2,7 @@
 
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "report/pair_report.h"
@@ -72,22 +73,55 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
     return true;
 }
 
-/// From the corrections to the stored pictures, again as long as the post viewer asks for it.
-void mount_pair(Pipeline& pipeline, PairRun& pair) {
+/// Puts back what the stores of the first time have changed.
+void prepare_repeat(Pipeline& pipeline, PairRun& pair) {
+    pipeline.voice.say<Msg::main_same_image_repeated>();
+    pipeline.voice.wait(WaitAbove::warning);
+    pair.failure_told = pair.store_failed = false;
+    WarpState& warp = pipeline.warp;
+    warp.frame = pipeline.initial_frame;
+    warp.work_height = pipeline.parameters.work_height;
+    warp.work_width = pipeline.parameters.work_width;
+    pipeline.given_names.start_repeat();
+}
+
+/// Shows the pair to the user, whose time does not count.
+ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair) {
+    const auto before = std::chrono::steady_clock::now();
+    if (pair.repeat) {
+        prepare_repeat(pipeline, pair);
+    }
+    const ViewerDecision decision = run_post_viewer(pipeline, pair);
+    pair.repeat = decision == ViewerDecision::repeat;
+    pair.start += std::chrono::steady_clock::now() - before;
+    return decision;
+}
+
+/// From the corrections to the stored pictures, again as long as the post viewer asks for it. True when the
+/// views are to change places.
+bool mount_pair(Pipeline& pipeline, PairRun& pair) {
     do {
-        if (pair.repeat) {
-            pipeline.voice.say<Msg::main_same_image_repeated>();
-            pipeline.voice.wait(WaitAbove::warning);
-            pair.repeat = false;
+        const ViewerDecision decision = show_to_user(pipeline, pair);
+        if (decision == ViewerDecision::swap) {
+            return true;
         }
-        if (!run_post_viewer(pipeline, pair)) {
-            pair.status = StatusCode::abandoned;
-        } else if (warp_final(pipeline, pair) && measure_result(pipeline, pair)) {
+        const bool is_stored = decision == ViewerDecision::go_on || decision == ViewerDecision::repeat;
+        if (is_stored && warp_final(pipeline, pair) && measure_result(pipeline, pair)) {
             finish_pictures(pipeline, pair);
             store_outputs(pipeline, pair);
         }
         conclude_pair(pipeline, pair);
-    } while (pair.repeat);
+    } while (pair.repeat && is_written(pair.status));
+    return false;
+}
+
+/// The views in the other order than the user saw them; whether that is not the order of the list.
+bool exchange_views(Pipeline& pipeline, const PairRun& pair) {
+    const bool exchanged = !has_exchanged_views(pipeline, pair);
+    if (exchanged != pair.exchanged && pipeline.list.two_files) {
+        pipeline.list.exchange_views(pair.index);
+    }
+    return exchanged;
 }
 
 /// Which pair of how many is at work, and the time that the rest will take.
@@ -108,16 +142,30 @@ void tell_course(const Pipeline& pipeline, int index, std::chrono::steady_clock:
     pipeline.voice.console().set_course(format_text("%d/%d  ", index + 1, count), behind);
 }
 
-void run_pair(Pipeline& pipeline, int index) {
-    PairRun pair;
-    pair.index = index;
+/// One way of a pair through the stages; true when it starts over with its views exchanged.
+bool run_stages(Pipeline& pipeline, PairRun& pair) {
     if (!prepare_pair(pipeline, pair)) {
-        return;
+        return false;
     }
     if (find_geometry(pipeline, pair) && make_depth_views(pipeline, pair)) {
-        mount_pair(pipeline, pair);
-    } else {
-        conclude_pair(pipeline, pair);
+        return mount_pair(pipeline, pair);
+    }
+    conclude_pair(pipeline, pair);
+    return false;
+}
+
+void run_pair(Pipeline& pipeline, int index) {
+    pipeline.given_names.start_pair();
+    bool exchanged = false;
+    bool counted = false;
+    for (bool goes_on = true; goes_on; pipeline.given_names.start_repeat()) {
+        PairRun pair;
+        pair.index = index;
+        pair.exchanged = exchanged;
+        pair.counted = counted;
+        goes_on = run_stages(pipeline, pair);
+        counted = pair.counted;
+        exchanged = goes_on && exchange_views(pipeline, pair);
     }
 }
 

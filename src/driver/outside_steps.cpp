@@ -4,6 +4,7 @@
 #include <ctime>
 #include <span>
 
+#include "driver/viewers.h"
 #include "input/list_file.h"
 #include "input/moved_files.h"
 #include "numerics/rounding.h"
@@ -61,14 +62,6 @@ long long current_seconds() {
     return static_cast<long long>(std::time(nullptr));
 }
 
-bool run_previewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
-    return true;
-}
-
-bool run_post_viewer(Pipeline& /*pipeline*/, PairRun& /*pair*/) {
-    return true;
-}
-
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;
@@ -97,9 +90,9 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
     ListResult result;
     if (pair.status == StatusCode::abandoned) {
         result.status = "QU";
-    } else if (has_values && pair.status == StatusCode::success) {
+    } else if (has_values && pair.status == StatusCode::success && !has_exchanged_views(pipeline, pair)) {
         result = {"OK", &record};
-    } else if (has_values && pair.status == StatusCode::usable) {
+    } else if (has_values && is_written(pair.status)) {
         result.status = "IM";
     } else {
         return;  // tried again by a later run, or nothing new
@@ -140,6 +133,12 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
 void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
     if (!uses_record(pair.mode) || pair.input_class == InputClass::none ||
         pipeline.parameters.video_mode != 0) {
+        return;
+    }
+    if (has_exchanged_views(pipeline, pair)) {
+        pipeline.voice.print_and_report(pipeline.voice.messages().either(
+            "   The views were exchanged by hand: no values are stored for a later run.\n",
+            "   Die Ansichten wurden von Hand vertauscht: fuer spaetere Laeufe wird nichts gespeichert.\n"));
         return;
     }
     const std::string text = record_text(record_of(pipeline, pair));

@@ -69,6 +69,8 @@ struct PairRun {
     bool failure_told = false;
     bool store_failed = false;  ///< A product is missing: no record, no line of the list.
     bool repeat = false;        ///< The post viewer wants the pair once more.
+    bool exchanged = false;     ///< The user exchanged the views in the post viewer.
+    bool counted = false;       ///< Among the processed ones.
     int viewer_exit_code = 0;   ///< Of the viewer that the user left the pair with.
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 
@@ -135,6 +137,8 @@ void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
 void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
 /// Stereo window from the measured disparities.
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
+/// What all warps for the output of a pair have in common: source, correction, tone; not scale and shift.
+[[nodiscard]] WarpRequest output_request(Pipeline& pipeline, const PairRun& pair);
 /// The output pair: final warp, automatic frame, forced size.
 [[nodiscard]] bool warp_final(Pipeline& pipeline, PairRun& pair);
 /// Disparities of the finished pair.

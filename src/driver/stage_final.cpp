@@ -6,6 +6,7 @@
 
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
+#include "driver/viewer_exchange.h"
 #include "render/size_step.h"
 
 namespace zemora {
@@ -26,30 +27,10 @@ void load_shape(Pipeline& pipeline) {
     warp.trapez_scale = p.trapez_scale;
 }
 
-/// What all final warps of a pair have in common.
-WarpRequest final_request(Pipeline& pipeline, const PairRun& pair) {
-    const ParameterSet& p = pipeline.parameters;
-    const PairCorrection& c = pair.correction;
-    WarpRequest request;
-    request.source = pipeline.input.full();
-    request.size_step = pair.target.size_flag;
-    request.correction.size = static_cast<float>(c.size);
-    request.correction.rotation = static_cast<float>(c.rotation_rad);
-    request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
-    request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
-    request.tone_left = &pipeline.analysis.Colormap_l;
-    request.tone_right = &pipeline.analysis.Colormap_r;
-    request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
-    request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
-    request.use_tone = true;
-    request.gamma = p.gamma_correction;
-    return request;
-}
-
 /// One final warp at the present scale of the warp state.
 bool warp_once(Pipeline& pipeline, PairRun& pair, const SizeRepeat& repeat, const std::string& step) {
     WarpState& warp = pipeline.warp;
-    WarpRequest request = final_request(pipeline, pair);
+    WarpRequest request = output_request(pipeline, pair);
     const double scale = warp.total_scale;
     request.frame_height = warp.frame_height;
     request.frame_width = warp.frame_width;
@@ -161,7 +142,70 @@ bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
     return true;
 }
 
+/// The whole frame of the final warp over its target's width, as the window and its shift by the user leave
+/// it.
+double width_ratio_after_viewer(const Pipeline& pipeline, const PairRun& pair) {
+    const double width = pair.working_width;
+    const double work_width = pipeline.parameters.work_width;
+    const double selection_shift_px = pair.selection.window_offset * width;
+    const double window_px = selection_shift_px + pair.window.output_window_px;
+    const double shift_px = pair.scale * pair.correction.shift_px;
+    const double warped_shift_px = pair.scale * pair.window.pure_shift_px - selection_shift_px;
+    double kept_px = width + std::fabs(window_px);
+    if ((window_px < 0.0) != (shift_px < 0.0)) {
+        kept_px = width - std::fabs(window_px);
+    } else if (std::fabs(shift_px) <= std::fabs(window_px)) {
+        kept_px = std::fabs(shift_px) + width - std::fabs(warped_shift_px);
+    }
+    return work_width / std::max(kept_px, 1.0);
+}
+
+/// How far the whole frame of the corrected pair is from the target size.
+SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
+    constexpr int kCropped = 2;  // of `CroppOutput`, and above
+    const ParameterSet& p = pipeline.parameters;
+    const SelectionBox& selection = pair.selection;
+    SizeRepeat first;
+    first.height_done = first.width_done = false;
+    first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
+    first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
+    if (p.post_viewer_active == 0) {
+        return first;
+    }
+    if (p.cropp_output < kCropped) {
+        first.ratio_width = static_cast<double>(p.work_width) / pair.working_width;
+        return first;
+    }
+    first.ratio_width = width_ratio_after_viewer(pipeline, pair);
+    if (selection.mode != 0) {
+        const double shift = selection.window_offset;
+        first.ratio_width *= (1.0 - shift) / (static_cast<double>(selection.right) - selection.left);
+        first.ratio_height = p.work_height / (static_cast<double>(selection.top) - selection.bottom) /
+                             std::max(pair.working_height, 1);
+    }
+    return first;
+}
+
 }  // namespace
+
+WarpRequest output_request(Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const PairCorrection& c = pair.correction;
+    WarpRequest request;
+    request.source = pipeline.input.full();
+    request.size_step = pair.target.size_flag;
+    request.correction.size = static_cast<float>(c.size);
+    request.correction.rotation = static_cast<float>(c.rotation_rad);
+    request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
+    request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
+    request.tone_left = &pipeline.analysis.Colormap_l;
+    request.tone_right = &pipeline.analysis.Colormap_r;
+    request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
+    request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
+    request.use_tone = true;
+    request.gamma = p.gamma_correction;
+    return request;
+}
 
 bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
@@ -185,18 +229,13 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     } else {
         colormap_identity(pipeline.analysis);
     }
-    constexpr float kLeastWindow = 0.001F;
-    pair.selection.mode = pair.selection.right - pair.selection.left > kLeastWindow ? 1 : 0;
+    pair.selection.mode = has_selected_window(pair.selection) ? 1 : 0;
     warp.total_scale = static_cast<float>(pair.scale);
     warp.frame_height = pair.working_height;
     warp.frame_width = pair.working_width;
-    SizeRepeat first;
-    first.height_done = first.width_done = false;
-    first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
-    first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
     // Also without any product to store: the result is measured on this warp.
     if (!warp_once(
-            pipeline, pair, first,
+            pipeline, pair, first_size(pipeline, pair),
             pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
                                              "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
         return false;

@@ -166,7 +166,8 @@ void project_deviation(const Pipeline& pipeline, PairRun& pair) {
 void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
-    ++pipeline.processed;
+    pipeline.processed += pair.counted ? 0 : 1;
+    pair.counted = true;
     warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
     reduce_ghosts(pipeline);

@@ -5,6 +5,7 @@
 #include "driver/file_kinds.h"
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "driver/viewers.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -20,7 +21,7 @@ PreSelection pre_selection_of(const ParameterSet& p) {
 }
 
 /// Puts everything back that an earlier pair may have changed.
-void reset_pair_state(Pipeline& pipeline) {
+void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
     p.frame_left_right = pipeline.initial_frame_left_right;
@@ -33,7 +34,8 @@ void reset_pair_state(Pipeline& pipeline) {
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;
-    input.inverse_input = p.inverse_input;
+    const bool exchanges_halves = pair.exchanged && !pipeline.list.two_files;
+    input.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     input.swap_views = false;
     input.has_pre_selection = p.pre_settings == 1;
     input.pre_selection = input.has_pre_selection ? pre_selection_of(p) : PreSelection();
@@ -141,22 +143,25 @@ void orient_views(Pipeline& pipeline, const PairRun& pair) {
         orientation_of(pipeline, p.rot_mir_input_right, two ? pair.files.right : pair.files.stereo, false);
 }
 
-/// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3.
+/// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3. No record fits views that
+/// the user exchanged.
 void read_record(Pipeline& pipeline, PairRun& pair) {
     if (pair.mode != 4 && pair.mode != -4) {
         return;
     }
-    if (!read_stored_record(pipeline, pair)) {
+    if (pair.exchanged) {
+        pair.mode = 3;
+    } else if (!read_stored_record(pipeline, pair)) {
         pipeline.voice.wait(WaitAbove::error);
         pair.mode = 3;
     }
 }
 
-/// A row of the list, or the record, gives the pre-selection.
+/// A row of the list, or the record, gives the pre-selection; none for exchanged views.
 void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
     const StoredCorrectionRecord* stored = pipeline.list.stored(pair.index);
     const bool from_list = pair.mode == 2 || pair.mode == 5 || pair.mode == -5;
-    if (from_list && stored != nullptr) {
+    if (from_list && stored != nullptr && !pair.exchanged) {
         pair.stored = *stored;
         pair.has_stored = true;
     } else if (from_list) {
@@ -234,7 +239,7 @@ bool set_up_size(Pipeline& pipeline, PairRun& pair) {
 
 bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     pair.mode = pipeline.parameters.estimate_geometry;
-    reset_pair_state(pipeline);
+    reset_pair_state(pipeline, pair);
     pair.stamp = stamp_text(current_seconds());
     take_names(pipeline, pair);
     if (!check_suffixes(pipeline, pair)) {
@@ -247,7 +252,6 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     read_record(pipeline, pair);
     take_stored_pre_selection(pipeline, pair);
     if (!run_previewer(pipeline, pair)) {
-        pair.status = StatusCode::abandoned;
         conclude_pair(pipeline, pair);
         return false;
     }

@@ -4,6 +4,7 @@
 
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
+#include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/anaglyph.h"
@@ -160,7 +161,7 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
         name.suffix = ".tif";  // a dome image is always a TIFF
     }
     if (is_extra) {
-        add_extra_ending(name, p.extra_output, p.inverse_output != 0);
+        add_extra_ending(name, p.extra_output, pipeline.warp.inverse_output != 0);
     }
     claim_and_show(pipeline, name);
     const std::string path = name.path();
@@ -231,6 +232,7 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     }
     const ParameterSet& p = pipeline.parameters;
     if (p.anaglyph_output != 0) {
+        adjust_anaglyph_colours(pipeline);
         store_single(pipeline, pair, kAnaglyph);
     }
     if (p.stereo_output != 0) {

@@ -29,10 +29,14 @@ struct PreviewerAnswer {
 /// Nothing for a text that is short, holds other than finite numbers, or values out of their range.
 [[nodiscard]] std::optional<PreviewerAnswer> parse_previewer_answer(std::string_view text);
 
+/// The pre-selection after the views have changed places: turned as the pictures were seen. The parts of a
+/// stereo file go with their half; those of two files are told for the new order already.
+[[nodiscard]] PreSelection with_views_swapped(const PreSelection& selection, bool is_stereo_file);
+
 /// The rectangle that the viewer shows, in fractions of the preview; y from the top.
 struct ViewerBox {
     double left = 0.0;
-    double bottom = 0.0;
+    double bottom = 0.0;  ///< The edge with the smaller y.
     double width = 1.0;
     double height = 1.0;
 };
@@ -57,12 +61,21 @@ struct PostViewerAnswer {
 /// Nothing for a text that is short or holds other than finite numbers in their ranges.
 [[nodiscard]] std::optional<PostViewerAnswer> parse_post_viewer_answer(std::string_view text);
 
-/// Size of the preview and its scale, from the warped pair (pixels) and the limits of the screen.
+/// Whether the selection holds a window; a narrower one than a thousandth is none.
+[[nodiscard]] bool has_selected_window(const SelectionBox& selection);
+/// The selection's window as a rectangle of the viewer, inside what the preview kept of its frame
+/// (`selection.result_*`). Nothing without a window.
+[[nodiscard]] std::optional<ViewerBox> box_of_selection(const SelectionBox& selection);
+/// Puts window, its shift and the floating bands of the answer into `selection`, inside `result_*`.
+void take_selection(const PostViewerAnswer& answer, SelectionBox& selection);
+
+/// Size of a picture of the preview, pixels, and its scale against the warped pair.
 struct PreviewSize {
     int height = 0;
     int width = 0;
     double scale = 1.0;
 };
+/// The preview's whole frame, from the warped pair (pixels) and the limits of the screen.
 [[nodiscard]] PreviewSize preview_size(int height, int width, int max_viewer_size, int screen_height,
                                        int screen_width);
 
@@ -72,15 +85,28 @@ struct ViewerFrame {
     int ratio_height = 0;
     ViewerBox box;
 };
-/// `free_size`: the output takes any size. `box` is the present selection in the preview, if there is one.
-[[nodiscard]] ViewerFrame viewer_frame(const ParameterSet& parameters, bool free_size, const PreviewSize& preview,
-                                       const std::optional<ViewerBox>& box);
+/// `free_size`: the output takes any size. `preview` is the picture that the viewer shows, `box` the present
+/// selection in it, if there is one.
+[[nodiscard]] ViewerFrame viewer_frame(const ParameterSet& parameters, bool free_size,
+                                       const PreviewSize& preview, const std::optional<ViewerBox>& box);
+
+/// The numbers of the post viewer's command line, behind its name, the folder and the names of the pair.
+/// `warped_over_preview`: width of the warped pair over that of the preview.
+[[nodiscard]] std::vector<std::string> post_viewer_numbers(const ParameterSet& parameters,
+                                                           const ViewerFrame& frame,
+                                                           const PreviewSize& preview,
+                                                           double warped_over_preview,
+                                                           const SelectionBox& selection, double deviation);
 
 /// `WorkHeight` : `WorkWidth` of a ratio code; nothing for code 0 and unknown ones.
 struct RatioSides {
     int height = 0;
     int width = 0;
 };
-[[nodiscard]] std::optional<RatioSides> ratio_of_code(int code, const PreviewSize& preview, const ViewerBox& box);
+[[nodiscard]] std::optional<RatioSides> ratio_of_code(int code, const PreviewSize& preview,
+                                                      const ViewerBox& box);
+
+/// The largest sides of that ratio inside the wanted ones, of which one may be 0 for any length.
+[[nodiscard]] RatioSides fit_ratio(const RatioSides& ratio, const RatioSides& wanted);
 
 }  // namespace zemora

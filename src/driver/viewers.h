@@ -11,18 +11,23 @@ enum class ViewerDecision {
     repeat,   ///< Stored as it is, then shown once more.
     abandon,  ///< Nothing is stored.
     swap,     ///< The pair starts over with its views exchanged.
-    failed,   ///< The viewer gave no answer: the pair ends without stores.
+    failed,   ///< There is no answer, or no preview: the pair ends without stores.
 };
 
 /// The previewer before a pair is loaded: pre-selection, exchange of the views and scale go to the input.
 /// False when the user abandoned the pair.
 [[nodiscard]] bool run_previewer(Pipeline& pipeline, PairRun& pair);
 
-/// The viewer of a pair with its corrections. Sets the selection, the shape, the ratio and the stamp of the
-/// pair.
+/// The viewer of a pair with its corrections. Sets the selection, the shape, the ratio, the stamp and, where
+/// nothing is stored, the status of the pair.
 [[nodiscard]] ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair);
 
-/// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph.
+/// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph. The anaglyph
+/// reads the file of colours when it is made.
 void adjust_anaglyph_colours(Pipeline& pipeline);
+
+/// Whether the views are mounted in another order than settings and names give: their record would not fit
+/// a later run.
+[[nodiscard]] bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair);
 
 }  // namespace zemora

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config/parameter_set.h"
@@ -47,6 +48,12 @@ public:
     void add_object(std::uint32_t left, std::uint32_t right, const StoredCorrectionRecord& values) {
         objects_.push_back({left, right, static_cast<std::int32_t>(stored_.size())});
         stored_.push_back(values);
+    }
+
+    /// The left and the right file of an object change places.
+    void exchange_views(int object) {
+        ImageObject& exchanged = objects_[static_cast<std::size_t>(object)];
+        std::swap(exchanged.left, exchanged.right);
     }
 
 private:

@@ -84,7 +84,7 @@ Outcome Workshop::run(const std::vector<std::string>& arguments) const {
                                   "HOME=" + folder(),
                                   "TMPDIR=" + temporary_.path()};
     call.insert(call.end(), environment.begin(), environment.end());
-    call.emplace_back(ZEMORA_EXECUTABLE);
+    call.push_back(program);
     call.insert(call.end(), settings.begin(), settings.end());
     call.insert(call.end(), arguments.begin(), arguments.end());
     const ChildResult result = run_child(call);

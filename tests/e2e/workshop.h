@@ -26,6 +26,8 @@ public:
     std::string before;
     /// Shell commands that run the program "$@" itself.
     std::string around = "exec \"$@\"";
+    /// The program that runs.
+    std::string program = ZEMORA_EXECUTABLE;
     /// The program is killed without warning, and may leave files that nobody takes for pictures.
     bool is_killed = false;
     /// Settings of every run in front of the arguments: nothing waits, nothing needs another program.

@@ -1,0 +1,421 @@
+#include "driver/viewers.h"
+
+#include <FreeImage.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "driver/outside_steps.h"
+#include "driver/viewer_exchange.h"
+#include "driver/viewer_preview.h"
+#include "numerics/bitmap_file.h"
+#include "platform/child_process.h"
+#include "platform/paths.h"
+#include "platform/safe_file.h"
+
+namespace zemora {
+
+namespace {
+
+// Names of the exchange files in the image folder.
+constexpr const char* kPreviewerResult = "zemora_image_preview.txt";
+constexpr const char* kPostViewerResult = "zemora_shift.txt";
+
+// Exit codes of the viewers.
+constexpr int kAnswered = 0;
+constexpr int kAnsweredAndRepeat = 97;
+constexpr int kAbandoned = 98;
+constexpr int kAbandonedAndMove = 99;
+constexpr int kSwap = 100;
+
+enum class Program { previewer, post_viewer, colour_script };
+
+struct HelpLine {
+    Program program;
+    const char* english;
+    const char* german;
+};
+
+constexpr HelpLine kHelpLines[] = {
+#define TEXT(program, english, german) {Program::program, english, german},
+#include "driver/viewer_texts.inc"
+#undef TEXT
+};
+
+/// Shows the keys of a program before it covers the console.
+void show_help(const Voice& voice, Program program) {
+    for (const HelpLine& line : kHelpLines) {
+        if (line.program == program) {
+            voice.print(voice.messages().either(line.english, line.german));
+        }
+    }
+    voice.console().flush();
+}
+
+std::string in_program_folder(const Pipeline& pipeline, const std::string& name) {
+    return join_path(pipeline.run.program_directory, "32/" + name);
+}
+
+/// The first of the names that is there, else the last.
+std::string find_in_program_folder(const Pipeline& pipeline, std::initializer_list<const char*> names) {
+    std::string path;
+    for (const char* name : names) {
+        path = in_program_folder(pipeline, name);
+        if (file_exists(path)) {
+            break;
+        }
+    }
+    return path;
+}
+
+std::string in_image_folder(const Pipeline& pipeline, const std::string& name) {
+    return join_path(pipeline.parameters.path_of_images, name);
+}
+
+/// What an earlier run may have left under a name of the exchange; a link goes, not what it leads to.
+void remove_exchange_file(const Pipeline& pipeline, const std::string& name) {
+    const std::string path = in_image_folder(pipeline, name);
+    if (!is_directory(path)) {
+        (void)std::remove(path.c_str());
+    }
+}
+
+/// Runs a viewer on the pair to its end; its exit code, or -1 with the reason told.
+int run_viewer(const Pipeline& pipeline, const PairRun& pair, const std::string& program,
+               const std::vector<std::string>& numbers) {
+    std::vector<std::string> call{program, pipeline.parameters.path_of_images, pair.left_relative,
+                                  pair.right_relative};
+    call.insert(call.end(), numbers.begin(), numbers.end());
+    const ChildResult result = run_child(call);
+    if (!result.error.empty()) {
+        pipeline.voice.print_and_report("   " + printable(program) + ": " + result.error + '\n');
+    }
+    return result.exit_code;
+}
+
+/// The answer in a result file, which may come late; nothing, with a word, when none comes.
+template <class Answer>
+std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
+                                   std::optional<Answer> (*parse)(std::string_view)) {
+    constexpr std::chrono::milliseconds kPause{500};
+    constexpr int kPauses = 20;  // ten seconds in all
+    constexpr int kSettled = 4;  // pauses without change: the file is whole
+    const std::string path = in_image_folder(pipeline, name);
+    std::vector<std::uint8_t> latest;
+    int unchanged = 0;
+    for (int pauses = 0; pauses <= kPauses && unchanged < kSettled; ++pauses) {
+        if (pauses > 0) {
+            std::this_thread::sleep_for(kPause);
+        }
+        std::string reason;
+        const auto bytes = read_file_whole(path, reason);
+        if (!bytes || bytes->empty()) {
+            continue;
+        }
+        if (auto answer = parse(std::string(bytes->begin(), bytes->end()))) {
+            remove_exchange_file(pipeline, name);
+            return answer;
+        }
+        unchanged = *bytes == latest ? unchanged + 1 : 0;
+        latest = *bytes;
+    }
+    remove_exchange_file(pipeline, name);
+    const Voice& voice = pipeline.voice;
+    voice.print_and_report(format_text(voice.messages().either("%s holds no answer that can be used.\n",
+                                                               "%s enthaelt keine brauchbare Antwort.\n"),
+                                       printable(path).c_str()));
+    return std::nullopt;
+}
+
+void abandon(const Pipeline& pipeline, PairRun& pair, int exit_code) {
+    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_abandoned_by_user>());
+    pair.status = StatusCode::abandoned;
+    pair.viewer_exit_code = exit_code;
+}
+
+void list_answer(const Voice& voice, const PreSelection& selection) {
+    struct Row {
+        const char* english;
+        const char* german;
+        const char* const* unit;
+        float PreSelection::*value;
+    };
+    static constexpr const char* kDegrees[] = {"degree", "Grad"};
+    static constexpr const char* kPercent[] = {"percent", "Prozent"};
+    // clang-format off
+    static constexpr Row kRows[] = {
+        {"Rotation left:     ", "Drehung links:     ", kDegrees, &PreSelection::rotation_left},
+        {"Rotation right:    ", "Drehung rechts:    ", kDegrees, &PreSelection::rotation_right},
+        {"Vergence:          ", "Vergenz:           ", kDegrees, &PreSelection::vergence_v},
+        {"LeftImageStartx:   ", "LeftImageStartx:   ", kPercent, &PreSelection::left_start_x},
+        {"LeftImageWidth:    ", "LeftImageWidth:    ", kPercent, &PreSelection::left_width},
+        {"LeftImageStarty:   ", "LeftImageStarty:   ", kPercent, &PreSelection::left_start_y},
+        {"LeftImageHeight:   ", "LeftImageHeight:   ", kPercent, &PreSelection::left_height},
+        {"RightImageStartx:  ", "RightImageStartx:  ", kPercent, &PreSelection::right_start_x},
+        {"RightImageWidth:   ", "RightImageWidth:   ", kPercent, &PreSelection::right_width},
+        {"RightImageStarty:  ", "RightImageStarty:  ", kPercent, &PreSelection::right_start_y},
+        {"RightImageHeight:  ", "RightImageHeight:  ", kPercent, &PreSelection::right_height},
+    };
+    // clang-format on
+    const MessageCatalogue& messages = voice.messages();
+    voice.print(messages.either("\nThe following values will be taken from the Zemora Image PreViewer:\n",
+                                "\nDie folgenden Werte werden vom Zemora Image PreViewer uebernommen:\n"));
+    for (const Row& row : kRows) {
+        voice.print(format_text("%s%5.1f %s\n", messages.either(row.english, row.german),
+                                static_cast<double>(selection.*row.value),
+                                messages.either(row.unit[0], row.unit[1])));
+    }
+}
+
+/// The exchange, the pre-selection and the scale of the previewer go to the input.
+void take_answer(Pipeline& pipeline, const PreviewerAnswer& answer) {
+    InputPair& input = pipeline.input;
+    const bool two = pipeline.list.two_files;
+    input.has_pre_selection = true;
+    input.pre_selection = answer.selection;
+    input.left_zoom = input.right_zoom = answer.scale;
+    if (answer.swaps_views) {
+        input.pre_selection = with_views_swapped(answer.selection, !two);
+        input.swap_views = two;
+        input.inverse_input = two ? input.inverse_input : 1 - input.inverse_input;
+        std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+    }
+    if (pipeline.voice.verbose() > 1) {
+        list_answer(pipeline.voice, input.pre_selection);
+    }
+}
+
+std::vector<std::string> previewer_numbers(const Pipeline& pipeline) {
+    ParameterSet shown = pipeline.parameters;
+    const InputPair& input = pipeline.input;
+    shown.inverse_input = input.inverse_input;
+    std::vector<std::string> numbers;
+    for (const std::uint32_t word :
+         previewer_words(shown, input.pre_selection, input.rot_mir_left, input.rot_mir_right)) {
+        numbers.push_back(format_text("%u", static_cast<unsigned>(word)));
+    }
+    return numbers;
+}
+
+/// Values that come from storage would only be spoilt by new ones.
+bool has_stored_values(int mode) {
+    return mode == 2 || std::abs(mode) == 4 || std::abs(mode) == 5;
+}
+
+/// The sides of a ratio that the user chose. A cut takes them as they are; a size stays inside what was
+/// wanted of it.
+void take_ratio(Pipeline& pipeline, const PairRun& pair, const RatioSides& ratio) {
+    constexpr int kCutToRatio = 4;  // of `CroppOutput`, with 5
+    ParameterSet& p = pipeline.parameters;
+    const RatioSides sides = p.cropp_output >= kCutToRatio
+                                 ? ratio
+                                 : fit_ratio(ratio, {pair.target.work_height, pair.target.work_width});
+    p.work_height = pipeline.warp.work_height = sides.height;
+    p.work_width = pipeline.warp.work_width = sides.width;
+}
+
+/// `CroppOutput` 3: the side of the selection that is smaller against the target is forced.
+void force_side_of_selection(Pipeline& pipeline, const PreviewSize& shown, const ViewerBox& box) {
+    const ParameterSet& p = pipeline.parameters;
+    if (p.cropp_output != 3 || p.work_height <= 0 || p.work_width <= 0) {
+        return;
+    }
+    const bool height =
+        p.work_height / ((shown.height - 1) * box.height) <= p.work_width / ((shown.width - 1) * box.width);
+    pipeline.warp.force_size = height ? kForceHeight : kForceWidth;
+}
+
+void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answer,
+                 const PreviewSize& shown) {
+    ParameterSet& p = pipeline.parameters;
+    p.phantogram = static_cast<float>(answer.phantogram);
+    p.edge_warp = static_cast<float>(answer.edge_warp);
+    p.vertical_ax = answer.vertical_ax == 0.0 ? 0.0F : static_cast<float>(-answer.vertical_ax);
+    p.common_trapez = static_cast<float>(answer.common_trapez);
+    p.sym_trapez = static_cast<float>(answer.sym_trapez);
+    p.trapez_scale = static_cast<float>(answer.trapez_scale);
+    if (const auto ratio = ratio_of_code(answer.ratio_code, shown, answer.box)) {
+        take_ratio(pipeline, pair, *ratio);
+    }
+    take_selection(answer, pair.selection);
+    pipeline.warp.inverse_output = answer.swaps_output ? 1 - p.inverse_output : p.inverse_output;
+    if (answer.has_selection) {
+        force_side_of_selection(pipeline, shown, answer.box);
+    }
+}
+
+/// The pair ends without stores; its files are not to blame and stay where they are.
+ViewerDecision end_without_answer(const Pipeline& pipeline, PairRun& pair) {
+    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
+    pipeline.voice.wait(WaitAbove::error);
+    pair.status = StatusCode::failed;
+    pair.failure_told = true;
+    return ViewerDecision::failed;
+}
+
+int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const ViewerPreview& preview) {
+    constexpr int kWithBell = 2;  // of `PostViewerActive`
+    const ParameterSet& p = pipeline.parameters;
+    if (p.post_viewer_active == kWithBell) {
+        pipeline.voice.console().bell();
+    }
+    show_help(pipeline.voice, Program::post_viewer);
+    const ViewerFrame frame =
+        viewer_frame(p, pair.target.free_size_below_crop_3, preview.shown, box_of_selection(pair.selection));
+    const double warped_over_preview = static_cast<double>(pair.working_width) / preview.frame.width;
+    return run_viewer(
+        pipeline, pair,
+        find_in_program_folder(pipeline, {"zemora_image_postview", "zemora_image_postview.exe"}),
+        post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.selection, pair.deviation));
+}
+
+/// From now on the pairs are stored with the time in their names, so that a repeat has a name of its own.
+void stamp_with_time(ParameterSet& p) {
+    constexpr int kTime = 2;  // of `StampFiles`
+    if (p.stamp_files < kTime) {
+        p.stamp_files += kTime;
+    }
+}
+
+/// Both views side by side in the program's folder, where the script finds them.
+std::string save_side_by_side(const Pipeline& pipeline) {
+    const StereoPicture pair = pipeline.warp.pair();
+    const int width = pair.left.width;
+    const int height = pair.left.height;
+    const Bitmap both = Bitmap::create(2 * width, height);
+    if (!both) {
+        end_run_without_picture_memory(pipeline.voice.console(),
+                                       "7043: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (ANAGLYPH)\n");
+    }
+    copy(pair.left, both.picture().part(0, 0, width, height));
+    copy(pair.right, both.picture().part(width, 0, width, height));
+    const std::string folder = join_path(state_directory(), "32");
+    std::string reason;
+    if (!make_folders(folder, reason)) {
+        return folder + ": " + reason;
+    }
+    const std::string path = folder + "/currentpreview_cs.jpg";
+    reason = encode_and_write(both.handle(), FIF_JPEG, JPEG_QUALITYGOOD, path);
+    return reason.empty() ? reason : path + ": " + reason;
+}
+
+/// The script with its interpreter, or a program of its name; empty when there is neither.
+std::vector<std::string> colour_script(const Pipeline& pipeline) {
+    const std::string interpreter = find_in_program_folder(pipeline, {"AutoIt3.exe"});
+    const std::string script = find_in_program_folder(pipeline, {"zemora_anamatrix.a3x"});
+    if (file_exists(interpreter) && file_exists(script)) {
+        return {interpreter, script};
+    }
+    const std::string program = find_in_program_folder(
+        pipeline, {"zemora_anamatrix", "zemora_anamatrix.exe", "zemora_anamatrix.a3x"});
+    return file_exists(program) ? std::vector<std::string>{program} : std::vector<std::string>{};
+}
+
+}  // namespace
+
+bool run_previewer(Pipeline& pipeline, PairRun& pair) {
+    ParameterSet& p = pipeline.parameters;
+    const Voice& voice = pipeline.voice;
+    if (p.pre_viewer_active == 0 || p.video_mode != 0) {
+        return true;
+    }
+    if (has_stored_values(pair.mode)) {
+        p.pre_viewer_active = 0;
+        if (voice.verbose() > 1) {
+            voice.say<Msg::main_previewer_without_sense>();
+        }
+        return true;
+    }
+    remove_exchange_file(pipeline, kPreviewerResult);
+    show_help(voice, Program::previewer);
+    const int exit_code =
+        run_viewer(pipeline, pair,
+                   find_in_program_folder(pipeline, {"zemora_image_preview", "zemora_image_preview.exe"}),
+                   previewer_numbers(pipeline));
+    if (exit_code == kAbandoned || exit_code == kAbandonedAndMove) {
+        abandon(pipeline, pair, exit_code);
+        return false;
+    }
+    const auto answer = exit_code == kAnswered
+                            ? await_answer(pipeline, kPreviewerResult, parse_previewer_answer)
+                            : std::nullopt;
+    if (answer) {
+        take_answer(pipeline, *answer);
+    } else {
+        voice.print_and_report(voice.messages().text<Msg::main_previewer_call_failed>());
+    }
+    return true;
+}
+
+ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
+    if (pipeline.parameters.post_viewer_active == 0) {
+        return ViewerDecision::go_on;
+    }
+    for (const char* name : {kPostViewerResult, "zemora_pl.bmp.tmp", "zemora_pr.bmp.tmp"}) {
+        remove_exchange_file(pipeline, name);
+    }
+    const auto preview = make_preview(pipeline, pair);
+    if (!preview) {
+        fail_to_mount(pipeline, pair, StatusCode::failed);
+        return ViewerDecision::failed;
+    }
+    if (const std::string reason = save_preview(pipeline); !reason.empty()) {
+        pipeline.voice.print_and_report("   " + printable(reason) + '\n');
+        return end_without_answer(pipeline, pair);
+    }
+    const int exit_code = call_post_viewer(pipeline, pair, *preview);
+    pair.stamp = stamp_text(current_seconds());
+    switch (exit_code) {
+        case kAbandoned:
+        case kAbandonedAndMove: abandon(pipeline, pair, exit_code); return ViewerDecision::abandon;
+        case kSwap: return ViewerDecision::swap;
+        case kAnsweredAndRepeat: stamp_with_time(pipeline.parameters); break;
+        case kAnswered: break;
+        default: return end_without_answer(pipeline, pair);
+    }
+    const auto answer = await_answer(pipeline, kPostViewerResult, parse_post_viewer_answer);
+    if (!answer) {
+        return end_without_answer(pipeline, pair);
+    }
+    take_answer(pipeline, pair, *answer, preview->shown);
+    return exit_code == kAnsweredAndRepeat ? ViewerDecision::repeat : ViewerDecision::go_on;
+}
+
+void adjust_anaglyph_colours(Pipeline& pipeline) {
+    constexpr int kSetByUser = 8;  // of `AnaglyphType`
+    const ParameterSet& p = pipeline.parameters;
+    const Voice& voice = pipeline.voice;
+    if (p.anaglyph_type != kSetByUser || p.video_mode != 0) {
+        return;
+    }
+    std::vector<std::string> call = colour_script(pipeline);
+    if (call.empty()) {
+        voice.print_and_report(
+            format_text(voice.messages().either(
+                            "   zemora_anamatrix is missing: the colours of %s are taken as they are.\n",
+                            "   zemora_anamatrix fehlt: die Farben aus %s gelten, wie sie sind.\n"),
+                        printable(p.ecm_file_name).c_str()));
+        return;
+    }
+    std::string reason = save_side_by_side(pipeline);
+    if (reason.empty()) {
+        show_help(voice, Program::colour_script);
+        call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
+        const ChildResult result = run_child(call);
+        reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
+    }
+    if (!reason.empty()) {
+        voice.print_and_report("   " + printable(reason) + '\n');
+    }
+}
+
+bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair) {
+    return pipeline.list.two_files ? pair.exchanged != pipeline.input.swap_views
+                                   : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
+}
+
+}  // namespace zemora
