@@ -117,13 +117,11 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
             continue;
         }
         if (auto answer = parse(std::string(bytes->begin(), bytes->end()))) {
-            remove_exchange_file(pipeline, name);
             return answer;
         }
         unchanged = *bytes == latest ? unchanged + 1 : 0;
         latest = *bytes;
     }
-    remove_exchange_file(pipeline, name);
     const Voice& voice = pipeline.voice;
     voice.print_and_report(format_text(voice.messages().either("%s holds no answer that can be used.\n",
                                                                "%s enthaelt keine brauchbare Antwort.\n"),
@@ -343,6 +341,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     const auto answer = exit_code == kAnswered
                             ? await_answer(pipeline, kPreviewerResult, parse_previewer_answer)
                             : std::nullopt;
+    remove_exchange_file(pipeline, kPreviewerResult);
     if (answer) {
         take_answer(pipeline, *answer);
     } else {
@@ -369,20 +368,26 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
     }
     const int exit_code = call_post_viewer(pipeline, pair, *preview);
     pair.stamp = stamp_text(current_seconds());
-    switch (exit_code) {
-        case kAbandoned:
-        case kAbandonedAndMove: abandon(pipeline, pair, exit_code); return ViewerDecision::abandon;
-        case kSwap: return ViewerDecision::swap;
-        case kAnsweredAndRepeat: stamp_with_time(pipeline.parameters); break;
-        case kAnswered: break;
-        default: return end_without_answer(pipeline, pair);
+    const bool repeats = exit_code == kAnsweredAndRepeat;
+    const auto answer = exit_code == kAnswered || repeats
+                            ? await_answer(pipeline, kPostViewerResult, parse_post_viewer_answer)
+                            : std::nullopt;
+    remove_exchange_file(pipeline, kPostViewerResult);
+    if (repeats) {
+        stamp_with_time(pipeline.parameters);
     }
-    const auto answer = await_answer(pipeline, kPostViewerResult, parse_post_viewer_answer);
+    if (exit_code == kAbandoned || exit_code == kAbandonedAndMove) {
+        abandon(pipeline, pair, exit_code);
+        return ViewerDecision::abandon;
+    }
+    if (exit_code == kSwap) {
+        return ViewerDecision::swap;
+    }
     if (!answer) {
         return end_without_answer(pipeline, pair);
     }
     take_answer(pipeline, pair, *answer, preview->shown);
-    return exit_code == kAnsweredAndRepeat ? ViewerDecision::repeat : ViewerDecision::go_on;
+    return repeats ? ViewerDecision::repeat : ViewerDecision::go_on;
 }
 
 void adjust_anaglyph_colours(Pipeline& pipeline) {
