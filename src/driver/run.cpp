@@ -22,6 +22,7 @@
 #include "report/comfort_calculator.h"
 #include "report/run_report.h"
 #include "report/test_images.h"
+#include "report/value_rows.h"
 
 namespace zemora {
 
@@ -203,7 +204,7 @@ void write_calculator(Run& run) {
     const Language language = run.messages.language();
     const std::string page = join_path(run.parameters.path_of_images, calculator_file_name(language));
     if (const std::string reason = write_comfort_calculator(page, language); !reason.empty()) {
-        run.voice.print_and_report(
+        run.voice.tell_everywhere(
             format_text(run.messages.either("The comfort calculator could not be written: %s\n",
                                             "Der Komfortrechner konnte nicht geschrieben werden: %s\n"),
                         printable(reason).c_str()));
@@ -261,14 +262,14 @@ void collect_input(Run& run) {
         run.end(kExitDone);
     }
     if (run.list.count() == 0) {
-        run.voice.print_and_report(run.messages.text<Msg::main_no_images_to_mount>() +
-                                   printable(p.path_of_images) + '\n');
+        run.voice.tell_everywhere(run.messages.text<Msg::main_no_images_to_mount>() +
+                                  printable(p.path_of_images) + '\n');
         // What a list lacks is told on the console alone.
         const std::string hint = empty_list_hint(run);
         if (p.input_mode == 10) {
             run.console.print(hint);
-        } else {
-            run.voice.print_and_report(hint);
+        } else if (!hint.empty()) {
+            run.voice.tell_everywhere(hint);
         }
         run.wait(WaitAbove::error);
         run.end(kExitFailure);
@@ -282,7 +283,7 @@ void tell_end(Run& run, int processed) {
                               format_text("%d/%d\n", processed, run.list.count());
     const std::string banner = messages.text<Msg::main_report_end_banner>();
     run.voice.print_and_report(rule + count + rule + '\n' + rule + banner + rule);
-    run.voice.report_html("<p>" + html_text(count) + "</p>\n<p>" + html_text(banner) + "</p>\n");
+    run.voice.report_html(html_paragraph(count) + html_paragraph(banner));
     const std::string broken = run.report.close();
     run.voice.set_report(nullptr);
     if (!broken.empty()) {

@@ -10,6 +10,7 @@
 #include "render/cmyk.h"
 #include "render/output_writer.h"
 #include "render/view_effects.h"
+#include "report/window_judgement.h"
 
 namespace zemora {
 
@@ -83,13 +84,12 @@ void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     pair.curtains.right = std::min(pair.curtains.right, warp.width / 2);
     floating_bands(warp, pair.curtains, pipeline.parameters.auto_frame_floating);
     const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warp.width); };
-    const std::string text = messages.text<Msg::main_floating_windows_included>(
-                                 per_mille(pair.curtains.left), per_mille(pair.curtains.right)) +
-                             '\n';
-    voice.print_and_report(text);
-    voice.report_html("<p>" + html_text(text) + "</p>\n");
+    voice.tell_everywhere(messages.text<Msg::main_floating_windows_included>(
+                              per_mille(pair.curtains.left), per_mille(pair.curtains.right)) +
+                          '\n');
     if (voice.verbose() > 0) {
-        voice.print(messages.text<Msg::main_original_width_per_mille>(warp.width, warp.width / 1000.0));
+        voice.tell_everywhere(
+            messages.text<Msg::main_original_width_per_mille>(warp.width, warp.width / 1000.0));
     }
 }
 
@@ -124,7 +124,7 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
     for (const Step& step : steps) {
         if (p.output_format == kDeepFormat && step.taken) {
             warp.eight_bits_only = true;
-            pipeline.voice.print_and_report(format_text(
+            pipeline.voice.tell_everywhere(format_text(
                 pipeline.voice.messages().either("   8 bits are saved: %s has no form with 16 bits.\n",
                                                  "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
                 pipeline.voice.messages().either(step.english, step.german)));
@@ -143,7 +143,7 @@ void check_print_profile(const Pipeline& pipeline) {
     const Bitmap probe = Bitmap::create(1, 1);
     std::string reason;
     if (!cmyk_by_profile(probe.picture(), p.cmyk_profile, reason)) {
-        pipeline.voice.print_and_report("   " + printable(reason) +
+        pipeline.voice.tell_everywhere("   " + printable(reason) +
                                         pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
         pipeline.voice.wait(WaitAbove::warning);
         p.output_format = kPlainTiff;
@@ -152,13 +152,28 @@ void check_print_profile(const Pipeline& pipeline) {
 
 /// Deviation against the projection, for stamps and reports.
 void project_deviation(const Pipeline& pipeline, PairRun& pair) {
-    static constexpr double kRatios[] = {0.0, 0.0, 1.333, 1.6, 1.777, 1.896};
     const WarpState& warp = pipeline.warp;
     const double image_ratio = static_cast<double>(warp.width) / warp.height;
-    const int choice = pipeline.parameters.projection_ratio;
-    const bool fixed = choice >= 2 && choice <= 5;
-    const double projection_ratio = fixed ? std::max(kRatios[choice], image_ratio) : image_ratio;
+    const double projection_ratio =
+        std::max(projected_ratio(pipeline.parameters.projection_ratio, image_ratio), image_ratio);
     pair.projected_deviation = image_ratio / projection_ratio * pair.deviation;
+}
+
+/// Brings the pair to its final size. What was measured is told in the pixels of that size.
+void take_final_size(WarpState& warp, PairRun& pair) {
+    rescale_to_final(warp, pair.target);
+    if (warp.width == pair.output_width && warp.height == pair.output_height) {
+        return;
+    }
+    const double factor = static_cast<double>(warp.width) / pair.output_width;
+    DisparityStatistics& d = pair.result;
+    for (float* value_px : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near,
+                            &d.right_edge_near, &d.top_edge_near, &d.bottom_edge_near}) {
+        *value_px = static_cast<float>(*value_px * factor);
+    }
+    pair.curtains = {round_half_up(pair.curtains.left * factor), round_half_up(pair.curtains.right * factor)};
+    pair.output_width = warp.width;
+    pair.output_height = warp.height;
 }
 
 }  // namespace
@@ -179,7 +194,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
     project_deviation(pipeline, pair);
-    rescale_to_final(warp, pair.target);
+    take_final_size(warp, pair);
     if (p.left_right_output != 0 || p.extra_output != 0) {
         turn_outputs(warp);
     }

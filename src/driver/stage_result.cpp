@@ -51,6 +51,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const WarpState& warp = pipeline.warp;
     pair.output_width = warp.width;
     pair.output_height = warp.height;
+    if (!pair.analysed && !pair.has_stored) {  // the shift that the keys gave; a record keeps its near point
+        pair.original_near_px = pair.window.window_shift_px;
+    }
     const std::string step =
         voice.messages().either("Zemora::analyse:  phase 4: EstimateDeviation           ",
                                 "Zemora::Analyse:    Phase 4: EstimateDeviation           ");
@@ -70,7 +73,7 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const auto original = [&](double value_px) {
         return (value_px - selection_shift_px) / warp.total_scale + pair.window.pure_shift_px;
     };
-    if (!pair.has_stored) {  // a record keeps its near point
+    if (pair.analysed) {
         pair.original_near_px = original(pair.result.near_point);
     }
     pair.original_far_px = original(pair.result.far_point);

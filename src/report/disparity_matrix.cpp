@@ -10,8 +10,7 @@ namespace zemora {
 
 namespace {
 
-constexpr int kTitleRule = 44;  // dashes below the title
-constexpr int kHeadRule = 85;   // dashes below the numbers of the columns
+constexpr int kHeadRule = 85;  // dashes below the numbers of the columns
 
 /// Cells in whole per mille of the width, and the range of those that count. The cells were measured on a
 /// copy, whose width is their measure: the copy's rounding of sizes shall not part a cell from the range.
@@ -52,7 +51,7 @@ DisparityMatrix disparity_matrix(const AnalysisState& analysis, const MessageCat
     const std::string title = messages.either("Disparity Matrix of final image [per mille]:",
                                               "Disparitaetsmatrix des Ergebnisbilds [Promille]:");
     DisparityMatrix matrix;
-    matrix.text = '\n' + title + '\n' + std::string(kTitleRule, '-') + "\n\n" + head_line();
+    matrix.text = '\n' + title + '\n' + std::string(title.size(), '-') + "\n\n" + head_line();
     matrix.html = "<p><b>" + html_text(title) + "</b></p>\n<pre>\n" + head_line();
     for (int line = 0; line < kGridMax; ++line) {
         const auto row = static_cast<std::size_t>(kGridMax - 1 - line);
