@@ -69,8 +69,10 @@ AxisEnd axis_end(const ErrorSurface& surface) {
     return {no_overlap || least >= worst, worst + kSpace};
 }
 
-/// The commands end with the output: gnuplot knows no "close".
-constexpr const char* kEndOfOutput = "set output                      \n";
+/// gnuplot knows no "close": it goes no further than the line before it.
+constexpr const char* kEndOfCommands =
+    "exit\n"
+    "close output                    \n";
 
 std::string surface_commands(const std::string& data_name, const AxisEnd& end) {
     std::string text =
@@ -85,7 +87,7 @@ std::string surface_commands(const std::string& data_name, const AxisEnd& end) {
         text += format_text("set zrange[%.2f:0]\nset cbrange[%.2f:0]\n", low, low);
     }
     text += "splot \"" + data_name + "\" matrix with lines\n";
-    return text + "pause -1 \"Hit any key to comtinue!\" \n" + kEndOfOutput;
+    return text + "pause -1 \"Hit any key to comtinue!\" \n" + kEndOfCommands;
 }
 
 std::string profile_commands(const std::string& data_name, const AxisEnd& end) {
@@ -94,7 +96,7 @@ std::string profile_commands(const std::string& data_name, const AxisEnd& end) {
         text += format_text("set yrange[0:%.2f]\n", static_cast<double>(end.worst));
     }
     text += "plot \"" + data_name + "\" with lines\n";
-    return text + "pause -1 \"Hit any key to continue!\" \n" + kEndOfOutput;
+    return text + "pause -1 \"Hit any key to continue!\" \n" + kEndOfCommands;
 }
 
 }  // namespace

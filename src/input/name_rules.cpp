@@ -22,7 +22,7 @@ bool is_plain_output_folder(std::string_view folded) {
            std::find(kOutputFolders.begin(), kOutputFolders.end(), folded) != kOutputFolders.end();
 }
 
-/// Names in lower case begin and end so.
+/// Names in lower case begin and end so; "#" in the start is a number.
 struct NamePattern {
     std::string_view start;
     std::string_view end;
@@ -32,7 +32,7 @@ constexpr std::array kOwnPictures{
     NamePattern{"zemora_alignment.tif", ""},
     NamePattern{"zemora_pl.bmp",        ""},
     NamePattern{"zemora_pr.bmp",        ""},
-    NamePattern{"segment_",             ""},
+    NamePattern{"segment_#_#_#_#_",     ".jpg"},
     NamePattern{"tintrovela_print_",    ""},
     NamePattern{"zemora_thumb_",        ""},
     NamePattern{"",                     "_pass_in.bmp"},
@@ -53,11 +53,23 @@ constexpr std::array kPartners{
 };
 // clang-format on
 
+bool starts_as(std::string_view name, std::string_view pattern) {
+    for (const char c : pattern) {
+        const std::size_t length = c == '#' ? std::min(name.find_first_not_of("0123456789"), name.size())
+                                            : static_cast<std::size_t>(name.starts_with(c));
+        if (length == 0) {
+            return false;
+        }
+        name.remove_prefix(length);
+    }
+    return true;
+}
+
 template <class Table>
 bool matches_one_of(const Table& table, const std::string& name) {
     const std::string folded = fold_case(name);
     return std::any_of(table.begin(), table.end(), [&](const NamePattern& row) {
-        return folded.starts_with(row.start) && folded.ends_with(row.end);
+        return starts_as(folded, row.start) && folded.ends_with(row.end);
     });
 }
 
