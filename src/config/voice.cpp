@@ -18,6 +18,12 @@ void Voice::report_html(std::string_view html) const {
     }
 }
 
+void Voice::begin_report_section() const {
+    if (report_ != nullptr) {
+        report_->begin_section();
+    }
+}
+
 void Voice::end_report_section() const {
     if (report_ != nullptr) {
         report_->end_section();

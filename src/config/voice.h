@@ -16,6 +16,7 @@ public:
     virtual ~ReportSink() = default;
     virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
     virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
+    virtual void begin_section() {}                     ///< A section begins that belongs together, as a pair.
     virtual void end_section() {}                       ///< What was told so far is whole.
 };
 
@@ -48,7 +49,8 @@ public:
     /// Console and both reports; a paragraph in the HTML report.
     void tell_everywhere(std::string_view text) const;
 
-    /// The section at work is whole.
+    /// A pair's section begins; the section at work is whole.
+    void begin_report_section() const;
     void end_report_section() const;
 
     /// Waits for Enter when `StopAtError` is above the level.

@@ -174,9 +174,9 @@ void run_pair(Pipeline& pipeline, int index) {
 void run_image_pipeline(Pipeline& pipeline) {
     constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
     const auto start = std::chrono::steady_clock::now();
-    pipeline.voice.end_report_section();
     for (int index = 0; index < pipeline.list.count(); ++index) {
         tell_course(pipeline, index, std::chrono::steady_clock::now() - start);
+        pipeline.voice.begin_report_section();
         run_pair(pipeline, index);
         pipeline.voice.end_report_section();
         pipeline.input.release_images();

@@ -107,9 +107,9 @@ struct PairRun {
     SelectionBox selection;
 
     // Result, in output pixels.
-    double original_near_px = 0.0;  ///< Input pixels.
+    double original_near_px = 0.0;  ///< Input pixels; unmeasured and without record the shift of the keys.
     double original_far_px = 0.0;
-    int output_width = 0;  ///< Of the pair that was measured; pixels.
+    int output_width = 0;  ///< Of the pair that was measured, then of the final size; pixels.
     int output_height = 0;
     DisparityStatistics result;
     double deviation = 0.0;

@@ -276,6 +276,14 @@ void collect_input(Run& run) {
     }
 }
 
+/// Without what surrounds it on the console: equal signs, blanks, line ends.
+std::string without_rule(const std::string& text) {
+    constexpr const char* kSurroundings = "= \n";
+    const std::size_t first = text.find_first_not_of(kSurroundings);
+    return first == std::string::npos ? std::string()
+                                      : text.substr(first, text.find_last_not_of(kSurroundings) - first + 1);
+}
+
 void tell_end(Run& run, int processed) {
     const MessageCatalogue& messages = run.messages;
     const std::string rule = messages.text<Msg::main_separator>();

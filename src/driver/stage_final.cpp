@@ -112,9 +112,7 @@ void adapt_tone(Pipeline& pipeline) {
 
 void no_convergence(const Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
-    const std::string text = voice.messages().text<Msg::main_no_convergence_with_crop_1>();
-    voice.print_and_report(text);
-    voice.report_html("<p>" + html_text(text) + "</p>\n");
+    voice.tell_everywhere(voice.messages().text<Msg::main_no_convergence_with_crop_1>());
     voice.wait(WaitAbove::warning);
     pair.status = StatusCode::usable;
 }

@@ -76,7 +76,7 @@ void announce(Pipeline& pipeline, PairRun& pair) {
         voice.print(text);
     }
     voice.report_text(text);
-    voice.report_html("<hr>\n<p><b>" + html_text(head) + "</b><br>\n&nbsp;&nbsp;&nbsp;" +
+    voice.report_html("<hr>\n<p class=\"a6\"><b>" + html_text(head) + "</b></p>\n<p>&nbsp;&nbsp;&nbsp;" +
                       html_text(printable(pair.left_relative)) +
                       (pipeline.list.two_files
                            ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative))
@@ -190,12 +190,8 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
         names += "   " + printable(pair.right_relative) + '\n';
     }
     if (result == ReadResult::unreadable) {
-        voice.print_and_report(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
-                               pipeline.input.failure() + '\n');
-        voice.report_html(
-            "<p>" +
-            html_text(messages.text<Msg::main_file_not_readable_skipped>() + pipeline.input.failure()) +
-            "</p>\n");
+        voice.tell_everywhere(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
+                              pipeline.input.failure() + '\n');
         voice.wait(WaitAbove::warning);
         return false;
     }

@@ -103,6 +103,9 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
     const Voice& voice = pipeline.voice;
     voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
     voice.print_and_report("   " + printable(result.reason) + '\n');
+    voice.report_html("<b>" + html_text(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>() +
+                                        "   " + printable(result.reason)) +
+                      "</b><br>\n");
     if (voice.verbose() > 1) {
         voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
     }

@@ -177,6 +177,7 @@ void RunReport::write_html_head(bool links_calculator) {
 }
 
 std::string RunReport::close() {
+    end_section();
     const bool text_whole = text_.close();
     const bool html_whole = html_.close();
     if (!text_whole) {
@@ -197,7 +198,17 @@ void RunReport::html_line(std::string_view html) {
     }
 }
 
+void RunReport::begin_section() {
+    end_section();
+    html_line("<div class=\"pair\">\n");
+    in_block_ = true;
+}
+
 void RunReport::end_section() {
+    if (in_block_) {
+        html_line("</div>\n");
+        in_block_ = false;
+    }
     text_.write_section();
     html_.write_section();
 }

@@ -71,6 +71,7 @@ public:
 
     void text_line(std::string_view text) override;
     void html_line(std::string_view html) override;
+    void begin_section() override;
     void end_section() override;
 
 private:
@@ -81,6 +82,7 @@ private:
     ReportNames names_;
     GrowingFile text_;
     GrowingFile html_;
+    bool in_block_ = false;  ///< The section has a block of its own on the page.
 };
 
 }  // namespace zemora
