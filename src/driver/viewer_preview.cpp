@@ -1,6 +1,9 @@
 #include "driver/viewer_preview.h"
 
 #include <FreeImage.h>
+#include <SDL.h>
+
+#include <cstdlib>
 
 #include "analysis/colormap.h"
 #include "numerics/bitmap_file.h"
@@ -10,9 +13,30 @@ namespace zemora {
 
 namespace {
 
-// The screen that a viewer is taken to have, pixels.
-constexpr int kScreenHeight = 1080;
-constexpr int kScreenWidth = 1920;
+struct ScreenSize {
+    int height = 1080;  ///< Pixels; where no screen can be asked.
+    int width = 1920;
+};
+
+/// Size of the user's screen. Only a desktop is asked: on a bare console the question would take it over.
+ScreenSize screen_size() {
+    ScreenSize size;
+    const char* wayland = std::getenv("WAYLAND_DISPLAY");
+    if (wayland == nullptr && std::getenv("DISPLAY") == nullptr) {
+        return size;
+    }
+    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+    SDL_SetHint(SDL_HINT_VIDEODRIVER, wayland == nullptr ? "x11" : "wayland,x11");
+    if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
+        return size;
+    }
+    SDL_DisplayMode mode;
+    if (SDL_GetDesktopDisplayMode(0, &mode) == 0 && mode.w > 0 && mode.h > 0) {
+        size = {mode.h, mode.w};
+    }
+    SDL_QuitSubSystem(SDL_INIT_VIDEO);
+    return size;
+}
 
 /// The viewer shows the shape itself, so that the user can change it.
 void clear_shape(WarpState& warp) {
@@ -58,8 +82,9 @@ std::optional<ViewerPreview> make_preview(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
     ViewerPreview preview;
+    const ScreenSize screen = screen_size();
     preview.frame =
-        preview_size(pair.working_height, pair.working_width, p.max_viewer_size, kScreenHeight, kScreenWidth);
+        preview_size(pair.working_height, pair.working_width, p.max_viewer_size, screen.height, screen.width);
     clear_shape(warp);
     colormap_identity(pipeline.analysis);
     if (!warp_preview(pipeline, pair, preview.frame)) {

@@ -249,7 +249,6 @@ void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answ
 /// The pair ends without stores; its files are not to blame and stay where they are.
 ViewerDecision end_without_answer(const Pipeline& pipeline, PairRun& pair) {
     pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
-    pipeline.voice.wait(WaitAbove::error);
     pair.status = StatusCode::failed;
     pair.failure_told = true;
     return ViewerDecision::failed;

@@ -55,8 +55,8 @@ TEST(PreviewerResult, HoldsEveryField) {
     EXPECT_TRUE(answer->swaps_views);
     EXPECT_FLOAT_EQ(answer->scale, 0.9F);
     const PreSelection& s = answer->selection;
-    const float values[] = {s.rotation_left, s.rotation_right, s.vergence_v,   s.left_start_x,
-                            s.left_width,    s.left_start_y,   s.left_height,  s.right_start_x,
+    const float values[] = {s.rotation_left, s.rotation_right, s.vergence_v,  s.left_start_x,
+                            s.left_width,    s.left_start_y,   s.left_height, s.right_start_x,
                             s.right_width,   s.right_start_y,  s.right_height};
     const float expected[] = {1.5F, -2.25F, 0.5F, 1, 90, 2, 80, 3, 70, 4, 60};
     EXPECT_TRUE(std::equal(std::begin(values), std::end(values), std::begin(expected)));
@@ -64,9 +64,13 @@ TEST(PreviewerResult, HoldsEveryField) {
 }
 
 TEST(PreviewerResult, WithSenselessNumbersIsNone) {
-    for (const WordCase& c : {WordCase{1, "1.5"}, {2, "yes"}, {3, "nan"}, {4, "1e400"}, {5, "0,5"}, {5, "91"},
-                              {6, "0"}, {6, "101"}, {7, "-1"}, {8, "0.5"}, {10, "100.5"}, {15, ""}, {15, "x"}}) {
-        EXPECT_FALSE(parse_previewer_answer(with_word(kPreviewer, c.place, c.word))) << c.place << ' ' << c.word;
+    // clang-format off
+    const WordCase cases[] = {{1, "1.5"}, {2, "yes"}, {3, "nan"}, {4, "1e400"}, {5, "0,5"}, {5, "91"}, {6, "0"},
+                              {6, "101"}, {7, "-1"}, {8, "0.5"}, {10, "100.5"}, {15, ""}, {15, "x"}};
+    // clang-format on
+    for (const WordCase& c : cases) {
+        EXPECT_FALSE(parse_previewer_answer(with_word(kPreviewer, c.place, c.word)))
+            << c.place << ' ' << c.word;
     }
     EXPECT_FALSE(parse_previewer_answer(""));
     EXPECT_FALSE(parse_previewer_answer(std::string("\0\xFF\xFE", 3)));
@@ -83,17 +87,15 @@ TEST(SwappedPreSelection, TakesThePartsOfAStereoFileAlong) {
     EXPECT_FLOAT_EQ(two.left_width, 90.0F);
 }
 
-constexpr const char* kPostViewer =
-    "1 -0.05 0.1 0.2 0.5 0.4 0.01 0.02 0.3 -0.4 0.5 -0.6 0.7 1.1 1 -3 0";
+constexpr const char* kPostViewer = "1 -0.05 0.1 0.2 0.5 0.4 0.01 0.02 0.3 -0.4 0.5 -0.6 0.7 1.1 1 -3 0";
 
 TEST(PostViewerResult, HoldsEveryField) {
     const auto a = parse_post_viewer_answer(kPostViewer);
     ASSERT_TRUE(a);
     EXPECT_TRUE(a->has_selection);
-    const double values[] = {a->window_shift, a->box.left,   a->box.bottom, a->box.width,
-                             a->box.height,   a->band_left,  a->band_right, a->phantogram,
-                             a->edge_warp,    a->vertical_ax, a->common_trapez, a->sym_trapez,
-                             a->trapez_scale};
+    const double values[] = {a->window_shift,  a->box.left,   a->box.bottom,  a->box.width, a->box.height,
+                             a->band_left,     a->band_right, a->phantogram,  a->edge_warp, a->vertical_ax,
+                             a->common_trapez, a->sym_trapez, a->trapez_scale};
     const double expected[] = {-0.05, 0.1, 0.2, 0.5, 0.4, 0.01, 0.02, 0.3, -0.4, 0.5, -0.6, 0.7, 1.1};
     for (std::size_t i = 0; i < std::size(values); ++i) {
         EXPECT_NEAR(values[i], expected[i], 1e-12) << i;
@@ -104,10 +106,14 @@ TEST(PostViewerResult, HoldsEveryField) {
 }
 
 TEST(PostViewerResult, WithSenselessNumbersIsNone) {
-    for (const WordCase& c : {WordCase{0, "x"}, {1, "inf"}, {1, "1.5"}, {2, "-0.2"}, {4, "0"}, {4, "0.95"}, {5, "0.9"},
+    // clang-format off
+    const WordCase cases[] = {{0, "x"}, {1, "inf"}, {1, "1.5"}, {2, "-0.2"}, {4, "0"}, {4, "0.95"}, {5, "0.9"},
                               {6, "-0.1"}, {7, "2"}, {8, "nan"}, {9, "11"}, {13, "0"}, {14, "1.0"}, {15, "--3"},
-                              {16, "-1"}, {16, ""}}) {
-        EXPECT_FALSE(parse_post_viewer_answer(with_word(kPostViewer, c.place, c.word))) << c.place << ' ' << c.word;
+                              {16, "-1"}, {16, ""}};
+    // clang-format on
+    for (const WordCase& c : cases) {
+        EXPECT_FALSE(parse_post_viewer_answer(with_word(kPostViewer, c.place, c.word)))
+            << c.place << ' ' << c.word;
     }
     const auto unselected = parse_post_viewer_answer(with_word(with_word(kPostViewer, 0, "0"), 4, "0"));
     EXPECT_TRUE(unselected && !unselected->has_selection) << "the rectangle means nothing then";
@@ -143,9 +149,12 @@ TEST(PreviewSize, FitsTheViewerAndTheScreen) {
     struct Row {
         int height, width, most, screen_height, screen_width, wanted_height, wanted_width;
     };
-    for (const Row& r : {Row{3000, 4000, 800, 1080, 1920, 600, 800}, {4000, 3000, 800, 1080, 1920, 800, 600},
-                         {3000, 4000, 9999, 1080, 1920, 1009, 1345}, {1000, 4000, 9999, 1080, 1920, 384, 1536},
-                         {300, 400, 800, 1080, 1920, 600, 800}}) {
+    // clang-format off
+    const Row rows[] = {{3000, 4000, 800, 1080, 1920, 600, 800}, {4000, 3000, 800, 1080, 1920, 800, 600},
+                        {3000, 4000, 9999, 1080, 1920, 1009, 1345}, {1000, 4000, 9999, 1080, 1920, 384, 1536},
+                        {300, 400, 800, 1080, 1920, 600, 800}};
+    // clang-format on
+    for (const Row& r : rows) {
         const PreviewSize size = preview_size(r.height, r.width, r.most, r.screen_height, r.screen_width);
         EXPECT_EQ(size.height, r.wanted_height);
         EXPECT_EQ(size.width, r.wanted_width);
@@ -206,10 +215,10 @@ TEST(PostViewerNumbers, StandInTheOrderOfTheViewer) {
     s.window_offset = 0.125F;
     s.band_left = 0.5F;
     const ViewerFrame frame{4, 3, {0.1, 0.2, 0.3, 0.4}};
-    const std::vector<std::string> expected{
-        "4",        "4",        "3",        "4.000000", "0.250000",  "0.100000", "0.200000", "0.300000",
-        "0.400000", "0.000000", "0.500000", "0.000000", "32.031000", "0.500000", "0.000000", "-0.250000",
-        "0.000000", "0.000000", "1.000000", "0"};
+    const std::vector<std::string> expected{"4",         "4",        "3",         "4.000000", "0.250000",
+                                            "0.100000",  "0.200000", "0.300000",  "0.400000", "0.000000",
+                                            "0.500000",  "0.000000", "32.031000", "0.500000", "0.000000",
+                                            "-0.250000", "0.000000", "0.000000",  "1.000000", "0"};
     EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031), expected);
     s.right = 0.5F;
     EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031)[9], "0.125000")
@@ -222,8 +231,11 @@ TEST(RatioCode, NamesHeightAndWidth) {
     struct Row {
         int code, height, width;
     };
-    for (const Row& r : {Row{1, 1, 1}, {-1, 1, 1}, {2, 4, 5}, {3, 3, 4}, {4, 2, 3}, {5, 9, 16}, {6, 1, 2}, {-2, 5, 4},
-                         {-3, 4, 3}, {-4, 3, 2}, {-5, 16, 9}, {-6, 2, 1}, {99, 150, 500}}) {
+    // clang-format off
+    const Row rows[] = {{1, 1, 1}, {-1, 1, 1}, {2, 4, 5}, {3, 3, 4}, {4, 2, 3}, {5, 9, 16}, {6, 1, 2}, {-2, 5, 4},
+                        {-3, 4, 3}, {-4, 3, 2}, {-5, 16, 9}, {-6, 2, 1}, {99, 150, 500}};
+    // clang-format on
+    for (const Row& r : rows) {
         const auto ratio = ratio_of_code(r.code, preview, box);
         ASSERT_TRUE(ratio) << r.code;
         EXPECT_EQ(ratio->height, r.height) << r.code;
@@ -237,8 +249,10 @@ TEST(FittedRatio, StaysInsideTheWantedSides) {
     struct Row {
         RatioSides ratio, wanted, fitted;
     };
-    for (const Row& r : {Row{{1, 1}, {480, 640}, {480, 480}}, {{9, 16}, {480, 640}, {360, 640}},
-                         {{3, 4}, {480, 0}, {480, 640}}, {{3, 4}, {0, 640}, {480, 640}}}) {
+    for (const Row& r : {Row{{1, 1}, {480, 640}, {480, 480}},
+                         {{9, 16}, {480, 640}, {360, 640}},
+                         {{3, 4}, {480, 0}, {480, 640}},
+                         {{3, 4}, {0, 640}, {480, 640}}}) {
         const RatioSides fitted = fit_ratio(r.ratio, r.wanted);
         EXPECT_EQ(fitted.height, r.fitted.height);
         EXPECT_EQ(fitted.width, r.fitted.width);
