@@ -206,7 +206,7 @@ void write_calculator(Run& run) {
     if (const std::string reason = write_comfort_calculator(page, language); !reason.empty()) {
         run.voice.tell_everywhere(
             format_text(run.messages.either("The comfort calculator could not be written: %s\n",
-                                            "Der Komfortrechner konnte nicht geschrieben werden: %s\n"),
+                                            "Der Comfort Calculator konnte nicht geschrieben werden: %s\n"),
                         printable(reason).c_str()));
     }
 }
