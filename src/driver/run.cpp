@@ -291,7 +291,7 @@ void tell_end(Run& run, int processed) {
                               format_text("%d/%d\n", processed, run.list.count());
     const std::string banner = messages.text<Msg::main_report_end_banner>();
     run.voice.print_and_report(rule + count + rule + '\n' + rule + banner + rule);
-    run.voice.report_html(html_paragraph(count) + html_paragraph(banner));
+    run.voice.report_html("<hr>\n" + html_paragraph(without_rule(count)) + html_paragraph(without_rule(banner)));
     const std::string broken = run.report.close();
     run.voice.set_report(nullptr);
     if (!broken.empty()) {
