@@ -411,6 +411,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
         call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
         const ChildResult result = run_child(call);
         reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
+        pipeline.warp.colours = read_colour_change(p, voice);
     }
     if (!reason.empty()) {
         voice.print_and_report("   " + printable(reason) + '\n');

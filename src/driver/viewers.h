@@ -22,8 +22,8 @@ enum class ViewerDecision {
 /// nothing is stored, the status of the pair.
 [[nodiscard]] ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair);
 
-/// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph. The anaglyph
-/// reads the file of colours when it is made.
+/// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph. The warp's
+/// colours are read anew; the anaglyph reads its own when it is made.
 void adjust_anaglyph_colours(Pipeline& pipeline);
 
 /// Whether the views are mounted in another order than settings and names give: their record would not fit
