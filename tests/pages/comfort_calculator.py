@@ -6,10 +6,11 @@ import sys
 import tempfile
 import unittest
 
-from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select
+
+from browser import open_browser
 
 COLOURS = {"green": "rgb(0, 255, 0)", "yellow": "rgb(255, 255, 0)", "red": "rgb(255, 0, 0)"}
 RATIOS = {"4:3": 4 / 3, "16:10": 1.6, "16:9": 16 / 9, "Kino": 2048 / 1080}
@@ -33,12 +34,7 @@ class ComfortCalculator(unittest.TestCase):
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory(prefix="zemora pages #")
         subprocess.run([PROGRAM, cls.folder.name], check=True, stdout=subprocess.DEVNULL)
-        options = webdriver.ChromeOptions()
-        for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--window-size=1000,900"):
-            options.add_argument(argument)
-        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-        service = webdriver.chrome.service.Service("/usr/bin/chromedriver")
-        cls.browser = webdriver.Chrome(service=service, options=options)
+        cls.browser = open_browser()
 
     @classmethod
     def tearDownClass(cls):
