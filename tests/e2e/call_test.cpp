@@ -172,7 +172,7 @@ TEST(Reports, TellThePairInTextAndEscapedHtml) {
     ASSERT_EQ(workshop.run({"a&b_l.bmp", "a&b_r.bmp", "--ReportMode=1", "--StereoOutput=0"}).exit_code, 0);
     const std::string text = read_text(workshop.path("zemora_report.txt"));
     const std::string html = read_text(workshop.path("zemora_report.html"));
-    for (const char* told : {"a&b_l.bmp", "Height = ", "processed images: 1/1"}) {
+    for (const char* told : {"a&b_l.bmp", "Mean error of height        = ", "processed images: 1/1"}) {
         EXPECT_NE(text.find(told), std::string::npos) << text;
     }
     EXPECT_NE(html.find("a&amp;b_l.bmp"), std::string::npos) << html;
