@@ -1,10 +1,13 @@
-// Views from a photo and its depth mask, beside a plain copy of the photo.
+// Views from a photo and its depth mask, and the motion between two frames, beside plain copies.
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 
+#include "config/voice.h"
+#include "depth/depth_masks.h"
 #include "depth/depth_views.h"
+#include "depth/motion_field.h"
 
 namespace {
 
@@ -50,5 +53,73 @@ void copy_12mp(benchmark::State& state) {
     }
 }
 BENCHMARK(copy_12mp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+constexpr int kFrameWidth = 1920;
+constexpr int kFrameHeight = 1080;
+
+/// Frame `number` of a pan across a wall of fine texture with a disc in front that runs the other way.
+Bitmap make_frame(int number) {
+    Bitmap bitmap = Bitmap::create(kFrameWidth, kFrameHeight);
+    const auto texture = [](int x, int y) {
+        unsigned mixed =
+            static_cast<unsigned>(x / 3) * 374761393U + static_cast<unsigned>(y / 3) * 668265263U;
+        mixed = (mixed ^ (mixed >> 13)) * 1274126177U;
+        return static_cast<std::uint8_t>(mixed >> 24);
+    };
+    for (int y = 0; y < kFrameHeight; ++y) {
+        std::uint8_t* pixel = bitmap.picture().row(y);
+        for (int x = 0; x < kFrameWidth; ++x, pixel += kPixelBytes) {
+            const bool is_disc = std::hypot(x - 900 - 4 * number, y - 500) < 300.0;
+            const int shifted = is_disc ? x - 4 * number : x + 2 * number;
+            pixel[0] = pixel[1] = pixel[2] = texture(shifted, is_disc ? y + 5000 : y);
+        }
+    }
+    return bitmap;
+}
+
+struct Talk {
+    Console console;
+    MessageCatalogue messages{Language::english};
+    ParameterSet parameters;
+    Voice voice{console, messages, parameters};
+};
+
+void motion_field_2mp(benchmark::State& state) {
+    const Bitmap from = make_frame(0);
+    const Bitmap to = make_frame(1);
+    Talk talk;
+    MotionField field(talk.voice);
+    for ([[maybe_unused]] auto round : state) {
+        field.estimate_motion_field(from.picture(), to.picture());
+        benchmark::ClobberMemory();
+    }
+    if (field.at(950, 500) != MotionVector{4, 0} || field.at(100, 100) != MotionVector{-2, 0}) {
+        state.SkipWithError("the motion is wrong");
+    }
+}
+BENCHMARK(motion_field_2mp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void moved_mask_2mp(benchmark::State& state) {
+    const Bitmap from = make_frame(0);
+    Talk talk;
+    MotionField field(talk.voice);
+    field.estimate_motion_field(from.picture(), make_frame(1).picture());
+    const Bitmap target = Bitmap::create(kFrameWidth, kFrameHeight);
+    for ([[maybe_unused]] auto round : state) {
+        project_depth_mask(field, from.picture(), target.picture());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(moved_mask_2mp)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void copy_2mp(benchmark::State& state) {
+    const Bitmap frame = make_frame(0);
+    const Bitmap target = Bitmap::create(kFrameWidth, kFrameHeight);
+    for ([[maybe_unused]] auto round : state) {
+        copy(frame.picture(), target.picture());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(copy_2mp)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace

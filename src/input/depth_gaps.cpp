@@ -52,19 +52,28 @@ struct CounterPlace {
     std::size_t length = 0;
 };
 
+bool has_digits_only(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// Between the last two separators, or behind the last one where only there digits stand or it is alone.
 CounterPlace counter_place(const std::string& name, char separator) {
     const std::size_t last = name.rfind(separator);
     if (last == std::string::npos) {
         return {};
     }
+    const std::size_t start = last + 1;
+    const std::size_t dot = name.rfind('.');
+    const CounterPlace behind{start, (dot == std::string::npos || dot < start ? name.size() : dot) - start};
     const std::size_t before = last == 0 ? std::string::npos : name.rfind(separator, last - 1);
-    const std::size_t start = before == std::string::npos ? last + 1 : before + 1;
-    std::size_t end = last;
     if (before == std::string::npos) {
-        const std::size_t dot = name.find('.', start);
-        end = dot == std::string::npos ? name.size() : name.rfind('.');
+        return behind;
     }
-    return {start, end - start};
+    const CounterPlace between{before + 1, last - before - 1};
+    const auto counts = [&](const CounterPlace& place) {
+        return has_digits_only(name.substr(place.start, place.length));
+    };
+    return counts(behind) && !counts(between) ? behind : between;
 }
 
 }  // namespace

@@ -15,8 +15,9 @@ struct FrameCounter {
     int digits = 0;
 };
 
-/// The text between the last two `separator` of the bare name, or with a single one between it and the
-/// last "."; 0 with 0 digits without one.
+/// The text between the last two `separator` of the bare name ("a_0012_rgb.jpg"). Where those are no digits
+/// but the text from the last one to the last "." is ("my_film_0012.jpg"), and with a single separator, that
+/// text; 0 with 0 digits without one.
 [[nodiscard]] FrameCounter file_counter(const std::string& path, char separator);
 
 /// The path with its counter replaced by `value`, in as many digits.

@@ -19,7 +19,9 @@ TEST(FrameCounters, StandBetweenTheLastSeparators) {
     const Row rows[] = {
         {"/a_9_/x_0012_rgb.jpg", 12, 4},
         {"x_0012.jpg", 12, 4},
-        {"x_0012.tar_3.jpg", 12, 8},
+        {"my_film_0012.jpg", 12, 4},
+        {"x_12_007.jpg", 12, 2},
+        {"x_12ab_cd.jpg", 12, 4},
         {"_7.jpg", 7, 1},
         {"x7.jpg", 0, 0},
         {"a_b_c_5_.jpg", 5, 1},
