@@ -110,11 +110,15 @@ std::string cell_text(const GridTable& table, const PhaseTables& tables, std::si
 std::string table_text(const GridTable& table, const PhaseTables& tables) {
     const std::string title = table.title;
     const std::size_t shown = title.size() - title.find_first_not_of('\n');
-    std::string text = title + '\n' + std::string(shown, '-') + "\n    ";
+    std::string text = title + '\n';
+    text.append(shown, '-');
+    text += "\n    ";
     for (int column = 0; column < tables.grid.side; ++column) {
         text += format_text("%5d   ", column);  // as wide as a cell
     }
-    text += '\n' + std::string(kRule, '-') + '\n';
+    text += '\n';
+    text.append(kRule, '-');
+    text += '\n';
     for (int row = tables.grid.side - 1; row >= 0; --row) {
         text += format_text("%3d |", row);
         for (int column = 0; column < tables.grid.side; ++column) {

@@ -66,14 +66,14 @@ TEST(RunReport, NamesFollowTheReportMode) {
 
 TEST(RunReport, AppendedRunsMakeOnePage) {
     Reports reports;
-    reports.run("first", true);
+    reports.run("opening", true);
     const std::string page = reports.run("second", true, true);
-    for (const char* once : {"<head>", "</html>", "<hr>\n", "function OpenComCalc", "<p>first</p>"}) {
+    for (const char* once : {"<head>", "</html>", "<hr>\n", "function OpenComCalc", "<p>opening</p>"}) {
         EXPECT_EQ(count_of(page, once), 1) << once;
     }
     EXPECT_EQ(count_of(page, "<h2>Analysing Report from Zemora 0.9i</h2>"), 2);
     EXPECT_EQ(count_of(read_text(reports.names.text), "==== Analysing Report"), 2);
-    EXPECT_EQ(count_of(reports.run("third", false), "first"), 0);
+    EXPECT_EQ(count_of(reports.run("third", false), "opening"), 0);
 }
 
 TEST(RunReport, PageCutOffByAKillGoesOnBehindItsLastByte) {
@@ -101,7 +101,7 @@ TEST(RunReport, FullDiskIsToldAndLeavesAWholePage) {
     ASSERT_EQ(full.open({"/dev/full", reports.names.html, false}, false), "");
     EXPECT_EQ(full.close(), "/dev/full");
 
-    const std::string before = reports.run("first", false);
+    const std::string before = reports.run("opening", false);
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit unlimited{};
     getrlimit(RLIMIT_FSIZE, &unlimited);
