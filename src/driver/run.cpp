@@ -191,7 +191,7 @@ void make_calibration_image(Run& run) {
     run.end(kExitFailure);
 }
 
-/// Lists of videos and sequences are written; the pictures themselves are not made yet.
+/// Lists of videos and sequences are written; their pictures are not processed.
 void refuse_video(Run& run) {
     if (run.parameters.video_mode != 0) {
         refuse_run(run, "Videos are not processed by this version.\n",
