@@ -73,8 +73,14 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
     return true;
 }
 
+/// What the pair has before the user sees it.
+struct BeforeViewer {
+    std::chrono::steady_clock::duration measuring{};  ///< The time that the pair took so far.
+    int force_size = kForceNothing;
+};
+
 /// Puts back what the stores of the first time have changed.
-void prepare_repeat(Pipeline& pipeline, PairRun& pair) {
+void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& before) {
     pipeline.voice.say<Msg::main_same_image_repeated>();
     pipeline.voice.wait(WaitAbove::warning);
     pair.failure_told = pair.store_failed = false;
@@ -82,26 +88,26 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair) {
     warp.frame = pipeline.initial_frame;
     warp.work_height = pipeline.parameters.work_height;
     warp.work_width = pipeline.parameters.work_width;
-    pipeline.given_names.start_repeat();
+    warp.force_size = before.force_size;
 }
 
-/// Shows the pair to the user, whose time does not count.
-ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair) {
-    const auto before = std::chrono::steady_clock::now();
+/// Shows the pair to the user, whose time does not count, and neither does that of earlier stores.
+ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair, const BeforeViewer& before) {
     if (pair.repeat) {
-        prepare_repeat(pipeline, pair);
+        prepare_repeat(pipeline, pair, before);
     }
     const ViewerDecision decision = run_post_viewer(pipeline, pair);
     pair.repeat = decision == ViewerDecision::repeat;
-    pair.start += std::chrono::steady_clock::now() - before;
+    pair.start = std::chrono::steady_clock::now() - before.measuring;
     return decision;
 }
 
 /// From the corrections to the stored pictures, again as long as the post viewer asks for it. True when the
 /// views are to change places.
 bool mount_pair(Pipeline& pipeline, PairRun& pair) {
+    const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pipeline.warp.force_size};
     do {
-        const ViewerDecision decision = show_to_user(pipeline, pair);
+        const ViewerDecision decision = show_to_user(pipeline, pair, before);
         if (decision == ViewerDecision::swap) {
             return true;
         }
@@ -155,10 +161,9 @@ bool run_stages(Pipeline& pipeline, PairRun& pair) {
 }
 
 void run_pair(Pipeline& pipeline, int index) {
-    pipeline.given_names.start_pair();
     bool exchanged = false;
     bool counted = false;
-    for (bool goes_on = true; goes_on; pipeline.given_names.start_repeat()) {
+    for (bool goes_on = true; goes_on;) {
         PairRun pair;
         pair.index = index;
         pair.exchanged = exchanged;

@@ -267,26 +267,10 @@ std::string stamp_text(long long calendar_seconds) {
     return format_text("_%04d.%02d.%02d_%02d.%02d.%02d", t.year, t.month, t.day, t.hour, t.minute, t.second);
 }
 
-void GivenNames::start_pair() {
-    of_pair_.clear();
-    latest_.clear();
-}
-
-bool GivenNames::take(const OutputName& name) {
-    const std::size_t hash = std::hash<std::string>()(name.path());
-    const bool is_own = of_pair_.contains(hash) && !latest_.contains(hash);
-    if (!is_own && !given_.insert(hash).second) {
-        return false;
-    }
-    of_pair_.insert(hash);
-    latest_.insert(hash);
-    return true;
-}
-
 bool GivenNames::claim(OutputName& name) {
     const std::string stamp = name.stamp;
     bool changed = false;
-    for (int number = 2; !take(name); ++number) {
+    for (int number = 2; !given_.insert(std::hash<std::string>()(name.path())).second; ++number) {
         name.stamp = stamp + format_text("-%d", number);
         changed = true;
     }

@@ -65,25 +65,16 @@ void add_extra_ending(OutputName& name, int extra_output, bool inverse_output);
 /// The stamp of a moment: "_%04d.%02d.%02d_%02d.%02d.%02d".
 [[nodiscard]] std::string stamp_text(long long calendar_seconds);
 
-/// Names given away in this run: a second one of the same path gets "-2" before its kind tail. A pair that
-/// is stored once more may take its own names again.
+/// Names given away in this run: a second one of the same path gets "-2" before its kind tail, also when a
+/// pair is stored once more.
 class GivenNames {
 public:
-    /// The names to come are those of another pair.
-    void start_pair();
-    /// The names to come replace those of the pair at work.
-    void start_repeat() { latest_.clear(); }
     /// Changes `name` until it is new; true when it had to.
     bool claim(OutputName& name);
 
 private:
-    [[nodiscard]] bool take(const OutputName& name);
-
     /// By hash, so that a long run stays small; a chance collision costs a needless "-2".
-    using Hashes = std::unordered_set<std::size_t>;
-    Hashes given_;
-    Hashes of_pair_;
-    Hashes latest_;  ///< Since the pair or its repeat began.
+    std::unordered_set<std::size_t> given_;
 };
 
 }  // namespace zemora

@@ -31,11 +31,12 @@ int is_last(const Pipeline& pipeline, const PairRun& pair) {
     return pair.index + 1 == pipeline.list.count() ? 1 : 0;
 }
 
+/// With the side that each file has by its name, also after an exchange by the user.
 template <class Visit>
 void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
     if (pipeline.list.two_files) {
-        visit(pair.files.left, FileSide::left);
-        visit(pair.files.right, FileSide::right);
+        visit(pair.files.left, pair.exchanged ? FileSide::right : FileSide::left);
+        visit(pair.files.right, pair.exchanged ? FileSide::left : FileSide::right);
     } else {
         visit(pair.files.stereo, FileSide::stereo);
     }
@@ -92,7 +93,8 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         result.status = "QU";
     } else if (has_values && pair.status == StatusCode::success && !has_exchanged_views(pipeline, pair)) {
         result = {"OK", &record};
-    } else if (has_values && is_written(pair.status)) {
+    } else if (has_values && is_written(pair.status) &&
+               !(pair.exchanged && pipeline.list.stored(pair.index) != nullptr)) {
         result.status = "IM";
     } else {
         return;  // tried again by a later run, or nothing new

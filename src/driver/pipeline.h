@@ -135,6 +135,8 @@ void run_image_pipeline(Pipeline& pipeline);
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
 /// The corrections and the window of a record, at the scale of the pair.
 void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
+/// The selection of a record, and its shape for the final warps.
+void take_selection_and_shape(const StoredCorrectionRecord& record, Pipeline& pipeline, PairRun& pair);
 /// Stereo window from the measured disparities.
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
 /// What all warps for the output of a pair have in common: source, correction, tone; not scale and shift.

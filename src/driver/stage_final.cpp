@@ -140,48 +140,44 @@ bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
     return true;
 }
 
-/// The whole frame of the final warp over its target's width, as the window and its shift by the user leave
-/// it.
-double width_ratio_after_viewer(const Pipeline& pipeline, const PairRun& pair) {
-    const double width = pair.working_width;
-    const double work_width = pipeline.parameters.work_width;
-    const double selection_shift_px = pair.selection.window_offset * width;
-    const double window_px = selection_shift_px + pair.window.output_window_px;
-    const double shift_px = pair.scale * pair.correction.shift_px;
+/// What is left of the frame's width once the window and its shift by the user are in place. The measured
+/// area lost the shift of the views, which the final warp takes only in part.
+double kept_width(const PairRun& pair) {
+    const double selection_shift_px = static_cast<double>(pair.selection.window_offset) * pair.working_width;
     const double warped_shift_px = pair.scale * pair.window.pure_shift_px - selection_shift_px;
-    double kept_px = width + std::fabs(window_px);
-    if ((window_px < 0.0) != (shift_px < 0.0)) {
-        kept_px = width - std::fabs(window_px);
-    } else if (std::fabs(shift_px) <= std::fabs(window_px)) {
-        kept_px = std::fabs(shift_px) + width - std::fabs(warped_shift_px);
-    }
-    return work_width / std::max(kept_px, 1.0);
+    const double measured_shift_px = pair.analysed ? pair.scale * pair.correction.shift_px : 0.0;
+    return std::max(pair.common_area.width() + std::fabs(measured_shift_px) - std::fabs(warped_shift_px),
+                    1.0);
 }
 
-/// How far the whole frame of the corrected pair is from the target size.
+/// Target over present size before the final warp: of the selected window, or of what is kept of the frame.
 SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kCropped = 2;  // of `CroppOutput`, and above
     const ParameterSet& p = pipeline.parameters;
     const SelectionBox& selection = pair.selection;
+    double height = std::max(pair.common_area.height(), 1);
+    double width = std::max(pair.common_area.width(), 1);
+    if (selection.mode != 0) {
+        height = (static_cast<double>(selection.top) - selection.bottom) * pair.working_height;
+        width = (static_cast<double>(selection.right) - selection.left) * pair.working_width;
+    } else if (p.post_viewer_active != 0) {
+        width = p.cropp_output < kCropped ? pair.working_width : kept_width(pair);
+    }
     SizeRepeat first;
     first.height_done = first.width_done = false;
-    first.ratio_height = static_cast<double>(p.work_height) / std::max(pair.common_area.height(), 1);
-    first.ratio_width = static_cast<double>(p.work_width) / std::max(pair.common_area.width(), 1);
-    if (p.post_viewer_active == 0) {
-        return first;
-    }
-    if (p.cropp_output < kCropped) {
-        first.ratio_width = static_cast<double>(p.work_width) / pair.working_width;
-        return first;
-    }
-    first.ratio_width = width_ratio_after_viewer(pipeline, pair);
-    if (selection.mode != 0) {
-        const double shift = selection.window_offset;
-        first.ratio_width *= (1.0 - shift) / (static_cast<double>(selection.right) - selection.left);
-        first.ratio_height = p.work_height / (static_cast<double>(selection.top) - selection.bottom) /
-                             std::max(pair.working_height, 1);
-    }
+    first.ratio_height = p.work_height / height;
+    first.ratio_width = p.work_width / width;
     return first;
+}
+
+/// `CroppOutput` 3 with a window: the side that needs the smaller factor is forced, so that all of the window
+/// stays inside the target.
+void force_side_of_window(WarpState& warp, const PairRun& pair, const SizeRepeat& first) {
+    const bool single = warp.force_size == kForceWidth || warp.force_size == kForceHeight;
+    if (warp.cropp_output == 3 && pair.selection.mode != 0 && single && warp.work_height > 0 &&
+        warp.work_width > 0) {
+        warp.force_size = first.ratio_height <= first.ratio_width ? kForceHeight : kForceWidth;
+    }
 }
 
 }  // namespace
@@ -231,9 +227,11 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     warp.total_scale = static_cast<float>(pair.scale);
     warp.frame_height = pair.working_height;
     warp.frame_width = pair.working_width;
+    const SizeRepeat first = first_size(pipeline, pair);
+    force_side_of_window(warp, pair, first);
     // Also without any product to store: the result is measured on this warp.
     if (!warp_once(
-            pipeline, pair, first_size(pipeline, pair),
+            pipeline, pair, first,
             pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
                                              "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
         return false;

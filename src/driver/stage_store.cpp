@@ -39,10 +39,13 @@ constexpr ProductWords kLeftRightWords{"your error code is (left/right image): "
                                        "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
 SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
-    if (pipeline.list.two_files) {
-        return {pair.files.left, pair.files.right, pipeline.input.full()};
+    const InputPair& input = pipeline.input;
+    if (!pipeline.list.two_files) {
+        return {pair.files.stereo, pair.files.stereo, input.full(), input.inverse_input == 1};
     }
-    return {pair.files.stereo, pair.files.stereo, pipeline.input.full()};
+    const PairFiles& files = pair.files;
+    return input.swap_views ? SourceFiles{files.right, files.left, input.full()}
+                            : SourceFiles{files.left, files.right, input.full()};
 }
 
 /// Both views' names of one product: stamped, combined where the pair has no common base, unique.

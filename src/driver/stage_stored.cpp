@@ -26,6 +26,24 @@ void take_record(Pipeline& pipeline, PairRun& pair) {
     take_geometry(r, pair);
     pair.deviation = r[kRecordDeviation];
     pair.original_near_px = r[kRecordNearPoint];
+    take_selection_and_shape(r, pipeline, pair);
+}
+
+}  // namespace
+
+void take_geometry(const StoredCorrectionRecord& r, PairRun& pair) {
+    pair.window.pure_shift_px = r[kRecordPureShift];
+    pair.window.window_shift_px = r[kRecordWindowShift];
+    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
+    pair.correction = {r[kRecordHeight],
+                       r[kRecordPureShift] + r[kRecordWindowShift],
+                       r[kRecordSize] / 100.0,
+                       r[kRecordRotation] * kRadiansPerDegree,
+                       r[kRecordVergenceV] * kRadiansPerDegree,
+                       r[kRecordVergenceH] * kRadiansPerDegree};
+}
+
+void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipeline, PairRun& pair) {
     SelectionBox& selection = pair.selection;
     selection.window_offset = static_cast<float>(r[kRecordSelectionShift]);
     selection.left = static_cast<float>(r[kRecordSelectionLeft]);
@@ -41,20 +59,6 @@ void take_record(Pipeline& pipeline, PairRun& pair) {
     p.common_trapez = static_cast<float>(r[kRecordCommonTrapez]);
     p.sym_trapez = static_cast<float>(r[kRecordSymTrapez]);
     p.trapez_scale = r[kRecordTrapezScale] != 0.0 ? static_cast<float>(r[kRecordTrapezScale]) : 1.0F;
-}
-
-}  // namespace
-
-void take_geometry(const StoredCorrectionRecord& r, PairRun& pair) {
-    pair.window.pure_shift_px = r[kRecordPureShift];
-    pair.window.window_shift_px = r[kRecordWindowShift];
-    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
-    pair.correction = {r[kRecordHeight],
-                       r[kRecordPureShift] + r[kRecordWindowShift],
-                       r[kRecordSize] / 100.0,
-                       r[kRecordRotation] * kRadiansPerDegree,
-                       r[kRecordVergenceV] * kRadiansPerDegree,
-                       r[kRecordVergenceH] * kRadiansPerDegree};
 }
 
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {

@@ -3,8 +3,8 @@
 #include <FreeImage.h>
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -12,6 +12,7 @@
 #include "driver/outside_steps.h"
 #include "driver/viewer_exchange.h"
 #include "driver/viewer_preview.h"
+#include "input/list_line.h"
 #include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
@@ -78,9 +79,10 @@ std::string in_image_folder(const Pipeline& pipeline, const std::string& name) {
 
 /// What an earlier run may have left under a name of the exchange; a link goes, not what it leads to.
 void remove_exchange_file(const Pipeline& pipeline, const std::string& name) {
-    const std::string path = in_image_folder(pipeline, name);
-    if (!is_directory(path)) {
-        (void)std::remove(path.c_str());
+    const std::filesystem::path path = in_image_folder(pipeline, name);
+    std::error_code error;
+    if (!std::filesystem::is_directory(std::filesystem::symlink_status(path, error))) {
+        std::filesystem::remove(path, error);
     }
 }
 
@@ -90,7 +92,7 @@ int run_viewer(const Pipeline& pipeline, const PairRun& pair, const std::string&
     std::vector<std::string> call{program, pipeline.parameters.path_of_images, pair.left_relative,
                                   pair.right_relative};
     call.insert(call.end(), numbers.begin(), numbers.end());
-    const ChildResult result = run_child(call);
+    const ChildResult result = run_beside_console(call);
     if (!result.error.empty()) {
         pipeline.voice.print_and_report("   " + printable(program) + ": " + result.error + '\n');
     }
@@ -216,17 +218,6 @@ void take_ratio(Pipeline& pipeline, const PairRun& pair, const RatioSides& ratio
     p.work_width = pipeline.warp.work_width = sides.width;
 }
 
-/// `CroppOutput` 3: the side of the selection that is smaller against the target is forced.
-void force_side_of_selection(Pipeline& pipeline, const PreviewSize& shown, const ViewerBox& box) {
-    const ParameterSet& p = pipeline.parameters;
-    if (p.cropp_output != 3 || p.work_height <= 0 || p.work_width <= 0) {
-        return;
-    }
-    const bool height =
-        p.work_height / ((shown.height - 1) * box.height) <= p.work_width / ((shown.width - 1) * box.width);
-    pipeline.warp.force_size = height ? kForceHeight : kForceWidth;
-}
-
 void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answer,
                  const PreviewSize& shown) {
     ParameterSet& p = pipeline.parameters;
@@ -240,10 +231,9 @@ void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answ
         take_ratio(pipeline, pair, *ratio);
     }
     take_selection(answer, pair.selection);
+    // In the digits of a list, so that a later run that applies them gives the very same picture.
+    take_selection_and_shape(as_listed(record_of(pipeline, pair)), pipeline, pair);
     pipeline.warp.inverse_output = answer.swaps_output ? 1 - p.inverse_output : p.inverse_output;
-    if (answer.has_selection) {
-        force_side_of_selection(pipeline, shown, answer.box);
-    }
 }
 
 /// The pair ends without stores; its files are not to blame and stay where they are.
@@ -409,7 +399,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     if (reason.empty()) {
         show_help(voice, Program::colour_script);
         call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
-        const ChildResult result = run_child(call);
+        const ChildResult result = run_beside_console(call);
         reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
         pipeline.warp.colours = read_colour_change(p, voice);
     }

@@ -110,6 +110,21 @@ ChildResult run_child(const std::vector<std::string>& arguments, bool pass_error
     return result;
 }
 
+ChildResult run_beside_console(const std::vector<std::string>& arguments) {
+    ChildResult result;
+    FileActions actions;
+    actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+    pid_t child = 0;
+    const int error = arguments.empty() ? ENOENT : spawn(arguments, actions, child);
+    if (error == 0) {
+        result.exit_code = wait_for(child);
+    } else {
+        result.error = std::strerror(error);
+    }
+    return result;
+}
+
 bool start_child(const std::vector<std::string>& arguments) {
     FileActions actions;
     actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);

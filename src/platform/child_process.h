@@ -21,6 +21,10 @@ struct ChildResult {
 [[nodiscard]] ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors = false,
                                     bool plain_language = false);
 
+/// Runs a program that a person works with, as `run_child`, but what it prints goes to the console at once:
+/// flush that before. Only its own end is waited for, not that of programs it leaves behind.
+[[nodiscard]] ChildResult run_beside_console(const std::vector<std::string>& arguments);
+
 /// Starts a program and does not wait for it. False when it could not be started.
 [[nodiscard]] bool start_child(const std::vector<std::string>& arguments);
 

@@ -22,6 +22,7 @@ struct SourceFiles {
     std::string right;
     /// The views as they were loaded, with 8 bits: what has the passepartout colour in them is no picture.
     StereoPicture views{};
+    bool halves_exchanged = false;  ///< The left view is the right half of the stereo file.
 };
 
 /// Turns or mirrors the working pair by `RotMirOutputLeft` and `RotMirOutputRight`.

@@ -290,7 +290,7 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
     if (!single_views && parameters.stereo_image_input != kSideBySide) {
         return {};  // the views are not what the files show
     }
-    const bool inverse = parameters.inverse_input == 1;
+    const bool inverse = sources.halves_exchanged;
     const SourcePart left_part =
         single_views ? SourcePart::whole : (inverse ? SourcePart::right_half : SourcePart::left_half);
     const SourcePart right_part =

@@ -202,16 +202,6 @@ TEST(GivenNames, SecondUseGetsANumberBeforeTheTail) {
         EXPECT_EQ(names.claim(name), i > 0);
         EXPECT_EQ(name.bare(), expected[i]);
     }
-    const auto is_given = [&names] {
-        OutputName name = name_of("foo");
-        name.stamp = "_031";
-        return names.claim(name);
-    };
-    names.start_repeat();
-    EXPECT_FALSE(is_given()) << "a pair stored once more replaces its own";
-    EXPECT_TRUE(is_given()) << "once";
-    names.start_pair();
-    EXPECT_TRUE(is_given()) << "and another pair does not";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "tests/e2e/workshop.h"
@@ -139,13 +140,13 @@ INSTANTIATE_TEST_SUITE_P(Table, Answers, testing::Values(
     AnswerCase{"ratio_cut", {"--CroppOutput=4", "--OutputWidth=400", "--OutputHeight=300"}, "1 0 0.1 0.1 0.8 0.8 0 0 0 0 0 0 0 1 0 1 1", 240, 240, false, -1, -1},
     AnswerCase{"ratio_in_a_size", {"--CroppOutput=2", "--OutputWidth=400", "--OutputHeight=300"}, "1 0 0.1 0.1 0.6 0.8 0 0 0 0 0 0 0 1 0 1 1", 300, 300, false, -1, -1},
     AnswerCase{"selection_in_a_size", {"--CroppOutput=2", "--OutputWidth=600", "--OutputHeight=400"}, "1 0 0.2 0.3 0.6 0.5333 0 0 0 0 0 0 0 1 0 0 1", 600, 400, false, -1, -1},
+    AnswerCase{"wide_in_a_target", {"--CroppOutput=3", "--OutputWidth=400", "--OutputHeight=300"}, "1 0 0.2 0.3 0.6 0.4 0 0 0 0 0 0 0 1 0 0 1", 400, 200, false, -1, -1},
     AnswerCase{"cut_to_a_size", {"--CroppOutput=3", "--OutputWidth=600", "--OutputHeight=400"}, "1 0 0.2 0.3 0.6 0.5333 0 0 0 0 0 0 0 1 0 0 1", 600, 400, false, -1, -1}),
     [](const auto& test) { return std::string(test.param.name); });
 // clang-format on
 
 TEST_F(Viewers, ShapeReachesThePictureAndTheNextCall) {
-    plan(kPost,
-         {answer("0 0 0 0 1 1 0 0.05 0.1 0 0.3 0 0.05 1.01 0 0 1", 97), "sleep 1;" + answer(kAsItStands)});
+    plan(kPost, {answer("0 0 0 0 1 1 0 0.05 0.1 0 0.3 0 0.05 1.01 0 0 1", 97), answer(kAsItStands)});
     const Outcome outcome = mount({"--PostViewerActive=1", "--CroppOutput=0"});
     EXPECT_NE(arguments(2).find("\n0.050000\n32.0"), std::string::npos) << "the floating window";
     EXPECT_NE(arguments(2).find("\n0.100000\n0.000000\n-0.300000\n0.000000\n0.050000\n1.010000\n1\n"),
@@ -158,6 +159,10 @@ TEST_F(Viewers, ShapeReachesThePictureAndTheNextCall) {
         }
     }
     ASSERT_EQ(pictures.size(), 2U) << outcome.text;
+    // Stored within a second, the later one has a number behind its time.
+    std::sort(pictures.begin(), pictures.end(), [](const auto& a, const auto& b) {
+        return a.size() == b.size() ? a < b : a.size() < b.size();
+    });
     const Bitmap shaped = workshop.load(pictures[0]);
     const Bitmap plain = workshop.load(pictures[1]);
     EXPECT_GT(mean_difference(shaped.picture(), plain.picture()), 3.0);
@@ -199,6 +204,7 @@ INSTANTIATE_TEST_SUITE_P(Table, Exits, testing::Values(
     ExitCase{"abandon", {"exit 98"}, 1, "Abandoned by user", "", "foo_l.bmp"},
     ExitCase{"abandon_and_move", {"exit 99"}, 1, "Abandoned by user", "", "lq/foo_l.bmp"},
     ExitCase{"abandoned_repeat", {kGood + "97", "exit 98"}, 2, "Abandoned by user", "cl/foo_2", ""},
+    ExitCase{"exchanged_and_moved", {"exit 100", "exit 99"}, 2, "Abandoned by user", "", "lq/foo_l.bmp"},
     ExitCase{"late", {"(sleep 2; " + kGood + "0) >/dev/null & exit 0"}, 1, "images: 1/1", "cl/foo_cl.bmp", ""},
     ExitCase{"written_in_pieces", {"(echo '0 0 0 0 1 1' > \"$1/zemora_shift.txt\"; sleep 1; " + kGood + "0) >/dev/null & exit 0"}, 1, "images: 1/1", "cl/foo_cl.bmp", ""},
     ExitCase{"garbage", {"echo 'not a number' > \"$1/zemora_shift.txt\"; exit 0"}, 1, "zemora_shift.txt holds no answer", "", ""},
@@ -207,6 +213,26 @@ INSTANTIATE_TEST_SUITE_P(Table, Exits, testing::Values(
     ExitCase{"other_code", {kGood + "3"}, 1, kFailed, "", "foo_l.bmp"}),
     [](const auto& test) { return std::string(test.param.name); });
 // clang-format on
+
+TEST_F(Viewers, AListGivesThePicturesOfTheViewerAgain) {
+    save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");
+    for (const std::vector<std::string>& sizes :
+         {std::vector<std::string>{"--CroppOutput=3"},
+          {"--CroppOutput=2", "--OutputWidth=500", "--OutputHeight=400"}}) {
+        std::filesystem::remove(home_ / "32/count");
+        plan(kPost, {answer("1 0.0123 0.11 0.23 0.5 0.4 0.01 0 0.05 0 0.03 0 0 1.01 0 0 1")});
+        std::vector<std::string> settings{"--PostViewerActive=1", "--EstimateGeometry=1",
+                                          "--WriteDataBase=2"};
+        settings.insert(settings.end(), sizes.begin(), sizes.end());
+        ASSERT_TRUE(mount(settings).tells("images: 1/1"));
+        const std::string seen = read_text(workshop.path("cl/foo_cl.bmp"));
+        settings = {"--InputMode=10", "--EstimateGeometry=2"};
+        settings.insert(settings.end(), sizes.begin(), sizes.end());
+        ASSERT_TRUE(workshop.run(settings).tells("images: 1/1"));
+        EXPECT_EQ(read_text(workshop.path("cl/foo_cl.bmp")), seen) << sizes[0];
+        std::filesystem::remove(workshop.path("zemora_files.txt"));
+    }
+}
 
 TEST_F(Viewers, SwapStartsThePairOverWithItsViewsExchanged) {
     plan(kPost, {"exit 100", kGood + "0", "exit 100", kGood + "0"});
@@ -224,10 +250,12 @@ TEST_F(Viewers, SwapStartsThePairOverWithItsViewsExchanged) {
 
 TEST_F(Viewers, ExchangeFilesReplaceLinksAndNotTheirTargets) {
     workshop.write("mine", "mine");
-    for (const char* name : {"zemora_pl.bmp", "zemora_pr.bmp", "zemora_pl.bmp.tmp", "zemora_shift.txt"}) {
+    for (const char* name : {"zemora_pl.bmp", "zemora_pr.bmp", "zemora_pl.bmp.tmp"}) {
         std::filesystem::create_symlink("mine", workshop.path(name));
     }
     plan(kPost, {answer(kAsItStands)});
+    std::filesystem::create_directory(workshop.path("folder"));
+    std::filesystem::create_directory_symlink("folder", workshop.path("zemora_shift.txt"));
     EXPECT_TRUE(mount().tells("processed images: 1/1"));
     EXPECT_EQ(read_text(workshop.path("mine")), "mine");
     EXPECT_FALSE(std::filesystem::is_symlink(workshop.path("zemora_pl.bmp")));
