@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <regex>
+#include <sstream>
 
 namespace zemora {
 namespace {
@@ -38,14 +38,28 @@ bool holds(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-/// The words of a report up to `end`, without tags and rules.
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+}
+
+/// The words of a report up to `end` with a blank between them, without tags and rules.
 std::string words_of(std::string text, const std::string& end = "=====") {
     text = text.substr(0, text.find(end));
-    for (const auto& [pattern, word] :
-         {std::pair{"<[^>]*>|\n-+\n", " "}, {"&quot;", "\""}, {"&#39;", "'"}, {"\\s+", " "}, {"^ | $", ""}}) {
-        text = std::regex_replace(text, std::regex(pattern), word);
+    for (std::size_t open = text.find('<'); open != std::string::npos; open = text.find('<', open)) {
+        text.replace(open, text.find('>', open) + 1 - open, " ");
     }
-    return text;
+    replace_all(text, "&quot;", "\"");
+    replace_all(text, "&#39;", "'");
+    std::istringstream words(text);
+    std::string joined;
+    for (std::string word; words >> word;) {
+        if (word.find_first_not_of('-') != std::string::npos) {
+            joined += (joined.empty() ? "" : " ") + word;
+        }
+    }
+    return joined;
 }
 
 ParameterSet settings_of(int verbose_mode) {
