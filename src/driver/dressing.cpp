@@ -75,11 +75,8 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     std::string reason;
     for (const std::string* file : {&pair.left_thumb, &pair.right_thumb}) {
         if (pipeline.inputs.holds(*file)) {
-            pipeline.voice.print_and_report(
-                "   " + printable(*file) + ": " +
-                pipeline.voice.messages().either("It is an input of this run.",
-                                                 "Das ist eine Eingabedatei dieses Laufs.") +
-                '\n');
+            pipeline.voice.print_and_report("   " + printable(*file) + ": " +
+                                            input_of_run_text(pipeline.voice.messages()) + '\n');
             return;
         }
         if (!make_folders(folder_of(*file), reason)) {

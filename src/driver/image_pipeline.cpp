@@ -5,6 +5,7 @@
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
+#include "report/analysis_rows.h"
 #include "report/pair_report.h"
 
 namespace zemora {
@@ -55,14 +56,9 @@ bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
 
 namespace {
 
-/// Mode -3 differs from 3 only in the file that its record goes to.
-bool is_measured_mode(int mode) {
-    return mode == 1 || mode == 3 || mode == -3;
-}
-
 /// From the loaded pair to its corrections and its place behind the stereo window.
 bool find_geometry(Pipeline& pipeline, PairRun& pair) {
-    if (!is_measured_mode(pair.mode)) {
+    if (!counts_as_measured(pair.mode)) {
         apply_stored_geometry(pipeline, pair);
         return true;
     }

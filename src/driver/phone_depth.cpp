@@ -14,12 +14,18 @@ namespace zemora {
 
 namespace {
 
-constexpr int kInvert = 255;
-
-/// Apple keeps pictures of other kinds in the same place.
 bool is_gain_map(const std::vector<std::uint8_t>& file) {
     constexpr std::string_view kMark = "aux:hdrgainmap";
     return std::search(file.begin(), file.end(), kMark.begin(), kMark.end()) != file.end();
+}
+
+void invert(Picture picture) {
+    constexpr int kWhite = 255;
+    for (int y = 0; y < picture.height; ++y) {
+        std::uint8_t* row = picture.row(y);
+        std::transform(row, row + kPixelBytes * picture.width, row,
+                       [](std::uint8_t value) { return static_cast<std::uint8_t>(kWhite - value); });
+    }
 }
 
 LoadedPicture failed(const std::string& reason) {
@@ -33,36 +39,33 @@ LoadedPicture without_depth(const Voice& voice) {
     return failed(text.substr(0, text.find('\n')));
 }
 
-/// Puts the depth image into its place, upright as the photo.
-LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&& depth,
-                   const std::string& problem) {
+/// Puts the depth image into its place, upright as the photo. `write` gives the reason of its failure.
+template <class Write>
+LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&& depth, const Write& write) {
+    const std::string kept = kept_depth_name(photo);
+    std::string problem;
+    if (make_folders(folder_of(kept), problem)) {
+        problem = write(kept);
+    }
     if (!problem.empty()) {
         return failed(problem);
     }
-    exiftool.copy_orientation(photo, kept_depth_name(photo));
+    exiftool.copy_orientation(photo, kept);
     return std::move(depth);
 }
 
-std::string make_folder_of(const std::string& path) {
-    std::string reason;
-    return make_folders(folder_of(path), reason) ? std::string() : reason;
-}
-
+/// Apple's second picture, which may be of another kind.
 LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, const Voice& voice) {
     const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "MPImage2");
     if (file.empty() || is_gain_map(file)) {
         return without_depth(voice);
     }
-    const std::string kept = kept_depth_name(photo);
-    LoadedPicture depth = decode_picture(file, kept);
+    LoadedPicture depth = decode_picture(file, photo);
     if (depth.status != LoadStatus::done) {
         return depth;
     }
-    std::string problem = make_folder_of(kept);
-    if (problem.empty()) {
-        problem = write_file_whole(kept, file);
-    }
-    return keep(exiftool, photo, std::move(depth), problem);
+    return keep(exiftool, photo, std::move(depth),
+                [&](const std::string& kept) { return write_file_whole(kept, file); });
 }
 
 /// Samsung's map is dark near.
@@ -71,22 +74,15 @@ LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, const V
     if (file.empty()) {
         return without_depth(voice);
     }
-    const std::string kept = kept_depth_name(photo);
-    LoadedPicture depth = decode_picture(file, kept);
+    LoadedPicture depth = decode_picture(file, photo);
     if (depth.status != LoadStatus::done) {
         return depth;
     }
-    const Picture picture = depth.bitmap.picture();
-    for (int y = 0; y < picture.height; ++y) {
-        std::uint8_t* row = picture.row(y);
-        std::transform(row, row + kPixelBytes * picture.width, row,
-                       [](std::uint8_t value) { return static_cast<std::uint8_t>(kInvert - value); });
-    }
-    std::string problem = make_folder_of(kept);
-    if (problem.empty()) {
-        problem = encode_and_write(depth.bitmap.handle(), FIF_JPEG, JPEG_DEFAULT, kept);
-    }
-    return keep(exiftool, photo, std::move(depth), problem);
+    invert(depth.bitmap.picture());
+    FIBITMAP* picture = depth.bitmap.handle();
+    return keep(exiftool, photo, std::move(depth), [picture](const std::string& kept) {
+        return encode_and_write(picture, FIF_JPEG, JPEG_DEFAULT, kept);
+    });
 }
 
 /// A depth image that somebody put beside the photo moves to its place; an earlier run may have done so.
@@ -100,7 +96,8 @@ LoadedPicture read_beside(const std::string& photo, const Voice& voice) {
                                                       beside.c_str()));
     }
     LoadedPicture depth = load_picture(beside);
-    if (depth.status == LoadStatus::done && !file_exists(kept) && make_folder_of(kept).empty()) {
+    std::string reason;
+    if (depth.status == LoadStatus::done && !file_exists(kept) && make_folders(folder_of(kept), reason)) {
         (void)move_without_replacing(beside, kept);
     }
     return depth;

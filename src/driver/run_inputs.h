@@ -9,6 +9,11 @@
 
 namespace zemora {
 
+/// Why an output whose name is that of an input is not written.
+[[nodiscard]] inline const char* input_of_run_text(const MessageCatalogue& messages) {
+    return messages.either("It is an input of this run.", "Das ist eine Eingabedatei dieses Laufs.");
+}
+
 class RunInputs {
 public:
     explicit RunInputs(const ImageList& list) : list_(list) {}

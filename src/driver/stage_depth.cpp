@@ -17,9 +17,8 @@ void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& in
     const std::string path = colour_depth_name(input);
     const StereoPicture views = pipeline.input.full();
     const std::string reason =
-        pipeline.inputs.holds(path)
-            ? voice.messages().either("It is an input of this run.", "Das ist eine Eingabedatei dieses Laufs.")
-            : write_colour_depth(views.left, views.right, path);
+        pipeline.inputs.holds(path) ? input_of_run_text(voice.messages())
+                                    : write_colour_depth(views.left, views.right, path);
     if (!reason.empty()) {
         voice.tell_everywhere(printable(path) + voice.messages().text<Msg::main_directory_cannot_be_created>() +
                               "   " + printable(reason) + '\n');

@@ -119,10 +119,7 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
 
 void tell_input(const Pipeline& pipeline, PairRun& pair, const std::string& name, const ProductWords& words) {
     constexpr int kNotWritten = 2;
-    tell_failure(pipeline, pair, name,
-                 {kNotWritten, pipeline.voice.messages().either("It is an input of this run.",
-                                                                "Das ist eine Eingabedatei dieses Laufs.")},
-                 words);
+    tell_failure(pipeline, pair, name, {kNotWritten, input_of_run_text(pipeline.voice.messages())}, words);
 }
 
 SoftwareTagValues tag_values(const PairRun& pair) {

@@ -63,9 +63,7 @@ std::string save_view(Pipeline& pipeline, const Bitmap& view, const char* name) 
     const WarpState& warp = pipeline.warp;
     const std::string path = join_path(pipeline.parameters.path_of_images, name);
     if (pipeline.inputs.holds(path)) {
-        return path + ": " +
-               pipeline.voice.messages().either("It is an input of this run.",
-                                                "Das ist eine Eingabedatei dieses Laufs.");
+        return path + ": " + input_of_run_text(pipeline.voice.messages());
     }
     const Bitmap shown = Bitmap::create(warp.width, warp.height);
     if (!shown) {
