@@ -8,6 +8,7 @@
 #include "numerics/bitmap_file.h"
 #include "platform/paths.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora::test {
 
@@ -53,13 +54,6 @@ std::string name_of(const std::string& folder, const char* stem, int number) {
     return folder + '/' + stem + format_text("%04d.png", number);
 }
 
-struct Talk {
-    Console console;
-    MessageCatalogue messages{Language::english};
-    ParameterSet parameters;
-    Voice voice{console, messages, parameters};
-};
-
 double mean_difference_of(ConstPicture a, ConstPicture b) {
     double sum = 0.0;
     for (int y = 0; y < a.height; ++y) {
@@ -93,7 +87,7 @@ protected:
     }
 
     TestFolder folder_;
-    Talk talk_;
+    Speech talk_;
     std::vector<std::string> photos_;
     std::vector<std::string> masks_;
     DepthGapPlan plan_;
@@ -123,7 +117,7 @@ TEST_F(MaskSequence, AMissingPhotoStopsItAndAnExistingMaskStays) {
 }
 
 TEST(MotionField, FindsTheMotionOfTheDiscAndOfTheWall) {
-    const Talk talk;
+    const Speech talk;
     MotionField field(talk.voice);
     field.estimate_motion_field(frame_at(3).photo.picture(), frame_at(4).photo.picture());
     EXPECT_EQ(field.at(162, 107), (MotionVector{4, -1}));
@@ -132,7 +126,7 @@ TEST(MotionField, FindsTheMotionOfTheDiscAndOfTheWall) {
 }
 
 TEST(MotionField, FastMotionWidensTheSearchWithinTheCall) {
-    const Talk talk;
+    const Speech talk;
     MotionField field(talk.voice);
     field.estimate_motion_field(frame_at(0).photo.picture(), frame_at(4).photo.picture());
     EXPECT_EQ(field.at(166, 106), (MotionVector{16, -4}));
@@ -141,7 +135,7 @@ TEST(MotionField, FastMotionWidensTheSearchWithinTheCall) {
 }
 
 TEST(MotionField, SmallAndPlainFramesGiveNoMotionAndNoHarm) {
-    const Talk talk;
+    const Speech talk;
     MotionField field(talk.voice);
     for (const auto& [width, height] : {std::pair{1, 1}, std::pair{59, 3}, std::pair{200, 2}, std::pair{640, 5}}) {
         const Bitmap plain = Bitmap::create(width, height);

@@ -11,11 +11,12 @@
 #include "render/mpo_file.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora {
 namespace {
 
-class ExifToolCalls : public testing::Test {
+class ExifToolCalls : public testing::Test, public test::Speech {
 protected:
     void SetUp() override {
         if (find_program("exiftool").empty()) {
@@ -44,10 +45,6 @@ protected:
 
     bool listening = true;
     test::TestFolder folder;
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
     ExifTool tool{parameters, voice};
 };
 

@@ -9,6 +9,7 @@
 #include "platform/child_process.h"
 #include "platform/paths.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora {
 namespace {
@@ -128,11 +129,7 @@ TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
     }
 }
 
-struct Rig {
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
+struct Rig : test::Speech {
     std::string told;
 
     template <class Call>

@@ -12,10 +12,11 @@
 #include "platform/paths.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/timed_pictures.h"
+#include "tests/support/speech.h"
 
 namespace zemora::test {
 
-struct CollectRig {
+struct CollectRig : Speech {
     /// Keeps what goes into the reports.
     struct Reports : ReportSink {
         std::string text;
@@ -25,10 +26,6 @@ struct CollectRig {
     };
 
     TestFolder folder;
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
     Reports reports;
     std::string told;
 

@@ -6,6 +6,7 @@
 #include "input/list_file.h"
 #include "input/list_scan.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora {
 namespace {
@@ -88,7 +89,7 @@ TEST(ListLine, NamesAreRelativeOnlyWhereBothLieBelowTheRoot) {
 }
 
 /// A folder with a list, and the settings of a run in it.
-class Listed : public testing::Test {
+class Listed : public testing::Test, public test::Speech {
 protected:
     Listed() {
         parameters.path_of_images = folder.path();
@@ -110,10 +111,6 @@ protected:
     }
 
     TestFolder folder;
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
 };
 
 TEST_F(Listed, AResultGoesBehindTheNamesOfItsOwnLine) {

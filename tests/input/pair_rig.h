@@ -9,16 +9,13 @@
 #include "input/input_pair.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora::test {
 
 /// An input pair with its surroundings; its console goes to standard output, which tests capture.
-struct Rig {
+struct Rig : Speech {
     TestFolder folder;
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
     ViewGeometry left;
     ViewGeometry right;
     std::string told;

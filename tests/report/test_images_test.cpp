@@ -10,18 +10,15 @@
 
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
+#include "tests/support/speech.h"
 
 namespace zemora {
 namespace {
 
 using test::colour_at;
 
-struct Speaker {
+struct Speaker : test::Speech {
     Speaker() { parameters.stop_at_error = -1; }
-    ParameterSet parameters;
-    Console console;
-    MessageCatalogue messages{Language::english};
-    Voice voice{console, messages, parameters};
 };
 
 Bitmap stored(const std::string& file) {
