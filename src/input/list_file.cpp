@@ -175,7 +175,8 @@ void update_database_line(const ParameterSet& parameters, const Voice& voice, co
         voice.wait(WaitAbove::error);
         return;
     }
-    const std::string written = ' ' + result.status + (result.values != nullptr ? values_text(*result.values) : "");
+    const StoredCorrectionRecord* values = place->is_reversed ? result.reversed_values : result.values;
+    const std::string written = ' ' + result.status + (values != nullptr ? values_text(*values) : "");
     text->replace(place->names_end, place->end - place->names_end, written);
     if (reason = write_text(list_path, *text); !reason.empty()) {
         voice.print(cannot_be_opened(voice, list_path + "_new") + "   " + reason + '\n');

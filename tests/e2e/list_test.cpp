@@ -106,6 +106,27 @@ TEST_F(ListOfImages, StoredCorrectionsGiveThePictureOfTheMeasuringRun) {
     }
 }
 
+TEST_F(ListOfImages, ALineThatNamesTheViewsInTheOtherOrderHoldsTheValuesOfThatOrder) {
+    workshop.save("1.bmp", misaligned_views().left.picture());
+    workshop.save("2.bmp", misaligned_views().right.picture());
+    workshop.save("3.bmp", misaligned_views().left.picture());
+    for (const char* window : {"1", "2", "5"}) {
+        const std::string setting = std::string("--EstimateWindow=") + window;
+        Outcome outcome = run({"--InputMode=6", "--ImageType=bmp", setting});
+        ASSERT_TRUE(outcome.tells("processed images: 2/2")) << outcome.text;
+        const auto measured = lines();
+        ASSERT_EQ(measured.size(), 2U);
+        EXPECT_EQ(measured[1].left, "3.bmp");
+        for (const RecordField field : {kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV,
+                                        kRecordPureShift, kRecordWindowShift, kRecordNearPoint}) {
+            const bool in_pixels = field == kRecordHeight || field >= kRecordPureShift;
+            EXPECT_NEAR(measured[1].values[field], measured[0].values[field], in_pixels ? 1.0 : 0.05)
+                << "field " << field << ", window " << window;
+        }
+        std::filesystem::remove(workshop.path(kList));
+    }
+}
+
 TEST_F(ListOfImages, CorrectionsGoFromTheListIntoTheImages) {
     if (find_program("exiftool").empty()) {
         GTEST_SKIP() << "no exiftool";
