@@ -2,6 +2,7 @@
 
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "driver/product_names.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
@@ -174,6 +175,7 @@ void run_pair(Pipeline& pipeline, int index) {
 
 void run_image_pipeline(Pipeline& pipeline) {
     constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
+    give_away_mounted_names(pipeline.parameters, pipeline.voice, pipeline.list, pipeline.given_names);
     const auto start = std::chrono::steady_clock::now();
     for (int index = 0; index < pipeline.list.count(); ++index) {
         tell_course(pipeline, index, std::chrono::steady_clock::now() - start);
