@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "config/text_lines.h"
+#include "input/mpo_sizes.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
-#include "render/mpo_file.h"
 
 namespace zemora {
 
@@ -272,9 +272,14 @@ std::optional<std::string> ExifTool::read_record(const std::string& path, InputC
 }
 
 bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text) {
-    const Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s",
-                                                "-s", "-overwrite_original", "-q", plain_name(path)})
-                                         : Answer{};
+    const auto first = input_class == InputClass::tiff ? std::nullopt : first_picture_of(path);
+    Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
+                                          "-overwrite_original", "-q", plain_name(path)})
+                                   : Answer{};
+    if (answer.exit_code == 0 && first) {
+        answer.errors = settle_first_size(path, first);
+        answer.exit_code = answer.errors.empty() ? 0 : -1;
+    }
     if (answer.exit_code != 0) {
         tell_failure(path, answer);
     }
@@ -363,7 +368,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
     remove_left_over(target);
     start(arguments, [this, target, is_multi_picture](const Answer& answer) {
-        const std::string reason = is_multi_picture ? settle_first_size(target) : std::string();
+        const std::string reason = is_multi_picture ? settle_first_size(target, std::nullopt) : std::string();
         if (answer.exit_code != 0) {
             tell_failure(target, answer);
         } else if (!reason.empty()) {

@@ -6,11 +6,13 @@
 #include <optional>
 
 #include "input/mpo.h"
+#include "input/mpo_sizes.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "render/mpo_file.h"
+#include "tests/input/generated_mpo.h"
 #include "tests/support/pictures.h"
 #include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
@@ -129,6 +131,33 @@ TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {
         parameters.verbose_mode = 0;
     }
     EXPECT_EQ(heard(), "");
+}
+
+TEST_F(ExifToolCalls, ARecordLeavesTheIndexOfAMultiPictureFileRight) {
+    const Bitmap view = test::place_picture(16, 16);
+    for (const bool big_endian : {false, true}) {
+        for (const std::size_t padding : {0, 40}) {
+            const std::string path = folder / "camera.mpo";
+            test::GeneratedMpo mpo = test::make_mpo({.big_endian = big_endian}, view, view);
+            // Zeros before the second picture, which the size of the first one counts as some cameras do.
+            mpo.bytes.insert(mpo.bytes.begin() + static_cast<std::ptrdiff_t>(mpo.left.size()), padding, 0);
+            const auto first = [&] { return first_picture_of(path).value_or(FirstPicture()); };
+            for (const int part : {1, 2}) {
+                const std::size_t size = mpo.left.size() + padding;
+                const std::size_t offset = size - mpo.origin;
+                const std::size_t place = mpo.origin + 8 + 2 + 36 + 4 + (part == 1 ? 4 : 16 + 8);
+                for (std::size_t i = 0; i < 4; ++i) {
+                    mpo.bytes[place + (big_endian ? 3 - i : i)] =
+                        static_cast<std::uint8_t>((part == 1 ? size : offset) >> 8 * i);
+                }
+            }
+            test::write_text(path, {mpo.bytes.begin(), mpo.bytes.end()});
+            ASSERT_EQ(first().size, mpo.left.size() + padding);
+            EXPECT_TRUE(tool.write_record(path, InputClass::mpo, std::string(200, 'r')));
+            EXPECT_GT(first().next_start, mpo.left.size() + padding + 200);
+            EXPECT_EQ(first().size, first().next_start) << big_endian << ' ' << padding;
+        }
+    }
 }
 
 TEST_F(ExifToolCalls, FailuresTellTheFileAndTheSentenceOfExiftool) {
