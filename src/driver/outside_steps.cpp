@@ -36,14 +36,12 @@ int is_last(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 /// With the side that each file has by its name, also after an exchange by the user.
-template <class Visit>
-void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
-    if (pipeline.list.two_files) {
-        visit(pair.files.left, pair.exchanged ? FileSide::right : FileSide::left);
-        visit(pair.files.right, pair.exchanged ? FileSide::left : FileSide::right);
-    } else {
-        visit(pair.files.stereo, FileSide::stereo);
+std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair) {
+    if (!pipeline.list.two_files) {
+        return {{pair.files.stereo, FileSide::stereo}};
     }
+    return {{pair.files.left, pair.exchanged ? FileSide::right : FileSide::left},
+            {pair.files.right, pair.exchanged ? FileSide::left : FileSide::right}};
 }
 
 /// The record of the pair for a run that mounts its views in the other order. Near and far point change
@@ -96,16 +94,12 @@ void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;
     if (p.input_mode == kViewFolders && p.rename_refused != 0) {
-        for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-            rename_refused_file(p, pipeline.voice, file, side);
-        });
+        rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
     }
 }
 
 void move_quit_pair(const Pipeline& pipeline, const PairRun& pair) {
-    for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-        move_quit_file(pipeline.parameters, pipeline.voice, file, side);
-    });
+    move_quit_files(pipeline.voice, sided_files(pipeline, pair));
 }
 
 void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
