@@ -39,9 +39,9 @@ std::string checked_suffix(const std::string& name, const Voice& voice) {
     const std::string suffix = suffix_of(name);
     std::string text = "Zemora: ";
     if (suffix.empty()) {
-        text += voice.messages().text<Msg::main_filename_needs_ending_german>();
+        text += voice.messages().text<Msg::main_image_name_needs_ending>();
     } else if (suffix.size() != 4 && suffix.size() != 5) {
-        text += voice.messages().text<Msg::main_no_valid_ending_german>();
+        text += voice.messages().text<Msg::main_image_without_valid_ending>();
     } else {
         const std::string lower = lower_case(suffix);
         return lower == ".jpeg" ? ".jpg" : (lower == ".tiff" ? ".tif" : lower);

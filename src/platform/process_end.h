@@ -8,6 +8,7 @@ namespace zemora {
 
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailure = 1;
+inline constexpr int kExitNotAllMounted = 3;  ///< With `ExitStatus` 1.
 
 /// What `end_process` does first, wherever in the program the end is called for: files of the run are
 /// closed. An empty function takes it back.
