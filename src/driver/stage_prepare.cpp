@@ -99,9 +99,12 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     const auto shown_by_browsers = [](const std::string& suffix) {
         return suffix == ".jpg" || suffix == ".png";
     };
+    constexpr int kAnaglyph = 3;
     constexpr int kThumbnails = 4;
+    const bool is_dome = p.html_images == kAnaglyph && p.planetarium_output == 1;  // a TIFF
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
-        !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
+        (is_dome || !shown_by_browsers(pair.left_output_suffix) ||
+         !shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = kThumbnails;
         if (voice.verbose() > 0) {
             voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
@@ -197,8 +200,8 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     }
     if (result == ReadResult::converted) {
         if (voice.verbose() > 1) {
-            voice.print_and_report(messages.text<Msg::main_format_not_supported_block>() + names +
-                                   messages.text<Msg::main_conversion_tried_block>() + '\n');
+            voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
+                                  messages.text<Msg::main_conversion_tried_block>() + '\n');
         }
         voice.wait(WaitAbove::warning);
     }
