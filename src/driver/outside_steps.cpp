@@ -15,6 +15,10 @@ namespace zemora {
 
 namespace {
 
+// Values of `EstimateWindow`.
+constexpr int kWindowAtFarPoint = 4;
+constexpr int kWindowWithinLimit = 5;
+
 /// Writes one of the small files that a front end watches; a front end that is gone is no failure.
 void write_progress_file(const std::string& name, const std::string& text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
@@ -32,14 +36,37 @@ int is_last(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 /// With the side that each file has by its name, also after an exchange by the user.
-template <class Visit>
-void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
-    if (pipeline.list.two_files) {
-        visit(pair.files.left, pair.exchanged ? FileSide::right : FileSide::left);
-        visit(pair.files.right, pair.exchanged ? FileSide::left : FileSide::right);
-    } else {
-        visit(pair.files.stereo, FileSide::stereo);
+std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair) {
+    if (!pipeline.list.two_files) {
+        return {{pair.files.stereo, FileSide::stereo}};
     }
+    return {{pair.files.left, pair.exchanged ? FileSide::right : FileSide::left},
+            {pair.files.right, pair.exchanged ? FileSide::left : FileSide::right}};
+}
+
+/// The record of the pair for a run that mounts its views in the other order. Near and far point change
+/// places, and the window with them.
+StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const double shift_px = pair.window.pure_shift_px + pair.window.window_shift_px;
+    // Against the shift, as the window is chosen: from the iteration where there was one.
+    const double near_px = pair.analysed ? -pair.disparities.far_px : shift_px - pair.original_far_px;
+    const double far_px = pair.analysed ? -pair.disparities.near_px : shift_px - pair.original_near_px;
+    double window_px = near_px;  // also for the edges, whose far points nobody measured
+    if (p.estimate_window == kWindowAtFarPoint) {
+        window_px = far_px;
+    } else if (p.estimate_window == kWindowWithinLimit) {
+        const double limit_px = pixels_from_reference(p.far_point_limit, p.win_off_reference,
+                                                      pair.working_height, pair.working_width);
+        window_px = std::max(near_px, far_px - limit_px / pair.scale);
+    }
+    const WindowPlacement window =
+        place_window(p, -shift_px, window_px, pair.scale, pair.working_height, pair.working_width);
+    StoredCorrectionRecord record = with_views_exchanged(record_of(pipeline, pair));
+    record[kRecordPureShift] = window.pure_shift_px;
+    record[kRecordWindowShift] = window.window_shift_px;
+    record[kRecordNearPoint] = -pair.original_far_px;
+    return record;
 }
 
 /// The record as it stands in an input file; nothing, with the reason told, when it does not count.
@@ -67,16 +94,12 @@ void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;
     if (p.input_mode == kViewFolders && p.rename_refused != 0) {
-        for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-            rename_refused_file(p, pipeline.voice, file, side);
-        });
+        rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
     }
 }
 
 void move_quit_pair(const Pipeline& pipeline, const PairRun& pair) {
-    for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-        move_quit_file(pipeline.parameters, pipeline.voice, file, side);
-    });
+    move_quit_files(pipeline.voice, sided_files(pipeline, pair));
 }
 
 void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
@@ -87,12 +110,13 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         return;
     }
     const StoredCorrectionRecord record = record_of(pipeline, pair);
+    const StoredCorrectionRecord reversed = record_with_views_exchanged(pipeline, pair);
     const bool has_values = pair.mode == 1 || uses_record(pair.mode);
     ListResult result;
     if (pair.status == StatusCode::abandoned) {
         result.status = "QU";
     } else if (has_values && pair.status == StatusCode::success && !has_exchanged_views(pipeline, pair)) {
-        result = {"OK", &record};
+        result = {"OK", &record, &reversed};
     } else if (has_values && is_written(pair.status) &&
                !(pair.exchanged && pipeline.list.stored(pair.index) != nullptr)) {
         result.status = "IM";

@@ -54,6 +54,8 @@ void conclude_pair(Pipeline& pipeline, PairRun& pair) {
         if (pair.status != StatusCode::abandoned) {
             write_image_report(pipeline.parameters, report_of(pipeline, pair), pipeline.voice);
         }
+        // Exiftool was at work beside the stores and the report; what says that the pair is done waits for it.
+        pair.store_failed = !pipeline.exiftool.settle_transfers() || pair.store_failed;
         if (pair.status == StatusCode::success && !pair.store_failed) {
             write_stored_record(pipeline, pair);
         }

@@ -126,8 +126,7 @@ bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
     for (int round = 0; round < kForcedRounds; ++round) {
         const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
         if (!repeat.needed() && !(round == 0 && colour_round)) {
-            pair.status = StatusCode::success;
-            return true;
+            return true;  // the status stays what the iteration made it
         }
         if (round == kForcedRounds - 1) {
             break;

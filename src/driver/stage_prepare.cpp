@@ -31,6 +31,7 @@ void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     warp.trapez_scale = 1.0;
     warp.inverse_output = p.inverse_output;
     warp.pre_settings = 0;
+    warp.vergences_told = {};
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;

@@ -4,6 +4,7 @@
 
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
+#include "driver/product_names.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
@@ -48,12 +49,6 @@ SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
                             : SourceFiles{files.left, files.right, input.full()};
 }
 
-/// Both views' names of one product: stamped, combined where the pair has no common base, unique.
-struct ProductNames {
-    OutputName left;
-    OutputName right;
-};
-
 void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
     std::string reason;
     if (!make_folders(name.folder, reason)) {
@@ -61,28 +56,14 @@ void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
     }
 }
 
-ProductNames names_of(Pipeline& pipeline, const PairRun& pair, ProductKind left_kind,
-                      ProductKind right_kind) {
-    const ParameterSet& p = pipeline.parameters;
-    const std::string root = join_path(p.path_of_images, p.path_of_output);
-    std::string left_relative = pair.left_relative;
-    std::string right_relative = pair.right_relative;
-    const bool two_files = pipeline.list.two_files;
-    const bool common = two_files && take_common_base(p, left_relative, right_relative);
-    ProductNames names{
-        output_path(p, root, left_relative, left_kind, pair.index, pair.left_output_suffix),
-        output_path(p, root, right_relative, right_kind, pair.index, pair.right_output_suffix)};
-    const StampValues stamps{pair.deviation, pair.projected_deviation, pair.stamp};
-    stamp_name(names.left, p, stamps);
-    stamp_name(names.right, p, stamps);
-    if (wants_combined_name(p, two_files, common)) {
-        const OutputName right = names.right;
-        combine_names(names.left, right);
-        names.right = output_path(p, root, left_relative, right_kind, pair.index, pair.right_output_suffix);
-        stamp_name(names.right, p, stamps);
-        combine_names(names.right, right);
-    }
-    return names;
+NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
+    return {pair.left_relative,
+            pair.right_relative,
+            pair.left_output_suffix,
+            pair.right_output_suffix,
+            pipeline.list.two_files,
+            pair.index,
+            {pair.deviation, pair.projected_deviation, pair.stamp}};
 }
 
 /// Gives the name away once in a run, and shows it.
@@ -106,8 +87,10 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
     const Voice& voice = pipeline.voice;
     voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
     voice.print_and_report("   " + printable(result.reason) + '\n');
-    voice.report_html("<b>" + html_text(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>() +
-                                        "   " + printable(result.reason)) +
+    voice.report_html("<b>" +
+                      html_text(printable(name) +
+                                voice.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
+                                printable(result.reason)) +
                       "</b><br>\n");
     if (voice.verbose() > 1) {
         voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
@@ -159,13 +142,8 @@ StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, cons
 void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& product) {
     const ParameterSet& p = pipeline.parameters;
     const bool is_extra = product.kind == ProductKind::extra;
-    OutputName name = names_of(pipeline, pair, product.kind, product.kind).left;
-    if (product.kind == ProductKind::anaglyph && p.planetarium_output == 1) {
-        name.suffix = ".tif";  // a dome image is always a TIFF
-    }
-    if (is_extra) {
-        add_extra_ending(name, p.extra_output, pipeline.warp.inverse_output != 0);
-    }
+    OutputName name =
+        single_name(p, named_pair(pipeline, pair), product.kind, pipeline.warp.inverse_output != 0);
     claim_and_show(pipeline, name);
     const std::string path = name.path();
     const SourceFiles sources = sources_of(pipeline, pair);
@@ -196,7 +174,8 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.left_right_output == 0) {
         return;
     }
-    ProductNames names = names_of(pipeline, pair, ProductKind::left, ProductKind::right);
+    ProductNames names =
+        view_names(pipeline.parameters, named_pair(pipeline, pair), ProductKind::left, ProductKind::right);
     claim_and_show(pipeline, names.left);
     claim_and_show(pipeline, names.right);
     const std::string left = names.left.path();

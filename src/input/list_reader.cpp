@@ -42,6 +42,7 @@ private:
     void tell_done(const ListLine& line) const;
     void object_to(std::string_view raw, const char* line_case) const;
     void drop_foreign_selection(StoredCorrectionRecord& values) const;
+    void note_mounted(const ListLine& line);
     void add(ListLine& line);
     [[nodiscard]] std::string as_on_disk(const std::string& name);
 
@@ -96,9 +97,26 @@ void ListReader::read_line(std::string_view raw) {
         return;
     }
     ++named_;
-    if (is_taken(line, raw) && complete_names(line, raw)) {
+    if (!is_taken(line, raw)) {
+        note_mounted(line);
+    } else if (complete_names(line, raw)) {
         add(line);
     }
+}
+
+/// The pictures of an object that is passed over are there, also when its own files have moved.
+void ListReader::note_mounted(const ListLine& line) {
+    if (line.status != "OK" && line.status != "IM") {
+        return;
+    }
+    const auto path_of = [this](const std::string& name) {
+        const std::string path = join_path(parameters_.path_of_images, name);
+        return file_exists(path) ? path : as_on_disk(name);
+    };
+    const bool has_values = line.item_count == kWholeLine;
+    list_.mounted.push_back({path_of(line.left), list_.two_files ? path_of(line.right) : std::string(), has_values,
+                             has_values ? line.values[kRecordDeviation] : 0.0,
+                             has_values ? line.values[kRecordRatio] : 1.0});
 }
 
 /// The mark behind the names decides.

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "config/messages.h"
 
@@ -53,6 +54,22 @@ StoredCorrectionRecord empty_record() {
     record[kRecordRatio] = 1.0;
     record[kRecordTrapezScale] = 1.0;
     return record;
+}
+
+StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record) {
+    StoredCorrectionRecord other = record;
+    std::swap(other[kRecordRotationLeft], other[kRecordRotationRight]);
+    for (std::size_t i = kRecordLeftX; i <= kRecordLeftHeight; ++i) {
+        std::swap(other[i], other[i + kRecordRightX - kRecordLeftX]);
+    }
+    // What one view takes with the sign that the other has not.
+    for (const RecordField field :
+         {kRecordPreVergence, kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV, kRecordVergenceH,
+          kRecordPureShift, kRecordNearPoint, kRecordWindowShift, kRecordSelectionShift, kRecordPhantogram,
+          kRecordEdgeWarp, kRecordVerticalAx}) {
+        other[field] = other[field] == 0.0 ? 0.0 : -other[field];
+    }
+    return other;
 }
 
 std::string record_text(const StoredCorrectionRecord& record) {

@@ -55,6 +55,10 @@ using StoredCorrectionRecord = std::array<double, kRecordFields>;
 /// A record without corrections.
 [[nodiscard]] StoredCorrectionRecord empty_record();
 
+/// The record that the same views have when they face each other the other way round, but for the window: its
+/// near point and its shifts are those of the mirrored disparities.
+[[nodiscard]] StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record);
+
 /// "Zemora_OK_V1.0" and the values; below 256 characters.
 [[nodiscard]] std::string record_text(const StoredCorrectionRecord& record);
 

@@ -155,7 +155,7 @@ WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox&
         return WarpStatus::beyond_limits;
     }
     FixedCorrection fixed = fixed_correction(warp, request.correction, step.factor, warp.width);
-    if (!check_limits(fixed, warp.height, warp.width, warp.voice)) {
+    if (!check_limits(fixed, warp.height, warp.width, warp.voice, warp.vergences_told)) {
         return WarpStatus::beyond_limits;
     }
     keep_for_repeat(warp, request, fixed);
