@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "config/text_lines.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -161,8 +162,10 @@ std::string ExifTool::read_headline(const std::string& path) {
     if (!is_available()) {
         return {};
     }
-    const Answer answer = run({"-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
-    return answer.exit_code == 0 ? first_line(answer.output) : std::string();
+    // Many programs write UTF-8 without saying so; what is none comes through as it stands in the file.
+    const Answer answer =
+        run({"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
+    return answer.exit_code == 0 ? utf8_text(first_line(answer.output)) : std::string();
 }
 
 std::string ExifTool::read_maker(const std::string& path) {
@@ -283,6 +286,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         } else {
             add({"-IPTC:All", "-XMP:All"});
         }
+        add({"-IPTC:CodedCharacterSet"});  // not among all; without it texts become Latin letters and "?"
         // The views were turned upright: the source's orientation would turn any product once more.
         add({"-exif:orientation=1", "-n"});
         add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d",

@@ -103,6 +103,31 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
     EXPECT_EQ(heard().find("No success"), std::string::npos);
 }
 
+TEST_F(ExifToolCalls, TextsOfAnyAlphabetAreReadAndTransferred) {
+    parameters.meta_transfer = 1;
+    struct Row {
+        std::vector<std::string> how;
+        const char* headline;
+    };
+    const Row rows[] = {{{"-IPTC:CodedCharacterSet=UTF8"}, "\xD0\x9F\xD1\x80\xD0\xB8 \xCE\x91"},
+                        {{"-charset", "iptc=UTF8"}, "\xD0\x9F\xD1\x80 \xC3\x81"},
+                        {{"-IPTC:Category=x"},
+                         "Gr\xC3\xB6\xC3\x9F"
+                         "e"}};
+    for (const Row& row : rows) {
+        const std::string source = picture("source.jpg");
+        const std::string target = picture("target.jpg");
+        std::vector<std::string> call{"exiftool", "-q", "-overwrite_original"};
+        call.insert(call.end(), row.how.begin(), row.how.end());
+        call.insert(call.end(), {std::string("-IPTC:Headline=") + row.headline, source});
+        ASSERT_TRUE(run_child(call).succeeded());
+        EXPECT_EQ(tool.read_headline(source), row.headline);
+        tool.start_transfer(source, target, {true, true, true}, {}, false);
+        tool.finish();
+        EXPECT_EQ(tool.read_headline(target), row.headline);
+    }
+}
+
 TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {
     parameters.extra_output = 5;
     parameters.verbose_mode = 0;
