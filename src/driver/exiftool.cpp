@@ -6,11 +6,14 @@
 #include <utility>
 
 #include "config/text_lines.h"
+#include "input/tiff_directory.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
+#include "render/cmyk.h"
 #include "render/mpo_file.h"
+#include "render/mpo_profile.h"
 
 namespace zemora {
 
@@ -36,6 +39,49 @@ std::string pattern_name(const std::string& path) {
 std::string first_line(const std::vector<std::uint8_t>& output) {
     const auto end = std::find(output.begin(), output.end(), '\n');
     return {output.begin(), end};
+}
+
+constexpr const char* kStandardProfile = "sRGB.icc";
+constexpr const char* kWideProfile = "AdobeCompatible.icc";
+
+/// Asks for the colour profile and, behind it, for what Exif says of the colours.
+std::vector<std::string> profile_request(const std::string& source) {
+    return {"-icc_profile", "-EXIF:InteropIndex", "-EXIF:ColorSpace", "-n", "-b", plain_name(source)};
+}
+
+/// The colours of a picture's pixels.
+struct SourceColours {
+    std::vector<std::uint8_t> profile;  ///< Of red, green and blue; empty without one.
+    bool is_wide = false;               ///< No profile, but Exif names the wider of the cameras' two spaces.
+};
+
+/// From the answer to `profile_request`. Exif knows sRGB ("R98", 1) and Adobe RGB ("R03"; some write 2, most
+/// only that it is not sRGB).
+SourceColours source_colours(const std::vector<std::uint8_t>& answer) {
+    constexpr std::size_t kProfileHead = 128;
+    constexpr std::size_t kSpacePlace = 16;
+    constexpr std::size_t kSignPlace = 36;
+    const std::string_view text(reinterpret_cast<const char*>(answer.data()), answer.size());
+    if (answer.size() < kProfileHead || text.substr(kSignPlace, 4) != "acsp") {
+        const std::string_view space = text.substr(text.rfind("R98", 0) == 0 ? text.size() : 0);
+        return {{}, space.rfind("R03", 0) == 0 || space == "2" || space == "65535"};
+    }
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        size = size << 8U | answer[i];
+    }
+    size = std::min(size, answer.size());
+    if (text.substr(kSpacePlace, 4) != "RGB ") {
+        return {};
+    }
+    return {{answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size)}, false};
+}
+
+/// Whether a stored file has the colours of a printer.
+bool holds_inks(const std::string& path) {
+    std::string reason;
+    const auto file = read_file_whole(path, reason);
+    return file && tiff_layout(*file).inks;
 }
 
 const char* record_tag(InputClass input_class) {
@@ -193,7 +239,7 @@ void ExifTool::copy_orientation(const std::string& source, const std::string& ta
 }
 
 void ExifTool::add_standard_profile(const std::string& path) {
-    const std::string profile = find_data_file("sRGB.icc");
+    const std::string profile = find_data_file(kStandardProfile);
     if (profile.empty() || !is_available()) {
         return;
     }
@@ -226,10 +272,11 @@ bool ExifTool::write_record(const std::string& path, InputClass input_class, con
 }
 
 void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
-    std::string file = find_data_file("sRGB.icc");
-    if (!answer.output.empty()) {
+    const SourceColours colours = source_colours(answer.output);
+    std::string file = find_data_file(colours.is_wide ? kWideProfile : kStandardProfile);
+    if (!colours.profile.empty()) {
         const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
-        if (write_file_whole(fetched, answer.output).empty()) {
+        if (write_file_whole(fetched, colours.profile).empty()) {
             file = fetched;
         }
     }
@@ -238,17 +285,26 @@ void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
 
 void ExifTool::prefetch_profile(const std::string& source) {
     if (is_available()) {
-        start({"-icc_profile", "-b", plain_name(source)},
+        start(profile_request(source),
               [this, source](const Answer& answer) { keep_profile(source, answer); });
     }
 }
 
-std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
+std::vector<std::string> ExifTool::profile_arguments(const std::string& source, const std::string& target) {
+    constexpr int kCmykByFormula = 8;
+    constexpr int kCmykByProfile = 9;
+    const int format = parameters_.output_format;
+    if ((format == kCmykByFormula || format == kCmykByProfile) && holds_inks(target)) {
+        const std::string inks =
+            format == kCmykByProfile ? cmyk_profile_path(parameters_.cmyk_profile) : std::string();
+        return inks.empty() ? std::vector<std::string>()
+                            : std::vector<std::string>{"-ICC_Profile<=" + pattern_name(inks)};
+    }
     if (!profile_files_.contains(source)) {
         finish();
     }
     if (!profile_files_.contains(source)) {
-        keep_profile(source, run({"-icc_profile", "-b", plain_name(source)}));
+        keep_profile(source, run(profile_request(source)));
     }
     const std::string& file = profile_files_[source];
     return file.empty() ? std::vector<std::string>()
@@ -273,7 +329,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         return;
     }
     if (wanted && permissions.colour_profile_ok) {
-        arguments = profile_arguments(source);
+        arguments = profile_arguments(source, target);
     }
     if (wanted && permissions.exif_ok) {
         if (voice_.verbose() > 0) {
@@ -306,7 +362,10 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
     }
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
     start(arguments, [this, target, is_multi_picture](const Answer& answer) {
-        const std::string reason = is_multi_picture ? settle_first_size(target) : std::string();
+        std::string reason = is_multi_picture ? settle_first_size(target) : std::string();
+        if (is_multi_picture && reason.empty()) {
+            reason = share_profile(target);
+        }
         if (answer.exit_code != 0 || !reason.empty()) {
             tell_failure();
             voice_.print("   " + printable(target) + '\n');
@@ -316,9 +375,9 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
 
 void ExifTool::forget_pair() {
     finish();
-    const std::string standard = find_data_file("sRGB.icc");
+    const std::string fetched = temporary_folder() + "/temp";
     for (const auto& [source, file] : profile_files_) {
-        if (file != standard) {
+        if (file.rfind(fetched, 0) == 0) {
             std::remove(file.c_str());
         }
     }

@@ -87,8 +87,9 @@ private:
     [[nodiscard]] bool send(const std::vector<std::string>& arguments);
     [[nodiscard]] std::optional<Answer> receive();
     void keep_profile(const std::string& source, const Answer& answer);
-    /// Arguments that give the target the colour profile of `source`, else sRGB.
-    std::vector<std::string> profile_arguments(const std::string& source);
+    /// Arguments that give the target the profile that its pixels have: that of `source`, else the one of
+    /// the space that Exif names; of printer's colours that of `CMYK_Profile` or none.
+    std::vector<std::string> profile_arguments(const std::string& source, const std::string& target);
     void tell_failure() const;
 
     const ParameterSet& parameters_;

@@ -29,11 +29,11 @@ constexpr std::uint64_t kShort = 3;  // type of a number of 16 bits
 
 void for_each_tiff_entry(
     std::span<const std::uint8_t> file,
-    const std::function<void(const TiffBytes& bytes, const TiffEntryPlace& entry)>& look) {
+    const std::function<void(const TiffNumbers& bytes, const TiffEntryPlace& entry)>& look) {
     if (file.size() < 8 || file[0] != file[1] || (file[0] != 'I' && file[0] != 'M')) {
         return;
     }
-    const TiffBytes bytes{file, file[0] == 'M'};
+    const TiffNumbers bytes{file, file[0] == 'M'};
     for (const Form& form : kForms) {
         if (bytes.number(2, 2) != form.version) {
             continue;
@@ -52,7 +52,7 @@ void for_each_tiff_entry(
 
 TiffLayout tiff_layout(std::span<const std::uint8_t> file) {
     TiffLayout layout;
-    for_each_tiff_entry(file, [&](const TiffBytes&, const TiffEntryPlace& entry) {
+    for_each_tiff_entry(file, [&](const TiffNumbers&, const TiffEntryPlace& entry) {
         layout.tiled = layout.tiled || entry.tag == kTileWidth;
         layout.planes_apart =
             layout.planes_apart || (entry.tag == kPlanarConfiguration && entry.value == kPlanesApart);

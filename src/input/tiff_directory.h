@@ -8,7 +8,7 @@
 namespace zemora {
 
 /// Numbers of a file in its own byte order; 0 outside the file.
-struct TiffBytes {
+struct TiffNumbers {
     std::span<const std::uint8_t> file;
     bool high_first;
 
@@ -34,7 +34,7 @@ struct TiffEntryPlace {
 /// Calls `look` for the entries of the first directory, in their order; for none in a file of another kind.
 void for_each_tiff_entry(
     std::span<const std::uint8_t> file,
-    const std::function<void(const TiffBytes& bytes, const TiffEntryPlace& entry)>& look);
+    const std::function<void(const TiffNumbers& bytes, const TiffEntryPlace& entry)>& look);
 
 /// How the pixels of a TIFF file lie.
 struct TiffLayout {

@@ -14,7 +14,7 @@ constexpr std::uint64_t kUnknownTag = 34674;  // beside it, so that the entries 
 }  // namespace
 
 void hide_tiff_profile(std::span<std::uint8_t> file) {
-    for_each_tiff_entry(file, [file](const TiffBytes& bytes, const TiffEntryPlace& entry) {
+    for_each_tiff_entry(file, [file](const TiffNumbers& bytes, const TiffEntryPlace& entry) {
         if (entry.tag == kProfileTag) {
             constexpr auto kHigh = static_cast<std::uint8_t>(kUnknownTag >> 8U);
             constexpr auto kLow = static_cast<std::uint8_t>(kUnknownTag);

@@ -175,7 +175,7 @@ StoreResult write_multi_picture(WarpState& warp, const std::string& file, const 
         const auto index = static_cast<std::size_t>(i);
         views[index] = compose_view(warp, layouts[index], i == 0 ? View::left : View::right);
         if (views[index]) {
-            encoded[index].emplace(encode_jpeg(views[index], options));
+            encoded[index].emplace(encode_camera_jpeg(views[index], options));
         }
     }
     if (!views[0] || !views[1]) {

@@ -1,17 +1,20 @@
 #include "driver/exiftool.h"
 
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
 #include <optional>
 
 #include "input/mpo.h"
+#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/safe_file.h"
+#include "render/cmyk.h"
 #include "render/mpo_file.h"
 #include "tests/support/pictures.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
@@ -125,6 +128,29 @@ TEST_F(ExifToolCalls, TextsOfAnyAlphabetAreReadAndTransferred) {
         tool.start_transfer(source, target, {true, true, true}, {}, false);
         tool.finish();
         EXPECT_EQ(tool.read_headline(target), row.headline);
+    }
+}
+
+TEST_F(ExifToolCalls, PrintersColoursGetThePrintersProfile) {
+    parameters.meta_transfer = 1;
+    std::string profile(160, '\0');  // a head that tells its colours, and one entry
+    profile[3] = static_cast<char>(160);
+    profile.replace(12, 12, "prtrCMYKLab ");
+    profile.replace(36, 4, "acsp");
+    profile.replace(131, 13, "\1desc\0\0\0\x90\0\0\0\x10", 13);
+    profile.replace(144, 16, "desc\0\0\0\0\0\0\0\4Own", 16);
+    test::write_text(folder / "print.icc", profile);
+    for (const int format : {8, 9}) {
+        parameters.output_format = format;
+        const std::string target = folder / "target.tif";
+        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()).handle(), FIF_TIFF,
+                                   TIFF_CMYK, target),
+                  "");
+        parameters.cmyk_profile = folder / "print.icc";
+        tool.start_transfer(picture("source.jpg"), target, {true, true, true}, {}, false);
+        tool.forget_pair();
+        const ChildResult tags = run_child({"exiftool", "-s", "-s", "-s", "-ColorSpaceData", target});
+        EXPECT_EQ(std::string(tags.output.begin(), tags.output.end()), format == 9 ? "CMYK\n" : "") << format;
     }
 }
 
