@@ -55,16 +55,16 @@ struct SourceColours {
     bool is_wide = false;               ///< No profile, but Exif names the wider of the cameras' two spaces.
 };
 
-/// From the answer to `profile_request`. Exif knows sRGB ("R98", 1) and Adobe RGB ("R03"; some write 2, most
-/// only that it is not sRGB).
+/// From the answer to `profile_request`. Exif knows sRGB ("R98", 1) and Adobe RGB ("R03"; some cameras write
+/// 2 as the colour space). A colour space without calibration (65535) alone says nothing: programs fill it
+/// in.
 SourceColours source_colours(const std::vector<std::uint8_t>& answer) {
     constexpr std::size_t kProfileHead = 128;
     constexpr std::size_t kSpacePlace = 16;
     constexpr std::size_t kSignPlace = 36;
     const std::string_view text(reinterpret_cast<const char*>(answer.data()), answer.size());
     if (answer.size() < kProfileHead || text.substr(kSignPlace, 4) != "acsp") {
-        const std::string_view space = text.substr(text.rfind("R98", 0) == 0 ? text.size() : 0);
-        return {{}, space.rfind("R03", 0) == 0 || space == "2" || space == "65535"};
+        return {{}, text.rfind("R03", 0) == 0 || text == "2" || text == "R982"};
     }
     std::size_t size = 0;
     for (std::size_t i = 0; i < 4; ++i) {
@@ -343,8 +343,11 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
             add({"-IPTC:All", "-XMP:All"});
         }
         add({"-IPTC:CodedCharacterSet"});  // not among all; without it texts become Latin letters and "?"
-        // The views were turned upright: the source's orientation would turn any product once more.
-        add({"-exif:orientation=1", "-n"});
+        // Where the views were turned upright, the source's orientation would turn any product once more.
+        if (!permissions.keeps_orientation) {
+            add({"-exif:orientation=1"});
+        }
+        add({"-n"});
         add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d",
                          values.near_point, values.far_point, values.deviation)});
     }

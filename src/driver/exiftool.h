@@ -23,6 +23,7 @@ struct TagPermissions {
     bool exif_ok = false;
     bool tags_ok = false;
     bool colour_profile_ok = false;
+    bool keeps_orientation = false;  ///< The product lies as its source does.
 };
 
 /// The software tag's values, per mille of the output width.

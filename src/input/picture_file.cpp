@@ -291,6 +291,16 @@ bool is_tiff_file(const std::string& path) {
            picture_format_of(*content, path) == PictureFormat::tiff;
 }
 
+bool is_loaded_upright(const std::string& path) {
+    std::string reason;
+    const auto content = read_content(path, reason);
+    if (!content || content->empty() || content->size() > UINT32_MAX) {
+        return false;
+    }
+    const PictureFormat format = picture_format_of(*content, path);
+    return format == PictureFormat::raw || format == PictureFormat::unknown;
+}
+
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
     auto content = read_file_whole(path, reason);

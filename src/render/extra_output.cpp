@@ -156,6 +156,7 @@ MpoMetadata metadata_of(const WarpState& warp, const Bitmap& view, const std::st
     MpoMetadata metadata;
     metadata.width = view.width();
     metadata.height = view.height();
+    metadata.keeps_orientation = warp.keeps_orientation;
     metadata.copyright = warp.parameters.exif_copyright;
     metadata.source = hands_exif_on(warp.parameters, source) ? source : std::string();
     metadata.capture_time = capture_time_text(source);

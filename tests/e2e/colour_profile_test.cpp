@@ -77,11 +77,11 @@ INSTANTIATE_TEST_SUITE_P(
                    {kViews},
                    "cr/foo_cr.jpg",
                    "RGB |Compatible with Adobe RGB (1998)"},
-        ProfileRow{"not_srgb",
+        ProfileRow{"only_uncalibrated",
                    {"-ColorSpace=65535"},
                    {kViews},
                    "cr/foo_cr.jpg",
-                   "RGB |Compatible with Adobe RGB (1998)"},
+                   "RGB |sRGB built-in"},
         ProfileRow{
             "own", {"-ICC_Profile<=@rgb.icc", "-InteropIndex=R03"}, {kViews}, "cl/foo_cl.jpg", "RGB |Own"},
         ProfileRow{

@@ -259,6 +259,15 @@ INSTANTIATE_TEST_SUITE_P(Table, NotPictures,
                                                 LoadStatus::unsupported},
                                          BadRow{"a.psd", "8BPS\x01\x01\x01", LoadStatus::unsupported}));
 
+TEST(LoadPicture, OrientationCountsOnlyForWhatIsReadHereAsItStands) {
+    const TestFolder folder;
+    write_bytes(folder / "a.jpg", test::encoded(test::place_picture(20, 10).handle(), FIF_JPEG));
+    test::write_text(folder / "a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ");
+    EXPECT_FALSE(is_loaded_upright(folder / "a.jpg"));
+    EXPECT_TRUE(is_loaded_upright(folder / "a.webp"));
+    EXPECT_FALSE(is_loaded_upright(folder / "none.jpg"));
+}
+
 TEST(LoadPicture, FoldersAndMissingFilesAreUnreadable) {
     const TestFolder folder;
     std::filesystem::create_directory(folder / "folder.jpg");
