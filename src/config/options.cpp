@@ -289,6 +289,7 @@ EarlySettings early_settings(const CommandLine& line) {
 void apply_options(const CommandLine& line, ParameterSet& parameters, Voice& voice) {
     for (const OptionSetting& setting : line.settings) {
         set_field(parameters, setting);
+        parameters.given.emplace(setting.row->key);
         if (setting.row == &row_of(Parameter::language)) {
             voice.messages().set_language(language_of(parameters.language));
         }

@@ -147,6 +147,7 @@ void ParameterFileReader::read_number(const ParameterRow& row, Number ParameterS
         stop_outside_limits(row, *number);
     }
     parameters_.*field = static_cast<Number>(*number);
+    parameters_.given.emplace(row.key);
 }
 
 void ParameterFileReader::read_text(const ParameterRow& row) {
@@ -156,6 +157,7 @@ void ParameterFileReader::read_text(const ParameterRow& row) {
     }
     if (lines_[*line].text.find('=') != std::string::npos) {
         parameters_.*std::get<std::string ParameterSet::*>(row.field) = trimmed(value_in_line(*line));
+        parameters_.given.emplace(row.key);
     }
 }
 
