@@ -1,6 +1,7 @@
 #pragma once
 /// The settings of a run: one field for each key of the parameter file, and the derived ones.
 
+#include <set>
 #include <string>
 
 namespace zemora {
@@ -14,7 +15,8 @@ struct ParameterSet {  // NOLINT(clang-analyzer-optin.performance.Padding): the 
 #define ROW(type, field, key, low, high, standard, missing, option, english, german) type field = standard;
 #include "config/parameter_table.inc"
 #undef ROW
-    int encoder_latency = 0;  ///< Frames that the video encoder keeps back.
+    int encoder_latency = 0;      ///< Frames that the video encoder keeps back.
+    std::set<std::string> given;  ///< Keys that the parameter file or an option has set.
 };
 
 }  // namespace zemora

@@ -8,11 +8,14 @@
 
 #include "config/text_lines.h"
 #include "input/mpo_sizes.h"
+#include "input/tiff_directory.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
+#include "render/cmyk.h"
+#include "render/mpo_profile.h"
 
 namespace zemora {
 
@@ -59,6 +62,49 @@ std::string sentence_of(const std::string& text, const std::string& path) {
 /// Where exiftool writes the new form of a file.
 std::string left_over_name(const std::string& path) {
     return path + "_exiftool_tmp";
+}
+
+constexpr const char* kStandardProfile = "sRGB.icc";
+constexpr const char* kWideProfile = "AdobeCompatible.icc";
+
+/// Asks for the colour profile and, behind it, for what Exif says of the colours.
+std::vector<std::string> profile_request(const std::string& source) {
+    return {"-icc_profile", "-EXIF:InteropIndex", "-EXIF:ColorSpace", "-n", "-b", plain_name(source)};
+}
+
+/// The colours of a picture's pixels.
+struct SourceColours {
+    std::vector<std::uint8_t> profile;  ///< Of red, green and blue; empty without one.
+    bool is_wide = false;               ///< No profile, but Exif names the wider of the cameras' two spaces.
+};
+
+/// From the answer to `profile_request`. Exif knows sRGB ("R98", 1) and Adobe RGB ("R03"; some cameras write
+/// 2 as the colour space). A colour space without calibration (65535) alone says nothing: programs fill it
+/// in.
+SourceColours source_colours(const std::vector<std::uint8_t>& answer) {
+    constexpr std::size_t kProfileHead = 128;
+    constexpr std::size_t kSpacePlace = 16;
+    constexpr std::size_t kSignPlace = 36;
+    const std::string_view text(reinterpret_cast<const char*>(answer.data()), answer.size());
+    if (answer.size() < kProfileHead || text.substr(kSignPlace, 4) != "acsp") {
+        return {{}, text.rfind("R03", 0) == 0 || text == "2" || text == "R982"};
+    }
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        size = size << 8U | answer[i];
+    }
+    size = std::min(size, answer.size());
+    if (text.substr(kSpacePlace, 4) != "RGB ") {
+        return {};
+    }
+    return {{answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size)}, false};
+}
+
+/// Whether a stored file has the colours of a printer.
+bool holds_inks(const std::string& path) {
+    std::string reason;
+    const auto file = read_file_whole(path, reason);
+    return file && tiff_layout(*file).inks;
 }
 
 const char* record_tag(InputClass input_class) {
@@ -227,8 +273,10 @@ std::string ExifTool::read_software(const std::string& path) {
 }
 
 std::string ExifTool::read_headline(const std::string& path) {
-    const Answer answer = read(path, {"-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
-    return answer.exit_code == 0 ? first_line(answer.output) : std::string();
+    // Many programs write UTF-8 without saying so; what is none comes through as it stands in the file.
+    const Answer answer =
+        read(path, {"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
+    return answer.exit_code == 0 ? utf8_text(first_line(answer.output)) : std::string();
 }
 
 std::string ExifTool::read_maker(const std::string& path) {
@@ -251,7 +299,7 @@ void ExifTool::copy_orientation(const std::string& source, const std::string& ta
 }
 
 void ExifTool::add_standard_profile(const std::string& path) {
-    const std::string profile = find_data_file("sRGB.icc");
+    const std::string profile = find_data_file(kStandardProfile);
     if (profile.empty() || !is_available()) {
         return;
     }
@@ -288,10 +336,11 @@ bool ExifTool::write_record(const std::string& path, InputClass input_class, con
 
 void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
     tell_unreadable(source, answer);
-    std::string file = find_data_file("sRGB.icc");
-    if (!answer.output.empty()) {
+    const SourceColours colours = source_colours(answer.output);
+    std::string file = find_data_file(colours.is_wide ? kWideProfile : kStandardProfile);
+    if (!colours.profile.empty()) {
         const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
-        if (write_file_whole(fetched, answer.output).empty()) {
+        if (write_file_whole(fetched, colours.profile).empty()) {
             file = fetched;
         }
     }
@@ -300,17 +349,26 @@ void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
 
 void ExifTool::prefetch_profile(const std::string& source) {
     if (is_available()) {
-        start({"-icc_profile", "-b", plain_name(source)},
+        start(profile_request(source),
               [this, source](const Answer& answer) { keep_profile(source, answer); });
     }
 }
 
-std::vector<std::string> ExifTool::profile_arguments(const std::string& source) {
+std::vector<std::string> ExifTool::profile_arguments(const std::string& source, const std::string& target) {
+    constexpr int kCmykByFormula = 8;
+    constexpr int kCmykByProfile = 9;
+    const int format = parameters_.output_format;
+    if ((format == kCmykByFormula || format == kCmykByProfile) && holds_inks(target)) {
+        const std::string inks =
+            format == kCmykByProfile ? cmyk_profile_path(parameters_.cmyk_profile) : std::string();
+        return inks.empty() ? std::vector<std::string>()
+                            : std::vector<std::string>{"-ICC_Profile<=" + pattern_name(inks)};
+    }
     if (!profile_files_.contains(source)) {
         finish();
     }
     if (!profile_files_.contains(source)) {
-        keep_profile(source, run({"-icc_profile", "-b", plain_name(source)}));
+        keep_profile(source, run(profile_request(source)));
     }
     const std::string& file = profile_files_[source];
     return file.empty() ? std::vector<std::string>()
@@ -335,7 +393,7 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         return;
     }
     if (wanted && permissions.colour_profile_ok) {
-        arguments = profile_arguments(source);
+        arguments = profile_arguments(source, target);
     }
     if (wanted && permissions.exif_ok) {
         if (voice_.verbose() > 0) {
@@ -348,8 +406,12 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         } else {
             add({"-IPTC:All", "-XMP:All"});
         }
-        // The views were turned upright: the source's orientation would turn any product once more.
-        add({"-exif:orientation=1", "-n"});
+        add({"-IPTC:CodedCharacterSet"});  // not among all; without it texts become Latin letters and "?"
+        // Where the views were turned upright, the source's orientation would turn any product once more.
+        if (!permissions.keeps_orientation) {
+            add({"-exif:orientation=1"});
+        }
+        add({"-n"});
         add({format_text("-exif:software=zemora 0.9i4: nearpoint=%3d, farpoint=%3d, deviation=%3d",
                          values.near_point, values.far_point, values.deviation)});
     }
@@ -368,7 +430,10 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
     remove_left_over(target);
     start(arguments, [this, target, is_multi_picture](const Answer& answer) {
-        const std::string reason = is_multi_picture ? settle_first_size(target, std::nullopt) : std::string();
+        std::string reason = is_multi_picture ? settle_first_size(target, std::nullopt) : std::string();
+        if (is_multi_picture && reason.empty()) {
+            reason = share_profile(target);
+        }
         if (answer.exit_code != 0) {
             tell_failure(target, answer);
         } else if (!reason.empty()) {
@@ -380,9 +445,9 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
 
 void ExifTool::forget_pair() {
     finish();
-    const std::string standard = find_data_file("sRGB.icc");
+    const std::string fetched = temporary_folder() + "/temp";
     for (const auto& [source, file] : profile_files_) {
-        if (file != standard) {
+        if (file.rfind(fetched, 0) == 0) {
             std::remove(file.c_str());
         }
     }

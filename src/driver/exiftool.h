@@ -24,6 +24,7 @@ struct TagPermissions {
     bool exif_ok = false;
     bool tags_ok = false;
     bool colour_profile_ok = false;
+    bool keeps_orientation = false;  ///< The product lies as its source does.
 };
 
 /// The software tag's values, per mille of the output width.
@@ -93,8 +94,9 @@ private:
     [[nodiscard]] bool send(const std::vector<std::string>& arguments);
     [[nodiscard]] std::optional<Answer> receive();
     void keep_profile(const std::string& source, const Answer& answer);
-    /// Arguments that give the target the colour profile of `source`, else sRGB.
-    std::vector<std::string> profile_arguments(const std::string& source);
+    /// Arguments that give the target the profile that its pixels have: that of `source`, else the one of
+    /// the space that Exif names; of printer's colours that of `CMYK_Profile` or none.
+    std::vector<std::string> profile_arguments(const std::string& source, const std::string& target);
     void tell_unreadable(const std::string& path, const Answer& answer);
     void tell_failure(const std::string& path, const Answer& answer) const;
     /// Removes what a run that was broken off has left beside a file of this run, where exiftool works on it.

@@ -170,6 +170,7 @@ void run_pair(Pipeline& pipeline, int index) {
         pair.counted = counted;
         goes_on = run_stages(pipeline, pair);
         counted = pair.counted;
+        pipeline.mounted += !goes_on && is_written(pair.status) && !pair.store_failed ? 1 : 0;
         exchanged = goes_on && exchange_views(pipeline, pair);
     }
 }

@@ -162,7 +162,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
         return;
     }
     if (has_exchanged_views(pipeline, pair)) {
-        pipeline.voice.print_and_report(pipeline.voice.messages().either(
+        pipeline.voice.tell_everywhere(pipeline.voice.messages().either(
             "   The views were exchanged by hand: no values are stored for a later run.\n",
             "   Die Ansichten wurden von Hand vertauscht: fuer spaetere Laeufe wird nichts gespeichert.\n"));
         return;

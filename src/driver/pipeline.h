@@ -46,6 +46,7 @@ struct Pipeline {
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
+    int mounted = 0;  ///< Objects whose products are all stored.
     FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
     int initial_frame_left_right;
     std::string last_anaglyph_name;

@@ -23,7 +23,9 @@ CorrectionValues values_of(const PairCorrection& c) {
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
     const PreSelection& preset = pipeline.input.pre_selection;
+    constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
     report.mode = pair.mode;
+    report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >= kFirstDepthLayout;
     report.status = static_cast<int>(pair.status);
     report.width = pair.output_width;
     report.height = pair.output_height;

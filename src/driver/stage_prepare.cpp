@@ -6,6 +6,8 @@
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/viewers.h"
+#include "input/exif_time.h"
+#include "input/picture_file.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -100,14 +102,43 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     const auto shown_by_browsers = [](const std::string& suffix) {
         return suffix == ".jpg" || suffix == ".png";
     };
+    constexpr int kAnaglyph = 3;
     constexpr int kThumbnails = 4;
+    const bool is_dome = p.html_images == kAnaglyph && p.planetarium_output == 1;  // a TIFF
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
-        !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
+        (is_dome || !shown_by_browsers(pair.left_output_suffix) ||
+         !shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = kThumbnails;
         if (voice.verbose() > 0) {
             voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
         }
     }
+}
+
+/// The orientation that a file asks for; upright for one that is loaded upright.
+int needed_orientation(const std::string& file) {
+    constexpr int kUpright = 1;
+    const int orientation = exif_orientation(file);
+    return orientation > kUpright && is_loaded_upright(file) ? kUpright : orientation;
+}
+
+/// Whether the views have to be turned by their files though nobody said how: a lying pair has its base
+/// upright and can only be mounted wrongly. A side-by-side picture is left, its tag speaks of the whole; so
+/// is a pair of which one file tells nothing.
+bool turns_unasked(const Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const bool two = pipeline.list.two_files;
+    constexpr int kPhonePhoto = 7;
+    if (p.given.contains("RotMirInputLeft") || p.given.contains("RotMirInputRight") ||
+        p.rot_mir_input_left != 0 || p.rot_mir_input_right != 0 ||
+        !(two || pair.left_suffix == ".mpo" || p.stereo_image_input == kPhonePhoto)) {
+        return false;
+    }
+    const int left = needed_orientation(two ? pair.files.left : pair.files.stereo);
+    const int right = two ? needed_orientation(pair.files.right) : left;
+    constexpr int kPhotoAndDepthFiles = 5;
+    return left > 0 && right > 0 && std::max(left, right) > 1 &&
+           (left == right || p.stereo_image_input != kPhotoAndDepthFiles);
 }
 
 /// The RotMirInput of one view, from the file where the setting says so.
@@ -127,6 +158,8 @@ int orientation_of(Pipeline& pipeline, int setting, const std::string& file, boo
     const int mode = rot_mir_of_orientation(orientation);
     if (orientation == 0) {
         pipeline.voice.print("Warning: no Exif:Orientation could be read!\n");
+    } else if (mode != 0 && is_loaded_upright(file)) {
+        return 0;
     } else if (mode != 0 && pipeline.voice.verbose() > 0) {
         pipeline.voice.print(std::string(is_left ? "Left" : "Right") +
                              " image according to EXIF:Orientation " + kWords[mode] + '\n');
@@ -134,14 +167,29 @@ int orientation_of(Pipeline& pipeline, int setting, const std::string& file, boo
     return mode;
 }
 
-void orient_views(Pipeline& pipeline, const PairRun& pair) {
+void orient_views(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool two = pipeline.list.two_files;
     InputPair& input = pipeline.input;
-    input.rot_mir_left =
-        orientation_of(pipeline, p.rot_mir_input_left, two ? pair.files.left : pair.files.stereo, true);
-    input.rot_mir_right =
-        orientation_of(pipeline, p.rot_mir_input_right, two ? pair.files.right : pair.files.stereo, false);
+    const std::string& left = two ? pair.files.left : pair.files.stereo;
+    const std::string& right = two ? pair.files.right : pair.files.stereo;
+    if (turns_unasked(pipeline, pair)) {
+        input.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
+        input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
+        const Voice& voice = pipeline.voice;
+        voice.print_and_report(voice.messages().either(
+            "   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
+            "RotMirInputRight = -1 do it.\n",
+            "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
+            "RotMirInputRight = -1 gedreht.\n"));
+    } else {
+        input.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true);
+        input.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false);
+    }
+    const bool turned = input.rot_mir_left != 0 || input.rot_mir_right != 0 || p.rot_mir_output_left != 0 ||
+                        p.rot_mir_output_right != 0;
+    pair.permissions.keeps_orientation = !turned && exif_orientation(right) > 1 && !is_loaded_upright(right);
+    pipeline.warp.keeps_orientation = pair.permissions.keeps_orientation;
 }
 
 /// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3. No record fits views that
@@ -198,8 +246,8 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     }
     if (result == ReadResult::converted) {
         if (voice.verbose() > 1) {
-            voice.print_and_report(messages.text<Msg::main_format_not_supported_block>() + names +
-                                   messages.text<Msg::main_conversion_tried_block>() + '\n');
+            voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
+                                  messages.text<Msg::main_conversion_tried_block>() + '\n');
         }
         voice.wait(WaitAbove::warning);
     }

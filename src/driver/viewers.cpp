@@ -94,7 +94,7 @@ int run_viewer(const Pipeline& pipeline, const PairRun& pair, const std::string&
     call.insert(call.end(), numbers.begin(), numbers.end());
     const ChildResult result = run_beside_console(call);
     if (!result.error.empty()) {
-        pipeline.voice.print_and_report("   " + printable(program) + ": " + result.error + '\n');
+        pipeline.voice.tell_everywhere("   " + printable(program) + ": " + result.error + '\n');
     }
     return result.exit_code;
 }
@@ -125,14 +125,14 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
         latest = *bytes;
     }
     const Voice& voice = pipeline.voice;
-    voice.print_and_report(format_text(voice.messages().either("%s holds no answer that can be used.\n",
+    voice.tell_everywhere(format_text(voice.messages().either("%s holds no answer that can be used.\n",
                                                                "%s enthaelt keine brauchbare Antwort.\n"),
                                        printable(path).c_str()));
     return std::nullopt;
 }
 
 void abandon(const Pipeline& pipeline, PairRun& pair, int exit_code) {
-    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_abandoned_by_user>());
+    pipeline.voice.tell_everywhere(pipeline.voice.messages().text<Msg::main_abandoned_by_user>());
     pair.status = StatusCode::abandoned;
     pair.viewer_exit_code = exit_code;
 }
@@ -238,7 +238,7 @@ void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answ
 
 /// The pair ends without stores; its files are not to blame and stay where they are.
 ViewerDecision end_without_answer(const Pipeline& pipeline, PairRun& pair) {
-    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
+    pipeline.voice.tell_everywhere(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
     pair.status = StatusCode::failed;
     pair.failure_told = true;
     return ViewerDecision::failed;
@@ -334,7 +334,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     if (answer) {
         take_answer(pipeline, *answer);
     } else {
-        voice.print_and_report(voice.messages().text<Msg::main_previewer_call_failed>());
+        voice.tell_everywhere(voice.messages().text<Msg::main_previewer_call_failed>());
     }
     return true;
 }
@@ -352,7 +352,7 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
         return ViewerDecision::failed;
     }
     if (const std::string reason = save_preview(pipeline); !reason.empty()) {
-        pipeline.voice.print_and_report("   " + printable(reason) + '\n');
+        pipeline.voice.tell_everywhere("   " + printable(reason) + '\n');
         return end_without_answer(pipeline, pair);
     }
     const int exit_code = call_post_viewer(pipeline, pair, *preview);
@@ -388,7 +388,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     }
     std::vector<std::string> call = colour_script(pipeline);
     if (call.empty()) {
-        voice.print_and_report(
+        voice.tell_everywhere(
             format_text(voice.messages().either(
                             "   zemora_anamatrix is missing: the colours of %s are taken as they are.\n",
                             "   zemora_anamatrix fehlt: die Farben aus %s gelten, wie sie sind.\n"),
@@ -404,7 +404,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
         pipeline.warp.colours = read_colour_change(p, voice);
     }
     if (!reason.empty()) {
-        voice.print_and_report("   " + printable(reason) + '\n');
+        voice.tell_everywhere("   " + printable(reason) + '\n');
     }
 }
 

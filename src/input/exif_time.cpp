@@ -51,7 +51,9 @@ struct TiffEntry {
 
 constexpr std::uint32_t kExifDirectory = 0x8769;
 constexpr std::uint32_t kDateTimeOriginal = 0x9003;
+constexpr std::uint32_t kOrientation = 0x0112;
 constexpr std::uint32_t kText = 2;
+constexpr std::uint32_t kShortNumber = 3;
 constexpr std::uint32_t kFraction = 5;
 constexpr std::size_t kTimeSize = 19;  // characters of "YYYY:MM:DD hh:mm:ss"
 
@@ -81,6 +83,19 @@ public:
         }
         const auto time = find(first_directory_, kDateTimeOriginal);
         return time ? text_of(*time) : std::string();
+    }
+
+    [[nodiscard]] int orientation() const {
+        constexpr std::uint32_t kLast = 8;
+        constexpr std::uint32_t kUpperHalf =
+            16;  // bits; a short number stands in the first bytes of its place
+        const auto entry = find(first_directory_, kOrientation);
+        if (!entry || entry->type != kShortNumber) {
+            return 0;
+        }
+        const std::uint32_t value =
+            order_ == ByteOrder::high_first ? entry->value >> kUpperHalf : entry->value & 0xFFFFU;
+        return value <= kLast ? static_cast<int>(value) : 0;
     }
 
     [[nodiscard]] std::optional<ExifFraction> fraction(ExifFractionTag tag) const {
@@ -212,6 +227,15 @@ std::optional<std::string> exif_time_text(const std::string& path) {
         return std::nullopt;
     }
     return found.block ? found.block->time_text() : std::string();
+}
+
+int exif_orientation(const std::string& path) {
+    if (!is_plain_file(path)) {
+        return 0;
+    }
+    FileBytes file(path);
+    const FoundBlock found = find_block(file);
+    return found.block ? found.block->orientation() : 0;
 }
 
 std::optional<ExifFraction> exif_fraction(const std::string& path, ExifFractionTag tag) {

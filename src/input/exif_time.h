@@ -18,6 +18,9 @@ struct ExifFraction {
     friend bool operator==(const ExifFraction&, const ExifFraction&) = default;
 };
 
+/// The orientation of the same files, 1 to 8; 0 without one.
+[[nodiscard]] int exif_orientation(const std::string& path);
+
 enum class ExifFractionTag : std::uint32_t {
     exposure_time = 0x829A,  ///< Seconds.
     f_number = 0x829D,

@@ -25,7 +25,7 @@ struct SelectedFiles {
 /// nothing about partners.
 [[nodiscard]] SelectedFiles select_files(const ParameterSet& parameters, const Voice& voice);
 
-/// Whether `ImageType` names the suffix of the file, in any case.
+/// Whether `ImageType` names the suffix of the file, in any case, as "jpg", ".jpg" or "*.jpg".
 [[nodiscard]] bool has_listed_suffix(const std::string& image_type, const std::string& name);
 
 /// Whether a folder name is one of those that this program writes into: cl, cr, clr, cs, ca, cp, ct, cd,

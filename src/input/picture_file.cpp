@@ -14,8 +14,10 @@
 
 #include "input/bmp_header.h"
 #include "input/exif_time.h"
+#include "input/jpeg_check.h"
 #include "input/jpeg_metadata.h"
 #include "input/targa_check.h"
+#include "input/tiff_directory.h"
 #include "input/tiff_profile.h"
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
@@ -160,32 +162,84 @@ bool is_cut_off(const LibraryStream& stream, PictureFormat format, std::span<con
         case PictureFormat::tiff:
         case PictureFormat::ppm: return stream.ran_out();
         case PictureFormat::targa: return targa_is_cut_off(content);
+        case PictureFormat::jpeg: return !jpeg_shape(content).end;
         default: return false;
     }
 }
 
 /// A message of the library that means that pixels are missing or wrong.
 bool tells_damage(std::string_view message) {
-    static constexpr std::array<std::string_view, 8> kSigns{"Premature end", "premature end", "Corrupt JPEG",
-                                                            "truncated",     "Truncated",     "Read Error",
-                                                            "not enough",    "Not enough"};
-    // These leave the pixels whole.
-    static constexpr std::array<std::string_view, 2> kHarmless{"extraneous bytes", "bad ICC marker"};
+    static constexpr std::array<std::string_view, 9> kSigns{
+        "Premature end", "premature end", "Corrupt JPEG",           "truncated", "Truncated", "Read Error",
+        "not enough",    "Not enough",    "Image may be incomplete"};
     const auto holds = [&](std::string_view text) { return message.find(text) != std::string_view::npos; };
-    return std::any_of(kSigns.begin(), kSigns.end(), holds) &&
-           std::none_of(kHarmless.begin(), kHarmless.end(), holds);
+    return std::any_of(kSigns.begin(), kSigns.end(), holds);
+}
+
+/// Bytes between the last pixel and the end of a JPEG file are a trace of damage, but not a camera's padding.
+bool tells_padding(const std::string& message, std::span<const std::uint8_t> content) {
+    constexpr unsigned kEndMarker = 0xD9;
+    unsigned count = 0;
+    unsigned marker = 0;
+    return std::sscanf(message.c_str(), "Corrupt JPEG data: %u extraneous bytes before marker 0x%x", &count,
+                       &marker) == 2 &&
+           marker == kEndMarker && is_jpeg_padding(content, count);
 }
 
 /// The first of the library's messages that means damage; empty without one.
-std::string told_damage(std::string_view messages) {
+std::string told_damage(std::string_view messages, std::span<const std::uint8_t> content) {
     while (!messages.empty()) {
-        const std::string_view message = messages.substr(0, messages.find(kMessageEnd));
-        if (tells_damage(message)) {
-            return std::string(message);
+        const std::string message(messages.substr(0, messages.find(kMessageEnd)));
+        if (tells_damage(message) && !tells_padding(message, content)) {
+            return message;
         }
         messages.remove_prefix(std::min(message.size() + 1, messages.size()));
     }
     return {};
+}
+
+/// What is wrong with a picture that was just loaded, in words for the user; empty when it is whole.
+std::string fault_of(const Bitmap& bitmap, const LibraryStream& stream, PictureFormat format,
+                     std::span<const std::uint8_t> content) {
+    if (!bitmap || FreeImage_HasPixels(bitmap.handle()) == FALSE) {
+        const std::string first = t_library_message.substr(0, t_library_message.find(kMessageEnd));
+        return first.empty() ? "the content is no picture of its type" : first;
+    }
+    if (const std::string damage = told_damage(t_library_message, content); !damage.empty()) {
+        return "the file is damaged or cut off: " + damage;
+    }
+    return is_cut_off(stream, format, content) ? "the file is cut off" : "";
+}
+
+/// How the library is to decode a format.
+int flags_of(PictureFormat format) {
+    switch (format) {
+        case PictureFormat::jpeg: return JPEG_ACCURATE;  // the fast transform tints the picture green
+        case PictureFormat::raw: return RAW_DISPLAY;     // as a camera would show it, and not linear light
+        default: return 0;
+    }
+}
+
+/// Cyan, magenta, yellow and black of 8 bits, as the library leaves them in a tiled TIFF file: in the places
+/// of red, green, blue and alpha. Converted by the formula that the library uses for strips. Nothing for
+/// other depths.
+Bitmap inks_as_24_bits(const Bitmap& inks) {
+    constexpr int kInks = 4;
+    constexpr int kFull = 255;
+    if (FreeImage_GetImageType(inks.handle()) != FIT_BITMAP || inks.bits_per_pixel() != 8 * kInks) {
+        return {};
+    }
+    Bitmap result = Bitmap::create(inks.width(), inks.height());
+    for (int y = 0; result && y < inks.height(); ++y) {
+        const BYTE* from = FreeImage_GetScanLine(inks.handle(), y);
+        std::uint8_t* to = result.picture().row(y);
+        for (int x = 0; x < inks.width(); ++x, from += kInks, to += kPixelBytes) {
+            for (int c = 0; c < kPixelBytes; ++c) {
+                to[c] = static_cast<std::uint8_t>((kFull - from[c]) * (kFull - from[kPixelBytes]) / kFull);
+            }
+        }
+    }
+    return result;
 }
 
 /// Grey of 16 bits has no direct way to 24 bits; like the others it keeps its upper 8.
@@ -203,6 +257,7 @@ void make_harmless(std::vector<std::uint8_t>& content) {
     }
     hide_tiff_profile(content);
     hide_jpeg_metadata(content);
+    mend_jpeg_header(content);
 }
 
 std::optional<std::vector<std::uint8_t>> read_content(const std::string& path, std::string& reason) {
@@ -236,6 +291,16 @@ bool is_tiff_file(const std::string& path) {
            picture_format_of(*content, path) == PictureFormat::tiff;
 }
 
+bool is_loaded_upright(const std::string& path) {
+    std::string reason;
+    const auto content = read_content(path, reason);
+    if (!content || content->empty() || content->size() > UINT32_MAX) {
+        return false;
+    }
+    const PictureFormat format = picture_format_of(*content, path);
+    return format == PictureFormat::raw || format == PictureFormat::unknown;
+}
+
 LoadedPicture load_picture(const std::string& path, bool keep_depth) {
     std::string reason;
     auto content = read_file_whole(path, reason);
@@ -256,29 +321,28 @@ LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::strin
     if (known == PictureFormat::unknown || FreeImage_FIFSupportsReading(format) == FALSE) {
         return failed(LoadStatus::unsupported, "the format is not supported");
     }
+    const TiffLayout layout = known == PictureFormat::tiff ? tiff_layout(content) : TiffLayout();
+    if (layout.tiled && layout.planes_apart) {
+        return failed(LoadStatus::unsupported, "tiles with a plane for each colour are not supported");
+    }
     LibraryStream stream(content);
     if (header_is_too_large(stream, format)) {
         return failed(LoadStatus::unreadable, "the picture is too large");
     }
     t_library_message.clear();
     LoadedPicture loaded;
-    loaded.bitmap = stream.load(format, 0);
-    if (!loaded.bitmap || FreeImage_HasPixels(loaded.bitmap.handle()) == FALSE) {
-        const std::string first = t_library_message.substr(0, t_library_message.find(kMessageEnd));
-        return failed(LoadStatus::unreadable,
-                      first.empty() ? "the content is no picture of its type" : first);
+    loaded.bitmap = stream.load(format, flags_of(known));
+    loaded.reason = fault_of(loaded.bitmap, stream, known, content);
+    if (!loaded.reason.empty()) {
+        return failed(LoadStatus::unreadable, loaded.reason);
     }
-    if (const std::string damage = told_damage(t_library_message); !damage.empty()) {
-        return failed(LoadStatus::unreadable, "the file is damaged or cut off: " + damage);
-    }
-    if (is_cut_off(stream, known, content)) {
-        return failed(LoadStatus::unreadable, "the file is cut off");
-    }
-    if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
+    if (layout.inks && layout.tiled) {
+        loaded.bitmap = inks_as_24_bits(loaded.bitmap);
+    } else if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
         loaded.bitmap = as_24_bits(std::move(loaded.bitmap));
-        if (!loaded.bitmap) {
-            return failed(LoadStatus::unreadable, "the pixels cannot be converted to 24 bits");
-        }
+    }
+    if (!loaded.bitmap) {
+        return failed(LoadStatus::unsupported, "the pixels cannot be converted to 24 bits");
     }
     loaded.status = LoadStatus::done;
     return loaded;

@@ -31,6 +31,10 @@ struct LoadedPicture {
 /// Whether the content of a file is a TIFF picture (and no camera's raw file of that family).
 [[nodiscard]] bool is_tiff_file(const std::string& path);
 
+/// Whether a picture is loaded upright, whatever its orientation tag says: camera raw is developed so, and so
+/// is what goes through the converter.
+[[nodiscard]] bool is_loaded_upright(const std::string& path);
+
 /// Loads a picture as 24 bits, or as the file has it with `keep_depth` (the 16-bit output).
 [[nodiscard]] LoadedPicture load_picture(const std::string& path, bool keep_depth = false);
 

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 
 extern char** environ;  // NOLINT: the name is the system's
@@ -56,6 +57,7 @@ int spawn(const std::vector<std::string>& arguments, const FileActions& actions,
         vector.push_back(const_cast<char*>(argument.c_str()));  // NOLINT: the call does not write
     }
     vector.push_back(nullptr);
+    flush_console();
     return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environment);
 }
 

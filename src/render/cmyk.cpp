@@ -35,7 +35,7 @@ Bitmap create_cmyk(int width, int height) {
 
 /// From the bytes of the profile file.
 Profile open_profile(const std::string& name, std::string& reason) {
-    const std::string path = is_absolute(name) ? name : find_data_file(name);
+    const std::string path = cmyk_profile_path(name);
     const auto bytes = path.empty() || name.empty() ? std::nullopt : read_file_whole(path, reason);
     Profile profile;
     if (bytes && bytes->size() <= UINT32_MAX) {
@@ -48,6 +48,10 @@ Profile open_profile(const std::string& name, std::string& reason) {
 }
 
 }  // namespace
+
+std::string cmyk_profile_path(const std::string& name) {
+    return is_absolute(name) ? name : find_data_file(name);
+}
 
 Inks inks_of(Colour colour) {
     const double cyan = 1.0 - colour.red / 255.0;

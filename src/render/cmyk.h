@@ -11,6 +11,9 @@ namespace zemora {
 /// Cyan, magenta, yellow, black; 255 is full ink.
 using Inks = std::array<std::uint8_t, 4>;
 
+/// The file of the profile `name`: a data file of the program, or an absolute path. Empty when there is none.
+[[nodiscard]] std::string cmyk_profile_path(const std::string& name);
+
 /// Full removal of under-colours: black takes what the three have in common.
 [[nodiscard]] Inks inks_of(Colour colour);
 

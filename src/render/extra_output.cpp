@@ -156,6 +156,7 @@ MpoMetadata metadata_of(const WarpState& warp, const Bitmap& view, const std::st
     MpoMetadata metadata;
     metadata.width = view.width();
     metadata.height = view.height();
+    metadata.keeps_orientation = warp.keeps_orientation;
     metadata.copyright = warp.parameters.exif_copyright;
     metadata.source = hands_exif_on(warp.parameters, source) ? source : std::string();
     metadata.capture_time = capture_time_text(source);
@@ -175,7 +176,7 @@ StoreResult write_multi_picture(WarpState& warp, const std::string& file, const 
         const auto index = static_cast<std::size_t>(i);
         views[index] = compose_view(warp, layouts[index], i == 0 ? View::left : View::right);
         if (views[index]) {
-            encoded[index].emplace(encode_jpeg(views[index], options));
+            encoded[index].emplace(encode_camera_jpeg(views[index], options));
         }
     }
     if (!views[0] || !views[1]) {

@@ -313,7 +313,8 @@ std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetada
         return std::nullopt;
     }
     set_size(block, metadata, voice);
-    if (const auto orientation = block.find(first, kTagOrientation)) {
+    const auto orientation = block.find(first, kTagOrientation);
+    if (orientation && !metadata.keeps_orientation) {
         block.set_value(*orientation, TiffType::number16, 1, 1);
     }
     cut_thumbnail(block, metadata);

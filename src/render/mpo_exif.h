@@ -14,7 +14,8 @@ namespace zemora {
 struct MpoMetadata {
     int width = 0;  ///< Of a picture, pixels.
     int height = 0;
-    std::string copyright;  ///< Cut at 20 bytes; empty leaves the source's.
+    bool keeps_orientation = false;  ///< The pictures lie as the source does; else they are upright.
+    std::string copyright;           ///< Cut at 20 bytes; empty leaves the source's.
     /// The source picture, whose Exif segment is taken over; empty for the built-in one.
     std::string source;
     // For the built-in segment; without them it has its defaults.

@@ -120,8 +120,8 @@ std::string save_picture(const Bitmap& picture, const std::string& path, const S
     return encode_and_write(written, format->format, flags, path);
 }
 
-EncodedPicture encode_jpeg(const Bitmap& picture, const SaveOptions& options) {
-    return {picture.handle(), FIF_JPEG, JPEG_SUBSAMPLING_444 | quality_flag(options)};
+EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& options) {
+    return {picture.handle(), FIF_JPEG, JPEG_SUBSAMPLING_422 | quality_flag(options)};
 }
 
 std::string save_deep_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {

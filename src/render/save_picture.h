@@ -29,8 +29,9 @@ struct SaveOptions {
 [[nodiscard]] std::string save_picture(const Bitmap& picture, const std::string& path,
                                        const SaveOptions& options);
 
-/// `picture`, of 24 bits, as a JPEG file in memory.
-[[nodiscard]] EncodedPicture encode_jpeg(const Bitmap& picture, const SaveOptions& options);
+/// `picture`, of 24 bits, as a JPEG file in memory with the colours of two neighbours together (4:2:2), as
+/// cameras write it: readers of multi-picture files in displays know nothing else.
+[[nodiscard]] EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& options);
 
 /// Saves a bitmap of 48 bits as TIFF.
 [[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,

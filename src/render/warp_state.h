@@ -107,6 +107,8 @@ struct WarpState {
 
     /// The finished views of the pair were changed by a step that has no form with 16 bits.
     bool eight_bits_only = false;
+    /// The products lie as their sources do: nothing has turned them.
+    bool keeps_orientation = false;
 
     // Shape parameters; zero except in the final passes.
     double phantogram = 0.0;

@@ -1,5 +1,6 @@
 #include "driver/exiftool.h"
 
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -7,10 +8,12 @@
 
 #include "input/mpo.h"
 #include "input/mpo_sizes.h"
+#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
+#include "render/cmyk.h"
 #include "render/mpo_file.h"
 #include "tests/input/generated_mpo.h"
 #include "tests/support/pictures.h"
@@ -105,6 +108,54 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
         EXPECT_NE(text.find(software), std::string::npos) << text;
     }
     EXPECT_EQ(heard().find("No success"), std::string::npos);
+}
+
+TEST_F(ExifToolCalls, TextsOfAnyAlphabetAreReadAndTransferred) {
+    parameters.meta_transfer = 1;
+    struct Row {
+        std::vector<std::string> how;
+        const char* headline;
+    };
+    const Row rows[] = {{{"-IPTC:CodedCharacterSet=UTF8"}, "\xD0\x9F\xD1\x80\xD0\xB8 \xCE\x91"},
+                        {{"-charset", "iptc=UTF8"}, "\xD0\x9F\xD1\x80 \xC3\x81"},
+                        {{"-IPTC:Category=x"},
+                         "Gr\xC3\xB6\xC3\x9F"
+                         "e"}};
+    for (const Row& row : rows) {
+        const std::string source = picture("source.jpg");
+        const std::string target = picture("target.jpg");
+        std::vector<std::string> call{"exiftool", "-q", "-overwrite_original"};
+        call.insert(call.end(), row.how.begin(), row.how.end());
+        call.insert(call.end(), {std::string("-IPTC:Headline=") + row.headline, source});
+        ASSERT_TRUE(run_child(call).succeeded());
+        EXPECT_EQ(tool.read_headline(source), row.headline);
+        tool.start_transfer(source, target, {true, true, true}, {}, false);
+        tool.finish();
+        EXPECT_EQ(tool.read_headline(target), row.headline);
+    }
+}
+
+TEST_F(ExifToolCalls, PrintersColoursGetThePrintersProfile) {
+    parameters.meta_transfer = 1;
+    std::string profile(160, '\0');  // a head that tells its colours, and one entry
+    profile[3] = static_cast<char>(160);
+    profile.replace(12, 12, "prtrCMYKLab ");
+    profile.replace(36, 4, "acsp");
+    profile.replace(131, 13, "\1desc\0\0\0\x90\0\0\0\x10", 13);
+    profile.replace(144, 16, "desc\0\0\0\0\0\0\0\4Own", 16);
+    test::write_text(folder / "print.icc", profile);
+    for (const int format : {8, 9}) {
+        parameters.output_format = format;
+        const std::string target = folder / "target.tif";
+        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()).handle(), FIF_TIFF,
+                                   TIFF_CMYK, target),
+                  "");
+        parameters.cmyk_profile = folder / "print.icc";
+        tool.start_transfer(picture("source.jpg"), target, {true, true, true}, {}, false);
+        tool.forget_pair();
+        const ChildResult tags = run_child({"exiftool", "-s", "-s", "-s", "-ColorSpaceData", target});
+        EXPECT_EQ(std::string(tags.output.begin(), tags.output.end()), format == 9 ? "CMYK\n" : "") << format;
+    }
 }
 
 TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {

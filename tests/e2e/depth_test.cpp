@@ -74,8 +74,10 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     const Bitmap mask = mask_picture(255, 0);
     workshop.save("a_rgb.png", photo.picture());
     workshop.save("a_d.png", mask.picture());
-    Outcome outcome = workshop.run(with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png"}));
+    Outcome outcome = workshop.run(
+        with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png", "--ReportMode=1"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    EXPECT_NE(read_text(workshop.path("zemora_report.txt")).find("Far point disparity"), std::string::npos);
     expect_depth(workshop, "cl/a_cl.bmp", "cr/a_cr.bmp");
     const Bitmap judged = workshop.load("cd/a_cd.jpg");
     const std::uint8_t* near = judged.picture().pixel(200, 150);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "numerics/turn.h"
+#include "platform/child_process.h"
 #include "tests/e2e/workshop.h"
 #include "tests/input/generated_mpo.h"
 
@@ -88,6 +90,64 @@ TEST(InputForms, FramesOfAllKindsAreGoneFromTheMountedPair) {
             << mode;
     }
 }
+
+struct LyingRow {
+    const char* name;
+    const char* left_tag;
+    const char* right_tag;
+    std::vector<std::string> settings;
+    bool turned;
+    const char* product_tag;
+    bool told;
+};
+
+class LyingViews : public testing::TestWithParam<LyingRow> {};
+
+TEST_P(LyingViews, AreTurnedUnlessTheUserSaysOtherwise) {
+    if (find_program("exiftool").empty()) {
+        GTEST_SKIP() << "no exiftool";
+    }
+    Workshop workshop;
+    for (const auto& [name, view, tag] :
+         {std::tuple{"foo_l.jpg", &aligned_views().left, GetParam().left_tag},
+          std::tuple{"foo_r.jpg", &aligned_views().right, GetParam().right_tag}}) {
+        constexpr int kToTheLeft = 1;
+        Bitmap lying = Bitmap::create(view->height(), view->width());
+        turn_pixels({view->picture().bits, view->picture().pitch}, view->width(), view->height(), kPixelBytes,
+                    kToTheLeft, {lying.bits(), lying.pitch()});
+        workshop.save(name, lying.picture());
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-n", "-overwrite_original", "-Exif:Model=Twin",
+                               std::string("-Exif:Orientation=") + tag, workshop.path(name)})
+                        .succeeded());
+    }
+    std::vector<std::string> call{"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=-1", "--LeftRightOutput=2",
+                                  "--MetaTransfer=1"};
+    call.insert(call.end(), GetParam().settings.begin(), GetParam().settings.end());
+    const Outcome outcome = workshop.run(call);
+    const Bitmap product = workshop.load("cr/foo_cr.jpg");
+    EXPECT_EQ(product.width(), GetParam().turned ? 400 : 300) << outcome.text;
+    EXPECT_EQ(outcome.tells("not upright"), GetParam().told) << outcome.text;
+    const ChildResult tags =
+        run_child({"exiftool", "-n", "-s", "-s", "-s", "-Orientation", workshop.path("cr/foo_cr.jpg")});
+    EXPECT_EQ(std::string(tags.output.begin(), tags.output.end()).substr(0, 1), GetParam().product_tag);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LyingViews,
+    testing::Values(
+        LyingRow{"unset", "6", "6", {}, true, "1", true},
+        LyingRow{"unset_and_upright", "1", "1", {}, false, "1", false},
+        LyingRow{"unset_and_one_untold", "", "6", {}, false, "6", false},
+        LyingRow{"zero", "6", "6", {"--RotMirInputLeft=0", "/RR=0"}, false, "6", false},
+        LyingRow{"from_file", "6", "6", {"--RotMirInputLeft=-1", "--RotMirInputRight=-1"}, true, "1", false},
+        LyingRow{"turned_after_all",
+                 "6",
+                 "6",
+                 {"--RotMirInputLeft=0", "--RotMirOutputLeft=3", "--RotMirOutputRight=3"},
+                 true,
+                 "1",
+                 false}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace zemora::test

@@ -183,9 +183,13 @@ class Exits : public Viewers, public testing::WithParamInterface<ExitCase> {};
 TEST_P(Exits, OfThePostViewerDecide) {
     const ExitCase& c = GetParam();
     plan(kPost, c.steps);
-    const Outcome outcome = mount({"--PostViewerActive=2"});
+    const Outcome outcome = mount({"--PostViewerActive=2", "--ReportMode=1"});
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_TRUE(outcome.tells(c.told)) << outcome.text;
+    const auto reports = [&](const char* file) {
+        return read_text(workshop.path(file)).find(c.told) != std::string::npos;
+    };
+    EXPECT_EQ(reports("zemora_report.txt"), reports("zemora_report.html")) << c.told;
     EXPECT_EQ(calls(), c.calls);
     const Names files = workshop.files();
     EXPECT_EQ(has_name(files, "cl/"), *c.product != '\0') << outcome.text;

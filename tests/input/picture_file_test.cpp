@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 
@@ -195,6 +196,31 @@ TEST(TiffProfile, IsHiddenInEitherByteOrderAndBrokenDirectoriesAreLeft) {
     hide_tiff_profile(endless);
 }
 
+TEST(LoadPicture, JpegBringsNoTint) {
+    Bitmap picture = Bitmap::create(256, 256);
+    for (int y = 0; y < 256; ++y) {
+        for (int x = 0; x < 256; ++x) {
+            std::fill_n(picture.picture().pixel(x, y), 3, static_cast<std::uint8_t>(60 + (x * 7 + y * y) % 120));
+        }
+    }
+    const LoadedPicture loaded =
+        decode_picture(test::encoded(picture.handle(), FIF_JPEG, 90 | JPEG_SUBSAMPLING_422), "a.jpg");
+    ASSERT_EQ(loaded.status, LoadStatus::done);
+    double source = 0.0;
+    std::array<double, 3> read{};
+    for (int y = 0; y < 256; ++y) {
+        for (int x = 0; x < 256; ++x) {
+            source += picture.picture().pixel(x, y)[0] / 65536.0;
+            for (std::size_t c = 0; c < read.size(); ++c) {
+                read[c] += loaded.bitmap.picture().pixel(x, y)[c] / 65536.0;
+            }
+        }
+    }
+    for (const double channel : read) {
+        EXPECT_NEAR(channel, source, 0.3);
+    }
+}
+
 TEST(LoadPicture, DeepPixelsAreKeptOnRequest) {
     const TestFolder folder;
     const auto* deep = std::find_if(std::begin(kForms), std::end(kForms),
@@ -232,6 +258,15 @@ INSTANTIATE_TEST_SUITE_P(Table, NotPictures,
                                          BadRow{"a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ",
                                                 LoadStatus::unsupported},
                                          BadRow{"a.psd", "8BPS\x01\x01\x01", LoadStatus::unsupported}));
+
+TEST(LoadPicture, OrientationCountsOnlyForWhatIsReadHereAsItStands) {
+    const TestFolder folder;
+    write_bytes(folder / "a.jpg", test::encoded(test::place_picture(20, 10).handle(), FIF_JPEG));
+    test::write_text(folder / "a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ");
+    EXPECT_FALSE(is_loaded_upright(folder / "a.jpg"));
+    EXPECT_TRUE(is_loaded_upright(folder / "a.webp"));
+    EXPECT_FALSE(is_loaded_upright(folder / "none.jpg"));
+}
 
 TEST(LoadPicture, FoldersAndMissingFilesAreUnreadable) {
     const TestFolder folder;
