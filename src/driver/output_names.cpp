@@ -47,6 +47,11 @@ std::string folder_without_view(const ParameterSet& parameters, const std::strin
     return folder == "." ? std::string() : folder;
 }
 
+/// Whether the output folder is the same for every image folder.
+bool leads_to_one_place(const std::string& path_of_output) {
+    return is_absolute(path_of_output) || path_of_output == "~" || path_of_output.starts_with("~/");
+}
+
 /// An extra product's folder: the first row whose output is on.
 struct ExtraFolderRow {
     int extra_output;
@@ -185,6 +190,9 @@ OutputName output_path(const ParameterSet& parameters, const std::string& root, 
     name.base = without_suffix(bare_name_of(relative));
     drop_view_marker(name.base);
     std::string folder = folder_without_view(parameters, relative);
+    if (is_absolute(folder) && leads_to_one_place(parameters.path_of_output)) {
+        folder.clear();
+    }
     const bool absolute = is_absolute(folder);
     if (!folder.empty() && folder != "/") {
         folder += '/';

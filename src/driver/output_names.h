@@ -35,7 +35,8 @@ struct OutputName {
 };
 
 /// Forms the name of a product. `root` is the output root, `relative` the input name below the image
-/// folder (or an absolute one, which keeps its own folder), `frame_index` counts fields of video.
+/// folder (or an absolute one, which keeps its own folder unless `PathofOutput` is absolute), `frame_index`
+/// counts fields of video.
 [[nodiscard]] OutputName output_path(const ParameterSet& parameters, const std::string& root,
                                      const std::string& relative, ProductKind kind, int frame_index,
                                      const std::string& suffix);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "driver/file_kinds.h"
+#include "platform/directory_walk.h"
 #include "platform/paths.h"
 #include "report/window_judgement.h"
 
@@ -61,6 +62,11 @@ ProductNames view_names(const ParameterSet& p, const NamedPair& pair, ProductKin
     std::string left_relative = pair.left_relative;
     std::string right_relative = pair.right_relative;
     const bool common = pair.two_files && take_common_base(p, left_relative, right_relative);
+    if (pair.two_files) {  // the right product stands beside the left one, wherever its view comes from
+        const std::string folder = folder_of(left_relative);
+        const std::string name = bare_name_of(right_relative);
+        right_relative = folder.empty() ? name : path_in(folder, name);
+    }
     ProductNames names{output_path(p, root, left_relative, left_kind, pair.index, pair.left_suffix),
                        output_path(p, root, right_relative, right_kind, pair.index, pair.right_suffix)};
     stamp_name(names.left, p, pair.stamps);

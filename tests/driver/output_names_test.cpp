@@ -4,6 +4,8 @@
 
 #include <functional>
 
+#include "driver/product_names.h"
+
 namespace zemora {
 namespace {
 
@@ -69,6 +71,9 @@ INSTANTIATE_TEST_SUITE_P(Folders, OutputPath, testing::Values(
     PathCase{"./l/foo.jpg", kLeft, nothing, "/out/cl/foo_cl.jpg"},
     PathCase{"l.x/foo.tar_l.jpg", kLeft, nothing, "/out/l.x/cl/foo.tar_cl.jpg"},
     PathCase{"/else/x/foo_l.jpg", kLeft, nothing, "/else/x/cl/foo_cl.jpg"},
+    PathCase{"/else/x/foo_l.jpg", kLeft, [](ParameterSet& p) { p.path_of_output = "/out"; }, "/out/cl/foo_cl.jpg"},
+    PathCase{"/foo_l.jpg", kLeft, [](ParameterSet& p) { p.path_of_output = "~/out"; }, "/out/cl/foo_cl.jpg"},
+    PathCase{"/x/foo_l.jpg", kLeft, [](ParameterSet& p) { p.path_of_output = "/out"; p.left_right_output = 3; }, "/out/foo_OS.jpg"},
     PathCase{"/foo_l.jpg", kLeft, nothing, "/cl/foo_cl.jpg"},
     PathCase{"_l.jpg", kLeft, nothing, "/out/cl/_cl.jpg"}));
 
@@ -158,6 +163,35 @@ INSTANTIATE_TEST_SUITE_P(Table, Stamps,
                                          StampCase{1, 5, 999, 0.03, 0.025, "foo_025(Kino)_cl.jpg"},
                                          StampCase{0, 0, 30, 0.030, 0.0, "foo_cl.jpg"},
                                          StampCase{1, 0, 29, 0.030, 0.0, "zz_foo_030_cl.jpg"}));
+
+TEST(ViewNames, OfTheRightViewStandBesideTheLeftOne) {
+    struct Row {
+        const char* output;
+        const char* left;
+        const char* right;
+        const char* left_name;
+        const char* right_name;
+    };
+    for (const Row& row :
+         {Row{"./", "a_l.jpg", "/else/a_r.jpg", "/pics/cl/a_cl.jpg", "/pics/cr/a_cr.jpg"},
+          Row{"/out", "a_l.jpg", "/else/a_r.jpg", "/out/cl/a_cl.jpg", "/out/cr/a_cr.jpg"},
+          Row{"/out", "/one/a_l.jpg", "/two/a_r.jpg", "/out/cl/a_cl.jpg", "/out/cr/a_cr.jpg"},
+          Row{"./", "/one/l/a.jpg", "/two/r/a.jpg", "/one/cl/a_cl.jpg", "/one/cr/a_cr.jpg"},
+          Row{"./", "left/a.jpg", "right/a.jpg", "/pics/left/cl/a_cl.jpg", "/pics/left/cr/a_cr.jpg"},
+          Row{"out", "l/x/a.jpg", "r/x/a.jpg", "/pics/out/x/cl/a_cl.jpg", "/pics/out/x/cr/a_cr.jpg"},
+          Row{"./", "a.jpg", "/else/b.jpg", "/pics/cl/a-b_cl.jpg", "/pics/cr/a-b_cr.jpg"}}) {
+        ParameterSet p;
+        p.input_mode = 10;
+        p.stamp_files = 0;
+        p.left_right_output = 2;
+        p.path_of_images = "/pics";
+        p.path_of_output = row.output;
+        const ProductNames names =
+            view_names(p, {row.left, row.right, ".jpg", ".jpg", true, 0, {}}, kLeft, ProductKind::right);
+        EXPECT_EQ(names.left.path(), row.left_name);
+        EXPECT_EQ(names.right.path(), row.right_name);
+    }
+}
 
 TEST(CombinedName, HoldsBothBasesAndOnePrefix) {
     ParameterSet p;
