@@ -160,6 +160,9 @@ WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox&
     }
     keep_for_repeat(warp, request, fixed);
     provide_working_pictures(warp);
+    warp.left_is_mirrored = warp.right_is_mirrored = false;
+    warp.left_floating_sign = -1;
+    warp.right_floating_sign = 1;
     const bool whole = request.crop == 0;
     const PixelRectangle frame{0, warp.width - 1, 0, warp.height - 1};
     const PixelRectangle range =
@@ -184,6 +187,7 @@ void swap_outputs(WarpState& warp) {
     if (warp.inverse_output == 1) {
         std::swap(warp.left, warp.right);
         std::swap(warp.left_is_mirrored, warp.right_is_mirrored);
+        std::swap(warp.left_floating_sign, warp.right_floating_sign);
     }
 }
 

@@ -65,6 +65,10 @@ struct WarpState {
     /// exchanged.
     bool left_is_mirrored = false;
     bool right_is_mirrored = false;
+    /// Where `FrameFloating` moves the picture that stands at the left or right: -1 and +1 for the true left
+    /// and right view, the other way round where turning has exchanged its sides; goes with the view too.
+    int left_floating_sign = -1;
+    int right_floating_sign = 1;
     [[nodiscard]] StereoPicture pair() const {
         return {left.picture(width, height), right.picture(width, height)};
     }

@@ -271,8 +271,8 @@ TEST_F(Viewers, MissingOrUselessProgramsAreTold) {
 
 TEST_F(Viewers, PreviewerGivesPartAndOrderOfTheViews) {
     plan(kPre, {preview_answer("x 0 1 0 0 0 1 0 50 0 100 0 50 0 100 0")});
-    const Outcome outcome =
-        mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2", "--EstimateGeometry=0"});
+    const Outcome outcome = mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2",
+                                   "--EstimateGeometry=0", "--CroppOutput=0"});
     EXPECT_TRUE(outcome.tells("Instructions for Zemora Image Previewer:\n---")) << outcome.text;
     EXPECT_TRUE(outcome.tells("Zemora Image PreViewer:\nRotation left:       0.0 degree\n")) << outcome.text;
     EXPECT_TRUE(outcome.tells("RightImageHeight:  100.0 percent\n")) << outcome.text;
