@@ -32,7 +32,7 @@ struct SaveOptions {
 /// `picture`, of 24 bits, as a JPEG file in memory.
 [[nodiscard]] EncodedPicture encode_jpeg(const Bitmap& picture, const SaveOptions& options);
 
-/// Saves a bitmap of 48 bits as TIFF.
+/// Saves a bitmap of 48 bits as TIFF: LZW of the differences where that is wanted and smaller, else plain.
 [[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,
                                             const SaveOptions& options);
 

@@ -32,6 +32,8 @@ void turn_outputs(WarpState& warp) {
     constexpr int kUpsideDown = 2;
     constexpr int kMirrored = 4;
     const auto floating_sign = [](int mode) { return mode == kUpsideDown || mode == kMirrored ? -1 : 1; };
+    warp.left_turn = left;
+    warp.right_turn = right;
     warp.left_is_mirrored = left == kMirrored;
     warp.right_is_mirrored = right == kMirrored;
     warp.left_floating_sign = -floating_sign(left);
