@@ -35,8 +35,9 @@ int is_last(const Pipeline& pipeline, const PairRun& pair) {
 template <class Visit>
 void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
     if (pipeline.list.two_files) {
-        visit(pair.files.left, pair.exchanged ? FileSide::right : FileSide::left);
-        visit(pair.files.right, pair.exchanged ? FileSide::left : FileSide::right);
+        const bool exchanged = pair.exchanged && exchanges_files(pipeline);
+        visit(pair.files.left, exchanged ? FileSide::right : FileSide::left);
+        visit(pair.files.right, exchanged ? FileSide::left : FileSide::right);
     } else {
         visit(pair.files.stereo, FileSide::stereo);
     }
