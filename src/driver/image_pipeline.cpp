@@ -124,7 +124,7 @@ bool mount_pair(Pipeline& pipeline, PairRun& pair) {
 /// The views in the other order than the user saw them; whether that is not the order of the list.
 bool exchange_views(Pipeline& pipeline, const PairRun& pair) {
     const bool exchanged = !has_exchanged_views(pipeline, pair);
-    if (exchanged != pair.exchanged && pipeline.list.two_files) {
+    if (exchanged != pair.exchanged && exchanges_files(pipeline)) {
         pipeline.list.exchange_views(pair.index);
     }
     return exchanged;

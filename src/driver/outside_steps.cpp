@@ -40,8 +40,9 @@ std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair
     if (!pipeline.list.two_files) {
         return {{pair.files.stereo, FileSide::stereo}};
     }
-    return {{pair.files.left, pair.exchanged ? FileSide::right : FileSide::left},
-            {pair.files.right, pair.exchanged ? FileSide::left : FileSide::right}};
+    const bool exchanged = pair.exchanged && exchanges_files(pipeline);
+    return {{pair.files.left, exchanged ? FileSide::right : FileSide::left},
+            {pair.files.right, exchanged ? FileSide::left : FileSide::right}};
 }
 
 /// The record of the pair for a run that mounts its views in the other order. Near and far point change

@@ -37,7 +37,7 @@ void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;
-    const bool exchanges_halves = pair.exchanged && !pipeline.list.two_files;
+    const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     input.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     input.swap_views = false;
     input.has_pre_selection = p.pre_settings == 1;
