@@ -4,6 +4,7 @@
 #include <ctime>
 #include <span>
 
+#include "driver/measuring.h"
 #include "driver/viewers.h"
 #include "input/list_file.h"
 #include "input/moved_files.h"
@@ -85,6 +86,24 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
     return record;
 }
 
+/// The corrections of the record that was read.
+void tell_stored_record(const Pipeline& pipeline, const PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    if (voice.verbose() == 0) {
+        return;
+    }
+    const MessageCatalogue& messages = voice.messages();
+    const StoredCorrectionRecord& r = pair.stored;
+    const PairCorrection correction{r[kRecordHeight],
+                                    0.0,
+                                    r[kRecordSize] / 100.0,
+                                    r[kRecordRotation] * kRadiansPerDegree,
+                                    r[kRecordVergenceV] * kRadiansPerDegree,
+                                    r[kRecordVergenceH] * kRadiansPerDegree};
+    voice.say<Msg::main_stored_values_read>();
+    voice.print(correction_line(messages, messages.raw(Msg::main_label_height), correction, false));
+}
+
 }  // namespace
 
 long long current_seconds() {
@@ -154,6 +173,12 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     }
     pair.stored = *left;
     pair.has_stored = true;
+    tell_stored_record(pipeline, pair);
+    if (drop_foreign_selection(pair.stored, pipeline.parameters)) {
+        pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
+                                 : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
+        pipeline.voice.wait(WaitAbove::error);
+    }
     return true;
 }
 

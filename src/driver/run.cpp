@@ -354,7 +354,7 @@ void mount_all(Run& run) {
     run_image_pipeline(pipeline);
     run.all_mounted = pipeline.mounted == run.list.count();
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
-        start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name), run.voice);
+        start_batch(batch_script(batch, pipeline.last_stored), run.voice);
     }
     tell_end(run, pipeline.processed);
     run.wait(WaitAbove::information);

@@ -126,8 +126,8 @@ void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, co
 struct SingleProduct {
     ProductKind kind;
     ProductWords words;
-    int shown_by;                                ///< The value of `HtmlImages` that shows it; 0 for none.
-    std::string Pipeline::*last_name = nullptr;  ///< Where the post-run batch finds its name.
+    int shown_by;                        ///< The value of `HtmlImages` that shows it; 0 for none.
+    std::string BatchNames::*last_name;  ///< Where the post-run batch finds its name.
 };
 
 StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, const std::string& path,
@@ -156,9 +156,7 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
         tell_failure(pipeline, pair, path, result, product.words);
         return;
     }
-    if (product.last_name != nullptr) {
-        pipeline.*product.last_name = path;
-    }
+    pipeline.last_stored.*product.last_name = path;
     dress_file(pipeline, pair, sources.right, path, is_extra);
     if (product.shown_by != 0 && pair.html_images == product.shown_by) {
         pair.picture_tag = preview_tag(path, p.path_of_images);
@@ -166,9 +164,9 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
 }
 
 constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, kShowAnaglyph,
-                                  &Pipeline::last_anaglyph_name};
-constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &Pipeline::last_stereo_name};
-constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0};
+                                  &BatchNames::anaglyph};
+constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &BatchNames::stereo};
+constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.left_right_output == 0) {

@@ -139,11 +139,15 @@ std::string printed_by(const std::string& script) {
     return {result.output.begin(), result.output.end()};
 }
 
-TEST(BatchScript, EndsAtTheFirstEmptyLineAndReplacesTheLastMark) {
-    const std::string script =
-        batch_script("REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' #CM#\n\necho never\n",
-                     "ana", "stereo");
-    EXPECT_EQ(printed_by(script), "<#CS#><stereo><#CA#><stereo>");
+TEST(BatchScript, EndsAtTheFirstEmptyLineAndReplacesEveryMark) {
+    const std::string text =
+        "REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' x#CM#y#CS# \"#CA#\"\n\necho "
+        "never\n";
+    EXPECT_EQ(printed_by(batch_script(text, {"ana", "stereo", "extra"})),
+              "<stereo><stereo><ana><xextraystereo><ana>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CS# #CM#\n", {"", "", "extra"})), "<extra><extra>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CS# #CM#\n", {"", "stereo", ""})), "<stereo><stereo>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CA# #CS#\n", {"", "stereo", ""})), "<><stereo>");
 }
 
 TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
@@ -153,7 +157,8 @@ TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
                                  "printf \"<%s>\" \\\\#CS#"}) {
             const std::string expected =
                 (std::string(line).find('\\') != std::string::npos ? "<\\" : "<") + name + '>';
-            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', "", name)), expected)
+            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', {"", name, ""})),
+                      expected)
                 << line;
         }
     }
