@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "input/bmp_header.h"
+#include "input/bmp_pixels.h"
 #include "input/exif_time.h"
 #include "input/jpeg_check.h"
 #include "input/jpeg_metadata.h"
@@ -250,10 +251,20 @@ Bitmap as_24_bits(Bitmap bitmap) {
     return bitmap ? Bitmap(FreeImage_ConvertTo24Bits(bitmap.handle())) : Bitmap();
 }
 
+/// Pixels of 16 bits in red, green and blue: from grey, and without alpha. Others stay as they are.
+Bitmap as_deep_colours(Bitmap bitmap) {
+    const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap.handle());
+    return type == FIT_UINT16 || type == FIT_RGBA16 ? Bitmap(FreeImage_ConvertToRGB16(bitmap.handle()))
+                                                    : std::move(bitmap);
+}
+
 /// Brings a file into the form that the image library reads well and without harm.
 void make_harmless(std::vector<std::uint8_t>& content) {
     if (auto shortened = with_short_bmp_header(content)) {
         content = std::move(*shortened);
+    }
+    if (auto plain = with_plain_bmp_pixels(content)) {
+        content = std::move(*plain);
     }
     hide_tiff_profile(content);
     hide_jpeg_metadata(content);
@@ -338,7 +349,9 @@ LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::strin
     }
     if (layout.inks && layout.tiled) {
         loaded.bitmap = inks_as_24_bits(loaded.bitmap);
-    } else if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
+    } else if (keep_depth) {
+        loaded.bitmap = as_deep_colours(std::move(loaded.bitmap));
+    } else if (loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
         loaded.bitmap = as_24_bits(std::move(loaded.bitmap));
     }
     if (!loaded.bitmap) {

@@ -24,7 +24,7 @@ enum class LoadStatus {
 
 struct LoadedPicture {
     LoadStatus status = LoadStatus::unreadable;
-    Bitmap bitmap;       ///< 24 bits unless `keep_depth` was asked for.
+    Bitmap bitmap;       ///< 24 bits; with `keep_depth` 48 for 16 bits a channel, others as in the file.
     std::string reason;  ///< For the user, when not done.
 };
 
