@@ -226,6 +226,15 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
         value(kRecordRightWidth),   value(kRecordRightHeight)};
 }
 
+/// TIFF files of one program carry forms that nobody else reads.
+void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
+    const Voice& voice = pipeline.voice;
+    if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
+        voice.print_and_report(
+            voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
+    }
+}
+
 bool load_pair(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
@@ -237,6 +246,7 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     if (result == ReadResult::unreadable) {
         voice.tell_everywhere(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
                               pipeline.input.failure() + '\n');
+        tell_photoshop_tiff(pipeline, pipeline.input.failed_file());
         voice.wait(WaitAbove::warning);
         return false;
     }

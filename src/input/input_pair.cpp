@@ -99,6 +99,7 @@ InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry
 }
 
 void InputPair::set_failure(const std::string& path, const std::string& reason) {
+    failed_file_ = path;
     failure_ = printable(path) + ": " + printable(reason);
 }
 
@@ -116,7 +117,6 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     release_images();
     unsupported_ = false;
     failure_.clear();
-    look_at_files(files);
     ReadResult result = ReadResult::done;
     if (!(two_files_ ? load_two_files(files) : load_stereo_file(files.stereo))) {
         if (!unsupported_ || !load_converted(files)) {
@@ -130,7 +130,7 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
         crop_by_percent();
     }
     condition_views({left_, left_geometry_, mask_stem(files, true)},
-                    {right_, right_geometry_, mask_stem(files, false)}, parameters_, voice_, look_at_tiff);
+                    {right_, right_geometry_, mask_stem(files, false)}, parameters_, voice_);
     turn_views();
     make_equal_size();
     make_exact(left_);
@@ -142,23 +142,6 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
         make_correlation_images();
     }
     return result;
-}
-
-void InputPair::look_at_files(const PairFiles& files) const {
-    if (!look_at_tiff) {
-        return;
-    }
-    const auto look = [this](const std::string& path) {
-        if (is_tiff_file(path)) {
-            look_at_tiff(path);
-        }
-    };
-    if (two_files_) {
-        look(files.left);
-        look(files.right);
-    } else {
-        look(files.stereo);
-    }
 }
 
 bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
