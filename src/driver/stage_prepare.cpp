@@ -7,6 +7,7 @@
 #include "driver/pipeline.h"
 #include "driver/viewers.h"
 #include "input/exif_time.h"
+#include "input/mpo_views.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
 
@@ -59,6 +60,16 @@ void take_names(Pipeline& pipeline, PairRun& pair) {
 bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
     pair.left_suffix = checked_suffix(pair.left_relative, pipeline.voice);
     pair.right_suffix = checked_suffix(pair.right_relative, pipeline.voice);
+    constexpr int kSideBySide = 1;
+    if (!pipeline.list.two_files && pair.left_suffix == ".jpg" &&
+        pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
+        pair.left_suffix = pair.right_suffix = ".mpo";
+        const Voice& voice = pipeline.voice;
+        voice.print_and_report(format_text(
+            voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
+                                    "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
+            printable(pair.left_relative).c_str()));
+    }
     return !pair.left_suffix.empty() && !pair.right_suffix.empty();
 }
 

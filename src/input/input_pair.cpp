@@ -10,6 +10,7 @@
 
 #include "input/conversion.h"
 #include "input/mpo.h"
+#include "input/mpo_views.h"
 #include "input/passepartout.h"
 #include "numerics/rounding.h"
 #include "numerics/turn.h"
@@ -230,7 +231,7 @@ bool InputPair::load_phone_photo(const std::string& path) {
 }
 
 bool InputPair::load_stereo_file(const std::string& path) {
-    if (is_mpo_name(path)) {
+    if (is_mpo_name(path) || (parameters_.stereo_image_input == kSideBySide && holds_two_views(path))) {
         return load_mpo_file(path);
     }
     if (parameters_.stereo_image_input == kPhonePhoto) {

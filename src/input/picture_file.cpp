@@ -20,6 +20,7 @@
 #include "input/targa_check.h"
 #include "input/tiff_directory.h"
 #include "input/tiff_profile.h"
+#include "platform/paths.h"
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 
@@ -283,6 +284,19 @@ std::optional<std::vector<std::uint8_t>> read_content(const std::string& path, s
 
 PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path) {
     return allowed(library_format(content, path));
+}
+
+std::string usual_suffix(const std::string& name) {
+    struct Row {
+        std::string_view suffix;
+        std::string_view usual;
+    };
+    static constexpr Row kRows[] = {{".jpeg", ".jpg"}, {".jpe", ".jpg"}, {".jif", ".jpg"},
+                                    {".jfif", ".jpg"}, {".jps", ".jpg"}, {".tiff", ".tif"}};
+    const std::string suffix = lower_case(suffix_of(name));
+    const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
+                                   [&suffix](const Row& known) { return known.suffix == suffix; });
+    return row == std::end(kRows) ? suffix : std::string(row->usual);
 }
 
 bool is_tiff_file(const std::string& path) {

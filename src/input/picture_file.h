@@ -28,6 +28,10 @@ struct LoadedPicture {
     std::string reason;  ///< For the user, when not done.
 };
 
+/// The suffix of a name in lower case, for formats of several suffixes the usual one: ".jpeg", ".jpe",
+/// ".jfif" and ".jps" are ".jpg", ".tiff" is ".tif". Empty without a suffix.
+[[nodiscard]] std::string usual_suffix(const std::string& name);
+
 /// Whether the content of a file is a TIFF picture (and no camera's raw file of that family).
 [[nodiscard]] bool is_tiff_file(const std::string& path);
 
