@@ -293,8 +293,13 @@ bool InputPair::finish_stereo() {
 Bitmap InputPair::load_through_converter(const std::string& path) {
     const std::string& folder = temporary_folder();
     const std::string target = folder + "/zemora_temp_" + without_suffix(bare_name_of(path)) + ".bmp";
-    if (folder.empty() || !convert_picture(parameters_.path_of_irfanview, path, target, voice_)) {
-        set_failure(path, "the format is not supported and there is no converter for it");
+    const Conversion conversion = folder.empty()
+                                      ? Conversion::failed
+                                      : convert_picture(parameters_.path_of_irfanview, path, target, voice_);
+    if (conversion != Conversion::done) {
+        set_failure(path, conversion == Conversion::no_converter
+                              ? "the format is not supported and there is no converter for it"
+                              : "the format is not supported and the converter has failed");
         return {};
     }
     LoadedPicture converted = load_picture(target);

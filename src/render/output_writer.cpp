@@ -49,7 +49,7 @@ StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const
 
 StoreResult result_of(const std::string& file, const std::string& reason) {
     constexpr int kStoreFailed = 2;
-    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
+    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, printable(file + ": " + reason)};
 }
 
 StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,
