@@ -146,7 +146,7 @@ Bitmap compose_deep(WarpState& warp, const TiledFormat& format, const DeepViews&
 
 /// Whether the Exif data of that file are taken over as they stand.
 bool hands_exif_on(const ParameterSet& parameters, const std::string& source) {
-    const std::string suffix = lower_case(suffix_of(source));
+    const std::string suffix = usual_suffix(source);
     return parameters.meta_transfer != 0 && (suffix == ".jpg" || suffix == ".mpo");
 }
 

@@ -56,7 +56,7 @@ ViewStore store_deep_view(const WarpState& warp, const CanvasLayout& layout, Vie
 
 StoreResult result_of(const std::string& file, const std::string& reason) {
     constexpr int kStoreFailed = 2;
-    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
+    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, printable(file + ": " + reason)};
 }
 
 StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,

@@ -36,6 +36,14 @@ constexpr FormatRow kFormats[] = {
     {".tiff", FIF_TIFF, TIFF_NONE, TIFF_LZW},
     {".tga", FIF_TARGA, 0, 0},
     {".ppm", FIF_PPM, 0, 0},
+    {".pgm", FIF_PPM, 0, 0},  // with colours: readers go by the first bytes
+    {".pbm", FIF_PPM, 0, 0},
+    {".webp", FIF_WEBP, 0, 0},
+    {".jp2", FIF_JP2, 0, 0},
+    {".j2k", FIF_J2K, 0, 0},
+    {".j2c", FIF_J2K, 0, 0},
+    {".psd", FIF_PSD, PSD_NONE, PSD_DEFAULT},
+    {".jng", FIF_JNG, 0, 0},
 };
 
 const FormatRow* find_format(const std::string& path) {
@@ -51,7 +59,15 @@ int quality_flag(const SaveOptions& options) {
 
 int flags_of(const FormatRow& format, const SaveOptions& options) {
     const int flags = options.compress ? format.compressed_flags : format.plain_flags;
-    return format.format == FIF_JPEG ? flags | quality_flag(options) : flags;
+    constexpr int kLosslessSize = 101;  // so that the quality of 85 gives the library's usual 16 to 1
+    switch (format.format) {
+        case FIF_JPEG:
+        case FIF_WEBP:
+        case FIF_JNG: return flags | quality_flag(options);
+        case FIF_JP2:
+        case FIF_J2K: return kLosslessSize - quality_flag(options);  // source bytes for one of the file
+        default: return flags;
+    }
 }
 
 void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
@@ -114,6 +130,10 @@ SaveOptions::SaveOptions(const ParameterSet& parameters)
       dots_per_inch_x(parameters.dots_per_inch_x),
       dots_per_inch_y(parameters.dots_per_inch_y),
       cmyk_profile(parameters.cmyk_profile) {}
+
+bool is_written_suffix(const std::string& suffix) {
+    return find_format("a" + suffix) != nullptr;
+}
 
 bool is_tiff_name(const std::string& path) {
     const FormatRow* format = find_format(path);

@@ -21,6 +21,9 @@ struct SaveOptions {
     std::string cmyk_profile;  ///< A data file of the program, or an absolute path.
 };
 
+/// Whether files of that suffix (in lower case, with its dot) can be written.
+[[nodiscard]] bool is_written_suffix(const std::string& suffix);
+
 /// Whether the name is that of a TIFF file.
 [[nodiscard]] bool is_tiff_name(const std::string& path);
 

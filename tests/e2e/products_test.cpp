@@ -141,6 +141,15 @@ TEST_F(Products, SharpeningAndGhostReductionChangeWhatIsStored) {
     EXPECT_GT(mean_difference(plain.picture(), product("clghost/foo_cl.bmp").picture()), 2.0);
 }
 
+TEST_F(Products, EachViewThatCannotBeStoredIsToldOnALineOfItsOwn) {
+    workshop.write("cl", "no folder");
+    workshop.write("cr", "no folder");
+    const Outcome outcome = run({"--LeftRightOutput=2", "--ReportMode=2"});
+    for (const char* name : {"cl/foo_cl.bmp: ", "cr/foo_cr.bmp: "}) {
+        EXPECT_TRUE(outcome.tells("\n   " + workshop.path(name))) << outcome.text;
+    }
+}
+
 TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
     if (find_program("exiftool").empty()) {
         GTEST_SKIP() << "no exiftool";
