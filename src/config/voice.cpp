@@ -18,7 +18,17 @@ void Voice::report_html(std::string_view html) const {
     }
 }
 
+bool Voice::print_once(std::string_view text, OnceIn scope) const {
+    auto& told = scope == OnceIn::section ? told_in_section_ : told_in_run_;
+    const bool is_news = told.emplace(text).second;
+    if (is_news) {
+        print(text);
+    }
+    return is_news;
+}
+
 void Voice::begin_report_section() const {
+    told_in_section_.clear();
     if (report_ != nullptr) {
         report_->begin_section();
     }
@@ -45,6 +55,12 @@ void Voice::tell_everywhere(std::string_view text) const {
 void Voice::wait(WaitAbove level) const {
     if (parameters_.stop_at_error > static_cast<int>(level)) {
         console_.wait_for_enter();
+    }
+}
+
+void Voice::wait_once(WaitAbove level, std::string_view matter) const {
+    if (waited_for_.emplace(matter).second) {
+        wait(level);
     }
 }
 

@@ -131,13 +131,15 @@ bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& vo
         return false;
     }
     if (std::abs(fixed.vergence_v_16384) > kLargestVergence) {
-        voice.say<Msg::warpimage_vertical_vergence_too_different>();
-        voice.wait(WaitAbove::information);
+        if (voice.say_once<Msg::warpimage_vertical_vergence_too_different>()) {
+            voice.wait(WaitAbove::information);
+        }
         fixed.vergence_v_16384 = 0;
     }
     if (std::abs(fixed.vergence_h_32768) > kLargestVergence) {
-        voice.say<Msg::warpimage_horizontal_vergence_too_different>();
-        voice.wait(WaitAbove::information);
+        if (voice.say_once<Msg::warpimage_horizontal_vergence_too_different>()) {
+            voice.wait(WaitAbove::information);
+        }
         fixed.vergence_h_32768 = 0;
     }
     return true;
