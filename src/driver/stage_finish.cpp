@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "driver/dressing.h"
+#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
@@ -193,6 +194,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     settle_depth_of_outputs(pipeline, pair, sharpened);
     check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
+    write_progress_result(pipeline);
     project_deviation(pipeline, pair);
     take_final_size(warp, pair);
     if (p.left_right_output != 0 || p.extra_output != 0) {

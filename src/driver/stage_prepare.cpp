@@ -255,6 +255,7 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
         return false;
     }
     prefetch_profiles(pipeline, pair);
+    write_progress_views(pipeline);
     if (!set_up_size(pipeline, pair)) {
         conclude_pair(pipeline, pair);
         return false;

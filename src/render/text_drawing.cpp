@@ -54,6 +54,12 @@ std::optional<LetterMask> told_mask(const std::string& text, const TextFont& fon
         tell_fault(letters, font.file, voice);
         return std::nullopt;
     }
+    if (!letters.missing().empty()) {
+        voice.print_once(format_text(voice.messages().either("No font here has the letters '%s'.\n",
+                                                             "Keine Schrift hat hier die Zeichen '%s'.\n"),
+                                     printable(letters.missing()).c_str()),
+                         OnceIn::run);
+    }
     return mask;
 }
 
