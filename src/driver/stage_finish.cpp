@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "driver/dressing.h"
+#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
 #include "input/picture_file.h"
@@ -199,6 +200,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     settle_depth_of_outputs(pipeline, pair, sharpened);
     check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
+    write_progress_result(pipeline);
     project_deviation(pipeline, pair);
     take_final_size(warp, pair);
     if (p.left_right_output != 0 || p.extra_output != 0) {

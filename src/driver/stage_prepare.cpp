@@ -34,7 +34,6 @@ void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     warp.trapez_scale = 1.0;
     warp.inverse_output = p.inverse_output;
     warp.pre_settings = 0;
-    warp.vergences_told = {};
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;
@@ -325,6 +324,7 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
         return false;
     }
     prefetch_profiles(pipeline, pair);
+    write_progress_views(pipeline);
     if (!set_up_size(pipeline, pair)) {
         conclude_pair(pipeline, pair);
         return false;

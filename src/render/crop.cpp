@@ -31,8 +31,10 @@ PixelRectangle fit_window_to_target(PixelRectangle window, const WarpState& warp
         return window;
     }
     const double ratio = static_cast<double>(warp.work_width) / warp.work_height;
-    warp.voice.say<Msg::warpimage_selection_ratio_adopted>(ratio);
-    warp.voice.say<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height);
+    const MessageCatalogue& messages = warp.voice.messages();
+    warp.voice.print_once(
+        messages.text<Msg::warpimage_selection_ratio_adopted>(ratio) +
+        messages.text<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height));
     return crop_to_ratio(window, ratio);
 }
 

@@ -23,7 +23,7 @@ void settle_height(WarpState& warp) {
         return;
     }
     if (frame.fill_height < warp.height && warp.voice.verbose() >= 2) {
-        warp.voice.say<Msg::warpimage_fill_height_too_low>();
+        warp.voice.say_once<Msg::warpimage_fill_height_too_low>();
     }
     const int framed = warp.height + 2 * frame.thin_line;
     frame.fill_height = std::max(frame.fill_height, framed);
@@ -38,7 +38,7 @@ CellFrame lay_out_width(WarpState& warp, int least_fill_width) {
         return {frame.left_right, frame.left_right};
     }
     if (frame.fill_width < least_fill_width && warp.voice.verbose() >= 2) {
-        warp.voice.say<Msg::warpimage_fill_width_too_low>();
+        warp.voice.say_once<Msg::warpimage_fill_width_too_low>();
     }
     const int framed = warp.width + 2 * frame.thin_line;
     frame.fill_width = std::max(frame.fill_width, framed);
@@ -51,7 +51,7 @@ void hold_floating(WarpState& warp, const CellFrame& cell) {
     int& floating = warp.frame.floating;
     const int largest = std::max(0, std::min(cell.left, cell.right));
     if (std::abs(floating / 2) > largest) {
-        warp.voice.say<Msg::warpimage_frame_floating_reduced>();
+        warp.voice.say_once<Msg::warpimage_frame_floating_reduced>();
         floating = floating < 0 ? -2 * largest : 2 * largest;
     }
 }

@@ -168,7 +168,7 @@ WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox&
         return WarpStatus::beyond_limits;
     }
     FixedCorrection fixed = fixed_correction(warp, request.correction, step.factor, warp.width);
-    if (!check_limits(fixed, warp.height, warp.width, warp.voice, warp.vergences_told)) {
+    if (!check_limits(fixed, warp.height, warp.width, warp.voice)) {
         return WarpStatus::beyond_limits;
     }
     keep_for_repeat(warp, request, fixed);

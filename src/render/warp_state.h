@@ -51,12 +51,6 @@ struct FixedCorrection {
     int pre_vergence_v_16384 = 0;
 };
 
-/// The vergences of a pair that were told to be beyond their limits.
-struct VergencesTold {
-    bool vertical = false;
-    bool horizontal = false;
-};
-
 struct WarpState {
     WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
               const Voice& speaker);
@@ -129,7 +123,6 @@ struct WarpState {
     double common_trapez = 0.0;
     double sym_trapez = 0.0;
     double trapez_scale = 1.0;
-    VergencesTold vergences_told;
     /// A fixed pre-correction, degrees; in force while `pre_settings` is not 0.
     int pre_settings = 0;
     float pre_rotation_left = 0.0F;

@@ -1,5 +1,6 @@
 // Stand-ins for the programs of a person: shell scripts that note how they were called and answer by plan.
 
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -286,6 +287,24 @@ TEST_F(Viewers, ExchangeFilesReplaceLinksAndNotTheirTargets) {
     EXPECT_EQ(read_text(workshop.path("mine")), "mine");
     EXPECT_FALSE(std::filesystem::is_symlink(workshop.path("zemora_pl.bmp")));
     EXPECT_GT(workshop.load("zemora_pl.bmp").width(), 700);
+}
+
+TEST_F(Viewers, AGraphicalInterfaceGetsPreviewsOfTheFinishedViews) {
+    EXPECT_TRUE(mount({"/GI=1", "--OutputFormat=3", "--CroppOutput=0"}).tells("processed images: 1/1"));
+    const Workshop copies;
+    for (const std::string side : {"l", "r"}) {
+        const std::string name = "zemora_thumb_" + side + ".bmp";
+        ASSERT_TRUE(std::filesystem::exists(home_ / name));
+        std::filesystem::copy_file(home_ / name, copies.path(name));
+        const Bitmap thumb = copies.load(name);
+        ASSERT_EQ(thumb.width(), 267);
+        ASSERT_EQ(thumb.height(), 178);
+        const std::uint8_t* bar = thumb.picture().pixel(0, 90);  // beside a picture of 237 columns
+        EXPECT_EQ((std::array<int, 3>{bar[0], bar[1], bar[2]}), (std::array{0x40, 0xFF, 0x40}));
+        const Bitmap& view = side == "l" ? aligned_views().left : aligned_views().right;
+        const Bitmap small(FreeImage_Rescale(view.handle(), 237, 178, FILTER_BICUBIC));
+        EXPECT_LT(mean_difference(thumb.picture().part(15, 0, 237, 178), small.picture()), 6.0) << side;
+    }
 }
 
 TEST_F(Viewers, MissingOrUselessProgramsAreTold) {

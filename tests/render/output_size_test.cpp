@@ -300,6 +300,30 @@ TEST(CropModes, APairWithoutCommonPictureCannotBeMounted) {
     EXPECT_EQ(rig.run(request), WarpStatus::beyond_limits);
 }
 
+TEST(FindRange, TellsTheRatioOnceAPair) {
+    Rig rig;
+    rig.warp->cropp_output = 2;
+    rig.warp->work_width = 400;
+    rig.warp->work_height = 300;
+    SelectionBox box;
+    box.mode = 1;
+    box.right = box.top = 0.9F;
+    ::testing::internal::CaptureStdout();
+    for (int pair = 0; pair < 2; ++pair) {
+        rig.voice.begin_report_section();
+        for (int warp = 0; warp < 3; ++warp) {
+            (void)find_range(*rig.warp, box, 1, 800, 1000);
+        }
+    }
+    rig.console.flush();
+    std::fflush(stdout);
+    const std::string text = ::testing::internal::GetCapturedStdout();
+    const std::size_t first = text.find("selection window");
+    const std::size_t second = text.find("selection window", first + 1);
+    EXPECT_NE(second, std::string::npos) << text;
+    EXPECT_EQ(text.find("selection window", second + 1), std::string::npos) << text;
+}
+
 TEST(FindRange, WindowsAreSnappedOrBroughtToTheRatio) {
     Rig rig;
     rig.warp->cropp_output = 2;
