@@ -18,7 +18,17 @@ void Voice::report_html(std::string_view html) const {
     }
 }
 
+bool Voice::print_once(std::string_view text, OnceIn scope) const {
+    auto& told = scope == OnceIn::section ? told_in_section_ : told_in_run_;
+    const bool is_news = told.emplace(text).second;
+    if (is_news) {
+        print(text);
+    }
+    return is_news;
+}
+
 void Voice::begin_report_section() const {
+    told_in_section_.clear();
     if (report_ != nullptr) {
         report_->begin_section();
     }
@@ -36,7 +46,20 @@ void Voice::print_and_report(std::string_view text) const {
 }
 
 void Voice::tell_everywhere(std::string_view text) const {
-    print_and_report(text);
+    print(text);
+    report_everywhere(text);
+}
+
+bool Voice::tell_everywhere_once(std::string_view text) const {
+    const bool is_news = print_once(text);
+    if (is_news) {
+        report_everywhere(text);
+    }
+    return is_news;
+}
+
+void Voice::report_everywhere(std::string_view text) const {
+    report_text(text);
     const std::size_t first = std::min(text.find_first_not_of('\n'), text.size());
     const std::size_t last = text.find_last_not_of('\n') + 1;
     report_html("<p>" + html_text(text.substr(first, last - std::min(first, last))) + "</p>\n");
@@ -45,6 +68,12 @@ void Voice::tell_everywhere(std::string_view text) const {
 void Voice::wait(WaitAbove level) const {
     if (parameters_.stop_at_error > static_cast<int>(level)) {
         console_.wait_for_enter();
+    }
+}
+
+void Voice::wait_once(WaitAbove level, std::string_view matter) const {
+    if (waited_for_.emplace(matter).second) {
+        wait(level);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 /// How a module speaks to the user: console, catalogue, reports, verbosity and waiting level in one.
 
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,9 @@ public:
 /// Levels of `StopAtError`: what must be confirmed with Enter.
 enum class WaitAbove { error = 0, warning = 1, information = 2 };
 
+/// In what a text is told but once.
+enum class OnceIn { section, run };
+
 class Voice {
 public:
     Voice(Console& console, MessageCatalogue& messages, const ParameterSet& parameters)
@@ -41,6 +45,14 @@ public:
     void say(const Values&... values) const {
         console_.print(messages_.text<message>(values...));
     }
+    /// Prints a text that a pair, or the run, may come to many times, the first time only; whether it was
+    /// that.
+    bool print_once(std::string_view text, OnceIn scope = OnceIn::section) const;
+    /// The same for a catalogue row.
+    template <Msg message, class... Values>
+    bool say_once(const Values&... values) const {
+        return print_once(messages_.text<message>(values...));
+    }
     /// Writes into the reports, if they are open.
     void report_text(std::string_view text) const;
     void report_html(std::string_view html) const;
@@ -48,6 +60,8 @@ public:
     void print_and_report(std::string_view text) const;
     /// Console and both reports; a paragraph in the HTML report.
     void tell_everywhere(std::string_view text) const;
+    /// The same for a text that a pair may come to many times, the first time only; whether it was that.
+    bool tell_everywhere_once(std::string_view text) const;
 
     /// A pair's section begins; the section at work is whole.
     void begin_report_section() const;
@@ -55,15 +69,22 @@ public:
 
     /// Waits for Enter when `StopAtError` is above the level.
     void wait(WaitAbove level) const;
+    /// The same, but once in a run for the same `matter`.
+    void wait_once(WaitAbove level, std::string_view matter) const;
 
     /// Shows the progress of a step when `VerboseMode` is above 0.
     void progress(std::string_view step, double percent) const;
 
 private:
+    void report_everywhere(std::string_view text) const;
+
     Console& console_;
     MessageCatalogue& messages_;
     const ParameterSet& parameters_;
     ReportSink* report_ = nullptr;
+    mutable std::set<std::string, std::less<>> told_in_section_;
+    mutable std::set<std::string, std::less<>> told_in_run_;
+    mutable std::set<std::string, std::less<>> waited_for_;
 };
 
 /// The text with the five HTML characters escaped and line ends as "<br>".

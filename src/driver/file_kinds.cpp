@@ -4,14 +4,14 @@
 #include <array>
 #include <string_view>
 
+#include "input/picture_file.h"
 #include "platform/paths.h"
+#include "render/save_picture.h"
 
 namespace zemora {
 
 namespace {
 
-/// Suffixes that are written as they come in.
-constexpr std::array<std::string_view, 6> kWritable{".bmp", ".jpg", ".png", ".ppm", ".tga", ".tif"};
 constexpr std::array<std::string_view, 5> kWithExif{".jpg", ".mpo", ".tif", ".arw", ".cr2"};
 constexpr std::array<std::string_view, 3> kWithIptc{".jpg", ".tif", ".mpo"};
 
@@ -43,8 +43,7 @@ std::string checked_suffix(const std::string& name, const Voice& voice) {
     } else if (suffix.size() != 4 && suffix.size() != 5) {
         text += voice.messages().text<Msg::main_image_without_valid_ending>();
     } else {
-        const std::string lower = lower_case(suffix);
-        return lower == ".jpeg" ? ".jpg" : (lower == ".tiff" ? ".tif" : lower);
+        return usual_suffix(name);
     }
     voice.tell_everywhere(text + printable(name) + '\n');
     return {};
@@ -64,7 +63,7 @@ std::string output_suffix(const ParameterSet& parameters, const std::string& inp
     if (both_multi_picture) {
         return ".jpg";
     }
-    if (holds(kWritable, input_suffix)) {
+    if (is_written_suffix(input_suffix)) {
         return input_suffix;
     }
     const bool any_output = parameters.left_right_output != 0 || parameters.stereo_output != 0 ||

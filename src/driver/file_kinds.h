@@ -9,7 +9,7 @@
 
 namespace zemora {
 
-/// The suffix of `name` in lower case, ".jpeg" and ".tiff" as ".jpg" and ".tif". Empty, with the
+/// The usual suffix of `name`. Empty, with the
 /// message told, when the name has none or one of a length that is no picture's.
 [[nodiscard]] std::string checked_suffix(const std::string& name, const Voice& voice);
 

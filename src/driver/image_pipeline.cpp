@@ -5,27 +5,10 @@
 #include "driver/product_names.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
-#include "platform/process_end.h"
 #include "report/analysis_rows.h"
 #include "report/pair_report.h"
 
 namespace zemora {
-
-namespace {
-
-/// TIFF files of that program carry forms that are not read.
-void refuse_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
-    const Voice& voice = pipeline.voice;
-    if (pipeline.exiftool.read_software(path).find("Photoshop") == std::string::npos) {
-        return;
-    }
-    voice.print_and_report(
-        voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
-    voice.wait(WaitAbove::error);
-    end_process(kExitDone);
-}
-
-}  // namespace
 
 Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
                    const Voice& voice_in)
@@ -43,7 +26,6 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       initial_frame(warp.frame),
       initial_frame_left_right(parameters_in.frame_left_right) {
     analysis.dump = &analysis_dump;
-    input.look_at_tiff = [this](const std::string& path) { refuse_photoshop_tiff(*this, path); };
 }
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
@@ -124,7 +106,7 @@ bool mount_pair(Pipeline& pipeline, PairRun& pair) {
 /// The views in the other order than the user saw them; whether that is not the order of the list.
 bool exchange_views(Pipeline& pipeline, const PairRun& pair) {
     const bool exchanged = !has_exchanged_views(pipeline, pair);
-    if (exchanged != pair.exchanged && pipeline.list.two_files) {
+    if (exchanged != pair.exchanged && exchanges_files(pipeline)) {
         pipeline.list.exchange_views(pair.index);
     }
     return exchanged;

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "input/file_selection.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
 #include "platform/process_end.h"
@@ -204,18 +205,19 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, const 
     constexpr int kByNames = 1;  // of `InputMode`
     constexpr int kByNamesInTree = 2;
     const auto& arguments = invocation.arguments;
+    const int told = parameters.stereo_image_input;  // a photo with a depth mask is not seen at its name
     switch (invocation.form) {
         case InvocationForm::stereo_file:
         case InvocationForm::stereo_file_and_parameters:
             parameters.input_mode = 0;
-            parameters.stereo_image_input = 1;
+            parameters.stereo_image_input = holds_depth_mask(told) && !takes_two_files(told) ? told : 1;
             parameters.stereo_file_name = named_file(arguments[0]);
             take_image_folder(parameters.stereo_file_name, 's', parameters);
             break;
         case InvocationForm::pair:
         case InvocationForm::pair_and_parameters:
             parameters.input_mode = 0;
-            parameters.stereo_image_input = 2;
+            parameters.stereo_image_input = holds_depth_mask(told) && takes_two_files(told) ? told : 2;
             parameters.left_file_name = named_file(arguments[0]);
             parameters.right_file_name = named_file(arguments[1]);
             take_image_folder(parameters.left_file_name, 'l', parameters);

@@ -2,15 +2,20 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <span>
+#include <utility>
 
 #include "driver/measuring.h"
 #include "driver/viewers.h"
 #include "input/list_file.h"
+#include "input/mask_crop.h"
 #include "input/moved_files.h"
+#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
+#include "render/thumbnails.h"
 
 namespace zemora {
 
@@ -41,8 +46,9 @@ std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair
     if (!pipeline.list.two_files) {
         return {{pair.files.stereo, FileSide::stereo}};
     }
-    return {{pair.files.left, pair.exchanged ? FileSide::right : FileSide::left},
-            {pair.files.right, pair.exchanged ? FileSide::left : FileSide::right}};
+    const bool exchanged = pair.exchanged && exchanges_files(pipeline);
+    return {{pair.files.left, exchanged ? FileSide::right : FileSide::left},
+            {pair.files.right, exchanged ? FileSide::left : FileSide::right}};
 }
 
 /// The record of the pair for a run that mounts its views in the other order. Near and far point change
@@ -253,6 +259,23 @@ void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {
             "zemora_actual.txt",
             file_lines(pipeline, pair) +
                 format_text("%d/%d\n%d\n", pair.index + 1, pipeline.list.count(), is_last(pipeline, pair)));
+    }
+}
+
+void write_progress_views(const Pipeline& pipeline) {
+    if (pipeline.parameters.graphical_interface != 0) {
+        write_mask_thumbs(pipeline.input.full(), state_directory(), std::nullopt, pipeline.voice);
+    }
+}
+
+void write_progress_result(const Pipeline& pipeline) {
+    if (pipeline.parameters.graphical_interface == 0) {
+        return;
+    }
+    const Thumbnails thumbs = make_thumbs(pipeline.warp);
+    const std::string start = state_directory() + "/zemora_thumb_";
+    for (const auto& [thumb, side] : {std::pair{&thumbs.left, "l"}, std::pair{&thumbs.right, "r"}}) {
+        (void)encode_and_write(thumb->handle(), FIF_BMP, BMP_DEFAULT, start + side + ".bmp");
     }
 }
 

@@ -31,5 +31,9 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair);
 /// Progress files of a graphical front end.
 void write_progress_start(const Pipeline& pipeline, const PairRun& pair);
 void write_progress_end(const Pipeline& pipeline, const PairRun& pair);
+/// Its previews "zemora_thumb_l.bmp" and "zemora_thumb_r.bmp": of the views as they were loaded, between red
+/// bars, and of the finished ones, between green bars.
+void write_progress_views(const Pipeline& pipeline);
+void write_progress_result(const Pipeline& pipeline);
 
 }  // namespace zemora

@@ -4,8 +4,10 @@
 #include <cmath>
 
 #include "driver/dressing.h"
+#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
+#include "input/picture_file.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/cmyk.h"
@@ -113,12 +115,19 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
     };
     const ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
+    // Camera raw and the converter give 8 bits.
+    const bool from_elsewhere =
+        p.output_format == kDeepFormat &&
+        is_loaded_upright(pipeline.list.two_files ? pair.files.left : pair.files.stereo);
     const Step steps[] = {
+        {from_elsewhere, "developing or converting the input", "das Entwickeln oder Umwandeln der Eingabe"},
         {p.auto_ghost_bust != 0, "ghost reduction", "die Geisterbildminderung"},
         {sharpened, "sharpening", "das Schaerfen"},
-        {pair.curtains.left != 0 || pair.curtains.right != 0, "the floating window", "das schwebende Fenster"},
+        {pair.curtains.left != 0 || pair.curtains.right != 0, "the floating window",
+         "das schwebende Fenster"},
         {static_cast<bool>(warp.texts.image_text), "the text in the picture", "den Text im Bild"},
-        {pair.target.final_rescale != FinalRescale::none, "scaling below 250 pixels", "das Skalieren unter 250 Pixel"},
+        {pair.target.final_rescale != FinalRescale::none, "scaling below 250 pixels",
+         "das Skalieren unter 250 Pixel"},
     };
     warp.eight_bits_only = false;
     for (const Step& step : steps) {
@@ -191,6 +200,7 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     settle_depth_of_outputs(pipeline, pair, sharpened);
     check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
+    write_progress_result(pipeline);
     project_deviation(pipeline, pair);
     take_final_size(warp, pair);
     if (p.left_right_output != 0 || p.extra_output != 0) {

@@ -7,6 +7,7 @@
 #include "driver/pipeline.h"
 #include "driver/viewers.h"
 #include "input/exif_time.h"
+#include "input/mpo_views.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
 
@@ -33,11 +34,10 @@ void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     warp.trapez_scale = 1.0;
     warp.inverse_output = p.inverse_output;
     warp.pre_settings = 0;
-    warp.vergences_told = {};
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;
-    const bool exchanges_halves = pair.exchanged && !pipeline.list.two_files;
+    const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     input.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     input.swap_views = false;
     input.has_pre_selection = p.pre_settings == 1;
@@ -60,6 +60,16 @@ void take_names(Pipeline& pipeline, PairRun& pair) {
 bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
     pair.left_suffix = checked_suffix(pair.left_relative, pipeline.voice);
     pair.right_suffix = checked_suffix(pair.right_relative, pipeline.voice);
+    constexpr int kSideBySide = 1;
+    if (!pipeline.list.two_files && pair.left_suffix == ".jpg" &&
+        pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
+        pair.left_suffix = pair.right_suffix = ".mpo";
+        const Voice& voice = pipeline.voice;
+        voice.print_and_report(format_text(
+            voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
+                                    "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
+            printable(pair.left_relative).c_str()));
+    }
     return !pair.left_suffix.empty() && !pair.right_suffix.empty();
 }
 
@@ -230,6 +240,15 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
         value(kRecordRightWidth),   value(kRecordRightHeight)};
 }
 
+/// TIFF files of one program carry forms that nobody else reads.
+void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
+    const Voice& voice = pipeline.voice;
+    if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
+        voice.print_and_report(
+            voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
+    }
+}
+
 bool load_pair(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
@@ -241,6 +260,7 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     if (result == ReadResult::unreadable) {
         voice.tell_everywhere(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
                               pipeline.input.failure() + '\n');
+        tell_photoshop_tiff(pipeline, pipeline.input.failed_file());
         voice.wait(WaitAbove::warning);
         return false;
     }
@@ -304,6 +324,7 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
         return false;
     }
     prefetch_profiles(pipeline, pair);
+    write_progress_views(pipeline);
     if (!set_up_size(pipeline, pair)) {
         conclude_pair(pipeline, pair);
         return false;

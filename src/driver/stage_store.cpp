@@ -1,6 +1,9 @@
 // Writing the products of a pair: names, pictures, metadata, file times.
 
+#include <algorithm>
 #include <array>
+#include <string>
+#include <vector>
 
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
@@ -82,16 +85,28 @@ void claim_and_show(Pipeline& pipeline, OutputName& name) {
     }
 }
 
+/// The lines of a text, ready to be shown.
+std::vector<std::string> printable_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        lines.push_back(printable(text.substr(start, end - start)));
+        start = end + 1;
+    }
+    return lines;
+}
+
 bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& name, const StoreResult& result,
                   const ProductWords& words) {
     const Voice& voice = pipeline.voice;
     voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
-    voice.print_and_report("   " + printable(result.reason) + '\n');
-    voice.report_html("<b>" +
-                      html_text(printable(name) +
-                                voice.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
-                                printable(result.reason)) +
-                      "</b><br>\n");
+    std::string html =
+        html_text(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
+    for (const std::string& reason : printable_lines(result.reason)) {
+        voice.print_and_report("   " + reason + '\n');
+        html += "<br>\n   " + html_text(reason);
+    }
+    voice.report_html("<b>" + html + "</b><br>\n");
     if (voice.verbose() > 1) {
         voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
     }

@@ -12,6 +12,7 @@
 #include "driver/outside_steps.h"
 #include "driver/viewer_exchange.h"
 #include "driver/viewer_preview.h"
+#include "input/file_selection.h"
 #include "input/list_line.h"
 #include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
@@ -174,15 +175,18 @@ void list_answer(const Voice& voice, const PreSelection& selection) {
 /// The exchange, the pre-selection and the scale of the previewer go to the input.
 void take_answer(Pipeline& pipeline, const PreviewerAnswer& answer) {
     InputPair& input = pipeline.input;
-    const bool two = pipeline.list.two_files;
+    const bool two = exchanges_files(pipeline);
+    const bool has_mask = holds_depth_mask(pipeline.parameters.stereo_image_input);
     input.has_pre_selection = true;
     input.pre_selection = answer.selection;
     input.left_zoom = input.right_zoom = answer.scale;
     if (answer.swaps_views) {
-        input.pre_selection = with_views_swapped(answer.selection, !two);
         input.swap_views = two;
         input.inverse_input = two ? input.inverse_input : 1 - input.inverse_input;
-        std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+        if (!has_mask) {
+            input.pre_selection = with_views_swapped(answer.selection, !two);
+            std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+        }
     }
     if (pipeline.voice.verbose() > 1) {
         list_answer(pipeline.voice, input.pre_selection);
@@ -408,9 +412,13 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     }
 }
 
+bool exchanges_files(const Pipeline& pipeline) {
+    return pipeline.list.two_files && !holds_depth_mask(pipeline.parameters.stereo_image_input);
+}
+
 bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair) {
-    return pipeline.list.two_files ? pair.exchanged != pipeline.input.swap_views
-                                   : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
+    return exchanges_files(pipeline) ? pair.exchanged != pipeline.input.swap_views
+                                     : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
 }
 
 }  // namespace zemora

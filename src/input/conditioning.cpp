@@ -45,7 +45,7 @@ public:
           voice_(voice),
           colour_(passe_colour_of(parameters)) {}
 
-    void run(const LookAtTiff& look_at_tiff) const {
+    void run() const {
         switch (parameters_.passepartout) {
             case kPaintFrameOfColour:
             case kPaintMeasuredFrame: paint(); break;
@@ -56,7 +56,7 @@ public:
                 break;
             case kFrameFromMask:
                 protect_from_colour(target_.view.picture(), colour_);
-                paint_by_mask_file(look_at_tiff);
+                paint_by_mask_file();
                 break;
             default: protect_from_colour(target_.view.picture(), colour_);
         }
@@ -106,15 +106,12 @@ private:
         }
     }
 
-    void paint_by_mask_file(const LookAtTiff& look_at_tiff) const {
+    void paint_by_mask_file() const {
         const std::string file = target_.mask_stem + "_pass_in.bmp";
         if (!file_exists(file)) {
             voice_.say<Msg::img_input_file_cannot_be_opened>(printable(file));
             voice_.wait(WaitAbove::error);
             end_process(kExitFailure);
-        }
-        if (look_at_tiff && is_tiff_file(file)) {
-            look_at_tiff(file);
         }
         const LoadedPicture mask = load_picture(file);
         if (mask.status != LoadStatus::done || mask.bitmap.width() != target_.view.width ||
@@ -158,9 +155,9 @@ private:
 }  // namespace
 
 void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, const Voice& voice, const LookAtTiff& look_at_tiff) {
-    Conditioner(left, kLeftTexts, parameters, voice).run(look_at_tiff);
-    Conditioner(right, kRightTexts, parameters, voice).run(look_at_tiff);
+                     const ParameterSet& parameters, const Voice& voice) {
+    Conditioner(left, kLeftTexts, parameters, voice).run();
+    Conditioner(right, kRightTexts, parameters, voice).run();
 }
 
 }  // namespace zemora

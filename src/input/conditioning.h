@@ -1,7 +1,6 @@
 #pragma once
 /// The frame round the input pictures: painted over, cut off, or taken from mask files.
 
-#include <functional>
 #include <string>
 
 #include "config/parameter_set.h"
@@ -20,12 +19,9 @@ struct ConditionedView {
     std::string mask_stem;
 };
 
-/// Called with every TIFF file before it is loaded; may end the run.
-using LookAtTiff = std::function<void(const std::string& path)>;
-
 /// Treats both views by `Passepartout`, so that only what is no picture has the passepartout colour, and
 /// writes the masks of `PasseOutput`. A mask file that is missing or of another size ends the run.
 void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, const Voice& voice, const LookAtTiff& look_at_tiff);
+                     const ParameterSet& parameters, const Voice& voice);
 
 }  // namespace zemora

@@ -28,18 +28,24 @@ void await_target(const std::string& target, const Voice& voice) {
 
 }  // namespace
 
-bool convert_picture(const std::string& converter, const std::string& source, const std::string& target,
-                     const Voice& voice) {
+Conversion convert_picture(const std::string& converter, const std::string& source, const std::string& target,
+                           const Voice& voice) {
     const std::string program = usable_converter(converter);
     voice.console().flush();
-    if (program.empty() || !run_child({program, source, "/convert=" + target}).succeeded()) {
+    constexpr int kWrapperWithoutProgram = 3;  // exit code
+    const ChildResult result =
+        program.empty() ? ChildResult{} : run_child({program, source, "/convert=" + target});
+    if (program.empty() || !result.succeeded()) {
         voice.say<Msg::img_input_irfanview_call_failed>();
         voice.print(printable(program.empty() ? converter : program) + '\n');
         voice.wait(WaitAbove::error);
-        return false;
+        const bool is_wrapper = program != converter;
+        return program.empty() || (is_wrapper && result.exit_code == kWrapperWithoutProgram)
+                   ? Conversion::no_converter
+                   : Conversion::failed;
     }
     await_target(target, voice);
-    return true;
+    return Conversion::done;
 }
 
 }  // namespace zemora

@@ -1,5 +1,6 @@
 #include "input/file_selection.h"
 
+#include <algorithm>
 #include <iterator>
 #include <set>
 #include <string_view>
@@ -52,7 +53,9 @@ public:
 private:
     /// Tells once of a folder that cannot be read.
     [[nodiscard]] FolderContents read(const std::string& folder);
-    [[nodiscard]] bool is_walked(const std::string& name) const;
+    /// Whether the folder `name` in `folder` is looked into; tells of one that is not and holds pictures.
+    [[nodiscard]] bool is_walked(const std::string& folder, const std::string& name) const;
+    [[nodiscard]] bool holds_pictures(const std::string& folder) const;
     [[nodiscard]] bool is_passed_over(const std::string& path) const;
     [[nodiscard]] bool is_taken(const std::string& folder, const std::string& name) const;
     [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter);
@@ -78,8 +81,32 @@ FolderContents Selector::read(const std::string& folder) {
     return {};
 }
 
-bool Selector::is_walked(const std::string& name) const {
-    return depth_ != kTreeWithoutOutputFolders || !is_output_folder_name(name, parameters_.ident_output_dir);
+bool Selector::is_walked(const std::string& folder, const std::string& name) const {
+    if (depth_ == 0) {
+        return false;
+    }
+    if (depth_ != kTreeWithoutOutputFolders || !is_output_folder_name(name, parameters_.ident_output_dir)) {
+        return true;
+    }
+    const std::string path = path_in(folder, name);
+    if (voice_.verbose() > 0 && holds_pictures(path)) {
+        voice_.print(format_text(
+            voice_.messages().either("Folder of products by its name, passed over: %s\n",
+                                     "Ordner fuer Ergebnisse nach seinem Namen, nicht beachtet: %s\n"),
+            printable(path).c_str()));
+    }
+    return false;
+}
+
+/// In the folder or below it.
+bool Selector::holds_pictures(const std::string& folder) const {
+    const FolderContents contents = read_folder(folder);
+    return std::any_of(contents.files.begin(), contents.files.end(),
+                       [this](const std::string& name) {
+                           return !is_own_picture(name) && has_listed_suffix(parameters_.image_type, name);
+                       }) ||
+           std::any_of(contents.folders.begin(), contents.folders.end(),
+                       [&](const std::string& name) { return holds_pictures(path_in(folder, name)); });
 }
 
 /// Left-over files, and stereo files whose names say that they are none.
@@ -123,7 +150,7 @@ void Selector::walk(const std::string& folder) {
         }
     }
     for (const std::string& name : contents.folders) {
-        if (depth_ != 0 && is_walked(name)) {
+        if (is_walked(folder, name)) {
             walk(path_in(folder, name));
         }
     }
@@ -186,7 +213,7 @@ void Selector::walk_view_folders(const std::string& folder, bool may_have_views)
         take_view_folders(folder);
     }
     for (const std::string& name : contents.folders) {
-        if (depth_ != 0 && is_walked(name)) {
+        if (is_walked(folder, name)) {
             const bool is_view_of_root = folder == parameters_.path_of_images && is_view_folder(name);
             walk_view_folders(path_in(folder, name), !is_view_of_root);
         }

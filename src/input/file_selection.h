@@ -14,6 +14,12 @@ namespace zemora {
     return stereo_image_input == 2 || stereo_image_input == 5;
 }
 
+/// Whether an object of that `StereoImageInput` is a photo and its depth mask. Their places are fixed: what
+/// is exchanged are the views that are rendered from them.
+[[nodiscard]] constexpr bool holds_depth_mask(int stereo_image_input) {
+    return stereo_image_input >= 5 && stereo_image_input <= 7;
+}
+
 /// Absolute names in the order of the walk.
 struct SelectedFiles {
     std::vector<std::string> left;   ///< Left or stereo files; all files in modes 4 to 8.

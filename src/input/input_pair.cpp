@@ -9,7 +9,9 @@
 #include <utility>
 
 #include "input/conversion.h"
+#include "input/file_selection.h"
 #include "input/mpo.h"
+#include "input/mpo_views.h"
 #include "input/passepartout.h"
 #include "numerics/rounding.h"
 #include "numerics/turn.h"
@@ -99,6 +101,7 @@ InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry
 }
 
 void InputPair::set_failure(const std::string& path, const std::string& reason) {
+    failed_file_ = path;
     failure_ = printable(path) + ": " + printable(reason);
 }
 
@@ -116,7 +119,6 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     release_images();
     unsupported_ = false;
     failure_.clear();
-    look_at_files(files);
     ReadResult result = ReadResult::done;
     if (!(two_files_ ? load_two_files(files) : load_stereo_file(files.stereo))) {
         if (!unsupported_ || !load_converted(files)) {
@@ -130,7 +132,7 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
         crop_by_percent();
     }
     condition_views({left_, left_geometry_, mask_stem(files, true)},
-                    {right_, right_geometry_, mask_stem(files, false)}, parameters_, voice_, look_at_tiff);
+                    {right_, right_geometry_, mask_stem(files, false)}, parameters_, voice_);
     turn_views();
     make_equal_size();
     make_exact(left_);
@@ -142,23 +144,6 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
         make_correlation_images();
     }
     return result;
-}
-
-void InputPair::look_at_files(const PairFiles& files) const {
-    if (!look_at_tiff) {
-        return;
-    }
-    const auto look = [this](const std::string& path) {
-        if (is_tiff_file(path)) {
-            look_at_tiff(path);
-        }
-    };
-    if (two_files_) {
-        look(files.left);
-        look(files.right);
-    } else {
-        look(files.stereo);
-    }
 }
 
 bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
@@ -198,7 +183,18 @@ bool InputPair::load_two_files(const PairFiles& files) {
     if (swap_views) {
         std::swap(left_, right_);
     }
-    return true;
+    return fit_depth_mask();
+}
+
+/// The mask of a photo in the photo's size.
+bool InputPair::fit_depth_mask() {
+    if (parameters_.stereo_image_input == kPhotoAndDepthFiles &&
+        (right_.width != left_.width || right_.height != left_.height)) {
+        Bitmap mask = std::move(right_.bitmap);
+        rescale_bicubic(mask, left_.width, left_.height);
+        right_.take(std::move(mask));
+    }
+    return static_cast<bool>(right_.bitmap);
 }
 
 bool InputPair::load_mpo_file(const std::string& path) {
@@ -247,7 +243,7 @@ bool InputPair::load_phone_photo(const std::string& path) {
 }
 
 bool InputPair::load_stereo_file(const std::string& path) {
-    if (is_mpo_name(path)) {
+    if (is_mpo_name(path) || (parameters_.stereo_image_input == kSideBySide && holds_two_views(path))) {
         return load_mpo_file(path);
     }
     if (parameters_.stereo_image_input == kPhonePhoto) {
@@ -289,7 +285,8 @@ bool InputPair::split_stereo(Bitmap&& stereo, int layout) {
     return finish_stereo();
 }
 
-/// Both views of a stereo file get the width of the narrower one; `inverse_input` exchanges them.
+/// Both views of a stereo file get the width of the narrower one; `inverse_input` exchanges them, but no
+/// photo and its depth mask.
 bool InputPair::finish_stereo() {
     if (left_.width == 0 || right_.width == 0) {
         return false;
@@ -299,7 +296,7 @@ bool InputPair::finish_stereo() {
     right_.width = common;
     make_exact(left_);
     make_exact(right_);
-    if (inverse_input == 1) {
+    if (inverse_input == 1 && !holds_depth_mask(parameters_.stereo_image_input)) {
         std::swap(left_, right_);
     }
     return static_cast<bool>(left_.bitmap) && static_cast<bool>(right_.bitmap);
@@ -309,8 +306,13 @@ bool InputPair::finish_stereo() {
 Bitmap InputPair::load_through_converter(const std::string& path) {
     const std::string& folder = temporary_folder();
     const std::string target = folder + "/zemora_temp_" + without_suffix(bare_name_of(path)) + ".bmp";
-    if (folder.empty() || !convert_picture(parameters_.path_of_irfanview, path, target, voice_)) {
-        set_failure(path, "the format is not supported and there is no converter for it");
+    const Conversion conversion = folder.empty()
+                                      ? Conversion::failed
+                                      : convert_picture(parameters_.path_of_irfanview, path, target, voice_);
+    if (conversion != Conversion::done) {
+        set_failure(path, conversion == Conversion::no_converter
+                              ? "the format is not supported and there is no converter for it"
+                              : "the format is not supported and the converter has failed");
         return {};
     }
     LoadedPicture converted = load_picture(target);
@@ -338,7 +340,7 @@ bool InputPair::load_converted(const PairFiles& files) {
     }
     left_.take(std::move(left));
     right_.take(std::move(right));
-    return true;
+    return fit_depth_mask();
 }
 
 void InputPair::start_geometry() {

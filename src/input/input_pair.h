@@ -60,8 +60,6 @@ public:
     PreSelection pre_selection;
     float left_zoom = 1.0F;  ///< Of the analysis copies.
     float right_zoom = 1.0F;
-    /// Called with every TIFF file before it is loaded; may end the run.
-    LookAtTiff look_at_tiff;
     /// Finds the depth image of a photo with depth data.
     std::function<LoadedPicture(const std::string& photo)> find_phone_depth;
 
@@ -89,6 +87,8 @@ public:
 
     /// What the unreadable file of the latest call was, with the reason, for the message.
     [[nodiscard]] const std::string& failure() const { return failure_; }
+    /// The file that it is about.
+    [[nodiscard]] const std::string& failed_file() const { return failed_file_; }
 
 private:
     bool load_two_files(const PairFiles& files);
@@ -99,9 +99,9 @@ private:
     bool load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
                    const std::string& right_name);
     bool finish_stereo();
+    bool fit_depth_mask();
     bool split_stereo(Bitmap&& stereo, int layout);
     bool load_converted(const PairFiles& files);
-    void look_at_files(const PairFiles& files) const;
     [[nodiscard]] Bitmap load_through_converter(const std::string& path);
     void start_geometry();
     void crop_by_percent();
@@ -129,6 +129,7 @@ private:
     bool two_files_;
     bool unsupported_ = false;  ///< The load failed for a format that only the converter may know.
     std::string failure_;
+    std::string failed_file_;
 };
 
 }  // namespace zemora

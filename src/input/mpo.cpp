@@ -143,8 +143,7 @@ CutResult keep_picture(Bytes picture, const std::string& file) {
 }  // namespace
 
 bool is_mpo_name(const std::string& path) {
-    const std::string suffix = suffix_of(path);
-    return suffix == ".mpo" || suffix == ".MPO";
+    return lower_case(suffix_of(path)) == ".mpo";
 }
 
 MpoIndex read_mpo_index(Bytes content) {

@@ -12,7 +12,7 @@
 
 namespace zemora {
 
-/// Whether the suffix is exactly ".mpo" or ".MPO".
+/// Whether the suffix is ".mpo" in any case.
 [[nodiscard]] bool is_mpo_name(const std::string& path);
 
 /// What the index of a multi-picture file says of its first two pictures.

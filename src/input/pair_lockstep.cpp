@@ -8,6 +8,7 @@
 
 #include "input/moved_files.h"
 #include "input/pair_former.h"
+#include "input/picture_file.h"
 #include "input/time_control.h"
 #include "platform/paths.h"
 
@@ -17,9 +18,8 @@ namespace {
 
 /// Files whose EXIF data are known to hold times.
 bool suffix_has_times(const std::string& file) {
-    static constexpr std::array<std::string_view, 6> kWithTimes{".jpg", ".jpeg", ".tif",
-                                                                ".arw", ".dng",  ".cr2"};
-    const std::string suffix = lower_case(suffix_of(file));
+    static constexpr std::array<std::string_view, 5> kWithTimes{".jpg", ".tif", ".arw", ".dng", ".cr2"};
+    const std::string suffix = usual_suffix(file);
     return std::any_of(kWithTimes.begin(), kWithTimes.end(),
                        [&](std::string_view known) { return suffix.find(known) != std::string::npos; });
 }

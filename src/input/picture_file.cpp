@@ -13,12 +13,14 @@
 #include <vector>
 
 #include "input/bmp_header.h"
+#include "input/bmp_pixels.h"
 #include "input/exif_time.h"
 #include "input/jpeg_check.h"
 #include "input/jpeg_metadata.h"
 #include "input/targa_check.h"
 #include "input/tiff_directory.h"
 #include "input/tiff_profile.h"
+#include "platform/paths.h"
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 
@@ -250,10 +252,20 @@ Bitmap as_24_bits(Bitmap bitmap) {
     return bitmap ? Bitmap(FreeImage_ConvertTo24Bits(bitmap.handle())) : Bitmap();
 }
 
+/// Pixels of 16 bits in red, green and blue: from grey, and without alpha. Others stay as they are.
+Bitmap as_deep_colours(Bitmap bitmap) {
+    const FREE_IMAGE_TYPE type = FreeImage_GetImageType(bitmap.handle());
+    return type == FIT_UINT16 || type == FIT_RGBA16 ? Bitmap(FreeImage_ConvertToRGB16(bitmap.handle()))
+                                                    : std::move(bitmap);
+}
+
 /// Brings a file into the form that the image library reads well and without harm.
 void make_harmless(std::vector<std::uint8_t>& content) {
     if (auto shortened = with_short_bmp_header(content)) {
         content = std::move(*shortened);
+    }
+    if (auto plain = with_plain_bmp_pixels(content)) {
+        content = std::move(*plain);
     }
     hide_tiff_profile(content);
     hide_jpeg_metadata(content);
@@ -272,6 +284,19 @@ std::optional<std::vector<std::uint8_t>> read_content(const std::string& path, s
 
 PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path) {
     return allowed(library_format(content, path));
+}
+
+std::string usual_suffix(const std::string& name) {
+    struct Row {
+        std::string_view suffix;
+        std::string_view usual;
+    };
+    static constexpr Row kRows[] = {{".jpeg", ".jpg"}, {".jpe", ".jpg"}, {".jif", ".jpg"},
+                                    {".jfif", ".jpg"}, {".jps", ".jpg"}, {".tiff", ".tif"}};
+    const std::string suffix = lower_case(suffix_of(name));
+    const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
+                                   [&suffix](const Row& known) { return known.suffix == suffix; });
+    return row == std::end(kRows) ? suffix : std::string(row->usual);
 }
 
 bool is_tiff_file(const std::string& path) {
@@ -338,7 +363,9 @@ LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::strin
     }
     if (layout.inks && layout.tiled) {
         loaded.bitmap = inks_as_24_bits(loaded.bitmap);
-    } else if (!keep_depth && loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
+    } else if (keep_depth) {
+        loaded.bitmap = as_deep_colours(std::move(loaded.bitmap));
+    } else if (loaded.bitmap.bits_per_pixel() != 8 * kPixelBytes) {
         loaded.bitmap = as_24_bits(std::move(loaded.bitmap));
     }
     if (!loaded.bitmap) {

@@ -24,9 +24,13 @@ enum class LoadStatus {
 
 struct LoadedPicture {
     LoadStatus status = LoadStatus::unreadable;
-    Bitmap bitmap;       ///< 24 bits unless `keep_depth` was asked for.
+    Bitmap bitmap;       ///< 24 bits; with `keep_depth` 48 for 16 bits a channel, others as in the file.
     std::string reason;  ///< For the user, when not done.
 };
+
+/// The suffix of a name in lower case, for formats of several suffixes the usual one: ".jpeg", ".jpe",
+/// ".jfif" and ".jps" are ".jpg", ".tiff" is ".tif". Empty without a suffix.
+[[nodiscard]] std::string usual_suffix(const std::string& name);
 
 /// Whether the content of a file is a TIFF picture (and no camera's raw file of that family).
 [[nodiscard]] bool is_tiff_file(const std::string& path);

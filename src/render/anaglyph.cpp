@@ -41,6 +41,27 @@ AnaglyphSettings settings_of(const ParameterSet& p, const Voice& voice, MixNeeds
     end_process(kExitFailure);
 }
 
+/// Views that other products want for mirrors and projectors make no anaglyph for the usual glasses.
+void warn_of_views(const WarpState& warp) {
+    const MessageCatalogue& messages = warp.voice.messages();
+    if (warp.left_turn != warp.right_turn) {
+        warp.voice.print_once(
+            messages.either("Warning: the views are turned differently (RotMirOutputLeft, "
+                            "RotMirOutputRight): they do not match in the anaglyph.\n",
+                            "Warnung: Die Ansichten sind verschieden gedreht (RotMirOutputLeft, "
+                            "RotMirOutputRight): im Anaglyphen passen sie nicht zusammen.\n"),
+            OnceIn::run);
+    }
+    if (warp.inverse_output == 1) {
+        warp.voice.print_once(
+            messages.either(
+                "Warning: the views are exchanged (InverseOutput): turn the glasses of the anaglyph.\n",
+                "Warnung: Die Ansichten sind vertauscht (InverseOutput): fuer den Anaglyphen die "
+                "Brille umdrehen.\n"),
+            OnceIn::run);
+    }
+}
+
 /// The frame and the texts on it.
 void draw_frame(const WarpState& warp, const CanvasLayout& layout, Picture canvas) {
     // The library hands out black; only another colour has to be filled in.
@@ -85,6 +106,7 @@ StoreResult write_anaglyph(WarpState& warp, const std::string& file) {
     if (warp.parameters.anaglyph_output == 0) {
         return {};
     }
+    warn_of_views(warp);
     const Bitmap canvas = compose_anaglyph(warp);
     if (!canvas) {
         end_run_without_picture_memory(warp.voice.console(),

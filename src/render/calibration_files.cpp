@@ -87,7 +87,7 @@ std::optional<std::vector<TextLine>> read_lines(const std::string& path, const V
     if (!bytes) {
         voice.print(printable(path));
         voice.say<Msg::warpimage_anaglyph_values_missing>();
-        voice.wait(WaitAbove::error);
+        voice.wait_once(WaitAbove::error, path);
         return std::nullopt;
     }
     return text_lines(*bytes);
@@ -112,7 +112,7 @@ MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, cons
     MonitorCalibration values;
     if (const std::size_t faulty = read_rows(*lines, kMonitorRows, values)) {
         tell_faulty_line(voice, path, faulty);
-        voice.wait(WaitAbove::error);
+        voice.wait_once(WaitAbove::error, path);
         return {};
     }
     if (voice.verbose() > 1) {
@@ -142,7 +142,7 @@ PrintCalibration read_print_calibration(const ParameterSet& parameters, const Vo
             voice.print("\n");
         }
         voice.say<Msg::warpimage_anaglyph_make_new_print_file>();
-        voice.wait(WaitAbove::error);
+        voice.wait_once(WaitAbove::error, path);
         return {};
     }
     if (voice.verbose() > 1) {

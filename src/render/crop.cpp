@@ -31,8 +31,10 @@ PixelRectangle fit_window_to_target(PixelRectangle window, const WarpState& warp
         return window;
     }
     const double ratio = static_cast<double>(warp.work_width) / warp.work_height;
-    warp.voice.say<Msg::warpimage_selection_ratio_adopted>(ratio);
-    warp.voice.say<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height);
+    const MessageCatalogue& messages = warp.voice.messages();
+    warp.voice.print_once(
+        messages.text<Msg::warpimage_selection_ratio_adopted>(ratio) +
+        messages.text<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height));
     return crop_to_ratio(window, ratio);
 }
 
@@ -249,6 +251,19 @@ void move_to_origin(WarpState& warp, const PixelRectangle& kept) {
         for (int y = 0; y < kept.height(); ++y) {
             std::memmove(picture.row(y), picture.pixel(kept.left, kept.bottom + y), row_bytes);
         }
+    }
+}
+
+void narrow_views(WarpState& warp, int width) {
+    if (width < 1 || width >= warp.width) {
+        return;
+    }
+    const int first = (warp.width - width) / 2;
+    move_to_origin(warp, {first, first + width - 1, 0, warp.height - 1});
+    warp.width = width;
+    for (ViewGeometry* record : {&warp.left_record, &warp.right_record}) {
+        record->kept_x += first;
+        record->kept_width = width;
     }
 }
 

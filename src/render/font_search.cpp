@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <map>
 #include <string_view>
+#include <utility>
 
+#include "config/number_scan.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
 
@@ -14,14 +16,25 @@ namespace zemora {
 namespace {
 
 constexpr const char* kDefaultFont = "resource/zemora.fnt";
+constexpr int kItalic = 1;  // styles
+constexpr int kBold = 10;
+
+bool is_bold(int style) {
+    return style == kBold || style == kBold + kItalic;
+}
+bool is_italic(int style) {
+    return style == kItalic || style == kBold + kItalic;
+}
 
 struct FoundFont {
     std::string file;
     std::string families;  ///< All names of the family, separated by commas.
+    bool is_bold = false;
+    bool is_italic = false;
 };
 
 /// The name with the characters that mean something in a font pattern taken as they are.
-std::string as_pattern(const std::string& name) {
+std::string as_pattern(const std::string& name, int style) {
     std::string pattern;
     for (const char c : name) {
         if (std::string_view("\\-:,=").find(c) != std::string_view::npos) {
@@ -29,18 +42,30 @@ std::string as_pattern(const std::string& name) {
         }
         pattern += c;
     }
-    return pattern + ":scalable=true";
+    return pattern + ":scalable=true" + (is_bold(style) ? ":bold" : "") + (is_italic(style) ? ":italic" : "");
 }
 
 /// What the font configuration gives for a name; it always gives something.
-FoundFont matched_font(const std::string& name) {
-    const ChildResult result = run_child({"fc-match", "-f", "%{file}\n%{family}", as_pattern(name)});
-    const std::string text(result.output.begin(), result.output.end());
-    const std::size_t line_end = text.find('\n');
-    if (!result.succeeded() || line_end == std::string::npos) {
+FoundFont matched_font(const std::string& name, int style) {
+    constexpr double kDemiBold = 180.0;  // weights and slants of the font configuration
+    constexpr double kSlanted = 100.0;
+    const ChildResult result =
+        run_child({"fc-match", "-f", "%{file}\n%{weight}\n%{slant}\n%{family}", as_pattern(name, style)});
+    std::string text(result.output.begin(), result.output.end());
+    const auto take_line = [&text] {
+        const std::string line = text.substr(0, text.find('\n'));
+        text.erase(0, std::min(line.size() + 1, text.size()));
+        return line;
+    };
+    if (!result.succeeded()) {
         return {};
     }
-    return {text.substr(0, line_end), text.substr(line_end + 1)};
+    FoundFont found;
+    found.file = take_line();
+    found.is_bold = scan_real(take_line()).value_or(0.0) >= kDemiBold;
+    found.is_italic = scan_real(take_line()).value_or(0.0) >= kSlanted;
+    found.families = text;
+    return found;
 }
 
 /// Lower case without blanks, for names that are written in several ways.
@@ -56,15 +81,18 @@ bool has_family(const FoundFont& font, const std::string& name) {
     return (',' + bare(font.families) + ',').find(',' + bare(name) + ',') != std::string::npos;
 }
 
-/// The file for a name that is known to the font configuration, by itself or by a substitute; a name that
-/// gets what any unknown name gets is not. Empty without one.
-std::string configured_font(const std::string& name) {
+/// The font for a name that is known to the font configuration, by itself or by a substitute; a name that
+/// gets what any unknown name gets is not. Without a file when there is none.
+ChosenFont configured_font(const std::string& name, int style) {
     static const std::string kUnknown = "no font has this name";
-    const FoundFont found = matched_font(name);
-    if (found.file.empty() || has_family(found, name)) {
-        return found.file;
+    const FoundFont found = matched_font(name, style);
+    if (!found.file.empty() && !has_family(found, name) && found.file == matched_font(kUnknown, style).file) {
+        return {};
     }
-    return found.file == matched_font(kUnknown).file ? std::string() : found.file;
+    const bool is_styled = is_bold(style) || is_italic(style);
+    const int left =
+        (is_bold(style) && !found.is_bold ? kBold : 0) + (is_italic(style) && !found.is_italic ? kItalic : 0);
+    return {found.file, is_styled ? left : style};
 }
 
 std::string windows_font(const std::string& name) {
@@ -83,19 +111,19 @@ std::string default_font() {
     return file.empty() ? program_directory() + '/' + kDefaultFont : file;
 }
 
-std::string font_file(const std::string& name, const Voice& voice) {
+ChosenFont choose_font(const std::string& name, int style, const Voice& voice) {
     if (is_absolute(name) && file_exists(name)) {
-        return name;
+        return {name, style};
     }
     if (std::string file = windows_font(name); !file.empty()) {
-        return file;
+        return {file, style};
     }
-    // The configuration is asked once a run for each name.
-    static std::map<std::string, std::string> asked;
-    const auto [row, is_new] = asked.try_emplace(name);
+    // The configuration is asked once a run for each name and style.
+    static std::map<std::pair<std::string, int>, ChosenFont> asked;
+    const auto [row, is_new] = asked.try_emplace({name, style});
     if (is_new) {
-        row->second = configured_font(name);
-        if (row->second.empty()) {
+        row->second = configured_font(name, style);
+        if (row->second.file.empty()) {
             voice.print(
                 format_text(voice.messages().either(
                                 "The font '%s' was not found, the default font is used.\n",
@@ -103,7 +131,20 @@ std::string font_file(const std::string& name, const Voice& voice) {
                             printable(name).c_str()));
         }
     }
-    return row->second.empty() ? default_font() : row->second;
+    return row->second.file.empty() ? ChosenFont{default_font(), style} : row->second;
+}
+
+std::string font_of_letter(char32_t letter) {
+    static std::map<char32_t, std::string> asked;
+    const auto [row, is_new] = asked.try_emplace(letter);
+    if (is_new) {
+        const std::string pattern = format_text(":charset=%x:scalable=true", static_cast<unsigned>(letter));
+        const ChildResult result = run_child({"fc-match", "-f", "%{file}", pattern});
+        if (result.succeeded()) {
+            row->second.assign(result.output.begin(), result.output.end());
+        }
+    }
+    return row->second;
 }
 
 }  // namespace zemora

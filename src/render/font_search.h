@@ -10,8 +10,20 @@ namespace zemora {
 /// The font of texts that name none.
 [[nodiscard]] std::string default_font();
 
-/// The file of a font: an absolute path, NAME.ttf in the fonts folder of $windir, or what the system's font
-/// configuration has for the name. Otherwise the default font, which is told once for a name.
-[[nodiscard]] std::string font_file(const std::string& name, const Voice& voice);
+/// A font file, and what of the wanted style is still to be made from its letters: 0 plain, 1 italic, 10
+/// bold, 11 bold italic.
+struct ChosenFont {
+    std::string file;
+    int style = 0;
+};
+
+/// The font of a name: an absolute path, NAME.ttf in the fonts folder of $windir, or what the system's font
+/// configuration has for the name, its bold and italic forms for those styles. Otherwise the default font,
+/// which is told once for a name.
+[[nodiscard]] ChosenFont choose_font(const std::string& name, int style, const Voice& voice);
+
+/// The file that the font configuration has for a letter; it may lack the letter all the same. Empty without
+/// one.
+[[nodiscard]] std::string font_of_letter(char32_t letter);
 
 }  // namespace zemora

@@ -44,18 +44,34 @@ public:
     [[nodiscard]] const std::string& reason() const { return reason_; }
     [[nodiscard]] int pixels() const { return pixels_; }
 
-    /// The mask of a UTF-8 text; invalid UTF-8 counts as Windows-1252, control characters as blanks. What
-    /// lies beyond `widest` pixels may be left away. Empty for a text without width, and for a failure with
-    /// its reason.
+    /// Letters of the latest text that neither this font nor another one of the system has, in UTF-8.
+    [[nodiscard]] const std::string& missing() const { return missing_; }
+
+    /// The mask of a UTF-8 text; letters that the font lacks are those of another one that has them. Invalid
+    /// UTF-8 counts as Windows-1252, control characters as blanks. What lies beyond `widest` pixels may be
+    /// left away. Empty for a text without width, and for a failure with its reason.
     [[nodiscard]] LetterMask mask(const std::string& text, int widest);
 
 private:
     struct Closer {
         void operator()(_TTF_Font* font) const;
     };
+    using OpenFont = std::unique_ptr<_TTF_Font, Closer>;
+    /// A part of a text that one font draws.
+    struct Run {
+        _TTF_Font* font;
+        std::string text;
+    };
+    [[nodiscard]] std::vector<Run> split(const std::string& text);
+    [[nodiscard]] _TTF_Font* font_with(char32_t letter, const std::string& written);
+    [[nodiscard]] LetterMask mask_of_runs(const std::vector<Run>& runs, int widest);
+
     int pixels_;
+    int flags_ = 0;  ///< The library's style.
     bool is_started_ = false;
-    std::unique_ptr<_TTF_Font, Closer> font_;
+    OpenFont font_;
+    std::vector<OpenFont> others_;  ///< For letters that `font_` lacks.
+    std::string missing_;
     TextFault fault_ = TextFault::none;
     std::string reason_;
 };

@@ -10,7 +10,7 @@ namespace zemora {
 /// Result of a store: what could not be written, in words for the user; empty when all is well.
 struct StoreResult {
     int code = 0;  ///< 0 done, else the error code that the driver shows.
-    std::string reason;
+    std::string reason;  ///< A line for each file that failed.
 };
 
 /// The result of storing `file`, with the reason of a failure or an empty one.

@@ -8,6 +8,7 @@
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/cmyk.h"
+#include "render/deep_picture.h"
 
 namespace zemora {
 
@@ -35,6 +36,14 @@ constexpr FormatRow kFormats[] = {
     {".tiff", FIF_TIFF, TIFF_NONE, TIFF_LZW},
     {".tga", FIF_TARGA, 0, 0},
     {".ppm", FIF_PPM, 0, 0},
+    {".pgm", FIF_PPM, 0, 0},  // with colours: readers go by the first bytes
+    {".pbm", FIF_PPM, 0, 0},
+    {".webp", FIF_WEBP, 0, 0},
+    {".jp2", FIF_JP2, 0, 0},
+    {".j2k", FIF_J2K, 0, 0},
+    {".j2c", FIF_J2K, 0, 0},
+    {".psd", FIF_PSD, PSD_NONE, PSD_DEFAULT},
+    {".jng", FIF_JNG, 0, 0},
 };
 
 const FormatRow* find_format(const std::string& path) {
@@ -50,7 +59,15 @@ int quality_flag(const SaveOptions& options) {
 
 int flags_of(const FormatRow& format, const SaveOptions& options) {
     const int flags = options.compress ? format.compressed_flags : format.plain_flags;
-    return format.format == FIF_JPEG ? flags | quality_flag(options) : flags;
+    constexpr int kLosslessSize = 101;  // so that the quality of 85 gives the library's usual 16 to 1
+    switch (format.format) {
+        case FIF_JPEG:
+        case FIF_WEBP:
+        case FIF_JNG: return flags | quality_flag(options);
+        case FIF_JP2:
+        case FIF_J2K: return kLosslessSize - quality_flag(options);  // source bytes for one of the file
+        default: return flags;
+    }
 }
 
 void set_resolution(FIBITMAP* picture, const SaveOptions& options) {
@@ -83,6 +100,27 @@ Bitmap special_form(const Bitmap& picture, const SaveOptions& options, int& flag
     return form;
 }
 
+/// Whether LZW makes a deep picture smaller: noise in its lower bytes may make it larger, and takes long.
+/// Some of its rows, which are packed each for itself, tell.
+bool packs_well(const Bitmap& picture) {
+    constexpr int kFewRows = 256;
+    constexpr int kStep = 16;
+    const int step = picture.height() < kFewRows ? 1 : kStep;
+    const DeepPicture all = deep_picture(picture);
+    const Bitmap sample = create_deep(all.width, all.height / step);
+    if (!sample) {
+        return false;
+    }
+    for (int y = 0; y < sample.height(); ++y) {
+        copy_deep({reinterpret_cast<std::uint8_t*>(all.pixel(0, y * step)), all.pitch, all.width, 1},
+                  deep_picture(sample), 0, y);
+    }
+    const auto size = [&sample](int flags) {
+        return EncodedPicture(sample.handle(), FIF_TIFF, flags).bytes().size();
+    };
+    return size(TIFF_LZW) < size(TIFF_NONE);
+}
+
 }  // namespace
 
 SaveOptions::SaveOptions(const ParameterSet& parameters)
@@ -92,6 +130,10 @@ SaveOptions::SaveOptions(const ParameterSet& parameters)
       dots_per_inch_x(parameters.dots_per_inch_x),
       dots_per_inch_y(parameters.dots_per_inch_y),
       cmyk_profile(parameters.cmyk_profile) {}
+
+bool is_written_suffix(const std::string& suffix) {
+    return find_format("a" + suffix) != nullptr;
+}
 
 bool is_tiff_name(const std::string& path) {
     const FormatRow* format = find_format(path);
@@ -126,7 +168,8 @@ EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& opti
 
 std::string save_deep_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {
     set_resolution(picture.handle(), options);
-    return encode_and_write(picture.handle(), FIF_TIFF, 0, path);
+    const bool is_packed = options.compress && packs_well(picture);
+    return encode_and_write(picture.handle(), FIF_TIFF, is_packed ? TIFF_LZW : TIFF_NONE, path);
 }
 
 }  // namespace zemora

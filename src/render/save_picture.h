@@ -21,6 +21,9 @@ struct SaveOptions {
     std::string cmyk_profile;  ///< A data file of the program, or an absolute path.
 };
 
+/// Whether files of that suffix (in lower case, with its dot) can be written.
+[[nodiscard]] bool is_written_suffix(const std::string& suffix);
+
 /// Whether the name is that of a TIFF file.
 [[nodiscard]] bool is_tiff_name(const std::string& path);
 
@@ -33,7 +36,7 @@ struct SaveOptions {
 /// cameras write it: readers of multi-picture files in displays know nothing else.
 [[nodiscard]] EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& options);
 
-/// Saves a bitmap of 48 bits as TIFF.
+/// Saves a bitmap of 48 bits as TIFF: LZW of the differences where that is wanted and smaller, else plain.
 [[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,
                                             const SaveOptions& options);
 

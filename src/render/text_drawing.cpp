@@ -7,21 +7,20 @@ namespace zemora {
 namespace {
 
 void tell_fault(const LetterFont& letters, const std::string& file, const Voice& voice) {
-    if (letters.fault() == TextFault::library) {
-        voice.say<Msg::warpimage_ttf_init_failed>();
-        voice.print(letters.reason());
-    } else {
-        voice.say<Msg::warpimage_font_load_failed>(letters.pixels(), printable(file), letters.reason());
-    }
-    voice.print("\n");
-    voice.wait(WaitAbove::error);
+    const MessageCatalogue& messages = voice.messages();
+    const std::string told = letters.fault() == TextFault::library
+                                 ? messages.text<Msg::warpimage_ttf_init_failed>() + letters.reason()
+                                 : messages.text<Msg::warpimage_font_load_failed>(
+                                       letters.pixels(), printable(file), letters.reason());
+    voice.print_once(told + '\n');
+    voice.wait_once(WaitAbove::error, file);
 }
 
 template <Msg message>
 void tell_misfit(const std::string& text, const Voice& voice) {
-    voice.say<message>();
-    voice.print('\'' + printable(text) + "'\n");
-    voice.wait(WaitAbove::warning);
+    const std::string told = voice.messages().text<message>();
+    voice.print_once(told + '\'' + printable(text) + "'\n");
+    voice.wait_once(WaitAbove::warning, told);
 }
 
 /// A text that stands at an edge by intention is only too large when it is larger than the picture.
@@ -54,6 +53,12 @@ std::optional<LetterMask> told_mask(const std::string& text, const TextFont& fon
     if (letters.fault() != TextFault::none) {
         tell_fault(letters, font.file, voice);
         return std::nullopt;
+    }
+    if (!letters.missing().empty()) {
+        voice.print_once(format_text(voice.messages().either("No font here has the letters '%s'.\n",
+                                                             "Keine Schrift hat hier die Zeichen '%s'.\n"),
+                                     printable(letters.missing()).c_str()),
+                         OnceIn::run);
     }
     return mask;
 }

@@ -144,8 +144,13 @@ TextSpec resolve_text(const std::string& setting, const TextSource& source, cons
         spec.size = -fields->size;
         spec.style = fields->style;
     }
-    spec.font_path =
-        fields && !fields->font.empty() ? font_file(std::string(fields->font), warp.voice) : default_font();
+    if (fields && !fields->font.empty()) {
+        const ChosenFont font = choose_font(std::string(fields->font), fields->style, warp.voice);
+        spec.font_path = font.file;
+        spec.style = font.style;
+    } else {
+        spec.font_path = default_font();
+    }
     return spec;
 }
 

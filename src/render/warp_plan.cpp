@@ -85,14 +85,12 @@ void add_vergences(const ViewTransform& view, Position& p) {
 }
 
 /// A vergence beyond the limit becomes 0.
-void drop_vergence(int& vergence, const Voice& voice, Msg text, bool& is_told) {
+void drop_vergence(int& vergence, const Voice& voice, Msg text) {
     if (std::abs(vergence) <= kLargestVergence) {
         return;
     }
     vergence = 0;
-    if (!is_told) {
-        is_told = true;
-        voice.tell_everywhere(voice.messages().raw(text));
+    if (voice.tell_everywhere_once(voice.messages().raw(text))) {
         voice.wait(WaitAbove::information);
     }
 }
@@ -128,7 +126,7 @@ FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& co
     return fixed;
 }
 
-bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice, VergencesTold& told) {
+bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice) {
     const auto turned_too_far = [height, width](int sine) {
         return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
     };
@@ -143,10 +141,8 @@ bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& vo
         voice.wait(WaitAbove::information);
         return false;
     }
-    drop_vergence(fixed.vergence_v_16384, voice, Msg::warpimage_vertical_vergence_too_different,
-                  told.vertical);
-    drop_vergence(fixed.vergence_h_32768, voice, Msg::warpimage_horizontal_vergence_too_different,
-                  told.horizontal);
+    drop_vergence(fixed.vergence_v_16384, voice, Msg::warpimage_vertical_vergence_too_different);
+    drop_vergence(fixed.vergence_h_32768, voice, Msg::warpimage_horizontal_vergence_too_different);
     return true;
 }
 

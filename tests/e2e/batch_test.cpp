@@ -115,18 +115,24 @@ TEST_F(Batch, AFileWithoutPartnerStandsAsideAndTheRestStaysInStep) {
     EXPECT_TRUE(workshop.files().contains("lo/2.jpg")) << outcome.text;
 }
 
-TEST_F(Batch, AFolderAloneAsksWhatIsInIt) {
+TEST_F(Batch, AFolderAloneIsAskedAboutOnATerminalAndLookedAtInAPipe) {
     for (const char* name : {"1.jpg", "2.jpg", "3.jpg"}) {
         workshop.save(std::string("holiday/") + name, aligned_views().left.picture());
     }
     workshop.save("holiday/4.jpg", aligned_views().right.picture());
-    workshop.around = "printf 'x\\n3\\n2\\n' | \"$@\"";
+    // The program talks to a terminal of its own; `timeout` would keep it from reading there.
+    workshop.around = "shift 2; printf 'x\\n3\\n2\\n' | script -qec \"$*\" /dev/null";
     const Outcome outcome = workshop.run({"holiday", "--LeftRightOutput=0", "--StereoOutput=2"});
     EXPECT_TRUE(outcome.tells("A complete directory will be processed!")) << outcome.text;
     EXPECT_TRUE(outcome.tells("1/2")) << outcome.text;
     EXPECT_TRUE(products().contains("holiday/cs/3-4_cs.jpg")) << outcome.text;
-    workshop.around = "\"$@\" < /dev/null";
+    workshop.around = "shift 2; script -qec \"$*\" /dev/null < /dev/null";
     EXPECT_EQ(workshop.run({"holiday"}).exit_code, 1) << "no answer is the end";
+    std::filesystem::remove_all(workshop.path("holiday/cs"));
+    workshop.around = "\"$@\" < /dev/null";
+    const Outcome piped = workshop.run({"holiday", "--LeftRightOutput=0", "--StereoOutput=2"});
+    EXPECT_TRUE(piped.tells("in turn (L-R-L-R)")) << piped.text;
+    EXPECT_TRUE(products().contains("holiday/cs/3-4_cs.jpg")) << piped.text;
 }
 
 TEST_F(Batch, TwoFoldersAreWorkedThroughInStep) {

@@ -1,3 +1,4 @@
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -88,6 +89,53 @@ TEST(InputForms, FramesOfAllKindsAreGoneFromTheMountedPair) {
         EXPECT_LT(share_of(mounted.picture(), kFrame), 0.0005) << mode;
         EXPECT_LT(median_vertical_error(mounted.picture(), workshop.load("cr/foo_cr.bmp").picture(), 14), 0.4)
             << mode;
+    }
+}
+
+struct SuffixRow {
+    const char* suffix;
+    const char* product;
+};
+
+class InputSuffixes : public testing::TestWithParam<SuffixRow> {};
+
+TEST_P(InputSuffixes, AreKeptOrReplacedByTheUsualOne) {
+    Workshop workshop;
+    const std::string suffix = GetParam().suffix;
+    const bool is_jpeg = std::string(GetParam().product) == ".jpg";
+    for (const auto& [name, view] :
+         {std::pair{"foo_l", &aligned_views().left}, std::pair{"foo_r", &aligned_views().right}}) {
+        const FileBytes bytes = encoded(view->handle(), is_jpeg ? FIF_JPEG : FIF_PPMRAW);
+        workshop.write(name + suffix, {bytes.begin(), bytes.end()});
+    }
+    const Outcome outcome = workshop.run({"foo_l" + suffix, "foo_r" + suffix, "--EstimateGeometry=-1",
+                                          "--LeftRightOutput=0", "--MetaTransfer=1"});
+    const std::string product = std::string("cs/foo_cs") + GetParam().product;
+    ASSERT_TRUE(workshop.files().contains(product)) << outcome.text;
+    EXPECT_EQ(workshop.load(product).width(), 800);
+    EXPECT_EQ(outcome.tells("EXIF operation"), is_jpeg && !find_program("exiftool").empty()) << outcome.text;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, InputSuffixes,
+                         testing::Values(SuffixRow{".jps", ".jpg"}, SuffixRow{".JFIF", ".jpg"},
+                                         SuffixRow{".jpe", ".jpg"}, SuffixRow{".pgm", ".pgm"}));
+
+TEST(InputForms, TwoPicturesInOneFileAreFoundUnderAnyName) {
+    const GeneratedMpo mpo = make_mpo({}, aligned_views().left, aligned_views().right);
+    GeneratedMpo preview = mpo;  // of the same build, but the second picture is no view
+    const FileBytes views{2, 0, 2, 0};
+    const auto second =
+        std::find_end(preview.bytes.begin(), preview.bytes.begin() + 1000, views.begin(), views.end());
+    ASSERT_NE(second, preview.bytes.begin() + 1000);
+    *second = 1;
+    for (const auto& [name, file, told, width] : {std::tuple{"foo.jpg", &mpo, true, 800},
+                                                  {"foo.Mpo", &mpo, false, 800},
+                                                  {"foo.jpg", &preview, false, 400}}) {
+        Workshop workshop;
+        workshop.write(name, {file->bytes.begin(), file->bytes.end()});
+        const Outcome outcome = workshop.run({name, "--EstimateGeometry=-1", "--LeftRightOutput=0"});
+        EXPECT_EQ(outcome.tells("holds two pictures"), told) << outcome.text;
+        EXPECT_EQ(workshop.load("cs/foo_cs.jpg").width(), width) << outcome.text;
     }
 }
 

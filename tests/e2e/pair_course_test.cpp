@@ -190,19 +190,29 @@ TEST(Metadata, ExiftoolServesSettingsThatDoNotAskForATransfer) {
     EXPECT_EQ(std::string(tag.output.begin(), tag.output.end()), "123\n");
 }
 
-TEST(PhotoshopTiff, EndsTheRunBeforeItIsLoaded) {
+TEST(PhotoshopTiff, IsReadLikeAnyOtherAndOnlyItsPairIsSkippedWhenItCannotBe) {
     if (!has_exiftool()) {
         GTEST_SKIP() << "no exiftool";
     }
     Workshop workshop;
-    save_pair(workshop, aligned_views(), "foo_l.tif", "foo_r.tif");
-    ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Software=Adobe Photoshop CS5",
-                           workshop.path("foo_r.tif")})
-                    .succeeded());
-    const Outcome outcome = workshop.run({"foo_l.tif", "foo_r.tif", "--EstimateGeometry=-1"});
+    for (const std::string base : {"bad", "good"}) {
+        save_pair(workshop, aligned_views(), base + "_l.tif", base + "_r.tif");
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Software=Adobe Photoshop CS5",
+                               workshop.path(base + "_r.tif")})
+                        .succeeded());
+    }
+    std::string damaged = read_text(workshop.path("bad_r.tif"));
+    const std::string compressed{"\x03\x01\x03\0\x01\0\0\0", 8};  // the compression, and that there is none
+    const std::size_t place = damaged.find(compressed);
+    ASSERT_NE(place, std::string::npos);
+    damaged[place + 8] = 77;
+    workshop.write("bad_r.tif", damaged);
+    const Outcome outcome = workshop.run({"--PathofImages=" + workshop.folder(), "--InputMode=4",
+                                          "--StereoImageInput=2", "--EstimateGeometry=-1"});
     EXPECT_EQ(outcome.exit_code, 0);
-    EXPECT_TRUE(outcome.tells("Error during reading " + workshop.path("foo_r.tif"))) << outcome.text;
-    EXPECT_EQ(workshop.files(), (std::set<std::string>{"foo_l.tif", "foo_r.tif"}));
+    EXPECT_TRUE(outcome.tells("Error during reading " + workshop.path("bad_r.tif"))) << outcome.text;
+    EXPECT_FALSE(outcome.tells("Error during reading " + workshop.path("good_r.tif"))) << outcome.text;
+    EXPECT_TRUE(workshop.files().contains("cs/good_cs.tif")) << outcome.text;
 }
 
 }  // namespace

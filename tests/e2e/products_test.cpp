@@ -125,6 +125,32 @@ TEST_F(Products, AStepWithoutSixteenBitsSavesEightAndSaysSo) {
     EXPECT_EQ(greatest_difference(product("cl/foo_cl.tif").picture(), product("clsharp/foo_cl.bmp").picture()), 0);
 }
 
+int count_of(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST_F(Products, WarningsComeOnceAPairAndWaitOnceARun) {
+    save_pair(workshop, aligned_views(), "bar_l.bmp", "bar_r.bmp");
+    const auto mounted = [&](std::vector<std::string> settings) {
+        settings.insert(settings.begin(),
+                        {"--InputMode=1", "--StereoImageInput=2", "--ImageType=bmp", "--EstimateGeometry=-1",
+                         "--LeftRightOutput=2", "--StereoOutput=2", "--FrameBottom=40", "--StopAtError=3"});
+        return workshop.run(settings).text;
+    };
+    const std::string plain = mounted({});
+    const std::string long_caption = mounted({"--CaptionText=" + std::string(200, 'W')});
+    EXPECT_EQ(count_of(long_caption, "WWWW'"), 2) << long_caption;
+    EXPECT_EQ(count_of(long_caption, "hit Enter"), count_of(plain, "hit Enter") + 1) << long_caption;
+    const std::string anaglyphs = mounted({"--AnaglyphOutput=2", "--AnaglyphType=5", "--InverseOutput=1",
+                                           "--RotMirOutputLeft=4", "--StopAtError=0"});
+    EXPECT_EQ(count_of(anaglyphs, "turn the glasses"), 1) << anaglyphs;
+    EXPECT_EQ(count_of(anaglyphs, "turned differently"), 1) << anaglyphs;
+}
+
 TEST_F(Products, WithoutAPrintProfileTheColoursStay) {
     const Outcome outcome = run({"--LeftRightOutput=2", "--OutputFormat=9", "--CMYK_Profile=gone.icc"});
     EXPECT_TRUE(outcome.tells("gone.icc")) << outcome.text;
@@ -139,6 +165,15 @@ TEST_F(Products, SharpeningAndGhostReductionChangeWhatIsStored) {
     const Bitmap plain = product("clplain/foo_cl.bmp");
     EXPECT_GT(mean_difference(plain.picture(), product("clsharp/foo_cl.bmp").picture()), 0.2);
     EXPECT_GT(mean_difference(plain.picture(), product("clghost/foo_cl.bmp").picture()), 2.0);
+}
+
+TEST_F(Products, EachViewThatCannotBeStoredIsToldOnALineOfItsOwn) {
+    workshop.write("cl", "no folder");
+    workshop.write("cr", "no folder");
+    const Outcome outcome = run({"--LeftRightOutput=2", "--ReportMode=2"});
+    for (const char* name : {"cl/foo_cl.bmp: ", "cr/foo_cr.bmp: "}) {
+        EXPECT_TRUE(outcome.tells("\n   " + workshop.path(name))) << outcome.text;
+    }
 }
 
 TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
@@ -160,7 +195,8 @@ TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
     for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg",
                              "ce_ab/foo_ce-ab.jpg"}) {
         const ChildResult tags = run_child({"exiftool", "-n", "-s", "-s", "-s", "-p",
-                                            "$Model|$Headline|$Copyright|$XResolution|$Orientation|$Software|$FileModifyDate|$ProfileDescription",
+                                            "$Model|$Headline|$Copyright|$XResolution|$Orientation|$Software|"
+                                            "$FileModifyDate|$ProfileDescription",
                                             workshop.path(name)});
         const std::string text(tags.output.begin(), tags.output.end());
         // The sources lie, and were to stay so.

@@ -1,5 +1,6 @@
 // Stand-ins for the programs of a person: shell scripts that note how they were called and answer by plan.
 
+#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -252,6 +253,28 @@ TEST_F(Viewers, SwapStartsThePairOverWithItsViewsExchanged) {
     EXPECT_LT(mean_difference(workshop.load("cl/halves_cl.bmp").picture(), right), 3.0);
 }
 
+TEST_F(Viewers, SwapOfAPhotoWithDepthExchangesTheRenderedViews) {
+    const Bitmap mask = Bitmap::create(400, 300);
+    for (int x = 0; x < 400; ++x) {
+        const auto grey = static_cast<std::uint8_t>(x / 2);
+        fill(mask.picture().part(x, 0, 1, 300), {grey, grey, grey});
+    }
+    workshop.save("a_rgb.bmp", aligned_views().left.picture());
+    workshop.save("a_d.bmp", mask.picture());
+    plan(kPost, {kGood + "0", "exit 100", kGood + "0"});
+    const std::vector<std::string> call{
+        "a_rgb.bmp",      "a_d.bmp", "--PostViewerActive=1", "--StereoImageInput=5", "--DeviationTarget=40",
+        "--CroppOutput=0", "--WindowOffset=0"};
+    EXPECT_TRUE(workshop.run(call).tells("processed images: 1/1"));
+    const Bitmap left = workshop.load("cl/a_cl.bmp");
+    const Bitmap right = workshop.load("cr/a_cr.bmp");
+    EXPECT_GT(mean_difference(left.picture(), right.picture()), 1.0);
+    const Outcome swapped = workshop.run(call);
+    EXPECT_TRUE(swapped.tells("processed images: 1/1"));
+    EXPECT_EQ(greatest_difference(workshop.load("cl/a_cl.bmp").picture(), right.picture()), 0) << swapped.text;
+    EXPECT_EQ(greatest_difference(workshop.load("cr/a_cr.bmp").picture(), left.picture()), 0);
+}
+
 TEST_F(Viewers, ExchangeFilesReplaceLinksAndNotTheirTargets) {
     workshop.write("mine", "mine");
     for (const char* name : {"zemora_pl.bmp", "zemora_pr.bmp", "zemora_pl.bmp.tmp"}) {
@@ -266,6 +289,24 @@ TEST_F(Viewers, ExchangeFilesReplaceLinksAndNotTheirTargets) {
     EXPECT_GT(workshop.load("zemora_pl.bmp").width(), 700);
 }
 
+TEST_F(Viewers, AGraphicalInterfaceGetsPreviewsOfTheFinishedViews) {
+    EXPECT_TRUE(mount({"/GI=1", "--OutputFormat=3", "--CroppOutput=0"}).tells("processed images: 1/1"));
+    const Workshop copies;
+    for (const std::string side : {"l", "r"}) {
+        const std::string name = "zemora_thumb_" + side + ".bmp";
+        ASSERT_TRUE(std::filesystem::exists(home_ / name));
+        std::filesystem::copy_file(home_ / name, copies.path(name));
+        const Bitmap thumb = copies.load(name);
+        ASSERT_EQ(thumb.width(), 267);
+        ASSERT_EQ(thumb.height(), 178);
+        const std::uint8_t* bar = thumb.picture().pixel(0, 90);  // beside a picture of 237 columns
+        EXPECT_EQ((std::array<int, 3>{bar[0], bar[1], bar[2]}), (std::array{0x40, 0xFF, 0x40}));
+        const Bitmap& view = side == "l" ? aligned_views().left : aligned_views().right;
+        const Bitmap small(FreeImage_Rescale(view.handle(), 237, 178, FILTER_BICUBIC));
+        EXPECT_LT(mean_difference(thumb.picture().part(15, 0, 237, 178), small.picture()), 6.0) << side;
+    }
+}
+
 TEST_F(Viewers, MissingOrUselessProgramsAreTold) {
     EXPECT_TRUE(mount().tells("zemora_image_postview.exe missing"));
     EXPECT_TRUE(workshop.files().contains("cl/foo_cl.bmp")) << "and the pair goes on without it";
@@ -275,8 +316,8 @@ TEST_F(Viewers, MissingOrUselessProgramsAreTold) {
 
 TEST_F(Viewers, PreviewerGivesPartAndOrderOfTheViews) {
     plan(kPre, {preview_answer("x 0 1 0 0 0 1 0 50 0 100 0 50 0 100 0")});
-    const Outcome outcome =
-        mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2", "--EstimateGeometry=0"});
+    const Outcome outcome = mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2",
+                                   "--EstimateGeometry=0", "--CroppOutput=0"});
     EXPECT_TRUE(outcome.tells("Instructions for Zemora Image Previewer:\n---")) << outcome.text;
     EXPECT_TRUE(outcome.tells("Zemora Image PreViewer:\nRotation left:       0.0 degree\n")) << outcome.text;
     EXPECT_TRUE(outcome.tells("RightImageHeight:  100.0 percent\n")) << outcome.text;

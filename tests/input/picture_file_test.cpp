@@ -222,11 +222,20 @@ TEST(LoadPicture, JpegBringsNoTint) {
 }
 
 TEST(LoadPicture, DeepPixelsAreKeptOnRequest) {
-    const TestFolder folder;
-    const auto* deep = std::find_if(std::begin(kForms), std::end(kForms),
-                                    [](const FormRow& row) { return std::string(row.name) == "tiff_deep"; });
-    write_bytes(folder / "a.tif", file_of(*deep));
-    EXPECT_EQ(load_picture(folder / "a.tif", true).bitmap.bits_per_pixel(), 48);
+    const FormRow rows[] = {{"colours", FIF_TIFF, TIFF_DEFLATE, FIT_RGB16, 48, 0},
+                            {"alpha", FIF_TIFF, TIFF_NONE, FIT_RGBA16, 64, 0},
+                            {"grey", FIF_TIFF, TIFF_NONE, FIT_UINT16, 16, 0},
+                            {"alpha of a PNG", FIF_PNG, 0, FIT_RGBA16, 64, 0},
+                            {"grey of a PNG", FIF_PNG, 0, FIT_UINT16, 16, 0}};
+    for (const FormRow& row : rows) {
+        const LoadedPicture loaded = decode_picture(file_of(row), "a", true);
+        ASSERT_EQ(loaded.bitmap.bits_per_pixel(), 48) << row.name;
+        const auto* pixel =
+            reinterpret_cast<const FIRGB16*>(FreeImage_GetScanLine(loaded.bitmap.handle(), 7)) + 9;
+        const int deep = level_at(9, 7) * 257;  // both bytes alike
+        EXPECT_EQ(pixel->red, deep) << row.name;
+        EXPECT_EQ(pixel->blue, deep) << row.name;
+    }
 }
 
 struct BadRow {

@@ -109,6 +109,59 @@ TEST(TextSetting, AFontIsFoundByItsFamily) {
     EXPECT_NE(spec.font_path.find("Mono"), std::string::npos);
 }
 
+TEST(TextSetting, BoldAndItalicAreFontsOfTheirOwnWhereThereAre) {
+    Rig rig;
+    const ChosenFont plain = choose_font("DejaVu Sans Mono", 0, rig.voice);
+    for (const auto& [style, word] : {std::pair{10, "Bold"}, {1, "Oblique"}, {11, "BoldOblique"}}) {
+        const ChosenFont font = choose_font("DejaVu Sans Mono", style, rig.voice);
+        if (font.file == plain.file || font.file == default_font()) {
+            GTEST_SKIP() << "no DejaVu Sans Mono in all styles here";
+        }
+        EXPECT_NE(font.file.find(word), std::string::npos) << font.file;
+        EXPECT_EQ(font.style, 0) << "no second time by the font library";
+    }
+    EXPECT_EQ(choose_font(default_font(), 10, rig.voice).style, 10)
+        << "of a file only the library can make it";
+}
+
+/// Sum of the cover of columns from `first` on.
+long ink(const LetterMask& mask, int first) {
+    long sum = 0;
+    for (int y = 0; y < mask.height; ++y) {
+        sum = std::accumulate(mask.row(y) + first, mask.row(y) + mask.width, sum);
+    }
+    return sum;
+}
+
+TEST(LetterMasks, LettersThatAFontLacksComeFromAnotherOrAreTold) {
+    Rig rig;
+    const std::string narrow = choose_font("DejaVu Sans Mono", 0, rig.voice).file;
+    const std::string wide = choose_font("DejaVu Sans", 0, rig.voice).file;
+    if (narrow == wide || narrow == default_font()) {
+        GTEST_SKIP() << "no DejaVu fonts here";
+    }
+    const std::string alef = "\u05d0";  // only the second one has it
+    LetterFont font({narrow, 40, 0});
+    const LetterMask latin = font.mask("Ab", 4000);
+    const LetterMask mixed = font.mask("Ab" + alef, 4000);
+    EXPECT_EQ(font.missing(), "");
+    EXPECT_EQ(mixed.height, latin.height);
+    EXPECT_GT(mixed.width, latin.width);
+    EXPECT_EQ(ink(mixed, 0) - ink(mixed, latin.width), ink(latin, 0)) << "the other letters stay";
+    EXPECT_NEAR(static_cast<double>(ink(mixed, latin.width)),
+                static_cast<double>(ink(LetterFont({wide, 40, 0}).mask(alef, 4000), 0)), 2000.0);
+    const std::string nowhere = "\U0010FFFD";
+    EXPECT_GT(font.mask("A" + nowhere, 4000).width, 0);
+    EXPECT_EQ(font.missing(), nowhere);
+    const std::string told = console_text([&] {
+        for (int i = 0; i < 2; ++i) {
+            (void)told_mask("A" + nowhere, {narrow, 40, 0}, 4000, rig.voice);
+        }
+    });
+    EXPECT_EQ(told.find("No font here"), told.rfind("No font here"));
+    EXPECT_NE(told.find("No font here"), std::string::npos) << told;
+}
+
 TEST(TextSetting, OnlyTheHeadlineKeywordWantsTheHeadline) {
     EXPECT_TRUE(wants_headline("-__IPTC__arial__20__0"));
     EXPECT_FALSE(wants_headline("IPTC"));
