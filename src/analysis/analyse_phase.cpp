@@ -36,10 +36,9 @@ void reset_analysis(AnalysisState& state, bool keep) {
 }
 
 phases::WorkingCopies phases::make_copies(AnalysisState& state, const StereoPicture& pair, PictureSize size) {
-    constexpr int kWorkingSide = 1024;  // pixels; the largest copy of any phase
     for (Bitmap* bitmap : {&state.working_left, &state.working_right}) {
         if (!*bitmap || bitmap->width() < size.width || bitmap->height() < size.height) {
-            *bitmap = Bitmap::create(std::max(kWorkingSide, size.width), std::max(kWorkingSide, size.height));
+            *bitmap = Bitmap::create(size.width, size.height);
         }
         if (!*bitmap) {
             return {};

@@ -30,11 +30,17 @@ float search_contrast(const ToneView& view, const TileSearch& search) {
 
 DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
                                   CellTools& tools) {
+    const float contrast = search_contrast(left_first ? pair.left : pair.right, search);
+    return measure_direction(pair, left_first, search, contrast, tools);
+}
+
+DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, const TileSearch& search,
+                                  float contrast, CellTools& tools) {
     const ToneView& first = left_first ? pair.left : pair.right;
     const ToneView& second = left_first ? pair.right : pair.left;
     ErrorSurface& surface = tools.surface(left_first);
     DirectionResult result;
-    result.contrast = search_contrast(first, search);
+    result.contrast = contrast;
     tools.correlator.correlate(first, second, pair.rule, search, surface);
     result.figures = evaluate_surface(surface, pair.height, pair.width);
     result.position_dx = result.figures.dx + static_cast<float>(search.shift_x);

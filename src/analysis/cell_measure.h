@@ -46,6 +46,10 @@ struct DirectionResult {
 [[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first,
                                                 const TileSearch& search, CellTools& tools);
 
+/// The same for a tile whose contrast is known.
+[[nodiscard]] DirectionResult measure_direction(const MeasuredPair& pair, bool left_first,
+                                                const TileSearch& search, float contrast, CellTools& tools);
+
 /// Contrast of the tile of a search; -1 when less than half of it lies in the view.
 [[nodiscard]] float search_contrast(const ToneView& view, const TileSearch& search);
 

@@ -57,7 +57,7 @@ DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const T
                               const Blank& blank, CellTools& tools) {
     const float contrast = search_contrast(left_first ? pair.left : pair.right, search);
     if (contrast >= kLeastContrast) {
-        return measure_direction(pair, left_first, search, tools);
+        return measure_direction(pair, left_first, search, contrast, tools);
     }
     DirectionResult result;
     result.contrast = contrast;

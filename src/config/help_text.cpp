@@ -27,10 +27,21 @@ struct Wording {
     const char* man_synopsis;
     const char* man_description;
     const char* man_settings;
-    const char* man_files;
-    const char* man_parameter_file;
-    const char* man_exit;
-    const char* man_exit_text;
+    const char* exit_heading;
+    const char* exit_text;
+};
+
+/// A part of the manual page behind the settings: entries of a term and its meaning.
+struct ManualEntry {
+    const char* term;  ///< Null where the section begins; the texts are its heading then.
+    const char* english;
+    const char* german;
+};
+
+constexpr ManualEntry kManualEnd[] = {
+#define SECTION(english, german) {nullptr, english, german},
+#define ENTRY(term, english, german) {term, english, german},
+#include "config/manual_entries.inc"
 };
 
 constexpr Wording kEnglish = {
@@ -40,7 +51,11 @@ constexpr Wording kEnglish = {
     "Options:",
     "Every setting of the parameter file is also an option, by its code (/OH=1080) or its name "
     "(--OutputHeight=1080). Options may stand anywhere and are applied after the parameter file. "
-    "Defaults are shown.",
+    "Defaults are shown. /RO sets both RenameOrphans and RenameRefused, /FL both FrameLeftRight and "
+    "FirstLineIndex; the "
+    "names set one key each and are checked against its range. In scripts /SE=0 keeps the program from "
+    "waiting for "
+    "Enter.",
     "this text",
     "the version of the program",
     "ends the options: everything behind it is a file or directory",
@@ -51,10 +66,11 @@ constexpr Wording kEnglish = {
     "SYNOPSIS",
     "DESCRIPTION",
     "SETTINGS",
-    "FILES",
-    "parameter file, looked for in the working directory or beside the first picture when none is named",
     "EXIT STATUS",
-    "0 after a run that came to its end, 1 after a stop.",
+    "0 after a run that came to its end; 1 after a stop, and when the output could not be written; 3 with "
+    "ExitStatus=1 after a run that came to its end without mounting every object; 128 and the number of the "
+    "signal "
+    "after a signal, so 130 after Ctrl-C.",
 };
 
 constexpr Wording kGerman = {
@@ -64,7 +80,10 @@ constexpr Wording kGerman = {
     "Optionen:",
     "Jede Angabe der Parameterdatei ist auch eine Option, mit ihrem Kuerzel (/OH=1080) oder ihrem Namen "
     "(--OutputHeight=1080). Optionen stehen an beliebiger Stelle und gelten nach der Parameterdatei. "
-    "Gezeigt sind die Defaultwerte.",
+    "Gezeigt sind die Defaultwerte. /RO setzt RenameOrphans und RenameRefused, /FL setzt FrameLeftRight und "
+    "FirstLineIndex; die Namen setzen je einen Schluessel und werden gegen seinen Bereich geprueft. In "
+    "Skripten sorgt "
+    "/SE=0 dafuer, dass das Programm nicht auf Enter wartet.",
     "dieser Text",
     "die Version des Programms",
     "beendet die Optionen: alles dahinter ist eine Datei oder ein Verzeichnis",
@@ -75,10 +94,12 @@ constexpr Wording kGerman = {
     "UEBERSICHT",
     "BESCHREIBUNG",
     "EINSTELLUNGEN",
-    "DATEIEN",
-    "Parameterdatei, gesucht im Arbeitsverzeichnis oder neben dem ersten Bild, wenn keine genannt ist",
     "EXIT-STATUS",
-    "0 nach einem Lauf, der zu Ende kam, 1 nach einem Abbruch.",
+    "0 nach einem Lauf, der zu Ende kam; 1 nach einem Abbruch, und wenn die Ausgabe nicht geschrieben werden "
+    "konnte; 3 "
+    "mit ExitStatus=1 nach einem Lauf, der zu Ende kam, aber nicht jedes Objekt montiert hat; 128 und die "
+    "Nummer des "
+    "Signals nach einem Signal, also 130 nach Strg-C.",
 };
 
 const Wording& wording(Language language) {
@@ -146,7 +167,9 @@ std::string roff_lines(const std::string& text) {
 std::string sample_row(const ParameterRow& row, Language language) {
     std::string key(row.key);
     key.resize(std::max(key.size(), kKeyWidth), ' ');
-    const std::string value = value_text(row, default_parameters());
+    // The file speaks its own language.
+    const std::string value = &row == &row_of(Parameter::language) ? number_text(static_cast<int>(language))
+                                                                   : value_text(row, default_parameters());
     const std::string comment = wrapped(meaning_with_range(row, language), "% ");
     if (&row == &row_of(Parameter::do_post_zemora)) {
         return comment + key + " = %\n" + value + "%\n";
@@ -181,7 +204,7 @@ std::string help_text(Language language) {
             text += wrapped(meaning_with_range(row, language), "      ");
         }
     }
-    return text;
+    return text + "\n" + words.exit_heading + "\n" + wrapped(words.exit_text, "  ");
 }
 
 std::string manual_page(Language language) {
@@ -211,8 +234,11 @@ std::string manual_page(Language language) {
                      meaning_with_range(row, language));
         }
     }
-    page += section(words.man_files) + item("zemora.ini", words.man_parameter_file);
-    return page + section(words.man_exit) + words.man_exit_text + "\n";
+    for (const ManualEntry& entry : kManualEnd) {
+        const char* text = language == Language::german ? entry.german : entry.english;
+        page += entry.term == nullptr ? section(text) : item(entry.term, text);
+    }
+    return page + section(words.exit_heading) + roff(words.exit_text) + "\n";
 }
 
 std::string sample_parameter_file(Language language) {

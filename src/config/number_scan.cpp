@@ -16,6 +16,14 @@ std::string_view number_start(std::string_view text) {
     return plus ? text.substr(1) : text;
 }
 
+/// Whether all of the text is a number, of any size.
+template <class T>
+bool is_all_number(std::string_view text) {
+    T value{};
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+    return result.ec != std::errc::invalid_argument && result.ptr == text.data() + text.size();
+}
+
 template <class T>
 std::string shortest(T value) {
     char buffer[64];
@@ -51,6 +59,14 @@ std::optional<double> scan_real(std::string_view text) {
         return text[0] == '-' ? std::numeric_limits<double>::lowest() : std::numeric_limits<double>::max();
     }
     return result.ec == std::errc() ? std::optional(value) : std::nullopt;
+}
+
+bool is_integer(std::string_view text) {
+    return is_all_number<int>(number_start(text));
+}
+
+bool is_real(std::string_view text) {
+    return scan_real(text).has_value() && is_all_number<double>(number_start(text));
 }
 
 std::string number_text(int value) {

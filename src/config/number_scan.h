@@ -15,6 +15,10 @@ namespace zemora {
 /// range of double it is the greatest or the least one.
 [[nodiscard]] std::optional<double> scan_real(std::string_view text);
 
+/// Whether the text is one whole number, or one real number, and nothing else but blanks in front.
+[[nodiscard]] bool is_integer(std::string_view text);
+[[nodiscard]] bool is_real(std::string_view text);
+
 [[nodiscard]] std::string number_text(int value);
 /// The shortest text that reads back as the same value, e.g. "0.8".
 [[nodiscard]] std::string number_text(float value);

@@ -1,7 +1,9 @@
 #include "config/options.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
+#include <utility>
 
 #include "config/number_scan.h"
 #include "platform/paths.h"
@@ -50,37 +52,89 @@ std::size_t code_distance(std::string_view written, std::string_view code) {
 }
 
 /// A name that goes on as a key begins is as near as one wrong letter.
-std::size_t name_distance(std::string_view written, std::string_view key) {
+std::size_t name_distance(std::string_view written, std::string_view name) {
     const std::string a = lower_case(written);
-    const std::string b = lower_case(key);
+    const std::string b = lower_case(name);
     return !a.empty() && b.starts_with(a) ? 1 : edit_distance(a, b);
 }
 
-/// The option rows with the smallest distances: those that share the smallest one, at most a few.
-std::vector<const ParameterRow*> nearest_rows(
-    const std::function<std::size_t(const ParameterRow&)>& distance) {
-    std::vector<std::pair<std::size_t, const ParameterRow*>> rows;
-    for (const ParameterRow& row : kParameterRows) {
-        if (!row.option.empty()) {
-            rows.emplace_back(distance(row), &row);
+/// Something that can be written, and how far it is from what was.
+struct Suggestion {
+    std::size_t distance;
+    std::string text;
+};
+
+/// The suggestions with the smallest distance, at most a few; none when even those are farther than `limit`.
+std::vector<std::string> nearest_of(std::vector<Suggestion> suggestions, std::size_t limit) {
+    std::stable_sort(suggestions.begin(), suggestions.end(),
+                     [](const Suggestion& a, const Suggestion& b) { return a.distance < b.distance; });
+    std::vector<std::string> nearest;
+    for (const Suggestion& suggestion : suggestions) {
+        if (nearest.size() < kNearestShown && suggestion.distance <= limit &&
+            suggestion.distance == suggestions.front().distance) {
+            nearest.push_back(suggestion.text);
         }
-    }
-    std::stable_sort(rows.begin(), rows.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<const ParameterRow*> nearest;
-    for (std::size_t i = 0; i < kNearestShown && rows[i].first == rows[0].first; ++i) {
-        nearest.push_back(rows[i].second);
     }
     return nearest;
 }
 
+std::string code_spelling(const ParameterRow& row) {
+    return "/" + std::string(row.option) + "= (" + std::string(row.key) + ")";
+}
+
+std::string name_spelling(const ParameterRow& row) {
+    return "--" + std::string(row.key) + "=";
+}
+
+/// The codes that share a letter, in any case, with the one written.
+std::vector<std::string> nearest_codes(std::string_view code) {
+    constexpr std::size_t kOneLetterEqual = 3;
+    std::vector<Suggestion> suggestions;
+    for (const ParameterRow& row : kParameterRows) {
+        if (!row.option.empty()) {
+            suggestions.push_back({code_distance(code, row.option), code_spelling(row)});
+        }
+    }
+    return nearest_of(std::move(suggestions), kOneLetterEqual);
+}
+
+/// The names that differ in a third of their letters at most, or in two.
+std::vector<std::string> nearest_names(std::string_view name) {
+    constexpr std::size_t kLettersOfADifference = 3;
+    constexpr std::size_t kAlwaysNear = 2;  // differences: exchanged letters are two
+    std::vector<Suggestion> suggestions;
+    for (const char* plain : {"help", "version"}) {
+        suggestions.push_back({name_distance(name, plain), std::string("--") + plain});
+    }
+    for (const ParameterRow& row : kParameterRows) {
+        if (!row.option.empty()) {
+            suggestions.push_back({name_distance(name, row.key), name_spelling(row)});
+        }
+    }
+    return nearest_of(std::move(suggestions), std::max(name.size() / kLettersOfADifference, kAlwaysNear));
+}
+
 void note_error(CommandLine& line, CallError error, const std::string& argument,
-                const std::function<std::size_t(const ParameterRow&)>& distance) {
+                std::vector<std::string> nearest, const ParameterRow* row = nullptr) {
     if (line.error == CallError::none) {
         line.error = error;
         line.wrong_argument = argument;
-        line.nearest = nearest_rows(distance);
+        line.nearest = std::move(nearest);
+        line.wrong_row = row;
     }
+}
+
+/// What is wrong with the value of a named option.
+CallError value_error(const ParameterRow& row, std::string_view value) {
+    if (row.is_text()) {
+        return CallError::none;
+    }
+    if (!(row.type == ParameterType::integer ? is_integer(value) : is_real(value))) {
+        return CallError::no_number;
+    }
+    const double number = scan_real(value).value_or(0.0);
+    return row.has_limits() && (number < row.low || number > row.high) ? CallError::outside_range
+                                                                       : CallError::none;
 }
 
 void read_code_option(CommandLine& line, const std::string& argument,
@@ -99,8 +153,7 @@ void read_code_option(CommandLine& line, const std::string& argument,
     if (path_exists(argument)) {
         line.positional.push_back(argument);
     } else {
-        note_error(line, CallError::unknown_option, argument,
-                   [&code](const ParameterRow& row) { return code_distance(code, row.option); });
+        note_error(line, CallError::unknown_option, argument, nearest_codes(code));
     }
 }
 
@@ -114,12 +167,16 @@ void read_name_option(CommandLine& line, const std::string& argument) {
     const auto* row = std::find_if(
         std::begin(kParameterRows), std::end(kParameterRows),
         [&](const ParameterRow& r) { return !r.option.empty() && lower_case(r.key) == lower_case(name); });
-    if (row != std::end(kParameterRows) && equals != std::string::npos) {
+    if (row == std::end(kParameterRows)) {
+        note_error(line, CallError::unknown_option, argument, nearest_names(name));
+    } else if (equals == std::string::npos) {
+        note_error(line, CallError::value_missing, argument, {name_spelling(*row)});
+    } else if (const CallError error = value_error(*row, argument.substr(equals + 1));
+               error != CallError::none) {
+        note_error(line, error, argument, {}, row);
+    } else {
         line.settings.push_back({row, argument.substr(equals + 1)});
-        return;
     }
-    const auto error = row == std::end(kParameterRows) ? CallError::unknown_option : CallError::value_missing;
-    note_error(line, error, argument, [&name](const ParameterRow& r) { return name_distance(name, r.key); });
 }
 
 /// False when the argument is no option; a path in the shape of one has been stored as such.
@@ -133,7 +190,31 @@ bool read_option(CommandLine& line, const std::string& argument,
         read_name_option(line, argument);
         return true;
     }
+    if (argument.size() > 1 && argument[0] == '-' && !path_exists(argument)) {
+        note_error(line, CallError::unknown_option, argument, nearest_names(argument.substr(1)));
+        return true;
+    }
     return argument == kHelpCode;
+}
+
+bool asks_for_help(const std::string& only_argument) {
+    static constexpr std::array kSpellings{"/h", "/?", "-h", "-?", "-help", "--help"};
+    return std::find(kSpellings.begin(), kSpellings.end(), lower_case(only_argument)) != kSpellings.end();
+}
+
+/// "--OutputHeight=abc: OutputHeight takes a whole number from 0 to 32000."
+std::string wrong_value_text(const CommandLine& line, const MessageCatalogue& messages) {
+    const ParameterRow& row = *line.wrong_row;
+    const std::string key(row.key);
+    const bool is_whole = row.type == ParameterType::integer;
+    std::string text = printable(line.wrong_argument) + ": " + key +
+                       (is_whole ? messages.either(" takes a whole number", " verlangt eine ganze Zahl")
+                                 : messages.either(" takes a number", " verlangt eine Zahl"));
+    if (row.has_limits()) {
+        text += messages.either(" from ", " von ") + number_text(row.low) + messages.either(" to ", " bis ") +
+                number_text(row.high);
+    }
+    return text + (is_whole ? ".\n" : messages.either(", with a decimal point.\n", ", mit Dezimalpunkt.\n"));
 }
 
 void set_field(ParameterSet& parameters, const OptionSetting& setting) {
@@ -157,6 +238,10 @@ void set_field(ParameterSet& parameters, const OptionSetting& setting) {
 CommandLine read_command_line(std::span<const std::string> arguments,
                               const std::function<bool(const std::string&)>& path_exists) {
     CommandLine line;
+    if (arguments.size() == 1 && asks_for_help(arguments[0])) {
+        line.wants_help = true;
+        return line;
+    }
     bool options_ended = false;
     for (const std::string& argument : arguments) {
         if (!options_ended && argument == "--") {
@@ -165,22 +250,25 @@ CommandLine read_command_line(std::span<const std::string> arguments,
             line.positional.push_back(argument);
         }
     }
-    line.wants_help = line.wants_help || (arguments.size() == 1 && arguments[0] == kHelpCode);
     return line;
 }
 
 std::string call_error_text(const CommandLine& line, const MessageCatalogue& messages) {
+    if (line.wrong_row != nullptr) {
+        return wrong_value_text(line, messages);
+    }
     const bool unknown = line.error == CallError::unknown_option;
     std::string text = unknown ? messages.either("Unknown option: ", "Unbekannte Option: ")
                                : messages.either("Option without value: ", "Option ohne Wert: ");
     text += printable(line.wrong_argument);
-    text += unknown ? messages.either(", perhaps meant: ", ", vielleicht gemeint: ")
-                    : messages.either(", please write: ", ", bitte so schreiben: ");
-    const bool by_name = line.wrong_argument.starts_with("--");
-    for (const ParameterRow* row : line.nearest) {
-        text += row == line.nearest.front() ? "" : ", ";
-        text += by_name ? "--" + std::string(row->key) + "="
-                        : "/" + std::string(row->option) + "= (" + std::string(row->key) + ")";
+    const char* before = unknown ? messages.either(", perhaps meant: ", ", vielleicht gemeint: ")
+                                 : messages.either(", please write: ", ", bitte so schreiben: ");
+    for (const std::string& spelling : line.nearest) {
+        text += before + spelling;
+        before = ", ";
+    }
+    if (line.nearest.empty()) {
+        text += messages.either(". zemora --help shows all options.", ". zemora --help zeigt alle Optionen.");
     }
     return text + "\n";
 }

@@ -6,6 +6,7 @@
 #include "config/number_scan.h"
 #include "config/parameter_table.h"
 #include "config/text_lines.h"
+#include "platform/paths.h"
 #include "platform/process_end.h"
 #include "platform/safe_file.h"
 
@@ -271,12 +272,31 @@ void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice&
     if (voice.messages().is_german()) {
         parameters.language = static_cast<int>(Language::german);
     }
-    voice.say<Msg::parameters_file_not_found>(printable(path));
+    if (path.empty()) {
+        voice.print(
+            voice.messages().either("No parameter file belongs to this call. All parameters default.\n\n",
+                                    "Zu diesem Aufruf gehoert keine Parameterdatei. Alle Parameter "
+                                    "default.\n\n"));
+    } else {
+        voice.say<Msg::parameters_file_not_found>(printable(path));
+    }
     const int level = early.stop_at_error.value_or(parameters.stop_at_error);
     const bool is_usual_name = path.find("zemora.ini") != std::string::npos;
     if (level > static_cast<int>(is_usual_name ? WaitAbove::warning : WaitAbove::error)) {
         voice.console().wait_for_enter();
     }
+}
+
+[[noreturn]] void stop_unreadable(const std::string& path, const std::string& reason,
+                                  const ParameterSet& parameters, const Voice& voice,
+                                  const EarlySettings& early) {
+    voice.print(format_text(voice.messages().either("The parameter file %s cannot be read: %s\n",
+                                                    "Die Parameterdatei %s kann nicht gelesen werden: %s\n"),
+                            printable(path).c_str(), reason.c_str()));
+    if (early.stop_at_error.value_or(parameters.stop_at_error) > static_cast<int>(WaitAbove::error)) {
+        voice.console().wait_for_enter();
+    }
+    end_process(kExitFailure);
 }
 
 }  // namespace
@@ -286,6 +306,9 @@ ParameterFileResult read_parameter_file(const std::string& path, ParameterSet& p
     parameters = default_parameters();
     std::string reason;
     const auto bytes = read_file_whole(path, reason);
+    if (!bytes && !path.empty() && identity_of(path)) {
+        stop_unreadable(path, reason, parameters, voice, early);
+    }
     if (!bytes) {
         tell_missing_file(path, parameters, voice, early);
         return {};

@@ -192,29 +192,36 @@ std::string moved_mask_file(std::int64_t index) {
 class BlockFiller {
 public:
     BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, const Voice& voice)
-        : plan_(plan), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
+        : step_(plan.photo_step), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
 
-    /// The masks between `first` and the next that is there; false, with the reason told, on a failure.
-    [[nodiscard]] bool fill(std::int64_t first) {
-        const std::int64_t step = plan_.photo_step;
-        const std::int64_t end = first + plan_.mask_step;
-        Bitmap mask = load(mask_, first, "d3474");
-        for (std::int64_t i = 0; mask && i < plan_.missing; ++i) {
-            const std::int64_t index = first + i * step;
-            mask = moved(mask, index, index + step);
-            if (mask && !keep(mask, index + step)) {
+    /// Whether all photos of a gap and its masks can be read; false with the reason told.
+    [[nodiscard]] bool check(const DepthGap& gap) {
+        for (std::int64_t index = gap.first; index <= gap.last; index += step_) {
+            if (!load(photo_, index, "d1860")) {
                 return false;
             }
         }
-        mask = mask ? load(mask_, end, "d3474") : Bitmap();
-        for (std::int64_t i = plan_.missing; mask && i >= 1; --i) {
-            const std::int64_t index = first + i * step;
-            mask = moved(mask, index + step, index);
-            if (mask && !blend(mask, index, static_cast<double>(index - first) / static_cast<double>(plan_.mask_step))) {
+        return load(mask_, gap.first, "d3474") && load(mask_, gap.last, "d3474");
+    }
+
+    /// The masks of a gap, which are stored together at its end; false, with the reason told, on a failure.
+    [[nodiscard]] bool fill(const DepthGap& gap) {
+        Bitmap mask = load(mask_, gap.first, "d3474");
+        for (std::int64_t index = gap.first + step_; mask && index < gap.last; index += step_) {
+            mask = moved(mask, index - step_, index);
+            if (mask && !keep(mask, index)) {
                 return false;
             }
         }
-        return static_cast<bool>(mask);
+        mask = mask ? load(mask_, gap.last, "d3474") : Bitmap();
+        for (std::int64_t index = gap.last - step_; mask && index > gap.first; index -= step_) {
+            mask = moved(mask, index + step_, index);
+            const double t = static_cast<double>(index - gap.first) / static_cast<double>(gap.last - gap.first);
+            if (mask && !blend(mask, index, t)) {
+                return false;
+            }
+        }
+        return mask && store(gap);
     }
 
 private:
@@ -282,22 +289,35 @@ private:
         return reason.empty();
     }
 
-    /// The mask between the one that came from before and `backward`, under its final name.
+    /// The mask between the one that came from before and `backward`, in place of the former.
     [[nodiscard]] bool blend(const Bitmap& backward, std::int64_t index, double t) const {
-        const std::string path = with_counter(mask_, index);
         const std::string file = moved_mask_file(index);
-        LoadedPicture forward = load_picture(file);
-        std::remove(file.c_str());
+        const LoadedPicture forward = load_picture(file);
         const Bitmap result = Bitmap::create(size_.width, size_.height);
         if (forward.status != LoadStatus::done || !result) {
             return is_written(forward.reason.empty() ? "no memory" : forward.reason, file);
         }
-        if (file_exists(path)) {
-            return true;  // the user's own
-        }
         blend_depth_masks(forward.bitmap.picture(), backward.picture(), t, result.picture());
-        const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(path.c_str());
-        return is_written(encode_and_write(result.handle(), format, flags_of(format), path), path);
+        return keep(result, index);
+    }
+
+    /// The masks of a gap under their final names, but for those that the user has put there.
+    [[nodiscard]] bool store(const DepthGap& gap) const {
+        for (std::int64_t index = gap.first + step_; index < gap.last; index += step_) {
+            const std::string file = moved_mask_file(index);
+            const std::string path = with_counter(mask_, index);
+            const LoadedPicture made = load_picture(file);
+            std::remove(file.c_str());
+            if (made.status != LoadStatus::done) {
+                return is_written(made.reason, file);
+            }
+            const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(path.c_str());
+            if (!file_exists(path) &&
+                !is_written(encode_and_write(made.bitmap.handle(), format, flags_of(format), path), path)) {
+                return false;
+            }
+        }
+        return true;
     }
 
     static int flags_of(FREE_IMAGE_FORMAT format) {
@@ -313,7 +333,7 @@ private:
         }
     }
 
-    const DepthGapPlan& plan_;
+    std::int64_t step_;
     const std::string& photo_;
     const std::string& mask_;
     const Voice& voice_;
@@ -360,16 +380,18 @@ void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Pi
 bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
                      const std::vector<std::string>& masks, const Voice& voice) {
     BlockFiller filler(plan, photos.front(), masks.front(), voice);
-    for (std::int64_t block = 0; block < plan.blocks; ++block) {
-        const std::int64_t first = plan.first_mask + block * plan.mask_step;
+    if (!std::all_of(plan.gaps.begin(), plan.gaps.end(), [&](const DepthGap& gap) { return filler.check(gap); })) {
+        return false;
+    }
+    int block = 0;
+    for (const DepthGap& gap : plan.gaps) {
         voice.print(format_text(
-            voice.messages().either("*** Interpolation of depth masks block %3lld, image no. %05lld to %05lld "
+            voice.messages().either("*** Interpolation of depth masks block %3d, image no. %05lld to %05lld "
                                     "(please be patient)!\n",
-                                    "*** Interpolation Tiefenmasken Block %3lld, Bild Nr. %05lld bis %05lld "
+                                    "*** Interpolation Tiefenmasken Block %3d, Bild Nr. %05lld bis %05lld "
                                     "(bitte Geduld)!\n"),
-            static_cast<long long>(block), static_cast<long long>(first),
-            static_cast<long long>(first + (plan.missing + 1) * plan.photo_step)));
-        if (!filler.fill(first)) {
+            block++, static_cast<long long>(gap.first), static_cast<long long>(gap.last)));
+        if (!filler.fill(gap)) {
             return false;
         }
     }

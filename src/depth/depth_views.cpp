@@ -280,6 +280,21 @@ int shift_offset(const DepthSettings& settings) {
                             settings.deviation_target);
 }
 
+int largest_shift_px(const DepthSettings& settings, ConstPicture depth) {
+    std::array<bool, kGreys> occurs{};
+    for (int y = 0; y < depth.height; ++y) {
+        for (int x = 0; x < depth.width; ++x) {
+            occurs[*depth.pixel(x, y)] = true;
+        }
+    }
+    const GreyShift shift = grey_shift(settings, depth.width, DepthView::right);
+    double largest_px = 0.0;
+    for (std::size_t g = 0; g < kGreys; ++g) {
+        largest_px = std::max(largest_px, occurs[g] ? std::fabs(shift.pixels[g]) : 0.0);
+    }
+    return static_cast<int>(std::ceil(largest_px));
+}
+
 bool DepthState::render_view_from_depth(ConstPicture colour, ConstPicture depth, DepthView view) {
     Bitmap& target = view == DepthView::left ? view_a : view_b;
     for (Bitmap* bitmap : {&view_a, &view_b}) {

@@ -24,6 +24,10 @@ using ShiftTable = std::array<double, 256>;
 /// `DepthMaskOffset` in units of the table; 0 without parallax.
 [[nodiscard]] int shift_offset(const DepthSettings& settings);
 
+/// The most columns that a pixel of a view of this mask is moved by, rounded up. So many columns at the sides
+/// of a view may hold nothing.
+[[nodiscard]] int largest_shift_px(const DepthSettings& settings, ConstPicture depth);
+
 enum class DepthView { right = 0, left = 1 };
 
 /// Renders views; one per run. The result does not depend on the number of threads.

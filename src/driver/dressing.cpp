@@ -75,7 +75,7 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     std::string reason;
     for (const std::string* file : {&pair.left_thumb, &pair.right_thumb}) {
         if (pipeline.inputs.holds(*file)) {
-            pipeline.voice.print_and_report("   " + printable(*file) + ": " +
+            pipeline.voice.tell_everywhere("   " + printable(*file) + ": " +
                                             input_of_run_text(pipeline.voice.messages()) + '\n');
             return;
         }
@@ -85,7 +85,7 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
         }
     }
     if (reason = save_thumbs(pipeline.warp, pair.left_thumb, pair.right_thumb); !reason.empty()) {
-        pipeline.voice.print_and_report("   " + printable(reason) + '\n');
+        pipeline.voice.tell_everywhere("   " + printable(reason) + '\n');
         return;
     }
     pair.picture_tag = thumb_tag(pair.left_thumb, pair.right_thumb, p.path_of_images);

@@ -3,24 +3,27 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <ctime>
 #include <utility>
 
 #include "config/text_lines.h"
+#include "input/mpo_sizes.h"
 #include "input/tiff_directory.h"
 #include "platform/child_process.h"
+#include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
 #include "render/cmyk.h"
-#include "render/mpo_file.h"
 #include "render/mpo_profile.h"
 
 namespace zemora {
 
 namespace {
 
-/// Follows each answer of the dialog, with the exit status of the command before it.
+/// Follows each answer of the dialog, on its output with the exit status of the command before it.
 constexpr std::string_view kAnswerMark = "{zemora-status ";
+constexpr std::string_view kErrorsMark = "{zemora-errors";
 constexpr std::string_view kAnswerEnd = " zemora-end}\n";
 
 /// A name that cannot be taken for an option.
@@ -39,6 +42,26 @@ std::string pattern_name(const std::string& path) {
 std::string first_line(const std::vector<std::uint8_t>& output) {
     const auto end = std::find(output.begin(), output.end(), '\n');
     return {output.begin(), end};
+}
+
+/// The line of an error, else the first one of all, without the name of the file behind it.
+std::string sentence_of(const std::string& text, const std::string& path) {
+    const std::size_t error = text.find("Error: ");
+    const std::size_t start = error == std::string::npos ? text.find_first_not_of('\n') : error;
+    if (start == std::string::npos) {
+        return {};
+    }
+    std::string line = text.substr(start, text.find('\n', start) - start);
+    const std::string tail = " - " + path;
+    if (line.size() > tail.size() && line.compare(line.size() - tail.size(), tail.size(), tail) == 0) {
+        line.resize(line.size() - tail.size());
+    }
+    return line;
+}
+
+/// Where exiftool writes the new form of a file.
+std::string left_over_name(const std::string& path) {
+    return path + "_exiftool_tmp";
 }
 
 constexpr const char* kStandardProfile = "sRGB.icc";
@@ -98,7 +121,7 @@ int rot_mir_of_orientation(int orientation) {
 }
 
 ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice)
-    : parameters_(parameters), voice_(voice) {}
+    : parameters_(parameters), voice_(voice), run_start_(std::time(nullptr)) {}
 
 void ExifTool::require() {
     // Started now, it is ready when the first picture is stored.
@@ -128,14 +151,15 @@ bool ExifTool::send(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         request += argument + '\n';
     }
-    request +=
-        "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd) + "-execute\n";
+    request += "-q\n-q\n-echo3\n" + std::string(kAnswerMark) + "${status}" + std::string(kAnswerEnd);
+    request += "-echo4\n" + std::string(kErrorsMark) + std::string(kAnswerEnd) + "-execute\n";
     return dialog_.write(request);
 }
 
 std::optional<ExifTool::Answer> ExifTool::receive() {
     Answer answer;
-    if (!dialog_.read_until(kAnswerEnd, answer.output)) {
+    std::vector<std::uint8_t> errors;
+    if (!dialog_.read_until(kAnswerEnd, answer.output, &errors)) {
         return std::nullopt;
     }
     const auto mark =
@@ -143,14 +167,17 @@ std::optional<ExifTool::Answer> ExifTool::receive() {
     const std::string status(mark, answer.output.end());
     answer.exit_code = std::atoi(status.c_str() + kAnswerMark.size());
     answer.output.erase(mark, answer.output.end());
+    answer.errors.assign(errors.begin(), errors.end());
+    answer.errors.resize(std::min(answer.errors.rfind(kErrorsMark), answer.errors.size()));
     return answer;
 }
 
 ExifTool::Answer ExifTool::run_alone(const std::vector<std::string>& arguments) const {
     std::vector<std::string> call{program_};
     call.insert(call.end(), arguments.begin(), arguments.end());
-    ChildResult result = run_child(call);
-    return {result.exit_code, std::move(result.output)};
+    ChildResult result = run_child_and_keep_errors(call);
+    return {result.exit_code, std::move(result.output),
+            result.error + std::string(result.errors.begin(), result.errors.end())};
 }
 
 ExifTool::Answer ExifTool::run(const std::vector<std::string>& arguments) {
@@ -182,59 +209,92 @@ void ExifTool::finish() {
     }
 }
 
-void ExifTool::tell_failure() const {
-    voice_.say<Msg::main_exiftool_call_failed>();
+ExifTool::Answer ExifTool::read(const std::string& path, const std::vector<std::string>& arguments) {
+    if (!is_available()) {
+        return {};
+    }
+    Answer answer = run(arguments);
+    tell_unreadable(path, answer);
+    return answer;
+}
+
+void ExifTool::tell_unreadable(const std::string& path, const Answer& answer) {
+    // A form that exiftool does not know has no tags, which is no failure.
+    const bool is_known = answer.errors.find("Unknown file type") == std::string::npos;
+    if (answer.exit_code != 0 && is_known && unreadable_.insert(path).second) {
+        tell_failure(path, answer);
+    }
+}
+
+bool ExifTool::settle_transfers() {
+    finish();
+    return !std::exchange(transfer_failed_, false);
+}
+
+void ExifTool::tell_failure(const std::string& path, const Answer& answer) const {
+    const MessageCatalogue& messages = voice_.messages();
+    std::string text = messages.text<Msg::main_exiftool_call_failed>() + "   " + printable(path);
+    if (const std::string sentence = sentence_of(answer.errors, plain_name(path)); !sentence.empty()) {
+        text += ": " + printable(utf8_text(sentence));
+    }
+    voice_.tell_everywhere(text + '\n');
+    if (const std::string left_over = left_over_name(path); file_exists(left_over)) {
+        voice_.tell_everywhere(format_text(
+            messages.either(
+                "   Another run was broken off, or is at work: please remove %s when nothing works on it.\n",
+                "   Ein anderer Lauf wurde abgebrochen oder arbeitet noch: bitte %s loeschen, wenn nichts "
+                "damit "
+                "arbeitet.\n"),
+            printable(left_over).c_str()));
+    }
+}
+
+void ExifTool::remove_left_over(const std::string& path) const {
+    const std::string left_over = left_over_name(path);
+    if (is_file_older_than(left_over, run_start_) && std::remove(left_over.c_str()) == 0) {
+        voice_.tell_everywhere(format_text(
+            voice_.messages().either("   %s was left by a run that was broken off, and is removed.\n",
+                                     "   %s ist von einem abgebrochenen Lauf uebrig und wird geloescht.\n"),
+            printable(left_over).c_str()));
+    }
 }
 
 int ExifTool::read_orientation(const std::string& path) {
-    if (!is_available()) {
-        return 0;
-    }
-    const Answer answer = run({"-b", "-exif:Orientation", "-n", "-q", "-q", "-fast", plain_name(path)});
+    const Answer answer =
+        read(path, {"-b", "-exif:Orientation", "-n", "-q", "-q", "-fast", plain_name(path)});
     const int value = std::atoi(first_line(answer.output).c_str());
     constexpr int kLastOrientation = 8;
     return value >= 1 && value <= kLastOrientation ? value : 0;
 }
 
 std::string ExifTool::read_software(const std::string& path) {
-    if (!is_available()) {
-        return {};
-    }
-    const Answer answer = run({plain_name(path), "-Exif:Software"});
+    const Answer answer = read(path, {plain_name(path), "-Exif:Software"});
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
 std::string ExifTool::read_headline(const std::string& path) {
-    if (!is_available()) {
-        return {};
-    }
     // Many programs write UTF-8 without saying so; what is none comes through as it stands in the file.
     const Answer answer =
-        run({"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
+        read(path, {"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
     return answer.exit_code == 0 ? utf8_text(first_line(answer.output)) : std::string();
 }
 
 std::string ExifTool::read_maker(const std::string& path) {
-    if (!is_available()) {
-        return {};
-    }
-    const Answer answer = run({"-EXIF:Make", "-e", "-s", "-n", plain_name(path), "-q", "-q", "-fast"});
+    const Answer answer = read(path, {"-EXIF:Make", "-e", "-s", "-n", plain_name(path), "-q", "-q", "-fast"});
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
 std::vector<std::uint8_t> ExifTool::read_binary(const std::string& path, const std::string& tag) {
-    if (!is_available()) {
-        return {};
-    }
-    Answer answer = run({"-b", '-' + tag, plain_name(path), "-q", "-q"});
+    Answer answer = read(path, {"-b", '-' + tag, plain_name(path), "-q", "-q"});
     return answer.exit_code == 0 ? std::move(answer.output) : std::vector<std::uint8_t>();
 }
 
 void ExifTool::copy_orientation(const std::string& source, const std::string& target) {
-    const Answer answer = run({"-n", "-tagsfromfile", pattern_name(source), "-exif:orientation", "-overwrite_original",
-                               "-q", "-q", "-fast", plain_name(target)});
+    remove_left_over(target);
+    const Answer answer = run({"-n", "-tagsfromfile", pattern_name(source), "-exif:orientation",
+                               "-overwrite_original", "-q", "-q", "-fast", plain_name(target)});
     if (answer.exit_code != 0) {
-        tell_failure();
+        tell_failure(target, answer);
     }
 }
 
@@ -243,35 +303,39 @@ void ExifTool::add_standard_profile(const std::string& path) {
     if (profile.empty() || !is_available()) {
         return;
     }
-    const Answer answer = run({"-ICC_Profile<=" + pattern_name(profile), "-overwrite_original", "-q", "-q",
-                               plain_name(path)});
+    remove_left_over(path);
+    const Answer answer =
+        run({"-ICC_Profile<=" + pattern_name(profile), "-overwrite_original", "-q", "-q", plain_name(path)});
     if (answer.exit_code != 0) {
-        tell_failure();
+        tell_failure(path, answer);
     }
 }
 
 std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
-    const Answer answer = is_available()
-                              ? run({record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)})
-                              : Answer{};
+    const Answer answer = read(path, {record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)});
     if (answer.exit_code != 0) {
-        tell_failure();
         return std::nullopt;
     }
     return first_line(answer.output);
 }
 
 bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text) {
-    const Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s",
-                                                "-s", "-overwrite_original", "-q", plain_name(path)})
-                                         : Answer{};
+    const auto first = input_class == InputClass::tiff ? std::nullopt : first_picture_of(path);
+    Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
+                                          "-overwrite_original", "-q", plain_name(path)})
+                                   : Answer{};
+    if (answer.exit_code == 0 && first) {
+        answer.errors = settle_first_size(path, first);
+        answer.exit_code = answer.errors.empty() ? 0 : -1;
+    }
     if (answer.exit_code != 0) {
-        tell_failure();
+        tell_failure(path, answer);
     }
     return answer.exit_code == 0;
 }
 
 void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
+    tell_unreadable(source, answer);
     const SourceColours colours = source_colours(answer.output);
     std::string file = find_data_file(colours.is_wide ? kWideProfile : kStandardProfile);
     if (!colours.profile.empty()) {
@@ -364,15 +428,18 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         return;
     }
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
+    remove_left_over(target);
     start(arguments, [this, target, is_multi_picture](const Answer& answer) {
-        std::string reason = is_multi_picture ? settle_first_size(target) : std::string();
+        std::string reason = is_multi_picture ? settle_first_size(target, std::nullopt) : std::string();
         if (is_multi_picture && reason.empty()) {
             reason = share_profile(target);
         }
-        if (answer.exit_code != 0 || !reason.empty()) {
-            tell_failure();
-            voice_.print("   " + printable(target) + '\n');
+        if (answer.exit_code != 0) {
+            tell_failure(target, answer);
+        } else if (!reason.empty()) {
+            tell_failure(target, {answer.exit_code, {}, reason});
         }
+        transfer_failed_ = transfer_failed_ || answer.exit_code != 0 || !reason.empty();
     });
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,8 @@ public:
                         bool is_extra_output);
     /// Waits for what was begun, in its order. A failure is told with the name of the file.
     void finish();
+    /// Waits as well; false when a transfer has failed since the last call.
+    [[nodiscard]] bool settle_transfers();
     /// Waits for what was begun and forgets what was read of the files of a pair.
     void forget_pair();
 
@@ -75,6 +78,7 @@ private:
     struct Answer {
         int exit_code = -1;
         std::vector<std::uint8_t> output;
+        std::string errors;  ///< What exiftool says of a failure.
     };
     /// A request that was sent and waits for its answer.
     struct Pending {
@@ -82,6 +86,8 @@ private:
         std::function<void(const Answer&)> done;
     };
     Answer run(const std::vector<std::string>& arguments);
+    /// Reads something of `path`; a file that cannot be read is told once in a run.
+    Answer read(const std::string& path, const std::vector<std::string>& arguments);
     Answer run_alone(const std::vector<std::string>& arguments) const;
     /// Sends the request, or runs it at once where the dialog cannot take it.
     void start(const std::vector<std::string>& arguments, std::function<void(const Answer&)> done);
@@ -91,10 +97,16 @@ private:
     /// Arguments that give the target the profile that its pixels have: that of `source`, else the one of
     /// the space that Exif names; of printer's colours that of `CMYK_Profile` or none.
     std::vector<std::string> profile_arguments(const std::string& source, const std::string& target);
-    void tell_failure() const;
+    void tell_unreadable(const std::string& path, const Answer& answer);
+    void tell_failure(const std::string& path, const Answer& answer) const;
+    /// Removes what a run that was broken off has left beside a file of this run, where exiftool works on it.
+    void remove_left_over(const std::string& path) const;
 
     const ParameterSet& parameters_;
     const Voice& voice_;
+    long long run_start_;  ///< Calendar seconds.
+    bool transfer_failed_ = false;
+    std::set<std::string> unreadable_;  ///< Files that were told.
     bool looked_for_ = false;
     std::string program_;
     ChildDialog dialog_;

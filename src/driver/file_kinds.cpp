@@ -39,13 +39,13 @@ std::string checked_suffix(const std::string& name, const Voice& voice) {
     const std::string suffix = suffix_of(name);
     std::string text = "Zemora: ";
     if (suffix.empty()) {
-        text += voice.messages().text<Msg::main_filename_needs_ending_german>();
+        text += voice.messages().text<Msg::main_image_name_needs_ending>();
     } else if (suffix.size() != 4 && suffix.size() != 5) {
-        text += voice.messages().text<Msg::main_no_valid_ending_german>();
+        text += voice.messages().text<Msg::main_image_without_valid_ending>();
     } else {
         return usual_suffix(name);
     }
-    voice.print_and_report(text + printable(name) + '\n');
+    voice.tell_everywhere(text + printable(name) + '\n');
     return {};
 }
 
@@ -69,7 +69,7 @@ std::string output_suffix(const ParameterSet& parameters, const std::string& inp
     const bool any_output = parameters.left_right_output != 0 || parameters.stereo_output != 0 ||
                             parameters.anaglyph_output != 0 || parameters.extra_output != 0;
     if (voice.verbose() > 0 && parameters.video_mode == 0 && any_output) {
-        voice.print_and_report(voice.messages().text<Msg::main_output_type_replaced_by_bmp>(input_suffix));
+        voice.tell_everywhere(voice.messages().text<Msg::main_output_type_replaced_by_bmp>(input_suffix));
     }
     voice.wait(WaitAbove::warning);
     return ".bmp";

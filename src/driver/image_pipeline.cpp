@@ -2,6 +2,7 @@
 
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "driver/product_names.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "report/analysis_rows.h"
@@ -55,6 +56,7 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
 struct BeforeViewer {
     std::chrono::steady_clock::duration measuring{};  ///< The time that the pair took so far.
     int force_size = kForceNothing;
+    StatusCode status = StatusCode::success;  ///< Of the geometry; a size that is missed lowers it.
 };
 
 /// Puts back what the stores of the first time have changed.
@@ -62,6 +64,7 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& befor
     pipeline.voice.say<Msg::main_same_image_repeated>();
     pipeline.voice.wait(WaitAbove::warning);
     pair.failure_told = pair.store_failed = false;
+    pair.status = before.status;
     WarpState& warp = pipeline.warp;
     warp.frame = pipeline.initial_frame;
     warp.work_height = pipeline.parameters.work_height;
@@ -83,7 +86,8 @@ ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair, const BeforeViewe
 /// From the corrections to the stored pictures, again as long as the post viewer asks for it. True when the
 /// views are to change places.
 bool mount_pair(Pipeline& pipeline, PairRun& pair) {
-    const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pipeline.warp.force_size};
+    const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pipeline.warp.force_size,
+                              pair.status};
     do {
         const ViewerDecision decision = show_to_user(pipeline, pair, before);
         if (decision == ViewerDecision::swap) {
@@ -102,7 +106,7 @@ bool mount_pair(Pipeline& pipeline, PairRun& pair) {
 /// The views in the other order than the user saw them; whether that is not the order of the list.
 bool exchange_views(Pipeline& pipeline, const PairRun& pair) {
     const bool exchanged = !has_exchanged_views(pipeline, pair);
-    if (exchanged != pair.exchanged && pipeline.list.two_files) {
+    if (exchanged != pair.exchanged && exchanges_files(pipeline)) {
         pipeline.list.exchange_views(pair.index);
     }
     return exchanged;
@@ -120,8 +124,8 @@ void tell_course(const Pipeline& pipeline, int index, std::chrono::steady_clock:
     if (index > 0) {
         const double seconds = std::chrono::duration<double>(spent).count();
         const int left = round_half_up(seconds / index * (count - index));
-        behind = format_text(pipeline.voice.messages().either("%d:%02d:%02d left", "noch %d:%02d:%02d"), left / kHour,
-                             left / kMinute % kMinute, left % kMinute);
+        behind = format_text(pipeline.voice.messages().either("%d:%02d:%02d left", "noch %d:%02d:%02d"),
+                             left / kHour, left / kMinute % kMinute, left % kMinute);
     }
     pipeline.voice.console().set_course(format_text("%d/%d  ", index + 1, count), behind);
 }
@@ -148,6 +152,7 @@ void run_pair(Pipeline& pipeline, int index) {
         pair.counted = counted;
         goes_on = run_stages(pipeline, pair);
         counted = pair.counted;
+        pipeline.mounted += !goes_on && is_written(pair.status) && !pair.store_failed ? 1 : 0;
         exchanged = goes_on && exchange_views(pipeline, pair);
     }
 }
@@ -156,6 +161,7 @@ void run_pair(Pipeline& pipeline, int index) {
 
 void run_image_pipeline(Pipeline& pipeline) {
     constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
+    give_away_mounted_names(pipeline.parameters, pipeline.voice, pipeline.list, pipeline.given_names);
     const auto start = std::chrono::steady_clock::now();
     for (int index = 0; index < pipeline.list.count(); ++index) {
         tell_course(pipeline, index, std::chrono::steady_clock::now() - start);

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "input/file_selection.h"
+#include "platform/directory_walk.h"
 #include "platform/paths.h"
 #include "platform/process_end.h"
 
@@ -78,6 +80,60 @@ void take_image_folder(const std::string& picture, char view, ParameterSet& para
     parameters.path_of_images = folder;
 }
 
+/// What a line tells of a layout that nobody was asked about.
+const char* layout_text(LayoutSign sign, const MessageCatalogue& messages) {
+    switch (sign) {
+        case LayoutSign::marked_pairs:
+            return messages.either(
+                "The names end in _l and _r: left and right views are mounted as pairs.\n",
+                "Die Namen enden auf _l und _r: linke und rechte Ansichten werden paarweise "
+                "montiert.\n");
+        case LayoutSign::view_folders:
+            return messages.either("The folders l and r hold the left and the right views.\n",
+                                   "Die Ordner l und r enthalten die linken und die rechten Ansichten.\n");
+        case LayoutSign::stereo_names:
+            return messages.either("The names end in _s: each file holds both views.\n",
+                                   "Die Namen enden auf _s: jede Datei enthaelt beide Ansichten.\n");
+        case LayoutSign::multi_pictures:
+            return messages.either("All files are multi-picture files: each holds both views.\n",
+                                   "Alle Dateien sind Mehrbilddateien: jede enthaelt beide Ansichten.\n");
+        case LayoutSign::wide_pictures:
+            return messages.either(
+                "The first picture is at least twice as wide as high: each file is taken for both "
+                "views side by side.\n",
+                "Das erste Bild ist mindestens doppelt so breit wie hoch: jede Datei gilt als "
+                "beide Ansichten nebeneinander.\n");
+        case LayoutSign::single_views: break;
+    }
+    return messages.either("The files are taken for left and right views in turn (L-R-L-R).\n",
+                           "Die Dateien gelten abwechselnd als linke und rechte Ansichten (L-R-L-R).\n");
+}
+
+/// The answer to form 7's question: 1 stereo files, 2 left and right files.
+int ask_for_layout(const Voice& voice) {
+    for (;;) {
+        voice.say<Msg::main_whole_directory_will_be_processed>();
+        voice.say<Msg::main_question_stereo_images_answer_1>();
+        voice.say<Msg::main_question_mono_images_answer_2>();
+        voice.console().flush();
+        const auto line = voice.console().read_line();
+        if (!line) {
+            voice.print("\n");
+            end_process(kExitFailure);
+        }
+        const std::size_t start = std::min(line->find_first_not_of(" \t"), line->size());
+        int answer = 0;
+        std::from_chars(line->data() + start, line->data() + line->size(), answer);
+        if (answer == 1 || answer == 2) {
+            return answer;
+        }
+    }
+}
+
+std::string absolute_name(const std::string& argument) {
+    return join_path(working_directory(), argument);
+}
+
 }  // namespace
 
 std::optional<Invocation> classify_call(const std::vector<std::string>& positional) {
@@ -135,48 +191,44 @@ void announce_call(const Invocation& invocation, const Voice& voice) {
     voice.say<Msg::main_uses_exiftool>();
 }
 
-int ask_for_layout(const Voice& voice) {
-    for (;;) {
-        voice.say<Msg::main_whole_directory_will_be_processed>();
-        voice.say<Msg::main_question_stereo_images_answer_1>();
-        voice.say<Msg::main_question_mono_images_answer_2>();
-        voice.console().flush();
-        const auto line = voice.console().read_line();
-        if (!line) {
-            voice.print("\n");
-            end_process(kExitFailure);
-        }
-        const std::size_t start = std::min(line->find_first_not_of(" \t"), line->size());
-        int answer = 0;
-        std::from_chars(line->data() + start, line->data() + line->size(), answer);
-        if (answer == 1 || answer == 2) {
-            return answer;
-        }
+FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, const Voice& voice) {
+    const FolderLayout found = find_folder_layout(parameters, absolute_name(invocation.arguments[0]));
+    if (!found.is_certain() && voice.console().can_ask()) {
+        constexpr int kConsecutive = 4;  // of `InputMode`
+        return {found.sign, ask_for_layout(voice), kConsecutive};
     }
+    voice.print(layout_text(found.sign, voice.messages()));
+    return found;
 }
 
-void force_values(const Invocation& invocation, ParameterSet& parameters, int layout) {
+void force_values(const Invocation& invocation, ParameterSet& parameters, const FolderLayout& layout) {
+    constexpr int kByNames = 1;  // of `InputMode`
+    constexpr int kByNamesInTree = 2;
     const auto& arguments = invocation.arguments;
+    const int told = parameters.stereo_image_input;  // a photo with a depth mask is not seen at its name
     switch (invocation.form) {
         case InvocationForm::stereo_file:
         case InvocationForm::stereo_file_and_parameters:
             parameters.input_mode = 0;
-            parameters.stereo_image_input = 1;
+            parameters.stereo_image_input = holds_depth_mask(told) && !takes_two_files(told) ? told : 1;
             parameters.stereo_file_name = named_file(arguments[0]);
             take_image_folder(parameters.stereo_file_name, 's', parameters);
             break;
         case InvocationForm::pair:
         case InvocationForm::pair_and_parameters:
             parameters.input_mode = 0;
-            parameters.stereo_image_input = 2;
+            parameters.stereo_image_input = holds_depth_mask(told) && takes_two_files(told) ? told : 2;
             parameters.left_file_name = named_file(arguments[0]);
             parameters.right_file_name = named_file(arguments[1]);
             take_image_folder(parameters.left_file_name, 'l', parameters);
             break;
         case InvocationForm::folder:
-            parameters.stereo_image_input = layout;
-            parameters.input_mode = 4;
-            if (layout == 1) {
+            parameters.stereo_image_input = layout.stereo_image_input;
+            parameters.input_mode = layout.input_mode;
+            if (layout.input_mode == kByNames && parameters.include_subdirs != 0) {
+                parameters.input_mode = kByNamesInTree;
+            }
+            if (layout.stereo_image_input == 1) {
                 parameters.stereo_output = 0;
                 parameters.extra_output = 5;
             }
@@ -191,7 +243,38 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, int la
     }
 }
 
-void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call) {
+const std::string* find_word_with_drive(const Invocation& invocation) {
+    const auto word = std::find_if(invocation.arguments.begin(), invocation.arguments.end(), has_drive);
+    return word == invocation.arguments.end() ? nullptr : &*word;
+}
+
+const std::string* find_missing_parameter_file(const Invocation& invocation) {
+    const bool is_missing =
+        invocation.parameter_file_named && !identity_of(absolute_name(invocation.parameter_file));
+    return is_missing ? &invocation.parameter_file : nullptr;
+}
+
+const std::string* find_missing_picture(const Invocation& invocation, const ParameterSet& parameters) {
+    std::size_t pictures = 0;
+    switch (invocation.form) {
+        case InvocationForm::stereo_file:
+        case InvocationForm::stereo_file_and_parameters: pictures = 1; break;
+        case InvocationForm::pair:
+        case InvocationForm::pair_and_parameters: pictures = 2; break;
+        default: break;
+    }
+    NameFinder finder;
+    for (std::size_t i = 0; i < pictures; ++i) {
+        const std::string& word = invocation.arguments[i];
+        if (finder.find(join_path(parameters.path_of_images, named_file(word))).match == NameMatch::none) {
+            return &word;
+        }
+    }
+    return nullptr;
+}
+
+void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call, const std::string& reason,
+                    bool waits) {
     voice.print("\n");
     for (const Msg line :
          {Msg::main_usage_heading, Msg::main_usage_rule, Msg::main_usage_form_1, Msg::main_usage_form_2,
@@ -209,7 +292,10 @@ void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_ca
             voice.messages().either("Two folders must stand side by side and be called l and r.\n",
                                     "Zwei Ordner muessen nebeneinander liegen und l und r heissen.\n"));
     }
-    voice.console().wait_for_enter();
+    voice.print(reason);
+    if (waits) {
+        voice.console().wait_for_enter();
+    }
     end_process(kExitFailure);
 }
 

@@ -8,6 +8,7 @@
 #include "config/parameter_set.h"
 #include "config/voice.h"
 #include "driver/run_context.h"
+#include "input/folder_layout.h"
 
 namespace zemora {
 
@@ -24,15 +25,27 @@ struct Invocation {
 /// "Start Zemora with ..." for the form.
 void announce_call(const Invocation& invocation, const Voice& voice);
 
-/// The answer to form 7's question: 1 stereo files, 2 left and right files. Ends the run with code 1
-/// at the end of input.
-[[nodiscard]] int ask_for_layout(const Voice& voice);
+/// How the pictures of form 7's folder are arranged: by its files, which a line tells. Where they do not
+/// decide, the question is asked on a terminal; the run ends with code 1 at the end of input.
+[[nodiscard]] FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters,
+                                         const Voice& voice);
 
 /// The values that the form forces over file and options. Names of the command line are relative to
-/// the working directory. `layout` is the answer of form 7.
-void force_values(const Invocation& invocation, ParameterSet& parameters, int layout);
+/// the working directory. `layout` is that of form 7.
+void force_values(const Invocation& invocation, ParameterSet& parameters, const FolderLayout& layout = {});
 
-/// The usage block with the call as it was, and the end of the run with code 1.
-[[noreturn]] void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call);
+/// The first word of the call that cannot be meant, because it names a drive of another system.
+[[nodiscard]] const std::string* find_word_with_drive(const Invocation& invocation);
+
+/// The first word of the call that names nothing that exists: the parameter file.
+[[nodiscard]] const std::string* find_missing_parameter_file(const Invocation& invocation);
+
+/// Likewise the pictures, which may also stand in the image folder (absolute) and differ in case.
+[[nodiscard]] const std::string* find_missing_picture(const Invocation& invocation,
+                                                      const ParameterSet& parameters);
+
+/// The usage block with the call as it was, `reason` behind it, and the end of the run with code 1.
+[[noreturn]] void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call,
+                                 const std::string& reason, bool waits);
 
 }  // namespace zemora

@@ -152,6 +152,18 @@ bool ends_with(std::string_view text, std::string_view end) {
     return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
+std::size_t hash_of(const OutputName& name) {
+    return std::hash<std::string>()(name.path());
+}
+
+/// The same for all names that differ in what the deviation makes of them.
+std::size_t hash_without_stamp(const OutputName& name) {
+    OutputName plain = name;
+    plain.stamp.clear();
+    plain.over_limit = false;
+    return hash_of(plain);
+}
+
 }  // namespace
 
 std::string OutputName::bare() const {
@@ -269,12 +281,25 @@ std::string stamp_text(long long calendar_seconds) {
 
 bool GivenNames::claim(OutputName& name) {
     const std::string stamp = name.stamp;
-    bool changed = false;
-    for (int number = 2; !given_.insert(std::hash<std::string>()(name.path())).second; ++number) {
+    const auto earlier = earlier_.empty() ? earlier_.end() : earlier_.find(hash_without_stamp(name));
+    const int closed_up_to = earlier == earlier_.end() ? 0 : earlier->second.closed_up_to;
+    int number = 1;
+    while (number <= closed_up_to || !given_.insert(hash_of(name)).second) {
+        ++number;
         name.stamp = stamp + format_text("-%d", number);
-        changed = true;
     }
-    return changed;
+    return number > 1;
+}
+
+void GivenNames::close(const OutputName& name, bool has_stamp) {
+    Earlier& earlier = earlier_[hash_without_stamp(name)];
+    ++earlier.count;
+    if (has_stamp) {
+        OutputName given = name;
+        (void)claim(given);
+    } else {
+        earlier.closed_up_to = earlier.count;
+    }
 }
 
 }  // namespace zemora

@@ -2,6 +2,7 @@
 /// Names of everything that a run writes beside its images.
 
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "config/parameter_set.h"
@@ -71,10 +72,19 @@ class GivenNames {
 public:
     /// Changes `name` until it is new; true when it had to.
     bool claim(OutputName& name);
+    /// Gives a name away that an earlier run has written. Without `has_stamp` its stamp of the deviation is
+    /// unknown, so nothing gets this name with any stamp.
+    void close(const OutputName& name, bool has_stamp);
 
 private:
+    /// Files of an earlier run that differ in their stamps alone.
+    struct Earlier {
+        int count = 0;
+        int closed_up_to = 0;  ///< Numbers that may stand behind a stamp nobody knows.
+    };
     /// By hash, so that a long run stays small; a chance collision costs a needless "-2".
     std::unordered_set<std::size_t> given_;
+    std::unordered_map<std::size_t, Earlier> earlier_;
 };
 
 }  // namespace zemora

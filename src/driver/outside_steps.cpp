@@ -4,6 +4,7 @@
 #include <ctime>
 #include <span>
 
+#include "driver/measuring.h"
 #include "driver/viewers.h"
 #include "input/list_file.h"
 #include "input/moved_files.h"
@@ -14,6 +15,10 @@
 namespace zemora {
 
 namespace {
+
+// Values of `EstimateWindow`.
+constexpr int kWindowAtFarPoint = 4;
+constexpr int kWindowWithinLimit = 5;
 
 /// Writes one of the small files that a front end watches; a front end that is gone is no failure.
 void write_progress_file(const std::string& name, const std::string& text) {
@@ -32,14 +37,38 @@ int is_last(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 /// With the side that each file has by its name, also after an exchange by the user.
-template <class Visit>
-void for_each_file(const Pipeline& pipeline, const PairRun& pair, const Visit& visit) {
-    if (pipeline.list.two_files) {
-        visit(pair.files.left, pair.exchanged ? FileSide::right : FileSide::left);
-        visit(pair.files.right, pair.exchanged ? FileSide::left : FileSide::right);
-    } else {
-        visit(pair.files.stereo, FileSide::stereo);
+std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair) {
+    if (!pipeline.list.two_files) {
+        return {{pair.files.stereo, FileSide::stereo}};
     }
+    const bool exchanged = pair.exchanged && exchanges_files(pipeline);
+    return {{pair.files.left, exchanged ? FileSide::right : FileSide::left},
+            {pair.files.right, exchanged ? FileSide::left : FileSide::right}};
+}
+
+/// The record of the pair for a run that mounts its views in the other order. Near and far point change
+/// places, and the window with them.
+StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, const PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const double shift_px = pair.window.pure_shift_px + pair.window.window_shift_px;
+    // Against the shift, as the window is chosen: from the iteration where there was one.
+    const double near_px = pair.analysed ? -pair.disparities.far_px : shift_px - pair.original_far_px;
+    const double far_px = pair.analysed ? -pair.disparities.near_px : shift_px - pair.original_near_px;
+    double window_px = near_px;  // also for the edges, whose far points nobody measured
+    if (p.estimate_window == kWindowAtFarPoint) {
+        window_px = far_px;
+    } else if (p.estimate_window == kWindowWithinLimit) {
+        const double limit_px = pixels_from_reference(p.far_point_limit, p.win_off_reference,
+                                                      pair.working_height, pair.working_width);
+        window_px = std::max(near_px, far_px - limit_px / pair.scale);
+    }
+    const WindowPlacement window =
+        place_window(p, -shift_px, window_px, pair.scale, pair.working_height, pair.working_width);
+    StoredCorrectionRecord record = with_views_exchanged(record_of(pipeline, pair));
+    record[kRecordPureShift] = window.pure_shift_px;
+    record[kRecordWindowShift] = window.window_shift_px;
+    record[kRecordNearPoint] = -pair.original_far_px;
+    return record;
 }
 
 /// The record as it stands in an input file; nothing, with the reason told, when it does not count.
@@ -57,6 +86,24 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
     return record;
 }
 
+/// The corrections of the record that was read.
+void tell_stored_record(const Pipeline& pipeline, const PairRun& pair) {
+    const Voice& voice = pipeline.voice;
+    if (voice.verbose() == 0) {
+        return;
+    }
+    const MessageCatalogue& messages = voice.messages();
+    const StoredCorrectionRecord& r = pair.stored;
+    const PairCorrection correction{r[kRecordHeight],
+                                    0.0,
+                                    r[kRecordSize] / 100.0,
+                                    r[kRecordRotation] * kRadiansPerDegree,
+                                    r[kRecordVergenceV] * kRadiansPerDegree,
+                                    r[kRecordVergenceH] * kRadiansPerDegree};
+    voice.say<Msg::main_stored_values_read>();
+    voice.print(correction_line(messages, messages.raw(Msg::main_label_height), correction, false));
+}
+
 }  // namespace
 
 long long current_seconds() {
@@ -67,16 +114,12 @@ void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;
     if (p.input_mode == kViewFolders && p.rename_refused != 0) {
-        for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-            rename_refused_file(p, pipeline.voice, file, side);
-        });
+        rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
     }
 }
 
 void move_quit_pair(const Pipeline& pipeline, const PairRun& pair) {
-    for_each_file(pipeline, pair, [&](const std::string& file, FileSide side) {
-        move_quit_file(pipeline.parameters, pipeline.voice, file, side);
-    });
+    move_quit_files(pipeline.voice, sided_files(pipeline, pair));
 }
 
 void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
@@ -87,12 +130,13 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         return;
     }
     const StoredCorrectionRecord record = record_of(pipeline, pair);
+    const StoredCorrectionRecord reversed = record_with_views_exchanged(pipeline, pair);
     const bool has_values = pair.mode == 1 || uses_record(pair.mode);
     ListResult result;
     if (pair.status == StatusCode::abandoned) {
         result.status = "QU";
     } else if (has_values && pair.status == StatusCode::success && !has_exchanged_views(pipeline, pair)) {
-        result = {"OK", &record};
+        result = {"OK", &record, &reversed};
     } else if (has_values && is_written(pair.status) &&
                !(pair.exchanged && pipeline.list.stored(pair.index) != nullptr)) {
         result.status = "IM";
@@ -129,6 +173,12 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     }
     pair.stored = *left;
     pair.has_stored = true;
+    tell_stored_record(pipeline, pair);
+    if (drop_foreign_selection(pair.stored, pipeline.parameters)) {
+        pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
+                                 : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
+        pipeline.voice.wait(WaitAbove::error);
+    }
     return true;
 }
 
@@ -138,7 +188,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
         return;
     }
     if (has_exchanged_views(pipeline, pair)) {
-        pipeline.voice.print_and_report(pipeline.voice.messages().either(
+        pipeline.voice.tell_everywhere(pipeline.voice.messages().either(
             "   The views were exchanged by hand: no values are stored for a later run.\n",
             "   Die Ansichten wurden von Hand vertauscht: fuer spaetere Laeufe wird nichts gespeichert.\n"));
         return;

@@ -10,6 +10,7 @@
 #include "driver/exiftool.h"
 #include "driver/output_names.h"
 #include "driver/pair_correction.h"
+#include "driver/post_run.h"
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
 #include "input/stored_record.h"
@@ -46,10 +47,10 @@ struct Pipeline {
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
+    int mounted = 0;  ///< Objects whose products are all stored.
     FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
     int initial_frame_left_right;
-    std::string last_anaglyph_name;
-    std::string last_stereo_name;
+    BatchNames last_stored;
 };
 
 /// Where the geometry of a pair comes from.

@@ -2,8 +2,8 @@
 
 #include <chrono>
 #include <sstream>
+#include <string_view>
 #include <thread>
-#include <utility>
 
 #include "platform/child_process.h"
 #include "platform/paths.h"
@@ -41,21 +41,33 @@ std::string reference_behind(const std::string& before, const std::string& varia
     return quote == '"' ? value : (quote == '\'' ? "'\"" + value + "\"'" : '"' + value + '"');
 }
 
-std::string with_last_replaced(const std::string& line, const std::string& mark,
-                               const std::string& variable) {
-    const std::size_t place = line.rfind(mark);
-    const std::string before = line.substr(0, place);
-    return before + reference_behind(before, variable) + line.substr(place + mark.size());
-}
-
 /// The marks of a batch text and the variables that hold their names.
 struct Mark {
-    const char* mark;
+    std::string_view mark;
     const char* variable;
 };
 constexpr const char* kAnaglyphVariable = "ZEMORA_CA";
 constexpr const char* kStereoVariable = "ZEMORA_CS";
-constexpr Mark kMarks[] = {{"#CA#", kAnaglyphVariable}, {"#CS#", kStereoVariable}, {"#CM#", kStereoVariable}};
+constexpr const char* kExtraVariable = "ZEMORA_CM";
+constexpr Mark kMarks[] = {{"#CA#", kAnaglyphVariable}, {"#CS#", kStereoVariable}, {"#CM#", kExtraVariable}};
+
+/// Every mark counts: to the shell one that stayed would be the begin of a remark.
+std::string with_marks_replaced(std::string_view line) {
+    std::string written;
+    while (!line.empty()) {
+        const Mark* found = nullptr;
+        for (const Mark& mark : kMarks) {
+            found = line.starts_with(mark.mark) ? &mark : found;
+        }
+        if (found != nullptr) {
+            written += reference_behind(written, found->variable);
+        } else {
+            written += line.front();
+        }
+        line.remove_prefix(found != nullptr ? found->mark.size() : 1);
+    }
+    return written;
+}
 
 bool is_remark(const std::string& line) {
     return lower_case(line.substr(0, 3)) == "rem";
@@ -63,24 +75,19 @@ bool is_remark(const std::string& line) {
 
 }  // namespace
 
-std::string batch_script(const std::string& text, const std::string& anaglyph_name,
-                         const std::string& stereo_name) {
+std::string batch_script(const std::string& text, const BatchNames& names) {
+    const std::string& stereo = names.stereo.empty() ? names.extra : names.stereo;
+    const std::string& extra = names.extra.empty() ? names.stereo : names.extra;
     std::string script = "rm -f -- \"$0\"\n";
-    script += std::string(kAnaglyphVariable) + '=' + shell_word(anaglyph_name) + '\n';
-    script += std::string(kStereoVariable) + '=' + shell_word(stereo_name) + '\n';
+    script += std::string(kAnaglyphVariable) + '=' + shell_word(names.anaglyph) + '\n';
+    script += std::string(kStereoVariable) + '=' + shell_word(stereo) + '\n';
+    script += std::string(kExtraVariable) + '=' + shell_word(extra) + '\n';
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line) && !line.empty();) {
         if (line.back() == '\r') {
             line.pop_back();
         }
-        std::string written = line;
-        // Each replacement starts from the line as read; the last one that applies counts.
-        for (const auto& [mark, variable] : kMarks) {
-            if (line.find(mark) != std::string::npos) {
-                written = with_last_replaced(line, mark, variable);
-            }
-        }
-        script += (is_remark(line) ? "# " : "") + written + '\n';
+        script += (is_remark(line) ? "# " : "") + with_marks_replaced(line) + '\n';
     }
     return script;
 }

@@ -7,11 +7,18 @@
 
 namespace zemora {
 
-/// The shell script of a batch text: its lines up to the first empty one, remarks as comments, and the
-/// last anaglyph and stereo names, as values that the shell never reads as commands, in place of "#CA#",
-/// "#CS#" and "#CM#".
-[[nodiscard]] std::string batch_script(const std::string& text, const std::string& anaglyph_name,
-                                       const std::string& stereo_name);
+/// The files that a run has stored last; empty where it stored none.
+struct BatchNames {
+    std::string anaglyph;
+    std::string stereo;
+    std::string extra;
+};
+
+/// The shell script of a batch text: its lines up to the first empty one, remarks as comments, and the names,
+/// as values that the shell never reads as commands, in place of "#CA#" (anaglyph), "#CS#" (stereo, else
+/// extra) and
+/// "#CM#" (extra, else stereo).
+[[nodiscard]] std::string batch_script(const std::string& text, const BatchNames& names);
 
 /// Starts the script and does not wait for its end.
 void start_batch(const std::string& script, const Voice& voice);

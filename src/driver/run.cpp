@@ -49,6 +49,7 @@ struct Run {
     RunContext context;
     ExifTool exiftool{parameters, voice};
     ImageList list;
+    bool all_mounted = true;
 
     [[noreturn]] static void end(int exit_code) { end_process(exit_code); }
     void wait(WaitAbove level) const { voice.wait(level); }
@@ -73,21 +74,49 @@ void answer_simple_calls(Run& run, const CommandLine& line) {
     }
 }
 
-/// A value of another system's drive can only be a mistake here.
-void refuse_drives(Run& run) {
-    const ParameterRow* row = find_path_with_drive(run.parameters);
-    if (row == nullptr) {
-        return;
-    }
+/// A path on another system's drive can only be a mistake here.
+[[noreturn]] void refuse_drive(Run& run, const std::string& what, bool waits) {
     run.console.print(
-        format_text(run.messages.either(
-                        "%.*s = %s: a drive letter has no meaning here. Please give a path of this system.\n",
-                        "%.*s = %s: ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
-                        "Systems angeben.\n"),
-                    static_cast<int>(row->key.size()), row->key.data(),
-                    printable(value_text(*row, run.parameters)).c_str()));
-    run.wait(WaitAbove::error);
+        printable(what) +
+        run.messages.either(": a drive letter has no meaning here. Please give a path of this system.\n",
+                            ": ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
+                            "Systems angeben.\n"));
+    if (waits) {
+        run.console.wait_for_enter();
+    }
     run.end(kExitFailure);
+}
+
+void refuse_drives(Run& run) {
+    if (const ParameterRow* row = find_path_with_drive(run.parameters)) {
+        refuse_drive(run, std::string(row->key) + " = " + value_text(*row, run.parameters),
+                     run.parameters.stop_at_error > 0);
+    }
+}
+
+/// The whole command line, for the usage.
+struct WholeCall {
+    std::vector<std::string> words;
+    bool waits;  ///< What of the settings is known at the time says so.
+};
+
+WholeCall whole_call(const Run& run, const std::string& program, const std::vector<std::string>& arguments,
+                     const CommandLine& line) {
+    WholeCall call{{program}, early_settings(line).stop_at_error.value_or(run.parameters.stop_at_error) > 0};
+    call.words.insert(call.words.end(), arguments.begin(), arguments.end());
+    return call;
+}
+
+void refuse_missing(Run& run, const WholeCall& call, const std::string* word) {
+    if (word != nullptr) {
+        end_with_usage(
+            run.voice, call.words,
+            format_text(run.messages.either("%s: there is no such file or directory.\n",
+                                            "%s: eine solche Datei oder ein solches Verzeichnis gibt es "
+                                            "nicht.\n"),
+                        printable(*word).c_str()),
+            call.waits);
+    }
 }
 
 /// Whether a parameter file that the user did not name may bring commands: it and its folder belong
@@ -124,7 +153,10 @@ void read_settings(Run& run, const Invocation& invocation, const CommandLine& li
     apply_options(line, run.parameters, run.voice);
     drop_untrusted_commands(run, invocation, before_options);
     use_slashes_in_paths(run.parameters);
-    const int layout = invocation.form == InvocationForm::folder ? ask_for_layout(run.voice) : 0;
+    FolderLayout layout{};
+    if (invocation.form == InvocationForm::folder) {
+        layout = choose_layout(invocation, run.parameters, run.voice);
+    }
     if (invocation.form == InvocationForm::two_folders) {
         run.voice.say<Msg::main_two_directories_will_be_processed>();
     }
@@ -185,9 +217,9 @@ void make_calibration_image(Run& run) {
     if (p.graphical_interface < kCalibrationImage) {
         return;
     }
-    (void)write_anaglyph_test_image(std::max(p.output_width, kLeastWidth), p.path_of_images,
-                                    p.graphical_interface - kCalibrationImage, run.voice,
-                                    [&](const std::string& file) { run.exiftool.add_standard_profile(file); });
+    (void)write_anaglyph_test_image(
+        std::max(p.output_width, kLeastWidth), p.path_of_images, p.graphical_interface - kCalibrationImage,
+        run.voice, [&](const std::string& file) { run.exiftool.add_standard_profile(file); });
     run.console.wait_for_enter();
     run.end(kExitFailure);
 }
@@ -254,9 +286,10 @@ std::string empty_list_hint(const Run& run) {
 
 void collect_input(Run& run) {
     const ParameterSet& p = run.parameters;
-    run.list = build_image_list(p, run.voice, [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
-        return fill_depth_gaps(plan, photos, masks, run.voice);
-    });
+    run.list = build_image_list(p, run.voice,
+                                [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
+                                    return fill_depth_gaps(plan, photos, masks, run.voice);
+                                });
     if (p.write_data_base == 1 && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(WaitAbove::error);
@@ -292,7 +325,8 @@ void tell_end(Run& run, int processed) {
                               format_text("%d/%d\n", processed, run.list.count());
     const std::string banner = messages.text<Msg::main_report_end_banner>();
     run.voice.print_and_report(rule + count + rule + '\n' + rule + banner + rule);
-    run.voice.report_html("<hr>\n" + html_paragraph(without_rule(count)) + html_paragraph(without_rule(banner)));
+    run.voice.report_html("<hr>\n" + html_paragraph(without_rule(count)) +
+                          html_paragraph(without_rule(banner)));
     const std::string broken = run.report.close();
     run.voice.set_report(nullptr);
     if (!broken.empty()) {
@@ -303,6 +337,16 @@ void tell_end(Run& run, int processed) {
     }
 }
 
+/// Nobody shall wait for a video that does not come.
+void tell_missing_shows(Run& run) {
+    if (run.parameters.make_av != 0) {
+        run.voice.tell_everywhere(run.messages.either(
+            "MakeAV: this version makes no video show of the images; they are stored as pictures.\n",
+            "MakeAV: diese Version macht keine Bilderschau als Video; die Bilder werden einzeln "
+            "gespeichert.\n"));
+    }
+}
+
 void mount_all(Run& run) {
     provide_colour_file(run.parameters, run.context, run.voice);
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
@@ -310,8 +354,9 @@ void mount_all(Run& run) {
         return read_phone_depth(run.exiftool, photo, run.voice);
     };
     run_image_pipeline(pipeline);
+    run.all_mounted = pipeline.mounted == run.list.count();
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
-        start_batch(batch_script(batch, pipeline.last_anaglyph_name, pipeline.last_stereo_name), run.voice);
+        start_batch(batch_script(batch, pipeline.last_stored), run.voice);
     }
     tell_end(run, pipeline.processed);
     run.wait(WaitAbove::information);
@@ -328,14 +373,18 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     }
     answer_simple_calls(run, line);
     const auto invocation = classify_call(line.positional);
+    const WholeCall call = whole_call(run, program, arguments, line);
     if (!invocation) {
-        std::vector<std::string> call{program};
-        call.insert(call.end(), arguments.begin(), arguments.end());
-        end_with_usage(run.voice, call);
+        end_with_usage(run.voice, call.words, "", call.waits);
     }
+    if (const std::string* word = find_word_with_drive(*invocation)) {
+        refuse_drive(run, *word, call.waits);
+    }
+    refuse_missing(run, call, find_missing_parameter_file(*invocation));
     announce_call(*invocation, run.voice);
     read_settings(run, *invocation, line);
     find_directories(run, *invocation);
+    refuse_missing(run, call, find_missing_picture(*invocation, run.parameters));
     look_for_exiftool(run);
     make_calibration_image(run);
     settle_parameters(run);
@@ -347,8 +396,9 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     }
     collect_input(run);
     refuse_video(run);
+    tell_missing_shows(run);
     mount_all(run);
-    return kExitDone;
+    return run.parameters.exit_status != 0 && !run.all_mounted ? kExitNotAllMounted : kExitDone;
 }
 
 }  // namespace zemora

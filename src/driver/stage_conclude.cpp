@@ -23,7 +23,9 @@ CorrectionValues values_of(const PairCorrection& c) {
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
     const PreSelection& preset = pipeline.input.pre_selection;
+    constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
     report.mode = pair.mode;
+    report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >= kFirstDepthLayout;
     report.status = static_cast<int>(pair.status);
     report.width = pair.output_width;
     report.height = pair.output_height;
@@ -52,6 +54,8 @@ void conclude_pair(Pipeline& pipeline, PairRun& pair) {
         if (pair.status != StatusCode::abandoned) {
             write_image_report(pipeline.parameters, report_of(pipeline, pair), pipeline.voice);
         }
+        // Exiftool was at work beside the stores and the report; what says that the pair is done waits for it.
+        pair.store_failed = !pipeline.exiftool.settle_transfers() || pair.store_failed;
         if (pair.status == StatusCode::success && !pair.store_failed) {
             write_stored_record(pipeline, pair);
         }

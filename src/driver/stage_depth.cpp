@@ -1,15 +1,27 @@
 // Views from a photo and its depth mask, which take the places of the two.
 
+#include <algorithm>
+#include <utility>
+
 #include "depth/colour_depth.h"
 #include "driver/outside_steps.h"
+#include "input/file_selection.h"
 #include "platform/paths.h"
 
 namespace zemora {
 
 namespace {
 
-constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
-constexpr int kColourDepth = 9;       // of `ExtraOutput`
+constexpr int kColourDepth = 9;  // of `ExtraOutput`
+constexpr int kCropped = 2;      // of `CroppOutput`, and above
+
+/// What lies so near to a side of a view that the other view may have nothing for it: no picture in either,
+/// so that the common area ends there.
+void blank_sides(Picture view, int strip_px, Colour background) {
+    const int width = std::min(strip_px, view.width);
+    fill(view.part(0, 0, width, view.height), background);
+    fill(view.part(view.width - width, 0, width, view.height), background);
+}
 
 /// The mask in colours, beside each input file.
 void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& input) {
@@ -33,7 +45,7 @@ void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& in
 
 bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    if (p.stereo_image_input < kFirstDepthLayout) {
+    if (!holds_depth_mask(p.stereo_image_input)) {
         return true;
     }
     if (p.extra_output == kColourDepth) {
@@ -51,7 +63,17 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     }
     const int width = input.left.width;
     const int height = input.left.height;
-    pipeline.input.replace_views({depth.view_a.picture(width, height), depth.view_b.picture(width, height)});
+    StereoPicture views{depth.view_a.picture(width, height), depth.view_b.picture(width, height)};
+    if (p.cropp_output >= kCropped) {
+        const int strip_px = largest_shift_px(DepthSettings(p), input.right);
+        for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
+            blank_sides(view->picture(width, height), strip_px, pipeline.warp.passe_colour);
+        }
+    }
+    if (pipeline.input.inverse_input == 1) {
+        std::swap(views.left, views.right);
+    }
+    pipeline.input.replace_views(views);
     return true;
 }
 

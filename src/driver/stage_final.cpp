@@ -7,6 +7,7 @@
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
 #include "driver/viewer_exchange.h"
+#include "render/crop.h"
 #include "render/size_step.h"
 
 namespace zemora {
@@ -96,11 +97,13 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
     return found ? analysis.disparity.far_point : 0.0F;
 }
 
-void frame_automatically(Pipeline& pipeline, PairRun& pair) {
+/// The width that the views have to get for it; 0 when they keep theirs.
+int frame_automatically(Pipeline& pipeline, PairRun& pair) {
     const int mode = pipeline.parameters.auto_frame_floating;
-    if (mode == 1 || mode == 2) {
-        (void)apply_automatic_frame(pipeline.warp, pipeline.parameters, far_point_for_frame(pipeline, pair));
+    if (mode != 1 && mode != 2) {
+        return 0;
     }
+    return apply_automatic_frame(pipeline.warp, pipeline.parameters, far_point_for_frame(pipeline, pair));
 }
 
 /// Output tone: of the warped pair before the final warp when the pair was measured, else of its
@@ -126,8 +129,7 @@ bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
     for (int round = 0; round < kForcedRounds; ++round) {
         const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
         if (!repeat.needed() && !(round == 0 && colour_round)) {
-            pair.status = StatusCode::success;
-            return true;
+            return true;  // the status stays what the iteration made it
         }
         if (round == kForcedRounds - 1) {
             break;
@@ -150,7 +152,8 @@ double kept_width(const PairRun& pair) {
                     1.0);
 }
 
-/// Target over present size before the final warp: of the selected window, or of what is kept of the frame.
+/// Target over present size before the final warp: of the selected window, of the whole frame where nothing
+/// is cropped, or of what is kept of it.
 SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
     constexpr int kCropped = 2;  // of `CroppOutput`, and above
     const ParameterSet& p = pipeline.parameters;
@@ -160,8 +163,11 @@ SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
     if (selection.mode != 0) {
         height = (static_cast<double>(selection.top) - selection.bottom) * pair.working_height;
         width = (static_cast<double>(selection.right) - selection.left) * pair.working_width;
+    } else if (p.cropp_output < kCropped) {
+        height = pair.working_height;
+        width = pair.working_width;
     } else if (p.post_viewer_active != 0) {
-        width = p.cropp_output < kCropped ? pair.working_width : kept_width(pair);
+        width = kept_width(pair);
     }
     SizeRepeat first;
     first.height_done = first.width_done = false;
@@ -239,8 +245,14 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     if (tone_of_result) {
         adapt_tone(pipeline);
     }
-    frame_automatically(pipeline, pair);
-    return force_size(pipeline, pair, tone_of_result);
+    const int narrowed_width = frame_automatically(pipeline, pair);
+    if (!force_size(pipeline, pair, tone_of_result)) {
+        return false;
+    }
+    if (narrowed_width > 0) {
+        narrow_views(warp, narrowed_width);  // where no forced width has brought them to it
+    }
+    return true;
 }
 
 }  // namespace zemora

@@ -5,13 +5,13 @@
 
 #include "driver/dressing.h"
 #include "driver/pipeline.h"
+#include "driver/product_names.h"
 #include "input/picture_file.h"
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/cmyk.h"
 #include "render/output_writer.h"
 #include "render/view_effects.h"
-#include "report/window_judgement.h"
 
 namespace zemora {
 
@@ -161,10 +161,8 @@ void check_print_profile(const Pipeline& pipeline) {
 /// Deviation against the projection, for stamps and reports.
 void project_deviation(const Pipeline& pipeline, PairRun& pair) {
     const WarpState& warp = pipeline.warp;
-    const double image_ratio = static_cast<double>(warp.width) / warp.height;
-    const double projection_ratio =
-        std::max(projected_ratio(pipeline.parameters.projection_ratio, image_ratio), image_ratio);
-    pair.projected_deviation = image_ratio / projection_ratio * pair.deviation;
+    pair.projected_deviation = projected_deviation(
+        pipeline.parameters, static_cast<double>(warp.width) / warp.height, pair.deviation);
 }
 
 /// Brings the pair to its final size. What was measured is told in the pixels of that size.

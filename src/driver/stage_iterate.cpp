@@ -111,7 +111,7 @@ bool warp_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
 bool is_finished(const Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
     const ParameterSet& p = pipeline.parameters;
     if (p.iterative_warp == loop.number && pipeline.voice.verbose() > 0) {
-        pipeline.voice.print(" --- LETZTER VERSUCH!\n");
+        pipeline.voice.print(pipeline.voice.messages().either(" --- LAST TRY!\n", " --- LETZTER VERSUCH!\n"));
     }
     if (pair.status == StatusCode::success && p.iterative_min <= loop.number) {
         return true;
@@ -135,7 +135,10 @@ bool iterate_geometry(Pipeline& pipeline, PairRun& pair) {
         pair.status = StatusCode::usable;
         pair.disparities.subtract(pair.correction.shift_px);
         move_to_full_size(pipeline, pair);
-        return warp_for_measuring(pipeline, pair, "") || fail_to_mount(pipeline, pair, StatusCode::failed);
+        const char* step =
+            pipeline.voice.messages().either("Zemora::equalize: phase 3: correction at full size     ",
+                                             "Zemora::Entzerrung: Phase 3: Korrektur in voller Groesse ");
+        return warp_for_measuring(pipeline, pair, step) || fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     for (Iteration loop;;) {
         if (!measure_round(pipeline, pair, loop)) {

@@ -87,7 +87,8 @@ bool measure_first(Pipeline& pipeline, PairRun& pair) {
     const char* step = voice.messages().either("Zemora::equalize: phase 2: correction                  ",
                                                "Zemora::Entzerrung: Phase 2: Korrektur                   ");
     if (!warp_for_measuring(pipeline, pair, step)) {
-        voice.print("c2711: 0: Sollte nicht mehrvorkommen\n");
+        voice.print(voice.messages().either("c2711: 0: Should not happen any more\n",
+                                            "c2711: 0: Sollte nicht mehr vorkommen\n"));
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     return true;

@@ -34,10 +34,11 @@ void reset_pair_state(Pipeline& pipeline, const PairRun& pair) {
     warp.trapez_scale = 1.0;
     warp.inverse_output = p.inverse_output;
     warp.pre_settings = 0;
+    warp.vergences_told = {};
     warp.total_scale = 1.0F;
     warp.frame = pipeline.initial_frame;
     InputPair& input = pipeline.input;
-    const bool exchanges_halves = pair.exchanged && !pipeline.list.two_files;
+    const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     input.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     input.swap_views = false;
     input.has_pre_selection = p.pre_settings == 1;
@@ -65,7 +66,7 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
         pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
         pair.left_suffix = pair.right_suffix = ".mpo";
         const Voice& voice = pipeline.voice;
-        voice.print_and_report(format_text(
+        voice.tell_everywhere(format_text(
             voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
                                     "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
             printable(pair.left_relative).c_str()));
@@ -112,9 +113,12 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     const auto shown_by_browsers = [](const std::string& suffix) {
         return suffix == ".jpg" || suffix == ".png";
     };
+    constexpr int kAnaglyph = 3;
     constexpr int kThumbnails = 4;
+    const bool is_dome = p.html_images == kAnaglyph && p.planetarium_output == 1;  // a TIFF
     if (p.html_images >= 1 && p.html_images < kThumbnails &&
-        !(shown_by_browsers(pair.left_output_suffix) && shown_by_browsers(pair.right_output_suffix))) {
+        (is_dome || !shown_by_browsers(pair.left_output_suffix) ||
+         !shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = kThumbnails;
         if (voice.verbose() > 0) {
             voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
@@ -184,7 +188,7 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
         input.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
         input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
         const Voice& voice = pipeline.voice;
-        voice.print_and_report(voice.messages().either(
+        voice.tell_everywhere(voice.messages().either(
             "   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
             "RotMirInputRight = -1 do it.\n",
             "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
@@ -241,7 +245,7 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
 void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
     const Voice& voice = pipeline.voice;
     if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
-        voice.print_and_report(
+        voice.tell_everywhere(
             voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
     }
 }
@@ -263,8 +267,8 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     }
     if (result == ReadResult::converted) {
         if (voice.verbose() > 1) {
-            voice.print_and_report(messages.text<Msg::main_format_not_supported_block>() + names +
-                                   messages.text<Msg::main_conversion_tried_block>() + '\n');
+            voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
+                                  messages.text<Msg::main_conversion_tried_block>() + '\n');
         }
         voice.wait(WaitAbove::warning);
     }

@@ -7,6 +7,7 @@
 
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
+#include "driver/product_names.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
@@ -51,12 +52,6 @@ SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
                             : SourceFiles{files.left, files.right, input.full()};
 }
 
-/// Both views' names of one product: stamped, combined where the pair has no common base, unique.
-struct ProductNames {
-    OutputName left;
-    OutputName right;
-};
-
 void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
     std::string reason;
     if (!make_folders(name.folder, reason)) {
@@ -64,28 +59,14 @@ void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
     }
 }
 
-ProductNames names_of(Pipeline& pipeline, const PairRun& pair, ProductKind left_kind,
-                      ProductKind right_kind) {
-    const ParameterSet& p = pipeline.parameters;
-    const std::string root = join_path(p.path_of_images, p.path_of_output);
-    std::string left_relative = pair.left_relative;
-    std::string right_relative = pair.right_relative;
-    const bool two_files = pipeline.list.two_files;
-    const bool common = two_files && take_common_base(p, left_relative, right_relative);
-    ProductNames names{
-        output_path(p, root, left_relative, left_kind, pair.index, pair.left_output_suffix),
-        output_path(p, root, right_relative, right_kind, pair.index, pair.right_output_suffix)};
-    const StampValues stamps{pair.deviation, pair.projected_deviation, pair.stamp};
-    stamp_name(names.left, p, stamps);
-    stamp_name(names.right, p, stamps);
-    if (wants_combined_name(p, two_files, common)) {
-        const OutputName right = names.right;
-        combine_names(names.left, right);
-        names.right = output_path(p, root, left_relative, right_kind, pair.index, pair.right_output_suffix);
-        stamp_name(names.right, p, stamps);
-        combine_names(names.right, right);
-    }
-    return names;
+NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
+    return {pair.left_relative,
+            pair.right_relative,
+            pair.left_output_suffix,
+            pair.right_output_suffix,
+            pipeline.list.two_files,
+            pair.index,
+            {pair.deviation, pair.projected_deviation, pair.stamp}};
 }
 
 /// Gives the name away once in a run, and shows it.
@@ -160,8 +141,8 @@ void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, co
 struct SingleProduct {
     ProductKind kind;
     ProductWords words;
-    int shown_by;                                ///< The value of `HtmlImages` that shows it; 0 for none.
-    std::string Pipeline::*last_name = nullptr;  ///< Where the post-run batch finds its name.
+    int shown_by;                        ///< The value of `HtmlImages` that shows it; 0 for none.
+    std::string BatchNames::*last_name;  ///< Where the post-run batch finds its name.
 };
 
 StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, const std::string& path,
@@ -176,13 +157,8 @@ StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, cons
 void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& product) {
     const ParameterSet& p = pipeline.parameters;
     const bool is_extra = product.kind == ProductKind::extra;
-    OutputName name = names_of(pipeline, pair, product.kind, product.kind).left;
-    if (product.kind == ProductKind::anaglyph && p.planetarium_output == 1) {
-        name.suffix = ".tif";  // a dome image is always a TIFF
-    }
-    if (is_extra) {
-        add_extra_ending(name, p.extra_output, pipeline.warp.inverse_output != 0);
-    }
+    OutputName name =
+        single_name(p, named_pair(pipeline, pair), product.kind, pipeline.warp.inverse_output != 0);
     claim_and_show(pipeline, name);
     const std::string path = name.path();
     const SourceFiles sources = sources_of(pipeline, pair);
@@ -195,9 +171,7 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
         tell_failure(pipeline, pair, path, result, product.words);
         return;
     }
-    if (product.last_name != nullptr) {
-        pipeline.*product.last_name = path;
-    }
+    pipeline.last_stored.*product.last_name = path;
     dress_file(pipeline, pair, sources.right, path, is_extra);
     if (product.shown_by != 0 && pair.html_images == product.shown_by) {
         pair.picture_tag = preview_tag(path, p.path_of_images);
@@ -205,15 +179,16 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
 }
 
 constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, kShowAnaglyph,
-                                  &Pipeline::last_anaglyph_name};
-constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &Pipeline::last_stereo_name};
-constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0};
+                                  &BatchNames::anaglyph};
+constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &BatchNames::stereo};
+constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.left_right_output == 0) {
         return;
     }
-    ProductNames names = names_of(pipeline, pair, ProductKind::left, ProductKind::right);
+    ProductNames names =
+        view_names(pipeline.parameters, named_pair(pipeline, pair), ProductKind::left, ProductKind::right);
     claim_and_show(pipeline, names.left);
     claim_and_show(pipeline, names.right);
     const std::string left = names.left.path();

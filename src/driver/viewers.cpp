@@ -12,6 +12,7 @@
 #include "driver/outside_steps.h"
 #include "driver/viewer_exchange.h"
 #include "driver/viewer_preview.h"
+#include "input/file_selection.h"
 #include "input/list_line.h"
 #include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
@@ -94,7 +95,7 @@ int run_viewer(const Pipeline& pipeline, const PairRun& pair, const std::string&
     call.insert(call.end(), numbers.begin(), numbers.end());
     const ChildResult result = run_beside_console(call);
     if (!result.error.empty()) {
-        pipeline.voice.print_and_report("   " + printable(program) + ": " + result.error + '\n');
+        pipeline.voice.tell_everywhere("   " + printable(program) + ": " + result.error + '\n');
     }
     return result.exit_code;
 }
@@ -125,14 +126,14 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
         latest = *bytes;
     }
     const Voice& voice = pipeline.voice;
-    voice.print_and_report(format_text(voice.messages().either("%s holds no answer that can be used.\n",
-                                                               "%s enthaelt keine brauchbare Antwort.\n"),
-                                       printable(path).c_str()));
+    voice.tell_everywhere(format_text(voice.messages().either("%s holds no answer that can be used.\n",
+                                                              "%s enthaelt keine brauchbare Antwort.\n"),
+                                      printable(path).c_str()));
     return std::nullopt;
 }
 
 void abandon(const Pipeline& pipeline, PairRun& pair, int exit_code) {
-    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_abandoned_by_user>());
+    pipeline.voice.tell_everywhere(pipeline.voice.messages().text<Msg::main_abandoned_by_user>());
     pair.status = StatusCode::abandoned;
     pair.viewer_exit_code = exit_code;
 }
@@ -174,15 +175,18 @@ void list_answer(const Voice& voice, const PreSelection& selection) {
 /// The exchange, the pre-selection and the scale of the previewer go to the input.
 void take_answer(Pipeline& pipeline, const PreviewerAnswer& answer) {
     InputPair& input = pipeline.input;
-    const bool two = pipeline.list.two_files;
+    const bool two = exchanges_files(pipeline);
+    const bool has_mask = holds_depth_mask(pipeline.parameters.stereo_image_input);
     input.has_pre_selection = true;
     input.pre_selection = answer.selection;
     input.left_zoom = input.right_zoom = answer.scale;
     if (answer.swaps_views) {
-        input.pre_selection = with_views_swapped(answer.selection, !two);
         input.swap_views = two;
         input.inverse_input = two ? input.inverse_input : 1 - input.inverse_input;
-        std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+        if (!has_mask) {
+            input.pre_selection = with_views_swapped(answer.selection, !two);
+            std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+        }
     }
     if (pipeline.voice.verbose() > 1) {
         list_answer(pipeline.voice, input.pre_selection);
@@ -238,7 +242,7 @@ void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answ
 
 /// The pair ends without stores; its files are not to blame and stay where they are.
 ViewerDecision end_without_answer(const Pipeline& pipeline, PairRun& pair) {
-    pipeline.voice.print_and_report(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
+    pipeline.voice.tell_everywhere(pipeline.voice.messages().text<Msg::main_postviewer_call_failed>());
     pair.status = StatusCode::failed;
     pair.failure_told = true;
     return ViewerDecision::failed;
@@ -339,7 +343,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     if (answer) {
         take_answer(pipeline, *answer);
     } else {
-        voice.print_and_report(voice.messages().text<Msg::main_previewer_call_failed>());
+        voice.tell_everywhere(voice.messages().text<Msg::main_previewer_call_failed>());
     }
     return true;
 }
@@ -357,7 +361,7 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
         return ViewerDecision::failed;
     }
     if (const std::string reason = save_preview(pipeline); !reason.empty()) {
-        pipeline.voice.print_and_report("   " + printable(reason) + '\n');
+        pipeline.voice.tell_everywhere("   " + printable(reason) + '\n');
         return end_without_answer(pipeline, pair);
     }
     const int exit_code = call_post_viewer(pipeline, pair, *preview);
@@ -392,7 +396,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     }
     std::vector<std::string> call = colour_script(pipeline.run);
     if (call.empty()) {
-        voice.print_and_report(
+        voice.tell_everywhere(
             format_text(voice.messages().either(
                             "   zemora_anamatrix is missing: the colours of %s are taken as they are.\n",
                             "   zemora_anamatrix fehlt: die Farben aus %s gelten, wie sie sind.\n"),
@@ -408,7 +412,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
         pipeline.warp.colours = read_colour_change(p, voice);
     }
     if (!reason.empty()) {
-        voice.print_and_report("   " + printable(reason) + '\n');
+        voice.tell_everywhere("   " + printable(reason) + '\n');
     }
 }
 
@@ -423,15 +427,19 @@ void provide_colour_file(const ParameterSet& parameters, const RunContext& run, 
     if (!example || !write_file_whole(file, *example).empty()) {
         return;  // the reader tells that the file is missing
     }
-    voice.print_and_report(
+    voice.tell_everywhere(
         format_text(voice.messages().either("   %s was missing: zemora_anamatrix starts from the example.\n",
                                             "   %s fehlte: zemora_anamatrix beginnt mit dem Beispiel.\n"),
                     printable(file).c_str()));
 }
 
+bool exchanges_files(const Pipeline& pipeline) {
+    return pipeline.list.two_files && !holds_depth_mask(pipeline.parameters.stereo_image_input);
+}
+
 bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair) {
-    return pipeline.list.two_files ? pair.exchanged != pipeline.input.swap_views
-                                   : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
+    return exchanges_files(pipeline) ? pair.exchanged != pipeline.input.swap_views
+                                     : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
 }
 
 }  // namespace zemora

@@ -33,5 +33,8 @@ void provide_colour_file(const ParameterSet& parameters, const RunContext& run, 
 /// Whether the views are mounted in another order than settings and names give: their record would not fit
 /// a later run.
 [[nodiscard]] bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair);
+/// Whether an exchange of the views exchanges the two files of the pair; else it exchanges the halves of a
+/// stereo file, or the views that are rendered from a photo and its mask.
+[[nodiscard]] bool exchanges_files(const Pipeline& pipeline);
 
 }  // namespace zemora

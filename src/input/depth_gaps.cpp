@@ -30,20 +30,39 @@ namespace {
                                first(photos).c_str(), first(masks).c_str()));
 }
 
-/// The second name's counter, which must have as many digits as the first one's.
-FrameCounter second_counter(const std::vector<std::string>& files, const FrameCounter& first,
-                            const Voice& voice) {
-    const FrameCounter second = file_counter(files[1], '_');
-    if (second.digits != first.digits) {
-        end_run(voice, format_text(voice.messages().either("Wrong length of the counter in %s\n",
-                                                           "Counterlaenge falsch in %s\n"),
-                                   printable(files[1]).c_str()));
+/// The counters of all names, which must have as many digits as the first one's.
+std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, const Voice& voice) {
+    const int digits = file_counter(files[0], '_').digits;
+    std::vector<std::int64_t> counters;
+    for (const std::string& file : files) {
+        const FrameCounter counter = file_counter(file, '_');
+        if (counter.digits != digits) {
+            end_run(voice, format_text(voice.messages().either("Wrong length of the counter in %s\n",
+                                                               "Counterlaenge falsch in %s\n"),
+                                       printable(file).c_str()));
+        }
+        counters.push_back(counter.value);
     }
-    return second;
+    return counters;
 }
 
-std::int64_t last_index(const std::vector<std::string>& files, std::int64_t first, std::int64_t step) {
-    return (static_cast<std::int64_t>(files.size()) - 1) * step + first;
+/// The gaps between the masks. Each mask must come behind the one before it, at the counter of a photo.
+std::vector<DepthGap> gaps_between(const std::vector<std::int64_t>& counters, std::int64_t step,
+                                   const std::vector<std::string>& masks, const Voice& voice) {
+    std::vector<DepthGap> gaps;
+    for (std::size_t i = 1; i < counters.size(); ++i) {
+        const std::int64_t distance = counters[i] - counters[i - 1];
+        if (distance <= 0 || distance % step != 0) {
+            end_run(voice,
+                    format_text(voice.messages().either("The depth mask %s fits none of the images.\n",
+                                                        "Die Tiefenmaske %s passt zu keinem der Bilder.\n"),
+                                printable(masks[i]).c_str()));
+        }
+        if (distance > step) {
+            gaps.push_back({counters[i - 1], counters[i]});
+        }
+    }
+    return gaps;
 }
 
 /// Where the counter stands in a bare name.
@@ -93,10 +112,10 @@ FrameCounter file_counter(const std::string& path, char separator) {
 std::string with_counter(const std::string& path, std::int64_t value) {
     const std::string name = bare_name_of(path);
     const CounterPlace place = counter_place(name, '_');
-    return join_path(folder_of(path),
-                     name.substr(0, place.start) +
-                         format_text("%0*lld", static_cast<int>(place.length), static_cast<long long>(value)) +
-                         name.substr(place.start + place.length));
+    return join_path(folder_of(path), name.substr(0, place.start) +
+                                          format_text("%0*lld", static_cast<int>(place.length),
+                                                      static_cast<long long>(value)) +
+                                          name.substr(place.start + place.length));
 }
 
 DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::vector<std::string>& masks,
@@ -104,33 +123,26 @@ DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::
     if (photos.size() < 2 || masks.size() < 2) {
         end_run_at_first(voice, photos, masks);
     }
-    const FrameCounter left = file_counter(photos[0], '_');
-    const FrameCounter right = file_counter(masks[0], '_');
-    if (left.value != right.value || left.digits != right.digits) {
+    if (file_counter(photos[0], '_').digits != file_counter(masks[0], '_').digits) {
         end_run_at_first(voice, photos, masks);
     }
-    const FrameCounter left_next = second_counter(photos, left, voice);
-    const FrameCounter right_next = second_counter(masks, right, voice);
+    const std::vector<std::int64_t> left = counters_of(photos, voice);
+    const std::vector<std::int64_t> right = counters_of(masks, voice);
     DepthGapPlan plan;
-    plan.first_mask = right.value;
-    plan.photo_step = left_next.value - left.value;
-    plan.mask_step = right_next.value - right.value;
-    if (plan.photo_step <= 0 || plan.mask_step <= 0) {
+    plan.photo_step = left[1] - left[0];
+    if (left[0] != right[0] || plan.photo_step <= 0 || right[1] <= right[0]) {
         end_run_at_first(voice, photos, masks);
     }
-    const std::int64_t last_photo = last_index(photos, left.value, plan.photo_step);
-    const std::int64_t last_mask = last_index(masks, right.value, plan.mask_step);
-    if (last_photo != last_mask) {
+    plan.gaps = gaps_between(right, plan.photo_step, masks, voice);
+    if (left.back() != right.back()) {
         voice.print(format_text(
             voice.messages().either("The two LAST images in the subdirectories must match:\n"
                                     "left index:  %lld\nright index: %lld\n",
                                     "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
                                     "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"),
-            static_cast<long long>(last_photo), static_cast<long long>(last_mask)));
+            static_cast<long long>(left.back()), static_cast<long long>(right.back())));
         voice.wait(WaitAbove::error);
     }
-    plan.missing = (right_next.value - left_next.value) / plan.photo_step;
-    plan.blocks = static_cast<std::int64_t>(masks.size()) - 1;
     return plan;
 }
 

@@ -23,14 +23,17 @@ struct FrameCounter {
 /// The path with its counter replaced by `value`, in as many digits.
 [[nodiscard]] std::string with_counter(const std::string& path, std::int64_t value);
 
-/// The photos come every `photo_step`, the masks every `mask_step`; between two masks `missing` ones are
-/// made.
+/// Two masks, by their counters, with photos between them that have none.
+struct DepthGap {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+};
+
+/// The photos come every `photo_step`. The gaps are those between the masks that are there, whoever made them: a
+/// run that was stopped goes on.
 struct DepthGapPlan {
-    std::int64_t first_mask = 0;
     std::int64_t photo_step = 0;
-    std::int64_t mask_step = 0;
-    std::int64_t missing = 0;
-    std::int64_t blocks = 0;
+    std::vector<DepthGap> gaps;
 };
 
 /// Ends the run with code 1, with the reason told, where the sequences do not fit together.

@@ -14,6 +14,12 @@ namespace zemora {
     return stereo_image_input == 2 || stereo_image_input == 5;
 }
 
+/// Whether an object of that `StereoImageInput` is a photo and its depth mask. Their places are fixed: what
+/// is exchanged are the views that are rendered from them.
+[[nodiscard]] constexpr bool holds_depth_mask(int stereo_image_input) {
+    return stereo_image_input >= 5 && stereo_image_input <= 7;
+}
+
 /// Absolute names in the order of the walk.
 struct SelectedFiles {
     std::vector<std::string> left;   ///< Left or stereo files; all files in modes 4 to 8.
@@ -25,7 +31,7 @@ struct SelectedFiles {
 /// nothing about partners.
 [[nodiscard]] SelectedFiles select_files(const ParameterSet& parameters, const Voice& voice);
 
-/// Whether `ImageType` names the suffix of the file, in any case.
+/// Whether `ImageType` names the suffix of the file, in any case, as "jpg", ".jpg" or "*.jpg".
 [[nodiscard]] bool has_listed_suffix(const std::string& image_type, const std::string& name);
 
 /// Whether a folder name is one of those that this program writes into: cl, cr, clr, cs, ca, cp, ct, cd,

@@ -22,10 +22,20 @@ struct ImageObject {
     std::int32_t stored_row = kNoRow;
 };
 
+/// An object that an earlier run has mounted and the list passes over; its products keep their names.
+struct MountedObject {
+    std::string left;   ///< Absolute; or the stereo file.
+    std::string right;  ///< Empty for a stereo file.
+    bool has_values = false;
+    double deviation = 0.0;  ///< Fraction of the width.
+    double image_ratio = 1.0;
+};
+
 /// Pairs of a combination share their names, so an object costs twelve bytes.
 class ImageList {
 public:
     bool two_files = true;
+    std::vector<MountedObject> mounted;
 
     [[nodiscard]] int count() const { return static_cast<int>(objects_.size()); }
     /// Absolute paths.

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "input/conversion.h"
+#include "input/file_selection.h"
 #include "input/mpo.h"
 #include "input/mpo_views.h"
 #include "input/passepartout.h"
@@ -182,7 +183,18 @@ bool InputPair::load_two_files(const PairFiles& files) {
     if (swap_views) {
         std::swap(left_, right_);
     }
-    return true;
+    return fit_depth_mask();
+}
+
+/// The mask of a photo in the photo's size.
+bool InputPair::fit_depth_mask() {
+    if (parameters_.stereo_image_input == kPhotoAndDepthFiles &&
+        (right_.width != left_.width || right_.height != left_.height)) {
+        Bitmap mask = std::move(right_.bitmap);
+        rescale_bicubic(mask, left_.width, left_.height);
+        right_.take(std::move(mask));
+    }
+    return static_cast<bool>(right_.bitmap);
 }
 
 bool InputPair::load_mpo_file(const std::string& path) {
@@ -273,7 +285,8 @@ bool InputPair::split_stereo(Bitmap&& stereo, int layout) {
     return finish_stereo();
 }
 
-/// Both views of a stereo file get the width of the narrower one; `inverse_input` exchanges them.
+/// Both views of a stereo file get the width of the narrower one; `inverse_input` exchanges them, but no
+/// photo and its depth mask.
 bool InputPair::finish_stereo() {
     if (left_.width == 0 || right_.width == 0) {
         return false;
@@ -283,7 +296,7 @@ bool InputPair::finish_stereo() {
     right_.width = common;
     make_exact(left_);
     make_exact(right_);
-    if (inverse_input == 1) {
+    if (inverse_input == 1 && !holds_depth_mask(parameters_.stereo_image_input)) {
         std::swap(left_, right_);
     }
     return static_cast<bool>(left_.bitmap) && static_cast<bool>(right_.bitmap);
@@ -327,7 +340,7 @@ bool InputPair::load_converted(const PairFiles& files) {
     }
     left_.take(std::move(left));
     right_.take(std::move(right));
-    return true;
+    return fit_depth_mask();
 }
 
 void InputPair::start_geometry() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <vector>
 
 #include "input/list_scan.h"
 #include "platform/move_file.h"
@@ -23,17 +24,16 @@ std::string write_text(const std::string& path, const std::string& text) {
     return write_file_whole(path, std::span(bytes, text.size()));
 }
 
-/// Whether anything but names of pictures stands in the file, so that writing it anew would lose work.
-bool holds_more_than_names(const std::string& text, bool two_files) {
-    bool more = false;
+/// The lines that say something, without the blanks behind them.
+std::vector<std::string_view> lines_of(std::string_view text) {
+    std::vector<std::string_view> lines;
     for_each_line(text, [&](std::string_view raw, std::size_t) {
-        ListLine line;
-        const bool is_blank = raw.find_first_not_of(" \t") == std::string_view::npos;
-        const bool is_quoted = raw.find('"') != std::string_view::npos;
-        more = more || (!is_blank && (!is_quoted || parse_list_line(raw, two_files, line) != LineFault::none ||
-                                      !line.status.empty()));
+        const std::size_t last = raw.find_last_not_of(" \t");
+        if (last != std::string_view::npos) {
+            lines.push_back(raw.substr(0, last + 1));
+        }
     });
-    return more;
+    return lines;
 }
 
 std::string cannot_be_opened(const Voice& voice, const std::string& path) {
@@ -108,8 +108,8 @@ void ListedNames::store() {
         }
         return;
     }
-    if (old && (parameters_.write_data_base == kNamesOnly ||
-                holds_more_than_names(*old, !first_right_.empty()))) {
+    // Results, and what the user has put out, added or put into another order, would be lost.
+    if (old && (parameters_.write_data_base == kNamesOnly || lines_of(*old) != lines_of(lines_))) {
         keep_old_list(path, *old);
     }
     write(path, lines_);
@@ -175,7 +175,8 @@ void update_database_line(const ParameterSet& parameters, const Voice& voice, co
         voice.wait(WaitAbove::error);
         return;
     }
-    const std::string written = ' ' + result.status + (result.values != nullptr ? values_text(*result.values) : "");
+    const StoredCorrectionRecord* values = place->is_reversed ? result.reversed_values : result.values;
+    const std::string written = ' ' + result.status + (values != nullptr ? values_text(*values) : "");
     text->replace(place->names_end, place->end - place->names_end, written);
     if (reason = write_text(list_path, *text); !reason.empty()) {
         voice.print(cannot_be_opened(voice, list_path + "_new") + "   " + reason + '\n');

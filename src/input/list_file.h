@@ -54,6 +54,8 @@ int read_listed_objects(const ParameterSet& parameters, const Voice& voice, Imag
 struct ListResult {
     std::string status;                              ///< "OK", "IM" or "QU".
     const StoredCorrectionRecord* values = nullptr;  ///< With "OK".
+    /// The values of the views in the other order, for a line that names the right one first.
+    const StoredCorrectionRecord* reversed_values = nullptr;
 };
 
 /// Writes the result behind the names of the object's line, in place of an older result. The names are

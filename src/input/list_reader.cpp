@@ -41,7 +41,7 @@ private:
     void tell_second_try(const ListLine& line) const;
     void tell_done(const ListLine& line) const;
     void object_to(std::string_view raw, const char* line_case) const;
-    void drop_foreign_selection(StoredCorrectionRecord& values) const;
+    void note_mounted(const ListLine& line);
     void add(ListLine& line);
     [[nodiscard]] std::string as_on_disk(const std::string& name);
 
@@ -96,9 +96,26 @@ void ListReader::read_line(std::string_view raw) {
         return;
     }
     ++named_;
-    if (is_taken(line, raw) && complete_names(line, raw)) {
+    if (!is_taken(line, raw)) {
+        note_mounted(line);
+    } else if (complete_names(line, raw)) {
         add(line);
     }
+}
+
+/// The pictures of an object that is passed over are there, also when its own files have moved.
+void ListReader::note_mounted(const ListLine& line) {
+    if (line.status != "OK" && line.status != "IM") {
+        return;
+    }
+    const auto path_of = [this](const std::string& name) {
+        const std::string path = join_path(parameters_.path_of_images, name);
+        return file_exists(path) ? path : as_on_disk(name);
+    };
+    const bool has_values = line.item_count == kWholeLine;
+    list_.mounted.push_back({path_of(line.left), list_.two_files ? path_of(line.right) : std::string(),
+                             has_values, has_values ? line.values[kRecordDeviation] : 0.0,
+                             has_values ? line.values[kRecordRatio] : 1.0});
 }
 
 /// The mark behind the names decides.
@@ -129,14 +146,18 @@ bool ListReader::is_taken(ListLine& line, std::string_view raw) {
         object_to(raw, "2!");
         return false;
     }
-    drop_foreign_selection(line.values);
+    if (drop_foreign_selection(line.values, parameters_)) {
+        voice_.say<Msg::files_input_stored_selection_ignored>();
+        voice_.wait(WaitAbove::error);
+    }
     return true;
 }
 
 void ListReader::tell_second_try(const ListLine& line) const {
     voice_.say<Msg::files_input_pair_failed_in_first_pass>();
     voice_.say<Msg::files_input_pair_will_be_tried_again>();
-    voice_.print(printable(utf8_text(line.left)) + (list_.two_files ? " <-> " + printable(utf8_text(line.right)) : "") + "\n\n");
+    voice_.print(printable(utf8_text(line.left)) +
+                 (list_.two_files ? " <-> " + printable(utf8_text(line.right)) : "") + "\n\n");
     voice_.wait(WaitAbove::information);
 }
 
@@ -146,7 +167,8 @@ void ListReader::tell_done(const ListLine& line) const {
     }
     if (list_.two_files) {
         voice_.say<Msg::files_input_ok_found_images_skipped>();
-        voice_.print("   " + printable(utf8_text(line.left)) + "\n   " + printable(utf8_text(line.right)) + '\n');
+        voice_.print("   " + printable(utf8_text(line.left)) + "\n   " + printable(utf8_text(line.right)) +
+                     '\n');
     } else {
         voice_.say<Msg::files_input_ok_found_image_skipped>();
         voice_.print(printable(utf8_text(line.left)) + '\n');
@@ -163,29 +185,6 @@ void ListReader::object_to(std::string_view raw, const char* line_case) const {
     voice_.wait(WaitAbove::information);
 }
 
-/// A selection that was made for another form of the output does not fit, unless the wanted size has the
-/// shape of the stored picture.
-void ListReader::drop_foreign_selection(StoredCorrectionRecord& values) const {
-    constexpr double kLeastSelection = 0.001;  // fraction of the width
-    constexpr double kSameRatio = 0.01;
-    const double crop_output = std::floor(values[kRecordCroppOutput] + 0.5);
-    if (crop_output < 0.0 || crop_output == parameters_.cropp_output ||
-        values[kRecordSelectionRight] - values[kRecordSelectionLeft] <= kLeastSelection) {
-        return;
-    }
-    const double wanted_height = parameters_.output_height;
-    const double wanted_width = parameters_.output_width;
-    if (std::fabs(wanted_height * values[kRecordRatio] - wanted_width) <= kSameRatio * wanted_width) {
-        return;
-    }
-    voice_.say<Msg::files_input_stored_selection_ignored>();
-    for (const RecordField field : {kRecordSelectionShift, kRecordSelectionLeft, kRecordSelectionRight,
-                                    kRecordSelectionTop, kRecordSelectionBottom}) {
-        values[field] = 0.0;
-    }
-    voice_.wait(WaitAbove::error);
-}
-
 /// A name that is no valid UTF-8 may be one of this disk as it is, or come from another system.
 std::string ListReader::as_on_disk(const std::string& name) {
     const std::string path = join_path(parameters_.path_of_images, name);
@@ -200,8 +199,8 @@ std::string ListReader::as_on_disk(const std::string& name) {
 bool ListReader::complete_names(ListLine& line, std::string_view raw) {
     for (const std::string* name : {&line.left, &line.right}) {
         if (name->find('\0') != std::string::npos) {  // the system would read the name only up to there
-            object_to(raw, voice_.messages().either("a name holds a zero byte",
-                                                    "ein Name enthaelt ein Nullbyte"));
+            object_to(raw,
+                      voice_.messages().either("a name holds a zero byte", "ein Name enthaelt ein Nullbyte"));
             return false;
         }
         if (has_drive(*name)) {

@@ -21,11 +21,16 @@ std::string as_meant(std::string_view name) {
     return fold_case(utf8_text(name));
 }
 
-bool names_object(const ListLine& line, const std::string& root, const ObjectNames& object, Fold fold) {
+enum class Naming { other, as_it_is, reversed };
+
+Naming naming_of(const ListLine& line, const std::string& root, const ObjectNames& object, Fold fold) {
     const std::string left = fold(join_path(root, line.left));
     const std::string right = object.right.empty() ? std::string() : fold(join_path(root, line.right));
-    return (left == fold(object.left) && right == fold(object.right)) ||
-           (left == fold(object.right) && right == fold(object.left));
+    if (left == fold(object.left) && right == fold(object.right)) {
+        return Naming::as_it_is;
+    }
+    const bool is_reversed = left == fold(object.right) && right == fold(object.left);
+    return is_reversed ? Naming::reversed : Naming::other;
 }
 
 /// The best place so far: a line without a result ends the search.
@@ -39,13 +44,16 @@ struct Search {
     void look_at(std::string_view raw, std::size_t start, Fold fold) {
         ListLine line;
         if (is_open || raw.size() < kShortestListLine || raw.size() > kLongestListLine ||
-            parse_list_line(raw, !object.right.empty(), line) != LineFault::none ||
-            !names_object(line, root, object, fold)) {
+            parse_list_line(raw, !object.right.empty(), line) != LineFault::none) {
+            return;
+        }
+        const Naming naming = naming_of(line, root, object, fold);
+        if (naming == Naming::other) {
             return;
         }
         is_open = line.status.empty();
         if (!found || is_open) {
-            found = {start, start + line.names_end, start + raw.size()};
+            found = {start, start + line.names_end, start + raw.size(), naming == Naming::reversed};
         }
     }
 

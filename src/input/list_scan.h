@@ -34,6 +34,7 @@ struct LinePlace {
     std::size_t start = 0;      ///< First byte of the line.
     std::size_t names_end = 0;  ///< Byte behind its names.
     std::size_t end = 0;        ///< Byte behind the line, before its line end.
+    bool is_reversed = false;   ///< The line names the right view first.
 };
 
 /// An object by its absolute names, `right` empty for a stereo file.

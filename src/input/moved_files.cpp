@@ -1,5 +1,8 @@
 #include "input/moved_files.h"
 
+#include <cerrno>
+#include <cstring>
+
 #include "platform/directory_walk.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
@@ -48,19 +51,67 @@ void tell_staying_without_folder(const Voice& voice, const std::string& file) {
         voice.messages().either("its folder is none of l, r and s", "ihr Ordner ist keiner von l, r und s"));
 }
 
-void move(const Voice& voice, const std::string& from, const std::string& to) {
-    std::string reason;
-    if (!make_folders(folder_of(to), reason)) {
-        tell_staying(voice, from, printable(folder_of(to)) + ": " + reason);
-        return;
-    }
-    const MoveOutcome outcome = move_without_replacing(from, to);
-    if (!outcome.is_done()) {
-        tell_staying(voice, from, printable(to) + ": " + outcome.reason);
-    } else if (voice.verbose() > 1) {
+struct Move {
+    std::string from;
+    std::string to;
+};
+
+void tell_move(const Voice& voice, const Move& move) {
+    if (voice.verbose() > 1) {
         voice.tell_everywhere(
-            voice.messages().text<Msg::files_input_renaming>(printable(from), printable(to)));
+            voice.messages().text<Msg::files_input_renaming>(printable(move.from), printable(move.to)));
     }
+}
+
+/// Why the move cannot be made, as far as that can be seen before; empty when it can.
+std::string obstacle_of(const Move& move) {
+    std::string reason;
+    if (!make_folders(folder_of(move.to), reason)) {
+        return printable(folder_of(move.to)) + ": " + reason;
+    }
+    return name_is_taken(move.to) ? printable(move.to) + ": " + std::strerror(EEXIST) : std::string();
+}
+
+/// Does the moves; the number of those done is smaller than theirs when one has failed, with its `reason`.
+std::size_t move_in_turn(const std::vector<Move>& moves, std::string& reason) {
+    for (std::size_t done = 0; done < moves.size(); ++done) {
+        const MoveOutcome outcome = move_without_replacing(moves[done].from, moves[done].to);
+        if (!outcome.is_done()) {
+            reason = printable(moves[done].to) + ": " + outcome.reason;
+            return done;
+        }
+    }
+    return moves.size();
+}
+
+/// Makes all moves or none.
+void move_together(const Voice& voice, const std::vector<Move>& moves) {
+    std::string reason;
+    std::size_t failed = 0;
+    while (failed < moves.size() && (reason = obstacle_of(moves[failed])).empty()) {
+        ++failed;
+    }
+    if (failed == moves.size()) {
+        failed = move_in_turn(moves, reason);
+        for (std::size_t i = 0; i < failed && failed < moves.size(); ++i) {
+            (void)move_without_replacing(moves[i].to, moves[i].from);
+        }
+    }
+    for (std::size_t i = 0; i < moves.size(); ++i) {
+        if (failed == moves.size()) {
+            tell_move(voice, moves[i]);
+        } else {
+            tell_staying(voice, moves[i].from,
+                         i == failed
+                             ? reason
+                             : voice.messages().either("the other file of the pair cannot move",
+                                                       "die andere Datei des Paars kann nicht umziehen"));
+        }
+    }
+}
+
+void move(const Voice& voice, const std::string& from, const std::string& to) {
+    move_together(voice, {{from, to}});
 }
 
 }  // namespace
@@ -82,25 +133,34 @@ void rename_orphan(const ParameterSet& parameters, const Voice& voice, const std
     }
 }
 
-void rename_refused_file(const ParameterSet& parameters, const Voice& voice, const std::string& file,
-                         FileSide side) {
+void rename_refused_files(const ParameterSet& parameters, const Voice& voice,
+                          const std::vector<SidedFile>& files) {
     constexpr char kRefused = 'u';
-    // With exchanged views the folder, and not the view, says where the file belongs.
-    const char folder = view_folder_letter(file);
-    const char letter = folder == '\0' ? static_cast<char>(side) : folder;
-    if (parameters.rename_refused == kMarkName) {
-        move(voice, file, with_marked_name(file, letter, kRefused));
-    } else if (parameters.rename_refused == kToFolder && folder == '\0') {
-        tell_staying_without_folder(voice, file);
-    } else if (parameters.rename_refused == kToFolder) {
-        move(voice, file, in_sibling_folder(file, letter, kRefused));
+    const int mode = parameters.rename_refused;
+    std::vector<Move> moves;
+    for (const auto& [file, side] : files) {
+        // With exchanged views the folder, and not the view, says where the file belongs.
+        const char folder = view_folder_letter(file);
+        const char letter = folder == '\0' ? static_cast<char>(side) : folder;
+        if (mode == kToFolder && folder == '\0') {
+            tell_staying_without_folder(voice, file);
+            return;
+        }
+        if (mode == kToFolder || mode == kMarkName) {
+            moves.push_back({file, mode == kToFolder ? in_sibling_folder(file, letter, kRefused)
+                                                     : with_marked_name(file, letter, kRefused)});
+        }
     }
+    move_together(voice, moves);
 }
 
-void move_quit_file(const ParameterSet& /*parameters*/, const Voice& voice, const std::string& file,
-                    FileSide side) {
-    const std::string folder = path_in(folder_of(file), std::string{static_cast<char>(side), 'q'});
-    move(voice, file, path_in(folder, bare_name_of(file)));
+void move_quit_files(const Voice& voice, const std::vector<SidedFile>& files) {
+    std::vector<Move> moves;
+    for (const auto& [file, side] : files) {
+        const std::string folder = path_in(folder_of(file), std::string{static_cast<char>(side), 'q'});
+        moves.push_back({file, path_in(folder, bare_name_of(file))});
+    }
+    move_together(voice, moves);
 }
 
 }  // namespace zemora

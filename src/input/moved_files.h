@@ -3,6 +3,7 @@
 /// No file is ever replaced: on a collision the file stays and one line says so.
 
 #include <string>
+#include <vector>
 
 #include "config/parameter_set.h"
 #include "config/voice.h"
@@ -18,14 +19,20 @@ enum class FileSide : char { left = 'l', right = 'r', stereo = 's' };
 void rename_orphan(const ParameterSet& parameters, const Voice& voice, const std::string& file,
                    FileSide side);
 
-/// A file of a pair that could not be mounted, by `RenameRefused`: 1 moves it to the folder lu, ru or su
-/// beside its own, which must be called l, r or s, 2 puts _lu, _ru or _su before its suffix. The folder's
-/// letter counts before the side: views may be exchanged.
-void rename_refused_file(const ParameterSet& parameters, const Voice& voice, const std::string& file,
-                         FileSide side);
+/// A file of an object, with the view that it holds.
+struct SidedFile {
+    std::string path;
+    FileSide side = FileSide::stereo;
+};
 
-/// A file of a pair that the user gave up for good moves to lq, rq or sq in its own folder.
-void move_quit_file(const ParameterSet& parameters, const Voice& voice, const std::string& file,
-                    FileSide side);
+/// The files of an object that could not be mounted, by `RenameRefused`: 1 moves them to the folders lu, ru
+/// or su beside their own, which must be called l, r or s, 2 puts _lu, _ru or _su before their suffixes. The
+/// folder's letter counts before the side: views may be exchanged. Either all files of the object move or
+/// none.
+void rename_refused_files(const ParameterSet& parameters, const Voice& voice,
+                          const std::vector<SidedFile>& files);
+
+/// The files of an object that the user gave up for good move to lq, rq or sq in their own folders, or none.
+void move_quit_files(const Voice& voice, const std::vector<SidedFile>& files);
 
 }  // namespace zemora

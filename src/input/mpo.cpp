@@ -64,7 +64,9 @@ private:
 
 /// Takes the two entries at `at` of the file.
 void take_entries(MpoIndex& index, const NumberReader& numbers, std::size_t at) {
+    index.size_place = numbers.holds(at, 2 * kMpEntryBytes) ? at + 4 : 0;
     index.size1 = numbers.u32(at + 4);
+    index.offset1 = numbers.u32(at + 8);
     index.size2 = numbers.u32(at + kMpEntryBytes + 4);
     index.offset2 = numbers.u32(at + kMpEntryBytes + 8);
 }

@@ -24,6 +24,8 @@ struct MpoIndex {
     std::array<std::uint8_t, 4> order_mark{};
     std::uint32_t first_directory = 8;  ///< Offset of the directory; 8 in a regular file.
     std::uint32_t size1 = 0;            ///< Bytes of the first picture.
+    std::size_t size_place = 0;         ///< Of that number in the file; 0 where nothing was read.
+    std::uint32_t offset1 = 0;          ///< Of the first picture: always 0 in a sound file.
     std::uint32_t size2 = 0;            ///< Bytes of the second.
     std::uint32_t offset2 = 0;          ///< Of the second picture.
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "input/file_selection.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -88,7 +89,8 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
                     const StoredCorrectionRecord* stored) {
     const std::uint32_t left = number_of(left_file);
     const std::uint32_t right = number_of(right_file);
-    const bool exchanged = parameters_.inverse_input == 1;
+    const bool exchanged =
+        parameters_.inverse_input == 1 && !holds_depth_mask(parameters_.stereo_image_input);
     switch (parameters_.interlaced_mode) {
         case kProgressive: add_object(exchanged ? right : left, exchanged ? left : right, stored); break;
         case kRightOfPairBefore:

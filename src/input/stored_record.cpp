@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "config/messages.h"
 
@@ -53,6 +54,42 @@ StoredCorrectionRecord empty_record() {
     record[kRecordRatio] = 1.0;
     record[kRecordTrapezScale] = 1.0;
     return record;
+}
+
+StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record) {
+    StoredCorrectionRecord other = record;
+    std::swap(other[kRecordRotationLeft], other[kRecordRotationRight]);
+    for (std::size_t i = kRecordLeftX; i <= kRecordLeftHeight; ++i) {
+        std::swap(other[i], other[i + kRecordRightX - kRecordLeftX]);
+    }
+    // What one view takes with the sign that the other has not.
+    for (const RecordField field :
+         {kRecordPreVergence, kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV, kRecordVergenceH,
+          kRecordPureShift, kRecordNearPoint, kRecordWindowShift, kRecordSelectionShift, kRecordPhantogram,
+          kRecordEdgeWarp, kRecordVerticalAx}) {
+        other[field] = other[field] == 0.0 ? 0.0 : -other[field];
+    }
+    return other;
+}
+
+bool drop_foreign_selection(StoredCorrectionRecord& record, const ParameterSet& parameters) {
+    constexpr double kLeastSelection = 0.001;  // fraction of the width
+    constexpr double kSameRatio = 0.01;
+    const double crop_output = std::floor(record[kRecordCroppOutput] + 0.5);
+    if (crop_output < 0.0 || crop_output == parameters.cropp_output ||
+        record[kRecordSelectionRight] - record[kRecordSelectionLeft] <= kLeastSelection) {
+        return false;
+    }
+    const double wanted_height = parameters.output_height;
+    const double wanted_width = parameters.output_width;
+    if (std::fabs(wanted_height * record[kRecordRatio] - wanted_width) <= kSameRatio * wanted_width) {
+        return false;
+    }
+    for (const RecordField field : {kRecordSelectionShift, kRecordSelectionLeft, kRecordSelectionRight,
+                                    kRecordSelectionTop, kRecordSelectionBottom}) {
+        record[field] = 0.0;
+    }
+    return true;
 }
 
 std::string record_text(const StoredCorrectionRecord& record) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "config/parameter_set.h"
+
 namespace zemora {
 
 /// Places of the values, the same in the text of an image and in a list.
@@ -54,6 +56,14 @@ using StoredCorrectionRecord = std::array<double, kRecordFields>;
 
 /// A record without corrections.
 [[nodiscard]] StoredCorrectionRecord empty_record();
+
+/// The record that the same views have when they face each other the other way round, but for the window: its
+/// near point and its shifts are those of the mirrored disparities.
+[[nodiscard]] StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record);
+
+/// Takes a selection out that was made for another `CroppOutput`, unless the wanted size has the shape of the
+/// stored picture. Whether there was one.
+[[nodiscard]] bool drop_foreign_selection(StoredCorrectionRecord& record, const ParameterSet& parameters);
 
 /// "Zemora_OK_V1.0" and the values; below 256 characters.
 [[nodiscard]] std::string record_text(const StoredCorrectionRecord& record);

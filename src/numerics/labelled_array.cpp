@@ -1,9 +1,10 @@
 #include "numerics/labelled_array.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <string>
 
+#include "platform/console.h"
 #include "platform/process_end.h"
 
 namespace zemora {
@@ -13,8 +14,8 @@ constexpr std::size_t kAlignment = 64;  // bytes; one cache line and one vector 
 }
 
 void end_run_without_memory(const char* label) {
-    std::printf("Memory allocation error. Not enough memory for allocation: %s\n", label);
-    std::fflush(stdout);
+    Console().print(std::string("Memory allocation error. Not enough memory for allocation: ") + label +
+                    '\n');
     end_process(kExitFailure);
 }
 

@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <vector>
 
 #include "numerics/rescale_parts.h"
+#include "platform/console.h"
 #include "platform/process_end.h"
 
 namespace zemora::rescale_parts {
@@ -183,18 +185,23 @@ void prefilter_columns_first(ConstPicture source, const Triangle& triangle, Pict
     }
 }
 
+[[noreturn]] void end_rescaling(const char* reason) {
+    Console().print(reason);
+    end_process(kExitDone);
+}
+
 /// Whole reduction factor of the prefilter; a factor outside 1 to 255 ends the run.
 int prefilter_factor(PictureSize in, PictureSize out) {
     constexpr int kLargestFactor = 255;
     const int n = static_cast<int>(static_cast<float>(in.height) / static_cast<float>(out.height));
     if (n > kLargestFactor) {
-        std::printf("nb1150: rescale out of range\n");
-        end_process(kExitDone);
+        end_rescaling("nb1150: rescale out of range\n");
     }
     if (n == 0) {
-        std::printf("nb1154: severe error: HI=%d, WI=%d, HO_USE=%d, WO_USE=%d\n", in.height, in.width,
-                    out.height, out.width);
-        end_process(kExitDone);
+        std::array<char, 128> text{};
+        std::snprintf(text.data(), text.size(), "nb1154: severe error: HI=%d, WI=%d, HO_USE=%d, WO_USE=%d\n",
+                      in.height, in.width, out.height, out.width);
+        end_rescaling(text.data());
     }
     return n;
 }

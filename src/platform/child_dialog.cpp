@@ -1,6 +1,7 @@
 #include "platform/child_dialog.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's, with kill
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -17,15 +18,14 @@ namespace {
 
 /// In the child: the pipes in place of its standard streams, and the program; `failure` closes when it
 /// runs and gets a byte when it cannot. Only calls that are allowed between fork and exec.
-[[noreturn]] void become_program(char** arguments, int input, int output, int failure) {
+[[noreturn]] void become_program(char** arguments, int input, int output, int errors, int failure) {
 #if defined(__linux__)
     prctl(PR_SET_PDEATHSIG, SIGINT);  // the polite signal: programs clean up behind it
 #endif
     signal(SIGPIPE, SIG_DFL);
-    const int nowhere = open("/dev/null", O_WRONLY);
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
-    dup2(nowhere, STDERR_FILENO);
+    dup2(errors, STDERR_FILENO);
     execvp(arguments[0], arguments);
     [[maybe_unused]] const ssize_t count = write(failure, "x", 1);
     _exit(127);
@@ -88,8 +88,10 @@ ChildDialog::~ChildDialog() {
 bool ChildDialog::start(const std::vector<std::string>& arguments, std::string goodbye) {
     Pipe input;
     Pipe output;
+    Pipe errors;
     Pipe failure;
-    if (arguments.empty() || !input.is_open() || !output.is_open() || !failure.is_open()) {
+    if (arguments.empty() || !input.is_open() || !output.is_open() || !errors.is_open() ||
+        !failure.is_open()) {
         return false;
     }
     signal(SIGPIPE, SIG_IGN);  // a program that has gone is seen at the write
@@ -100,14 +102,15 @@ bool ChildDialog::start(const std::vector<std::string>& arguments, std::string g
     vector.push_back(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        become_program(vector.data(), input.ends[0], output.ends[1], failure.ends[1]);
+        become_program(vector.data(), input.ends[0], output.ends[1], errors.ends[1], failure.ends[1]);
     }
     if (child < 0) {
         return false;
     }
     child_ = child;
     to_child_ = input.take(1);
-    from_child_ = output.take(0);
+    output_.descriptor = output.take(0);
+    errors_.descriptor = errors.take(0);
     goodbye_ = std::move(goodbye);
     if (!has_become_program(failure)) {
         close();
@@ -128,29 +131,58 @@ bool ChildDialog::write(std::string_view text) {
     return true;
 }
 
-bool ChildDialog::read_until(std::string_view end, std::vector<std::uint8_t>& output) {
+bool ChildDialog::Stream::take(std::string_view end, std::vector<std::uint8_t>& answer) {
+    const auto start = received.begin() + static_cast<std::ptrdiff_t>(searched);
+    const auto found = std::search(start, received.end(), end.begin(), end.end(),
+                                   [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); });
+    if (found == received.end()) {
+        searched = received.size() - std::min(received.size(), end.size());
+        return false;
+    }
+    // What follows belongs to the next answer.
+    const auto next = found + static_cast<std::ptrdiff_t>(end.size());
+    answer.assign(received.begin(), next);
+    received.erase(received.begin(), next);
+    searched = 0;
+    return true;
+}
+
+bool ChildDialog::Stream::receive() {
     std::array<std::uint8_t, 65536> block;
-    std::size_t searched = 0;  // no answer ends before it
+    const ssize_t count = read(descriptor, block.data(), block.size());
+    if (count > 0) {
+        received.insert(received.end(), block.begin(), block.begin() + count);
+    }
+    return count > 0 || (count < 0 && errno == EINTR);
+}
+
+bool ChildDialog::receive_some() {
+    std::array<pollfd, 2> waiting{{{output_.descriptor, POLLIN, 0}, {errors_.descriptor, POLLIN, 0}}};
+    if (poll(waiting.data(), waiting.size(), -1) < 0) {
+        return errno == EINTR;
+    }
+    if (waiting[1].revents != 0 && !errors_.receive()) {
+        ::close(std::exchange(errors_.descriptor, -1));
+    }
+    return waiting[0].revents == 0 || output_.receive();
+}
+
+bool ChildDialog::read_until(std::string_view end, std::vector<std::uint8_t>& output,
+                             std::vector<std::uint8_t>* errors) {
+    bool has_output = false;
+    bool has_errors = errors == nullptr;
     for (;;) {
-        const auto start = received_.begin() + static_cast<std::ptrdiff_t>(searched);
-        const auto found =
-            std::search(start, received_.end(), end.begin(), end.end(),
-                        [](std::uint8_t a, char b) { return a == static_cast<std::uint8_t>(b); });
-        if (found != received_.end()) {
-            // What follows belongs to the next answer.
-            const auto next = found + static_cast<std::ptrdiff_t>(end.size());
-            output.assign(received_.begin(), next);
-            received_.erase(received_.begin(), next);
+        has_output = has_output || output_.take(end, output);
+        has_errors = has_errors || errors_.take(end, *errors) || (has_output && errors_.descriptor < 0);
+        if (has_output && has_errors) {
             return true;
         }
-        searched = received_.size() - std::min(received_.size(), end.size());
-        const ssize_t count = read(from_child_, block.data(), block.size());
-        if (count > 0) {
-            received_.insert(received_.end(), block.begin(), block.begin() + count);
-        } else if (count == 0 || errno != EINTR) {
-            output = std::move(received_);
+        if (!receive_some()) {
+            if (!has_output) {
+                output = std::move(output_.received);
+            }
             close();
-            return false;
+            return has_output;
         }
     }
 }
@@ -160,7 +192,7 @@ void ChildDialog::close() {
     if (child_ > 0 && to_child_ >= 0 && !goodbye_.empty()) {
         [[maybe_unused]] const ssize_t count = ::write(to_child_, goodbye_.data(), goodbye_.size());
     }
-    for (int* end : {&to_child_, &from_child_}) {
+    for (int* end : {&to_child_, &output_.descriptor, &errors_.descriptor}) {
         if (*end >= 0) {
             ::close(*end);
             *end = -1;
@@ -173,7 +205,8 @@ void ChildDialog::close() {
         }
     }
     child_ = 0;
-    received_.clear();
+    output_ = {};
+    errors_ = {};
 }
 
 }  // namespace zemora

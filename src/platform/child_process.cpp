@@ -1,6 +1,7 @@
 #include "platform/child_process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 
 extern char** environ;  // NOLINT: the name is the system's
@@ -55,16 +57,39 @@ int spawn(const std::vector<std::string>& arguments, const FileActions& actions,
         vector.push_back(const_cast<char*>(argument.c_str()));  // NOLINT: the call does not write
     }
     vector.push_back(nullptr);
+    flush_console();
     return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environment);
 }
 
-void read_to_end(int descriptor, std::vector<std::uint8_t>& bytes) {
+/// Reads what there is; false at the end.
+bool read_some(int descriptor, std::vector<std::uint8_t>& bytes) {
     std::array<std::uint8_t, 65536> block;
-    for (;;) {
-        const ssize_t count = read(descriptor, block.data(), block.size());
-        if (count > 0) {
-            bytes.insert(bytes.end(), block.begin(), block.begin() + count);
-        } else if (count == 0 || errno != EINTR) {
+    const ssize_t count = read(descriptor, block.data(), block.size());
+    if (count > 0) {
+        bytes.insert(bytes.end(), block.begin(), block.begin() + count);
+    }
+    return count > 0 || (count < 0 && errno == EINTR);
+}
+
+void read_to_end(int descriptor, std::vector<std::uint8_t>& bytes) {
+    while (read_some(descriptor, bytes)) {
+    }
+}
+
+/// Both at once: a program that waits for a reader of the one would never end the other.
+void read_both_to_end(int output, std::vector<std::uint8_t>& output_bytes, int errors,
+                      std::vector<std::uint8_t>& error_bytes) {
+    std::array<pollfd, 2> waiting{{{output, POLLIN, 0}, {errors, POLLIN, 0}}};
+    const auto read_ready = [](pollfd& stream, std::vector<std::uint8_t>& bytes) {
+        if (stream.revents != 0 && !read_some(stream.fd, bytes)) {
+            stream.fd = -1;  // at its end, and passed over from now on
+        }
+    };
+    while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
+        if (poll(waiting.data(), waiting.size(), -1) >= 0) {
+            read_ready(waiting[0], output_bytes);
+            read_ready(waiting[1], error_bytes);
+        } else if (errno != EINTR) {
             return;
         }
     }
@@ -107,6 +132,39 @@ ChildResult run_child(const std::vector<std::string>& arguments, bool pass_error
         result.error = std::strerror(error);
     }
     close(ends[0]);
+    return result;
+}
+
+ChildResult run_child_and_keep_errors(const std::vector<std::string>& arguments) {
+    ChildResult result;
+    std::array<int, 2> output{};
+    std::array<int, 2> errors{};
+    if (arguments.empty() || pipe2(output.data(), O_CLOEXEC) != 0) {
+        result.error = std::strerror(errno);
+        return result;
+    }
+    if (pipe2(errors.data(), O_CLOEXEC) != 0) {
+        result.error = std::strerror(errno);
+        close(output[0]);
+        close(output[1]);
+        return result;
+    }
+    FileActions actions;
+    actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    actions.duplicate(output[1], STDOUT_FILENO);
+    actions.duplicate(errors[1], STDERR_FILENO);
+    pid_t child = 0;
+    const int error = spawn(arguments, actions, child);
+    close(output[1]);
+    close(errors[1]);
+    if (error == 0) {
+        read_both_to_end(output[0], result.output, errors[0], result.errors);
+        result.exit_code = wait_for(child);
+    } else {
+        result.error = std::strerror(error);
+    }
+    close(output[0]);
+    close(errors[0]);
     return result;
 }
 

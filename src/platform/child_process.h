@@ -11,6 +11,7 @@ namespace zemora {
 struct ChildResult {
     int exit_code = -1;                ///< -1 when it could not be started or ended by a signal.
     std::vector<std::uint8_t> output;  ///< Standard output.
+    std::vector<std::uint8_t> errors;  ///< Standard error, where it was asked for.
     std::string error;                 ///< The system's reason when it could not be started.
     [[nodiscard]] bool succeeded() const { return exit_code == 0; }
 };
@@ -20,6 +21,9 @@ struct ChildResult {
 /// `plain_language`, for programs whose words are read by this one.
 [[nodiscard]] ChildResult run_child(const std::vector<std::string>& arguments, bool pass_errors = false,
                                     bool plain_language = false);
+
+/// As `run_child`, and keeps what the program says on its standard error.
+[[nodiscard]] ChildResult run_child_and_keep_errors(const std::vector<std::string>& arguments);
 
 /// Runs a program that a person works with, as `run_child`, but what it prints goes to the console at once:
 /// flush that before. Only its own end is waited for, not that of programs it leaves behind.

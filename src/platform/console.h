@@ -7,7 +7,7 @@
 
 namespace zemora {
 
-/// Writes to standard output. Overwritten lines and the bell appear only on a terminal; in a pipe
+/// Writes to standard output, each line as soon as it is whole. Overwritten lines and the bell appear only on a terminal; in a pipe
 /// or a file each step is one plain line.
 class Console {
 public:
@@ -15,8 +15,8 @@ public:
 
     /// Prints the text; control characters other than line ends and tabs are shown as "?".
     void print(std::string_view text);
-    /// Shows one state of a running step: overwrites the line on a terminal, cut to its width. Elsewhere
-    /// the line appears once, when `percent` has reached 100.
+    /// Shows one state of a running step: overwrites the line on a terminal, where the name of the step is cut
+    /// to its width. Elsewhere the line appears once, when `percent` has reached 100.
     void progress(std::string_view step, double percent);
     /// What stands round the steps in those lines: before them which pair of how many is at work, behind
     /// them, on a terminal, the time that the rest will take.
@@ -44,6 +44,13 @@ private:
 
 /// "Please hit Enter // Bitte Enter Taste...", the same in both languages.
 inline constexpr std::string_view kWaitingLine = "Please hit Enter // Bitte Enter Taste...";
+
+/// Writes out a begun line; before an outside program, at every end, and from a signal handler.
+void flush_console();
+
+/// Why something printed could not be written, e.g. a full disk; empty when all was. A reader of a pipe that
+/// has gone is no error.
+[[nodiscard]] std::string console_error();
 
 /// The text with control characters shown as "?", for names on the console and in reports.
 [[nodiscard]] std::string printable(std::string_view text);

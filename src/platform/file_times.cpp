@@ -48,4 +48,9 @@ bool set_file_times(const std::string& path, std::int64_t calendar_seconds) {
     return utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
 }
 
+bool is_file_older_than(const std::string& path, std::int64_t calendar_seconds) {
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_mtime < calendar_seconds;
+}
+
 }  // namespace zemora

@@ -23,4 +23,7 @@ struct LocalTime {
 /// Sets both times of `path`, to the second. False when the system refuses.
 [[nodiscard]] bool set_file_times(const std::string& path, std::int64_t calendar_seconds);
 
+/// Whether `path` is a plain file, and no link to one, that was last changed before that time.
+[[nodiscard]] bool is_file_older_than(const std::string& path, std::int64_t calendar_seconds);
+
 }  // namespace zemora

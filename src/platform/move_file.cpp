@@ -11,6 +11,11 @@
 
 namespace zemora {
 
+bool name_is_taken(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+}
+
 MoveOutcome move_without_replacing(const std::string& from, const std::string& to) {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return {MoveResult::done, {}};

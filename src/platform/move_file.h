@@ -17,6 +17,9 @@ struct MoveOutcome {
     [[nodiscard]] bool is_done() const { return result == MoveResult::done; }
 };
 
+/// Whether a file, folder or link has that name, wherever the link leads.
+[[nodiscard]] bool name_is_taken(const std::string& path);
+
 /// Renames `from` to `to` on one file system. A file, folder or link that has the new name stays.
 [[nodiscard]] MoveOutcome move_without_replacing(const std::string& from, const std::string& to);
 

@@ -64,7 +64,9 @@ std::string with_slashes(std::string_view path) {
     return changed;
 }
 
-bool is_absolute(std::string_view path) { return !path.empty() && path.front() == '/'; }
+bool is_absolute(std::string_view path) {
+    return !path.empty() && path.front() == '/';
+}
 
 bool has_drive(std::string_view path) {
     return path.size() >= 2 && path[1] == ':' && std::isalpha(static_cast<unsigned char>(path[0])) != 0 &&
@@ -155,7 +157,8 @@ bool is_same_file(const std::string& a, const std::string& b) {
 
 bool is_private_to_user(const std::string& path) {
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && status.st_uid == geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    return stat(path.c_str(), &status) == 0 && status.st_uid == geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 bool make_folders(const std::string& path, std::string& reason) {
@@ -180,14 +183,27 @@ std::string program_directory() {
     return error ? working_directory() : program.parent_path().string();
 }
 
-std::string find_data_file(const std::string& name) {
-    const std::string folder = program_directory();
-    for (const std::string& place : {folder + '/' + name, join_path(folder, "../share/zemora/" + name)}) {
+namespace {
+
+/// The name in one of two folders, seen from the program's own; empty when it is in neither.
+std::string find_beside_program(const char* first, const char* second, const std::string& name) {
+    for (const char* folder : {first, second}) {
+        const std::string place = join_path(join_path(program_directory(), folder), name);
         if (file_exists(place)) {
             return place;
         }
     }
     return {};
+}
+
+}  // namespace
+
+std::string find_data_file(const std::string& name) {
+    return find_beside_program(".", "../share/zemora", name);
+}
+
+std::string find_document(const std::string& name) {
+    return find_beside_program("doc", "../share/doc/zemora", name);
 }
 
 std::string state_directory() {

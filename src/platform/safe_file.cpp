@@ -1,14 +1,23 @@
 #include "platform/safe_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's, with kill
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <mutex>
+#include <set>
+#include <string_view>
+
+#include "platform/process_end.h"
 
 namespace zemora {
 
@@ -57,10 +66,60 @@ std::string folder_with_slash(const std::string& path) {
     return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
+constexpr std::string_view kHiddenStart = ".zemora-";
+
 /// A name that no other call of this process gets.
 std::string hidden_name(const std::string& folder) {
     static std::atomic<unsigned> counter{0};
-    return folder + ".zemora-" + std::to_string(getpid()) + '-' + std::to_string(counter++);
+    return folder + std::string(kHiddenStart) + std::to_string(getpid()) + '-' + std::to_string(counter++);
+}
+
+/// The process that made a hidden file; 0 for any other name.
+pid_t maker_of(std::string_view name) {
+    if (!name.starts_with(kHiddenStart)) {
+        return 0;
+    }
+    name.remove_prefix(kHiddenStart.size());
+    unsigned counter = 0;
+    pid_t process = 0;
+    const char* end = name.data() + name.size();
+    const auto [dash, error] = std::from_chars(name.data(), end, process);
+    if (error != std::errc() || process <= 0 || dash == end || *dash != '-') {
+        return 0;
+    }
+    const auto [rest, counter_error] = std::from_chars(dash + 1, end, counter);
+    return counter_error == std::errc() && rest == end ? process : 0;
+}
+
+/// A hidden file stands for a moment only; one that a process of this name on another machine is writing is
+/// younger than this.
+constexpr time_t kLeftOverAge = 60;  // seconds
+
+bool is_left_over(int folder, const char* name) {
+    const pid_t maker = maker_of(name);
+    struct stat status = {};
+    return maker != 0 && kill(maker, 0) != 0 && errno == ESRCH &&
+           fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode) &&
+           status.st_uid == geteuid() && status.st_mtime + kLeftOverAge < std::time(nullptr);
+}
+
+/// Removes what killed runs have left, once a folder.
+void sweep(const std::string& folder) {
+    static std::mutex mutex;
+    static std::set<std::string> swept;
+    const std::lock_guard lock(mutex);
+    if (!swept.insert(folder).second) {
+        return;
+    }
+    DIR* entries = opendir(folder.c_str());
+    while (const dirent* entry = entries != nullptr ? readdir(entries) : nullptr) {
+        if (is_left_over(dirfd(entries), entry->d_name)) {
+            unlinkat(dirfd(entries), entry->d_name, 0);
+        }
+    }
+    if (entries != nullptr) {
+        closedir(entries);
+    }
 }
 
 constexpr mode_t kReadWriteAll = 0666;  // less what the user's mask takes away
@@ -133,7 +192,13 @@ std::string write_file_whole(const std::string& path, std::span<const std::uint8
     if (replaces && !S_ISREG(old.st_mode)) {
         return S_ISDIR(old.st_mode) ? system_reason(EISDIR) : "not a plain file";
     }
+    sweep(folder_with_slash(path));
     for (const bool nameless : {true, false}) {
+        // A hidden name never outlives the run.
+        std::optional<NoEndSignals> hold;
+        if (!nameless) {
+            hold.emplace();
+        }
         NewFile file(path, nameless);
         if (!file.is_open()) {
             continue;
@@ -144,8 +209,11 @@ std::string write_file_whole(const std::string& path, std::span<const std::uint8
         if (replaces) {
             file.set_permissions(old.st_mode & kPermissionBits);
         }
-        if (nameless && !file.give_name()) {
-            continue;
+        if (nameless) {
+            hold.emplace();
+            if (!file.give_name()) {
+                continue;
+            }
         }
         return file.publish(path) ? std::string() : system_reason(errno);
     }

@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,23 +47,6 @@ void remove_named_folder() {
     g_folder_name[0] = '\0';
 }
 
-extern "C" void on_end_signal(int number) {
-    remove_named_folder();
-    signal(number, SIG_DFL);
-    raise(number);
-}
-
-void remove_at_signals() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction old = {};
-        if (sigaction(number, nullptr, &old) == 0 && old.sa_handler == SIG_DFL) {
-            struct sigaction action = {};
-            action.sa_handler = on_end_signal;
-            sigaction(number, &action, nullptr);
-        }
-    }
-}
-
 std::string make_folder() {
     const char* base = std::getenv("TMPDIR");
     std::string pattern = base != nullptr && *base != '\0' ? base : "/tmp";
@@ -75,7 +57,6 @@ std::string make_folder() {
     std::strcpy(g_folder_name.data(), pattern.c_str());
     g_owner = getpid();
     std::atexit(remove_named_folder);
-    remove_at_signals();
     return pattern;
 }
 

@@ -41,9 +41,8 @@ void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
 }
 
 CaptionPlace caption_place(const WarpState& warp, int picture_column, View view) {
-    const int floating = view == View::left ? -(warp.frame.floating / 2) : warp.frame.floating / 2;
     const bool is_mirrored = view == View::left ? warp.left_is_mirrored : warp.right_is_mirrored;
-    return {picture_column - floating + warp.width / 2, is_mirrored};
+    return {picture_column - floating_share(warp, view) + warp.width / 2, is_mirrored};
 }
 
 Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view) {

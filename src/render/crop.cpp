@@ -252,4 +252,17 @@ void move_to_origin(WarpState& warp, const PixelRectangle& kept) {
     }
 }
 
+void narrow_views(WarpState& warp, int width) {
+    if (width < 1 || width >= warp.width) {
+        return;
+    }
+    const int first = (warp.width - width) / 2;
+    move_to_origin(warp, {first, first + width - 1, 0, warp.height - 1});
+    warp.width = width;
+    for (ViewGeometry* record : {&warp.left_record, &warp.right_record}) {
+        record->kept_x += first;
+        record->kept_width = width;
+    }
+}
+
 }  // namespace zemora

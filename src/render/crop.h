@@ -36,4 +36,7 @@ void blank_common(Picture left, Picture right, Colour background);
 /// Moves the rectangle of both working pictures to their origin.
 void move_to_origin(WarpState& warp, const PixelRectangle& kept);
 
+/// Cuts both finished views, equally at both sides, to `width` where they are wider.
+void narrow_views(WarpState& warp, int width);
+
 }  // namespace zemora

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kSide = 3000;  ///< Pixels.
 constexpr int kDomePixelBytes = 4;
+constexpr BYTE kOpaque = 255;
 constexpr double kOuterRadius = 0.95;  ///< The bottom of the picture, in half sides of the dome.
 constexpr double kPictureHeight = 0.75;
 constexpr double kPictureAngle = 1.9896753472735356;  ///< Radians; 0.95 of the third of a turn.
@@ -40,6 +41,7 @@ void draw_pixel(ConstPicture canvas, double x, double y, BYTE* target) {
         const int column = round_half_up(angle_in_copy(copy, angle) / kPictureAngle * (canvas.width - 1));
         if (column >= 0 && column < canvas.width) {
             std::copy_n(canvas.pixel(column, row), kPixelBytes, target);
+            target[kPixelBytes] = kOpaque;
         }
     }
 }

@@ -8,8 +8,8 @@
 namespace zemora {
 
 /// The dome picture, 3000 by 3000 pixels of 32 bits: the canvas stands three times round the zenith, its
-/// bottom outside. What lies between the copies is 0, and so is alpha everywhere. Empty when the memory is
-/// not there.
+/// bottom outside and opaque. What lies between the copies is 0, alpha too. Empty when the memory is not
+/// there.
 [[nodiscard]] Bitmap dome_picture(ConstPicture canvas);
 
 /// Saves it as TIFF. Empty, or the reason why there is no such file.

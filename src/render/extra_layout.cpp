@@ -17,8 +17,7 @@ CellRow lay_out_row(const WarpState& warp, const CellFrame& cell, std::string_vi
     int column = cell.left + line;
     for (const char name : views) {
         const View view = name == 'l' ? View::left : View::right;
-        const int share = view == View::left ? -cell.floating_share : cell.floating_share;
-        row.views.push_back({view, column + share, bottom + frame_below + line});
+        row.views.push_back({view, column + floating_share(warp, view), bottom + frame_below + line});
         column += pitch;
     }
     return row;

@@ -94,8 +94,7 @@ void draw_views(const WarpState& warp, const CellRow& row, Picture canvas) {
 }
 
 /// Everything but the pictures comes first: cells may overlap.
-Bitmap compose_tiled(WarpState& warp, const TiledFormat& format) {
-    const TiledLayout layout = tiled_layout(warp, format.tiling);
+Bitmap compose_tiled(const WarpState& warp, const TiledFormat& format, const TiledLayout& layout) {
     Bitmap canvas = framed_canvas(warp, layout.width, layout.height);
     if (!canvas) {
         fail_for_memory(warp, format.no_memory, format.advice);
@@ -132,18 +131,17 @@ Bitmap compose_interlaced(WarpState& warp) {
     return canvas;
 }
 
-/// The 16-bit form of a format; empty when the sources are not deep.
-Bitmap compose_deep(const WarpState& warp, const TiledFormat& format, const SourceFiles& sources) {
-    const DeepPair pair = make_deep_outputs(warp, sources);
-    if (!pair) {
-        return {};
+/// The 16-bit form of a format.
+Bitmap compose_deep(WarpState& warp, const TiledFormat& format, const DeepViews& deep) {
+    const TiledLayout layout = tiled_layout(warp, format.tiling);
+    const Bitmap canvas = compose_tiled(warp, format, layout);
+    std::vector<PlacedDeepView> views;
+    for (const CellRow& row : layout.rows) {
+        for (const PlacedView& placed : row.views) {
+            views.push_back({placed.view == View::left ? deep.left : deep.right, placed.column, placed.row});
+        }
     }
-    const bool has_two_rows = !format.tiling.rows[1].empty();
-    Bitmap both = has_two_rows ? stack_deep(pair.left, pair.right) : join_deep(pair.left, pair.right);
-    if (!both) {
-        fail_for_memory(warp, "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
-    }
-    return squeeze_or_end(warp, std::move(both), format);
+    return squeeze_or_end(warp, deepened(warp, canvas, views), format);
 }
 
 /// Whether the Exif data of that file are taken over as they stand.
@@ -195,7 +193,11 @@ Bitmap compose_extra(WarpState& warp, ExtraFormat format) {
         return compose_interlaced(warp);
     }
     const TiledFormat* tiled = find_tiled_format(format);
-    return tiled == nullptr ? Bitmap() : squeeze_or_end(warp, compose_tiled(warp, *tiled), *tiled);
+    if (tiled == nullptr) {
+        return {};
+    }
+    const TiledLayout layout = tiled_layout(warp, tiled->tiling);
+    return squeeze_or_end(warp, compose_tiled(warp, *tiled, layout), *tiled);
 }
 
 StoreResult write_extra(WarpState& warp, const std::string& file, const SourceFiles& sources) {
@@ -205,9 +207,9 @@ StoreResult write_extra(WarpState& warp, const std::string& file, const SourceFi
     }
     const SaveOptions options(warp.parameters);
     const TiledFormat* tiled = find_tiled_format(format);
-    if (tiled != nullptr && tiled->has_deep_form && wants_deep(warp, file)) {
-        if (const Bitmap deep = compose_deep(warp, *tiled, sources)) {
-            return result_of(file, save_deep_picture(deep, file, options));
+    if (tiled != nullptr && tiled->has_deep_form) {
+        if (const DeepViews deep = find_deep_views(warp, sources, file)) {
+            return result_of(file, save_deep_picture(compose_deep(warp, *tiled, deep), file, options));
         }
     }
     const Bitmap canvas = compose_extra(warp, format);

@@ -47,14 +47,13 @@ CellFrame lay_out_width(WarpState& warp, int least_fill_width) {
 }
 
 /// Holds the share of a view in the floating displacement to the margin that is there for it.
-int held_floating(WarpState& warp, const CellFrame& cell) {
+void hold_floating(WarpState& warp, const CellFrame& cell) {
     int& floating = warp.frame.floating;
     const int largest = std::max(0, std::min(cell.left, cell.right));
     if (std::abs(floating / 2) > largest) {
         warp.voice.say<Msg::warpimage_frame_floating_reduced>();
         floating = floating < 0 ? -2 * largest : 2 * largest;
     }
-    return floating / 2;
 }
 
 void set_colour(std::uint8_t* pixel, Colour colour) {
@@ -112,12 +111,19 @@ void feather_edge(const Edge& edge, int ramp) {
     }
 }
 
-/// The width that the automatic frame adds to: the forced one, else that of the final warp.
-int framed_width(const WarpState& warp) {
-    const bool forced = warp.latest_size_step != 0 && warp.work_width > 0 &&
-                        (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
-                         warp.force_size == kForceBothHeightLarger);
-    return forced ? warp.work_width : warp.width;
+bool has_forced_width(const WarpState& warp) {
+    return warp.latest_size_step != 0 && warp.work_width > 0 &&
+           (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
+            warp.force_size == kForceBothHeightLarger);
+}
+
+/// The views get narrower in place of their canvas: by a smaller forced width, or by a cut.
+int narrow(WarpState& warp, int width) {
+    const int narrowed = std::max(width, 1);
+    if (has_forced_width(warp)) {
+        warp.work_width = narrowed;
+    }
+    return narrowed;
 }
 
 }  // namespace
@@ -135,10 +141,15 @@ double pixels_from_reference(int value, int win_off_reference, int height, int w
     return value;
 }
 
+int floating_share(const WarpState& warp, View view) {
+    const int sign = view == View::left ? warp.left_floating_sign : warp.right_floating_sign;
+    return sign * (warp.frame.floating / 2);
+}
+
 CellFrame settle_cell_frame(WarpState& warp, int least_fill_width) {
     settle_height(warp);
-    CellFrame cell = lay_out_width(warp, least_fill_width);
-    cell.floating_share = held_floating(warp, cell);
+    const CellFrame cell = lay_out_width(warp, least_fill_width);
+    hold_floating(warp, cell);
     return cell;
 }
 
@@ -149,12 +160,11 @@ int held_central(const WarpState& warp, const CellFrame& cell) {
 CanvasLayout single_view_layout(WarpState& warp, View view) {
     const CellFrame cell = settle_cell_frame(warp, warp.width);
     const FrameSettings& frame = warp.frame;
-    const int share = cell.floating_share;
     CanvasLayout layout;
     layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
     layout.width = warp.width + 2 * frame.thin_line + cell.left + cell.right;
     layout.picture_row = frame.bottom + frame.thin_line;
-    layout.left_picture_column = cell.left + frame.thin_line + (view == View::left ? -share : share);
+    layout.left_picture_column = cell.left + frame.thin_line + floating_share(warp, view);
     layout.right_picture_column = layout.left_picture_column;
     return layout;
 }
@@ -168,8 +178,9 @@ CanvasLayout side_by_side_layout(WarpState& warp) {
     layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
     layout.width = 2 * half + frame.central;
     layout.picture_row = frame.bottom + frame.thin_line;
-    layout.left_picture_column = frame.thin_line + cell.left - cell.floating_share;
-    layout.right_picture_column = half + frame.central + cell.left + frame.thin_line + cell.floating_share;
+    layout.left_picture_column = frame.thin_line + cell.left + floating_share(warp, View::left);
+    layout.right_picture_column =
+        half + frame.central + cell.left + frame.thin_line + floating_share(warp, View::right);
     return layout;
 }
 
@@ -177,51 +188,50 @@ CanvasLayout anaglyph_layout(WarpState& warp) {
     const int line = std::exchange(warp.frame.thin_line, 0);
     CanvasLayout layout = single_view_layout(warp, View::left);
     warp.frame.thin_line = line;
-    layout.right_picture_column += 2 * (warp.frame.floating / 2);
+    layout.right_picture_column += floating_share(warp, View::right) - floating_share(warp, View::left);
     return layout;
 }
 
-bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px) {
+int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px) {
     const bool narrows = parameters.auto_frame_floating == 2;
     if (parameters.auto_frame_floating != 1 && !narrows) {
-        return false;
+        return 0;
     }
     const double target = pixels_from_reference(parameters.floating_target, parameters.win_off_reference,
                                                 warp.height, warp.width);
     const int surplus = round_half_up(far_point_px - target);
     const int floating = surplus > -2 ? 2 * (surplus / 2) : 0;
     FrameSettings& frame = warp.frame;
-    const int width = framed_width(warp);
+    const int width = has_forced_width(warp) ? warp.work_width : warp.width;
     frame.floating = -floating;
     if (frame.fill_width == 0) {
         const int old = frame.left_right;
         if (old >= floating / 2) {
-            return false;
+            return 0;
         }
         warp.voice.print(
             format_text("Warning: FrameLeftRight = %d too small: need at least %d\n", old, floating / 2));
         frame.left_right = floating / 2;
-        if (narrows) {
-            warp.work_width = width + 2 * old - floating;
-        }
-        return true;
+        return narrows ? narrow(warp, width + 2 * old - floating) : 0;
     }
-    if (frame.fill_width - width < floating) {
-        const int output_width = parameters.output_width > 0 ? parameters.output_width : width;
-        warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n",
-                                     frame.fill_width, output_width + floating));
-        (narrows ? warp.work_width : frame.fill_width) =
-            narrows ? frame.fill_width - floating : width + floating;
+    if (frame.fill_width - width >= floating) {
+        return 0;
     }
-    return false;
+    const int output_width = parameters.output_width > 0 ? parameters.output_width : width;
+    warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
+                                 output_width + floating));
+    if (narrows) {
+        return narrow(warp, frame.fill_width - floating);
+    }
+    frame.fill_width = width + floating;
+    return 0;
 }
 
 void floating_bands(WarpState& warp, Curtains curtains, int auto_frame_floating) {
     const int left = std::clamp(curtains.left, 0, warp.width / 2);
     const int right = std::clamp(curtains.right, 0, warp.width / 2);
     const bool soft = auto_frame_floating == 4 || auto_frame_floating == 6;
-    if ((left == 0 && right == 0) || auto_frame_floating < 0 || auto_frame_floating > 6 ||
-        auto_frame_floating == 1 || auto_frame_floating == 2) {
+    if (left == 0 && right == 0) {
         return;
     }
     const Edge left_edge{warp.left.picture(warp.width, warp.height), false};

@@ -30,8 +30,9 @@ enum class View { left, right };
 struct CellFrame {
     int left = 0;
     int right = 0;
-    int floating_share = 0;  ///< The left view moves by minus this, the right one by this.
 };
+/// How far `FrameFloating` moves the picture that stands there; pixels to the right.
+[[nodiscard]] int floating_share(const WarpState& warp, View view);
 /// As the layouts do it; `frame.top` and `frame.bottom` of `warp` are settled too. A `FillWidth` below
 /// `least_fill_width` is told.
 [[nodiscard]] CellFrame settle_cell_frame(WarpState& warp, int least_fill_width);
@@ -40,9 +41,9 @@ struct CellFrame {
 [[nodiscard]] int held_central(const WarpState& warp, const CellFrame& cell);
 
 /// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in output pixels. Changes
-/// `warp.frame` and, in mode 2, `work_width` of `warp`.
-/// True when `frame.left_right` was enlarged: the caller restores it after the pair.
-bool apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px);
+/// `warp.frame` and, in mode 2 with a forced width, `work_width` of `warp`.
+/// The width that mode 2 narrows the views to, so that their canvas keeps its own; 0 when they stay.
+[[nodiscard]] int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px);
 
 /// Widths of the curtains, pixels.
 struct Curtains {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 #include "platform/safe_file.h"
 
@@ -130,38 +129,6 @@ FileBytes second_index() {
     return bytes.take();
 }
 
-// Places in the index of the first picture, from its TIFF header.
-constexpr std::size_t kFirstEntry = 0x32;
-constexpr std::size_t kSecondEntry = kFirstEntry + 16;
-constexpr std::size_t kSizePlace = 4;  ///< In an entry.
-constexpr std::size_t kOffsetPlace = 8;
-
-std::uint32_t number32(Bytes bytes, std::size_t at) {
-    return bytes[at] | std::uint32_t{bytes[at + 1]} << 8 | std::uint32_t{bytes[at + 2]} << 16 |
-           std::uint32_t{bytes[at + 3]} << 24;
-}
-
-/// Position of the TIFF header in the index that `first_index` has made; nothing without one.
-std::optional<std::size_t> find_first_index(Bytes file) {
-    constexpr std::string_view kStart("MPF\0II*\0\b\0\0\0", 12);
-    for (std::size_t at = kMarkerSize;
-         at + 2 * kMarkerSize + kFirstSize <= file.size() && file[at] == 0xFF;) {
-        const std::uint8_t code = file[at + 1];
-        const Bytes name = file.subspan(at + 2 * kMarkerSize, kStart.size());
-        const std::size_t header = at + kMarkerSize + kHeadSize;
-        if (code == kApplication2 && std::equal(name.begin(), name.end(), kStart.begin()) &&
-            number32(file, header + kFirstEntry) == (kRepresentative | kTypeDisparity) &&
-            number32(file, header + kSecondEntry) == kTypeDisparity) {
-            return header;
-        }
-        if (code == kStartOfScan) {
-            break;
-        }
-        at += kMarkerSize + (std::size_t{file[at + 2]} << 8 | file[at + 3]);
-    }
-    return std::nullopt;
-}
-
 void add_picture(TiffBytes& file, const FileBytes& exif, const FileBytes& index, Bytes picture) {
     file.number16_high_first(0xFF00 | kStartOfImage);
     file.number16_high_first(0xFF00 | kApplication1);
@@ -192,28 +159,6 @@ std::optional<FileBytes> join_as_mpo(Bytes left_jpeg, Bytes right_jpeg, const Mp
                 *left);
     add_picture(file, exif, second_index(), *right);
     return file.take();
-}
-
-std::string settle_first_size(const std::string& path) {
-    std::string reason;
-    auto file = read_file_whole(path, reason);
-    if (!file) {
-        return reason;
-    }
-    const auto header = find_first_index(*file);
-    if (!header) {
-        return {};
-    }
-    const std::size_t start = *header + number32(*file, *header + kSecondEntry + kOffsetPlace);
-    const bool is_picture = start > *header + kFirstSize && start + kMarkerSize <= file->size() &&
-                            (*file)[start] == 0xFF && (*file)[start + 1] == kStartOfImage;
-    if (!is_picture || number32(*file, *header + kFirstEntry + kSizePlace) == start) {
-        return {};
-    }
-    for (std::size_t i = 0; i < sizeof(std::uint32_t); ++i) {
-        (*file)[*header + kFirstEntry + kSizePlace + i] = static_cast<std::uint8_t>(start >> 8 * i);
-    }
-    return write_file_whole(path, *file);
 }
 
 }  // namespace zemora

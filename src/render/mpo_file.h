@@ -16,9 +16,4 @@ namespace zemora {
                                                    std::span<const std::uint8_t> right_jpeg,
                                                    const MpoMetadata& metadata, const Voice& voice);
 
-/// Makes the index of a file of ours right again after its first picture was edited: editors move the second
-/// one and leave the size of the first. Empty, or the reason of a failure; the file is left as it is when its
-/// index does not lead to the second picture.
-[[nodiscard]] std::string settle_first_size(const std::string& path);
-
 }  // namespace zemora

@@ -37,7 +37,7 @@ TargetSize free_size(int source_height, int source_width, int cropp_output) {
     target.free_size_below_crop_3 = cropp_output < 3;
     if (cropp_output < 4 && std::min(source_height, source_width) < kSmallestSide) {
         enlarge(target, source_height, source_width);
-        target.final_rescale = FinalRescale::both;
+        target.final_rescale = FinalRescale::by_factor;
         target.final_height = source_height;
         target.final_width = source_width;
     }
@@ -53,17 +53,9 @@ TargetSize both_given(int height, int width, int cropp_output) {
         return target;
     }
     enlarge(target, height, width);
-    if (cropp_output != 3) {
-        target.final_rescale = FinalRescale::both;
-        target.final_height = height;
-        target.final_width = width;
-    } else if (height <= width) {
-        target.final_rescale = FinalRescale::by_height;
-        target.final_height = height;
-    } else {
-        target.final_rescale = FinalRescale::by_width;
-        target.final_width = width;
-    }
+    target.final_rescale = FinalRescale::by_factor;
+    target.final_height = height;
+    target.final_width = width;
     return target;
 }
 
@@ -223,9 +215,17 @@ void rescale_to_final(WarpState& warp, const TargetSize& target) {
     int width = target.final_width;
     int height = target.final_height;
     switch (target.final_rescale) {
-        case FinalRescale::both: break;
         case FinalRescale::by_width: height = in_proportion(warp.height, width, warp.width); break;
         case FinalRescale::by_height: width = in_proportion(warp.width, height, warp.height); break;
+        case FinalRescale::by_factor: {
+            // The smaller side of the size worked at is exact, the other one rounded.
+            const bool low = target.work_height <= target.work_width;
+            const int worked = low ? target.work_height : target.work_width;
+            const int wanted = low ? target.final_height : target.final_width;
+            width = in_proportion(warp.width, wanted, worked);
+            height = in_proportion(warp.height, wanted, worked);
+            break;
+        }
         default: return;
     }
     if (width == warp.width && height == warp.height) {

@@ -7,7 +7,12 @@
 namespace zemora {
 
 /// How the finished pair is brought to a size too small to work at.
-enum class FinalRescale { none = 0, both = 1, by_width = 2, by_height = 3 };
+enum class FinalRescale {
+    none,
+    by_factor,  ///< Both sides by the factor from the size worked at to the final size.
+    by_width,   ///< To the final width, the height in proportion.
+    by_height   ///< To the final height, the width in proportion.
+};
 
 /// The size that a pair is worked at.
 struct TargetSize {

@@ -37,12 +37,19 @@ ViewStore store_view(const WarpState& warp, const CanvasLayout& layout, View vie
     return {false, save_picture(canvas, file, options)};
 }
 
-StoreResult write_deep_stereo(const WarpState& warp, const DeepPair& pair, const std::string& file) {
-    const Bitmap both = join_deep(pair.left, pair.right);
-    if (!both) {
-        fail_for_memory(warp, "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
+/// The same with the view in 16 bits.
+ViewStore store_deep_view(const WarpState& warp, const CanvasLayout& layout, View view, const Bitmap& deep,
+                          const std::string& file, const SaveOptions& options) {
+    if (layout.width == deep.width() && layout.height == deep.height() && layout.left_picture_column == 0 &&
+        layout.picture_row == 0) {
+        return {false, save_deep_picture(deep, file, options)};
     }
-    return result_of(file, save_deep_picture(both, file, SaveOptions(warp.parameters)));
+    const Bitmap canvas = compose_view(warp, layout, view);
+    if (!canvas) {
+        return {true, {}};
+    }
+    const PlacedDeepView placed{&deep, layout.left_picture_column, layout.picture_row};
+    return {false, save_deep_picture(deepened(warp, canvas, {&placed, 1}), file, options)};
 }
 
 }  // namespace
@@ -54,17 +61,10 @@ StoreResult result_of(const std::string& file, const std::string& reason) {
 
 StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,
                              const SourceFiles& sources) {
-    DeepPair deep;
-    if (wants_deep(warp, left_file)) {
-        deep = make_deep_outputs(warp, sources);
-    }
-    const std::array<const Bitmap*, 2> deep_views = {&deep.left, &deep.right};
-    std::array<CanvasLayout, 2> layouts;
-    for (std::size_t i = 0; i < layouts.size(); ++i) {
-        if (!*deep_views[i]) {
-            layouts[i] = single_view_layout(warp, i == 0 ? View::left : View::right);
-        }
-    }
+    const DeepViews deep = find_deep_views(warp, sources, left_file);
+    const std::array<const Bitmap*, 2> deep_views = {deep.left, deep.right};
+    const std::array<CanvasLayout, 2> layouts = {single_view_layout(warp, View::left),
+                                                 single_view_layout(warp, View::right)};
     const std::array<const std::string*, 2> files = {&left_file, &right_file};
     const SaveOptions options(warp.parameters);
     std::array<ViewStore, 2> stores;
@@ -73,10 +73,10 @@ StoreResult write_left_right(WarpState& warp, const std::string& left_file, cons
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
         const std::string& file = *files[index];
-        stores[index] =
-            *deep_views[index]
-                ? ViewStore{false, save_deep_picture(*deep_views[index], file, options)}
-                : store_view(warp, layouts[index], i == 0 ? View::left : View::right, file, options);
+        const View view = i == 0 ? View::left : View::right;
+        stores[index] = deep_views[index] != nullptr
+                            ? store_deep_view(warp, layouts[index], view, *deep_views[index], file, options)
+                            : store_view(warp, layouts[index], view, file, options);
     }
     if (stores[0].out_of_memory) {
         fail_for_memory(warp, "4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");
@@ -91,11 +91,6 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
     if (warp.parameters.stereo_output == 0) {
         return {};
     }
-    if (wants_deep(warp, file)) {
-        if (const DeepPair pair = make_deep_outputs(warp, sources)) {
-            return write_deep_stereo(warp, pair, file);
-        }
-    }
     const CanvasLayout layout = side_by_side_layout(warp);
     const Bitmap canvas = compose_side_by_side(warp, layout);
     if (!canvas) {
@@ -103,7 +98,14 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
                                        "5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n",
                                        "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
     }
-    return result_of(file, save_picture(canvas, file, SaveOptions(warp.parameters)));
+    const SaveOptions options(warp.parameters);
+    if (const DeepViews deep = find_deep_views(warp, sources, file)) {
+        const std::array placed = {
+            PlacedDeepView{deep.left, layout.left_picture_column, layout.picture_row},
+            PlacedDeepView{deep.right, layout.right_picture_column, layout.picture_row}};
+        return result_of(file, save_deep_picture(deepened(warp, canvas, placed), file, options));
+    }
+    return result_of(file, save_picture(canvas, file, options));
 }
 
 }  // namespace zemora

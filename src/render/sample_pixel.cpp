@@ -10,14 +10,6 @@ namespace zemora {
 namespace {
 
 constexpr int kLargestValue = 65535;
-constexpr int kMostTaps = 8;
-
-/// One axis of a separable kernel: taps from `first` on, weights with a fixed sum.
-struct Axis {
-    int first = 0;
-    int taps = 0;
-    std::array<int, kMostTaps> weight{};
-};
 
 /// Bicubic convolution with a = -1: t^3 - 2 t^2 + 1 below 1, -t^3 + 5 t^2 - 8 t + 4 up to 2, in
 /// 1/128 (Keys, Cubic convolution interpolation for digital image processing, 1981).
@@ -67,16 +59,6 @@ Axis table_axis(const AxisWeights& table, int index, int fraction) {
     return axis;
 }
 
-Axis axis_of(const Sampler& sampler, int position) {
-    const int index = position >> 7;
-    const int fraction = position & 127;
-    switch (sampler.kernel) {
-        case Kernel::bicubic: return table_axis(bicubic_weights(), index, fraction);
-        case Kernel::tent: return tent_axis(sampler.filter_radius, index, fraction);
-        default: return table_axis(bilinear_weights(), index, fraction);
-    }
-}
-
 /// The weighted sum of a tent as an 8.8 value.
 int normalise_tent(std::int64_t sum, int radius) {
     switch (radius) {
@@ -92,12 +74,6 @@ int normalise(const Sampler& sampler, std::int64_t sum) {
         case Kernel::tent: return normalise_tent(sum, sampler.filter_radius);
         default: return static_cast<int>(sum >> 6);
     }
-}
-
-/// Sum of the weights of one axis.
-double axis_sum(const Sampler& sampler) {
-    return sampler.kernel == Kernel::tent ? 128.0 * (sampler.filter_radius + 1) * (sampler.filter_radius + 1)
-                                          : 128.0;
 }
 
 Sample background_sample(Colour colour) {
@@ -193,6 +169,21 @@ const AxisWeights& bicubic_weights() {
 const AxisWeights& bilinear_weights() {
     static const AxisWeights table = make_bilinear();
     return table;
+}
+
+Axis axis_of(const Sampler& sampler, int position) {
+    const int index = position >> 7;
+    const int fraction = position & 127;
+    switch (sampler.kernel) {
+        case Kernel::bicubic: return table_axis(bicubic_weights(), index, fraction);
+        case Kernel::tent: return tent_axis(sampler.filter_radius, index, fraction);
+        default: return table_axis(bilinear_weights(), index, fraction);
+    }
+}
+
+double axis_sum(const Sampler& sampler) {
+    return sampler.kernel == Kernel::tent ? 128.0 * (sampler.filter_radius + 1) * (sampler.filter_radius + 1)
+                                          : 128.0;
 }
 
 Sampler::Sampler(Kernel chosen, int tent_radius, float gamma_value, Colour background_colour)

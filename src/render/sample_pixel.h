@@ -33,6 +33,14 @@ using AxisWeights = std::array<std::array<std::int16_t, 4>, 128>;
 [[nodiscard]] const AxisWeights& bicubic_weights();
 [[nodiscard]] const AxisWeights& bilinear_weights();
 
+/// One axis of a separable kernel: taps from `first` on, weights with a fixed sum.
+struct Axis {
+    static constexpr int kMostTaps = 8;
+    int first = 0;
+    int taps = 0;
+    std::array<int, kMostTaps> weight{};
+};
+
 /// What is the same for all samples of a call.
 struct Sampler {
     Sampler(Kernel chosen, int tent_radius, float gamma_value, Colour background_colour);
@@ -44,6 +52,11 @@ struct Sampler {
     Colour background;
     std::array<double, 256> light{};  ///< pow(byte, gamma).
 };
+
+/// The taps of the kernel for a position in 1/128 pixel; not of the nearest one.
+[[nodiscard]] Axis axis_of(const Sampler& sampler, int position);
+/// Sum of the weights of one axis.
+[[nodiscard]] double axis_sum(const Sampler& sampler);
 
 /// The sample at (x, y), in 1/128 pixel from the centre of pixel (0, 0).
 [[nodiscard]] Sample sample_pixel(const Sampler& sampler, const ConstPicture& source, int x, int y);

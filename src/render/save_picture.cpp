@@ -8,6 +8,7 @@
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/cmyk.h"
+#include "render/deep_picture.h"
 
 namespace zemora {
 
@@ -99,6 +100,27 @@ Bitmap special_form(const Bitmap& picture, const SaveOptions& options, int& flag
     return form;
 }
 
+/// Whether LZW makes a deep picture smaller: noise in its lower bytes may make it larger, and takes long.
+/// Some of its rows, which are packed each for itself, tell.
+bool packs_well(const Bitmap& picture) {
+    constexpr int kFewRows = 256;
+    constexpr int kStep = 16;
+    const int step = picture.height() < kFewRows ? 1 : kStep;
+    const DeepPicture all = deep_picture(picture);
+    const Bitmap sample = create_deep(all.width, all.height / step);
+    if (!sample) {
+        return false;
+    }
+    for (int y = 0; y < sample.height(); ++y) {
+        copy_deep({reinterpret_cast<std::uint8_t*>(all.pixel(0, y * step)), all.pitch, all.width, 1},
+                  deep_picture(sample), 0, y);
+    }
+    const auto size = [&sample](int flags) {
+        return EncodedPicture(sample.handle(), FIF_TIFF, flags).bytes().size();
+    };
+    return size(TIFF_LZW) < size(TIFF_NONE);
+}
+
 }  // namespace
 
 SaveOptions::SaveOptions(const ParameterSet& parameters)
@@ -146,7 +168,8 @@ EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& opti
 
 std::string save_deep_picture(const Bitmap& picture, const std::string& path, const SaveOptions& options) {
     set_resolution(picture.handle(), options);
-    return encode_and_write(picture.handle(), FIF_TIFF, 0, path);
+    const bool is_packed = options.compress && packs_well(picture);
+    return encode_and_write(picture.handle(), FIF_TIFF, is_packed ? TIFF_LZW : TIFF_NONE, path);
 }
 
 }  // namespace zemora

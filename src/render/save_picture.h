@@ -36,7 +36,7 @@ struct SaveOptions {
 /// cameras write it: readers of multi-picture files in displays know nothing else.
 [[nodiscard]] EncodedPicture encode_camera_jpeg(const Bitmap& picture, const SaveOptions& options);
 
-/// Saves a bitmap of 48 bits as TIFF.
+/// Saves a bitmap of 48 bits as TIFF: LZW of the differences where that is wanted and smaller, else plain.
 [[nodiscard]] std::string save_deep_picture(const Bitmap& picture, const std::string& path,
                                             const SaveOptions& options);
 

@@ -29,9 +29,15 @@ void turn_outputs(WarpState& warp) {
     if (exchanges_sides(left) != exchanges_sides(right)) {
         right = left;  // the views keep one size
     }
+    constexpr int kUpsideDown = 2;
     constexpr int kMirrored = 4;
+    const auto floating_sign = [](int mode) { return mode == kUpsideDown || mode == kMirrored ? -1 : 1; };
+    warp.left_turn = left;
+    warp.right_turn = right;
     warp.left_is_mirrored = left == kMirrored;
     warp.right_is_mirrored = right == kMirrored;
+    warp.left_floating_sign = -floating_sign(left);
+    warp.right_floating_sign = floating_sign(right);
     if (left == 0 && right == 0) {
         return;
     }

@@ -137,6 +137,17 @@ bool crop(WarpState& warp, const WarpRequest& request, SelectionBox& selection, 
     return true;
 }
 
+/// What was made of the finished views of an earlier warp no longer holds.
+void forget_finished_views(WarpState& warp) {
+    warp.left_is_mirrored = warp.right_is_mirrored = false;
+    warp.left_floating_sign = -1;
+    warp.right_floating_sign = 1;
+    warp.left_turn = warp.right_turn = 0;
+    warp.deep_left.reset();
+    warp.deep_right.reset();
+    warp.has_looked_for_deep = false;
+}
+
 /// Keeps what the 16-bit output needs to repeat this warp.
 void keep_for_repeat(WarpState& warp, const WarpRequest& request, const FixedCorrection& fixed) {
     record_transforms(warp, fixed, warp.height, warp.width);
@@ -145,6 +156,8 @@ void keep_for_repeat(WarpState& warp, const WarpRequest& request, const FixedCor
     warp.left_tone = request.tone_left != nullptr ? *request.tone_left : ToneTables::identity();
     warp.right_tone = request.tone_right != nullptr ? *request.tone_right : ToneTables::identity();
     warp.latest_correction = fixed;
+    warp.latest_interpolation = request.interpolation;
+    warp.latest_gamma = request.gamma;
 }
 
 }  // namespace
@@ -155,11 +168,12 @@ WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox&
         return WarpStatus::beyond_limits;
     }
     FixedCorrection fixed = fixed_correction(warp, request.correction, step.factor, warp.width);
-    if (!check_limits(fixed, warp.height, warp.width, warp.voice)) {
+    if (!check_limits(fixed, warp.height, warp.width, warp.voice, warp.vergences_told)) {
         return WarpStatus::beyond_limits;
     }
     keep_for_repeat(warp, request, fixed);
     provide_working_pictures(warp);
+    forget_finished_views(warp);
     const bool whole = request.crop == 0;
     const PixelRectangle frame{0, warp.width - 1, 0, warp.height - 1};
     const PixelRectangle range =
@@ -184,6 +198,7 @@ void swap_outputs(WarpState& warp) {
     if (warp.inverse_output == 1) {
         std::swap(warp.left, warp.right);
         std::swap(warp.left_is_mirrored, warp.right_is_mirrored);
+        std::swap(warp.left_floating_sign, warp.right_floating_sign);
     }
 }
 

@@ -84,6 +84,19 @@ void add_vergences(const ViewTransform& view, Position& p) {
     }
 }
 
+/// A vergence beyond the limit becomes 0.
+void drop_vergence(int& vergence, const Voice& voice, Msg text, bool& is_told) {
+    if (std::abs(vergence) <= kLargestVergence) {
+        return;
+    }
+    vergence = 0;
+    if (!is_told) {
+        is_told = true;
+        voice.tell_everywhere(voice.messages().raw(text));
+        voice.wait(WaitAbove::information);
+    }
+}
+
 /// Division of numbers below 2^31 by a product and a shift (Granlund and Montgomery, Division by
 /// invariant integers using multiplication, 1994).
 void set_divider(MapRow& numbers, std::uint32_t divisor) {
@@ -115,31 +128,25 @@ FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& co
     return fixed;
 }
 
-bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice) {
+bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice, VergencesTold& told) {
     const auto turned_too_far = [height, width](int sine) {
         return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
     };
     if (std::abs(std::int64_t{fixed.size_32768}) > kLargestSize) {
-        voice.say<Msg::warpimage_sizes_too_different>();
+        voice.tell_everywhere(voice.messages().text<Msg::warpimage_sizes_too_different>());
         voice.wait(WaitAbove::information);
         return false;
     }
     if (std::abs(fixed.rotation_16384) > kLargestRotation || turned_too_far(fixed.pre_rotation_left_16384) ||
         turned_too_far(fixed.pre_rotation_right_16384)) {
-        voice.say<Msg::warpimage_rotation_too_different>();
+        voice.tell_everywhere(voice.messages().text<Msg::warpimage_rotation_too_different>());
         voice.wait(WaitAbove::information);
         return false;
     }
-    if (std::abs(fixed.vergence_v_16384) > kLargestVergence) {
-        voice.say<Msg::warpimage_vertical_vergence_too_different>();
-        voice.wait(WaitAbove::information);
-        fixed.vergence_v_16384 = 0;
-    }
-    if (std::abs(fixed.vergence_h_32768) > kLargestVergence) {
-        voice.say<Msg::warpimage_horizontal_vergence_too_different>();
-        voice.wait(WaitAbove::information);
-        fixed.vergence_h_32768 = 0;
-    }
+    drop_vergence(fixed.vergence_v_16384, voice, Msg::warpimage_vertical_vergence_too_different,
+                  told.vertical);
+    drop_vergence(fixed.vergence_h_32768, voice, Msg::warpimage_horizontal_vergence_too_different,
+                  told.horizontal);
     return true;
 }
 

@@ -21,8 +21,9 @@ inline constexpr int kPositionUnit = 128;  ///< Positions per pixel.
                                                double step_factor, int width);
 
 /// Whether the corrections are within what the approximations of the chain hold for. A vergence
-/// beyond its limit is told and becomes 0; a size or rotation beyond it is told and gives false.
-[[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice);
+/// beyond its limit is told once a pair and becomes 0; a size or rotation beyond it is told and gives false.
+[[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, const Voice& voice,
+                                VergencesTold& told);
 
 /// A position in 1/128 pixel.
 struct Position {

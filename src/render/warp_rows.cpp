@@ -11,8 +11,6 @@ namespace zemora {
 
 namespace {
 
-constexpr int kPiece =
-    256;  ///< Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
 constexpr int kBlock = kKernelBlock;  ///< Pixels that share one test for borders and background.
 constexpr std::ptrdiff_t kLargestVectorPicture = 0x7FFFFFFF;  ///< Bytes that 32-bit offsets reach.
 
@@ -112,12 +110,6 @@ TapPlan tap_plan(const Sampler& sampler, ConstPicture source) {
     return plan;
 }
 
-/// Source positions of a piece, 1/128 pixel.
-struct PiecePositions {
-    alignas(64) std::array<std::int32_t, kPiece> x;
-    alignas(64) std::array<std::int32_t, kPiece> y;
-};
-
 using PieceSamples = std::array<Sample, kPiece>;
 static_assert(sizeof(Sample) == 4 * sizeof(std::uint16_t));
 
@@ -126,19 +118,6 @@ std::uint16_t* words_of(Sample* samples) {
 }
 const std::uint16_t* words_of(const Sample* samples) {
     return reinterpret_cast<const std::uint16_t*>(samples);
-}
-
-void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
-    if (view.map_kernel != nullptr) {
-        view.map_kernel(map_row_of(view.transform, row, first), count, positions.x.data(),
-                        positions.y.data());
-        return;
-    }
-    for (int i = 0; i < count; ++i) {
-        const Position p = view.transform.map(first + i, row);
-        positions.x[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.x);
-        positions.y[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.y);
-    }
 }
 
 /// Whether all taps of a block of pixels lie inside the source and hold picture.
@@ -307,6 +286,19 @@ ViewRows::ViewRows(const ViewTransform& view_transform, const Sampler& view_samp
       kernels(view_source.pitch * view_source.height < kLargestVectorPicture ? usable_kernels() : nullptr),
       map_kernel(find_map_kernel(view_transform, usable_kernels())),
       taps(tap_plan(view_sampler, view_source)) {}
+
+void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions) {
+    if (view.map_kernel != nullptr) {
+        view.map_kernel(map_row_of(view.transform, row, first), count, positions.x.data(),
+                        positions.y.data());
+        return;
+    }
+    for (int i = 0; i < count; ++i) {
+        const Position p = view.transform.map(first + i, row);
+        positions.x[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.x);
+        positions.y[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(p.y);
+    }
+}
 
 void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target) {
     PiecePositions positions;

@@ -4,6 +4,7 @@
 /// A row runs in pieces through three steps: source positions, samples, bytes. Each step has a
 /// portable form and may have vector forms with equal results.
 
+#include <array>
 #include <cstdint>
 
 #include "render/background_map.h"
@@ -14,6 +15,15 @@
 #include "render/warp_plan.h"
 
 namespace zemora {
+
+/// Pixels of a row worked on at a time; fits the first cache, at most 31 blocks.
+inline constexpr int kPiece = 256;
+
+/// Source positions of a piece, 1/128 pixel.
+struct PiecePositions {
+    alignas(64) std::array<std::int32_t, kPiece> x;
+    alignas(64) std::array<std::int32_t, kPiece> y;
+};
 
 /// Everything that the rows of one view need.
 struct ViewRows {
@@ -33,6 +43,9 @@ struct ViewRows {
     const ColourChange* colours = nullptr;
     bool is_left = false;
 };
+
+/// The source positions of `count` pixels, at most a piece, of output row `row` from column `first` on.
+void map_piece(const ViewRows& view, int row, int first, int count, PiecePositions& positions);
 
 /// Writes `count` pixels of output row `row` from column `first` on to `target`.
 void warp_row(const ViewRows& view, int row, int first, int count, std::uint8_t* target);

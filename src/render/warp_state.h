@@ -51,6 +51,12 @@ struct FixedCorrection {
     int pre_vergence_v_16384 = 0;
 };
 
+/// The vergences of a pair that were told to be beyond their limits.
+struct VergencesTold {
+    bool vertical = false;
+    bool horizontal = false;
+};
+
 struct WarpState {
     WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
               const Voice& speaker);
@@ -65,6 +71,18 @@ struct WarpState {
     /// exchanged.
     bool left_is_mirrored = false;
     bool right_is_mirrored = false;
+    /// Where `FrameFloating` moves the picture that stands at the left or right: -1 and +1 for the true left
+    /// and right view, the other way round where turning has exchanged its sides; goes with the view too.
+    int left_floating_sign = -1;
+    int right_floating_sign = 1;
+    /// How turning the output turned the true views.
+    int left_turn = 0;
+    int right_turn = 0;
+    /// The finished views in 16 bits, beside `left` and `right` and of their size, where `OutputFormat` 7 has
+    /// them; made for the first product that asks.
+    Bitmap deep_left;
+    Bitmap deep_right;
+    bool has_looked_for_deep = false;
     [[nodiscard]] StereoPicture pair() const {
         return {left.picture(width, height), right.picture(width, height)};
     }
@@ -111,6 +129,7 @@ struct WarpState {
     double common_trapez = 0.0;
     double sym_trapez = 0.0;
     double trapez_scale = 1.0;
+    VergencesTold vergences_told;
     /// A fixed pre-correction, degrees; in force while `pre_settings` is not 0.
     int pre_settings = 0;
     float pre_rotation_left = 0.0F;
@@ -119,6 +138,8 @@ struct WarpState {
 
     // What the latest warp applied, for the 16-bit output.
     FixedCorrection latest_correction;
+    int latest_interpolation = 0;
+    float latest_gamma = 1.0F;
     ToneTables left_tone = ToneTables::identity();
     ToneTables right_tone = ToneTables::identity();
 

@@ -46,7 +46,6 @@ struct PairFacts {
     const MessageCatalogue& messages;
 
     [[nodiscard]] double deviation_px() const { return report.far_px - report.near_px; }
-    [[nodiscard]] bool is_analysed() const { return report.mode != 0; }
     [[nodiscard]] ValueRow row(Msg label, std::string number, Msg unit) const {
         return {messages.raw(label), std::move(number), messages.raw(unit)};
     }
@@ -176,8 +175,9 @@ RowBlock output_block(const PairFacts& facts) {
 
 std::vector<RowBlock> blocks_of(const PairFacts& facts) {
     std::vector<RowBlock> blocks = {error_block(facts)};
-    if (facts.is_analysed()) {
-        if (facts.settings.verbose_mode > 1) {
+    if (facts.report.is_analysed) {
+        const bool has_iterated = counts_as_measured(facts.report.mode) && facts.settings.iterative_warp > 0;
+        if (facts.settings.verbose_mode > 1 && has_iterated) {
             blocks.push_back(last_iteration_block(facts));
         }
         blocks.push_back(window_block(facts));
@@ -279,16 +279,16 @@ void write_image_report(const ParameterSet& settings, const ImageReport& report,
     const PairFacts facts = {settings, report, judgement, messages};
     const std::vector<RowBlock> blocks = blocks_of(facts);
     std::vector<std::string> sentences;
-    if (facts.is_analysed()) {
+    if (report.is_analysed) {
         sentences = sentences_of(facts);
     }
     const std::string text = text_of(blocks, sentences);
     if (on_console) {
         voice.print(text + time_text(facts));
     }
-    voice.report_text(facts.is_analysed() ? text + time_text(facts) : text);
+    voice.report_text(report.is_analysed ? text + time_text(facts) : text);
     voice.report_html(html_of(blocks, sentences));
-    if (facts.is_analysed() && settings.verbose_mode > 1 && settings.video_mode == 0) {
+    if (report.is_analysed && settings.verbose_mode > 1 && settings.video_mode == 0) {
         voice.report_html(calculator_link(facts));
     }
 }

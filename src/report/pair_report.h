@@ -10,6 +10,9 @@ namespace zemora {
 /// Everything that the report of a pair tells; it computes nothing.
 struct ImageReport {
     int mode = 1;    ///< `EstimateGeometry` of this pair.
+    /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the views come
+    /// from a depth mask.
+    bool is_analysed = true;
     int status = 0;  ///< `StatusCode` as a number; below 4 the pair cannot be mounted.
     int width = 0;   ///< Output, pixels.
     int height = 0;

@@ -45,9 +45,10 @@ std::string plain_heading(const MessageCatalogue& messages) {
     return std::string(row.substr(first, row.find_last_not_of("= \n") + 1 - first));
 }
 
-/// The call that shows the manual page.
-const char* manual_call(const MessageCatalogue& messages) {
-    return messages.either("man zemora", "man -L de zemora");
+/// The call that shows the manual page, and the page on reports where it is installed.
+std::string more_information(const MessageCatalogue& messages) {
+    const std::string page = find_document("reports.md");
+    return messages.either("man zemora", "man -L de zemora") + (page.empty() ? page : ", " + page);
 }
 
 }  // namespace
@@ -156,7 +157,7 @@ void RunReport::write_text_head() {
     text_line(messages_.raw(Msg::main_report_what_zemora_is));
     text_line("\n");
     text_line(messages_.raw(Msg::main_report_more_information));
-    text_line(manual_call(messages_) + std::string("\n\n"));
+    text_line(more_information(messages_) + "\n\n");
 }
 
 void RunReport::write_html_head(bool links_calculator) {
@@ -172,7 +173,7 @@ void RunReport::write_html_head(bool links_calculator) {
     }
     html_line("<h2>" + html_text(heading) + "</h2>\n<p>" +
               html_text(messages_.raw(Msg::main_report_what_zemora_is)) + "</p>\n<p>" +
-              messages_.raw(Msg::main_report_more_information_html) + html_text(manual_call(messages_)) +
+              messages_.raw(Msg::main_report_more_information_html) + html_text(more_information(messages_)) +
               "</p>\n");
 }
 

@@ -8,7 +8,8 @@ namespace zemora {
 namespace {
 
 CommandLine read(const std::vector<std::string>& arguments) {
-    return read_command_line(arguments, [](const std::string& path) { return path == "/ab=c.jpg"; });
+    return read_command_line(arguments,
+                             [](const std::string& path) { return path == "/ab=c.jpg" || path == "-x.jpg"; });
 }
 
 struct Applied {
@@ -54,8 +55,11 @@ TEST(CommandLine, TwoDashesEndTheOptions) {
     EXPECT_FALSE(line.wants_help);
 }
 
-TEST(CommandLine, SlashHAsksForHelpOnlyWhenAlone) {
-    EXPECT_TRUE(read({"/h"}).wants_help);
+TEST(CommandLine, ShortSpellingsAskForHelpOnlyWhenAlone) {
+    for (const char* alone : {"/h", "/?", "-h", "-H", "-?", "-help", "--Help"}) {
+        EXPECT_TRUE(read({alone}).wants_help) << alone;
+        EXPECT_EQ(read({alone}).error, CallError::none) << alone;
+    }
     EXPECT_FALSE(read({"a.ini", "/h"}).wants_help);
     EXPECT_TRUE(read({"a.ini", "--help"}).wants_help);
     EXPECT_TRUE(read({"--version"}).wants_version);
@@ -85,7 +89,27 @@ INSTANTIATE_TEST_SUITE_P(
                   "Unknown option: --OutputHight=2, perhaps meant: --OutputHeight=\n"},
         WrongCase{"name_begun", "--Stamp=2", "Unknown option: --Stamp=2, perhaps meant: --StampFiles=\n"},
         WrongCase{"derived_field", "--WorkWidth=2",
-                  "Unknown option: --WorkWidth=2, perhaps meant: --FillWidth=\n"},
+                  "Unknown option: --WorkWidth=2. zemora --help shows all options.\n"},
+        WrongCase{"nothing_near", "--banana", "Unknown option: --banana. zemora --help shows all options.\n"},
+        WrongCase{"help_misspelt", "--hlep", "Unknown option: --hlep, perhaps meant: --help\n"},
+        WrongCase{"version_begun", "--ver",
+                  "Unknown option: --ver, perhaps meant: --version, --VerticalAx=, --VerboseMode=\n"},
+        WrongCase{"one_dash", "-OutputHeight=3",
+                  "Unknown option: -OutputHeight=3, perhaps meant: --OutputHeight=\n"},
+        WrongCase{"letters", "--OutputHeight=abc",
+                  "--OutputHeight=abc: OutputHeight takes a whole number from 0 to 16384.\n"},
+        WrongCase{"empty",
+                  "--outputheight=", "--outputheight=: OutputHeight takes a whole number from 0 to 16384.\n"},
+        WrongCase{"fraction", "--OutputHeight=1.9",
+                  "--OutputHeight=1.9: OutputHeight takes a whole number from 0 to 16384.\n"},
+        WrongCase{
+            "comma", "--GammaCorrection=1,2",
+            "--GammaCorrection=1,2: GammaCorrection takes a number from 0 to 10, with a decimal point.\n"},
+        WrongCase{"above", "--OutputHeight=99999999999",
+                  "--OutputHeight=99999999999: OutputHeight takes a whole number from 0 to 16384.\n"},
+        WrongCase{
+            "below", "--UseHeight=-1000.5",
+            "--UseHeight=-1000.5: UseHeight takes a number from -1000 to 1000, with a decimal point.\n"},
         WrongCase{"value_missing", "--OutputHeight",
                   "Option without value: --OutputHeight, please write: --OutputHeight=\n"}),
     [](const auto& suite) { return suite.param.name; });
@@ -112,7 +136,19 @@ TEST(Options, OneCodeSetsTwoFieldsAndANameOnlyItsOwn) {
     EXPECT_EQ(apply({"--FrameLeftRight=1"}).parameters.first_line_index, 0);
 }
 
-TEST(Options, HaveNoLimitsAndLeaveNumbersAloneWithoutOne) {
+TEST(CommandLine, NamedNumbersAreTakenInEveryUsualSpelling) {
+    for (const char* good : {"--OutputHeight=+0720", "--UseHeight=-.5", "--UseHeight=1e2", "--UseHeight=3.",
+                             "--GraphicalInterface=123456", "--CaptionText=1,2", "--UseHeight= 5"}) {
+        EXPECT_EQ(read({good}).error, CallError::none) << good;
+    }
+    for (const char* bad :
+         {"--OutputHeight=1e2", "--UseHeight=1e", "--UseHeight=5-", "--UseHeight=1-2", "--UseHeight=--2",
+          "--UseHeight=inf", "--UseHeight=nan", "--OutputHeight=12 34", "--OutputHeight=-"}) {
+        EXPECT_EQ(read({bad}).error, CallError::no_number) << bad;
+    }
+}
+
+TEST(Options, OfCodesHaveNoLimitsAndLeaveNumbersAloneWithoutOne) {
     const ParameterSet set = apply({"/OH=99999", "/IR=1", "/OW=wide", "/GA=", "/OH=5x"}).parameters;
     EXPECT_EQ(set.output_height, 5) << "the last setting counts, read up to the first letter";
     EXPECT_EQ(set.iterative_min, 1);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "input/picture_file.h"
@@ -94,7 +95,7 @@ protected:
 };
 
 TEST_F(MaskSequence, MasksBetweenFollowTheMotion) {
-    ASSERT_EQ(plan_.missing, kStep - 1);
+    ASSERT_EQ(plan_.gaps.size(), 1U);
     ASSERT_TRUE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
     for (int i = 0; i <= kLast; ++i) {
         const LoadedPicture made = load_picture(name_of(folder_.path(), "mask_", i));
@@ -111,9 +112,26 @@ TEST_F(MaskSequence, AMissingPhotoStopsItAndAnExistingMaskStays) {
     testing::internal::CaptureStdout();
     EXPECT_FALSE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
     EXPECT_NE(testing::internal::GetCapturedStdout().find("photo_0008.png"), std::string::npos);
+    EXPECT_EQ(folder_.files().size(), photos_.size() - 1 + masks_.size() + 1) << "a mask of a sequence with a hole";
     save(frame_at(8).photo, photos_[8]);
     ASSERT_TRUE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
     EXPECT_EQ(mean_difference_of(load_picture(own).bitmap.picture(), frame_at(0).photo.picture()), 0.0);
+}
+
+TEST_F(MaskSequence, ASecondRunGoesOnWhereTheFirstOneWasStopped) {
+    for (const int made : {1, 2, 6}) {
+        masks_.push_back(name_of(folder_.path(), "mask_", made));
+        save(frame_at(made).mask, masks_.back());
+    }
+    std::sort(masks_.begin(), masks_.end());
+    const DepthGapPlan plan = plan_depth_gaps(photos_, masks_, talk_.voice);
+    EXPECT_EQ(plan.gaps.size(), 2U);
+    ASSERT_TRUE(fill_depth_gaps(plan, photos_, masks_, talk_.voice));
+    for (int i = 0; i <= kLast; ++i) {
+        const LoadedPicture mask = load_picture(name_of(folder_.path(), "mask_", i));
+        ASSERT_EQ(mask.status, LoadStatus::done) << i;
+        EXPECT_LT(mean_difference_of(mask.bitmap.picture(), frame_at(i).mask.picture()), 3.0) << i;
+    }
 }
 
 TEST(MotionField, FindsTheMotionOfTheDiscAndOfTheWall) {

@@ -7,11 +7,15 @@
 #include <optional>
 
 #include "input/mpo.h"
+#include "input/mpo_sizes.h"
 #include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
+#include "platform/file_times.h"
+#include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "render/cmyk.h"
 #include "render/mpo_file.h"
+#include "tests/input/generated_mpo.h"
 #include "tests/support/pictures.h"
 #include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
@@ -178,6 +182,70 @@ TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {
         parameters.verbose_mode = 0;
     }
     EXPECT_EQ(heard(), "");
+}
+
+TEST_F(ExifToolCalls, ARecordLeavesTheIndexOfAMultiPictureFileRight) {
+    const Bitmap view = test::place_picture(16, 16);
+    for (const bool big_endian : {false, true}) {
+        for (const std::size_t padding : {0, 40}) {
+            const std::string path = folder / "camera.mpo";
+            test::GeneratedMpo mpo = test::make_mpo({.big_endian = big_endian}, view, view);
+            // Zeros before the second picture, which the size of the first one counts as some cameras do.
+            mpo.bytes.insert(mpo.bytes.begin() + static_cast<std::ptrdiff_t>(mpo.left.size()), padding, 0);
+            const auto first = [&] { return first_picture_of(path).value_or(FirstPicture()); };
+            for (const int part : {1, 2}) {
+                const std::size_t size = mpo.left.size() + padding;
+                const std::size_t offset = size - mpo.origin;
+                const std::size_t place = mpo.origin + 8 + 2 + 36 + 4 + (part == 1 ? 4 : 16 + 8);
+                for (std::size_t i = 0; i < 4; ++i) {
+                    mpo.bytes[place + (big_endian ? 3 - i : i)] =
+                        static_cast<std::uint8_t>((part == 1 ? size : offset) >> 8 * i);
+                }
+            }
+            test::write_text(path, {mpo.bytes.begin(), mpo.bytes.end()});
+            ASSERT_EQ(first().size, mpo.left.size() + padding);
+            EXPECT_TRUE(tool.write_record(path, InputClass::mpo, std::string(200, 'r')));
+            EXPECT_GT(first().next_start, mpo.left.size() + padding + 200);
+            EXPECT_EQ(first().size, first().next_start) << big_endian << ' ' << padding;
+        }
+    }
+}
+
+TEST_F(ExifToolCalls, FailuresTellTheFileAndTheSentenceOfExiftool) {
+    parameters.exif_copyright = "c";
+    test::write_text(folder / "broken.jpg", "no picture");
+    const std::string good = picture("good.jpg");
+    tool.start_transfer(good, folder / "broken.jpg", {true, true, true}, {}, false);
+    tool.start_transfer(good, good, {true, true, true}, {}, false);
+    EXPECT_EQ(tool.read_orientation(folder / "none.jpg"), 0);
+    EXPECT_EQ(tool.read_software(folder / "none.jpg"), "");
+    EXPECT_FALSE(tool.settle_transfers());
+    tool.start_transfer(good, good, {true, true, true}, {}, false);
+    EXPECT_TRUE(tool.settle_transfers()) << "a failure counts for its pair alone";
+    test::write_text(good + "_exiftool_tmp", "of another run");
+    EXPECT_FALSE(tool.write_record(good, InputClass::jpeg, "x"));
+    EXPECT_EQ(test::read_text(good + "_exiftool_tmp"), "of another run");
+    const std::string text = heard();
+    EXPECT_NE(text.find("broken.jpg: Error: Not a valid JPG (looks more like a TXT)\n"), std::string::npos);
+    EXPECT_NE(text.find("please remove " + good + "_exiftool_tmp"), std::string::npos);
+    const std::size_t told = text.find("none.jpg: Error: File not found\n");
+    EXPECT_NE(told, std::string::npos);
+    EXPECT_EQ(text.find("none.jpg", told + 1), std::string::npos) << "a failed read is told once";
+}
+
+TEST_F(ExifToolCalls, WhatAnEarlierRunLeftBesideAProductIsRemoved) {
+    parameters.exif_copyright = "c";
+    const std::string target = picture("target.jpg");
+    const std::string left_over = target + "_exiftool_tmp";
+    const std::int64_t long_ago = 1'000'000'000;
+    for (const bool is_old : {true, false}) {
+        test::write_text(left_over, "half");
+        ASSERT_TRUE(!is_old || set_file_times(left_over, long_ago));
+        tool.start_transfer(target, target, {true, true, true}, {}, false);
+        EXPECT_EQ(tool.settle_transfers(), is_old);
+        EXPECT_EQ(file_exists(left_over), !is_old) << "another run may be at work on it";
+    }
+    EXPECT_NE(heard().find(left_over + " was left by a run that was broken off"), std::string::npos);
 }
 
 TEST(ExifOrientation, TurnsIntoTheCodesOfTheInput) {

@@ -8,8 +8,8 @@
 #include "driver/post_run.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
@@ -71,36 +71,66 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ForcedValues, PairAndStereoFileTakeTheirFolderAndDropTheViews) {
     ParameterSet p;
     Invocation call{Form::pair, {"/p/l/a.jpg", "/p/r/a.jpg"}, "", false};
-    force_values(call, p, 0);
+    force_values(call, p);
     EXPECT_EQ(p.input_mode, 0);
     EXPECT_EQ(p.stereo_image_input, 2);
     EXPECT_EQ(p.path_of_images, "/p");
     EXPECT_EQ(p.left_file_name, "/p/l/a.jpg");
     EXPECT_EQ(p.right_file_name, "/p/r/a.jpg");
     call = {Form::stereo_file, {"/p/s/a.jpg"}, "", false};
-    force_values(call, p, 0);
+    force_values(call, p);
     EXPECT_EQ(p.stereo_image_input, 1);
     EXPECT_EQ(p.path_of_images, "/p");
     call = {Form::pair, {"/q/L/a.jpg", "/q/R/a.jpg"}, "", false};
-    force_values(call, p, 0);
+    force_values(call, p);
     EXPECT_EQ(p.path_of_images, "/q");
     call = {Form::pair, {"/p/pearl/a.jpg", "/p/r/a.jpg"}, "", false};
-    force_values(call, p, 0);
+    force_values(call, p);
     EXPECT_EQ(p.path_of_images, "/p/pearl");
 }
 
 TEST(ForcedValues, FoldersSetTheirInputMode) {
     ParameterSet p;
-    force_values({Form::folder, {"/p"}, "", false}, p, 1);
+    force_values({Form::folder, {"/p"}, "", false}, p, {LayoutSign::multi_pictures, 1, 4});
     EXPECT_EQ(p.input_mode, 4);
     EXPECT_EQ(p.stereo_output, 0);
     EXPECT_EQ(p.extra_output, 5);
     EXPECT_EQ(p.path_of_images, "/p");
     ParameterSet two;
-    force_values({Form::two_folders, {"/p/l", "/p/r"}, "", false}, two, 0);
+    force_values({Form::two_folders, {"/p/l", "/p/r"}, "", false}, two);
     EXPECT_EQ(two.input_mode, 9);
     EXPECT_EQ(two.stereo_image_input, 2);
     EXPECT_EQ(two.path_of_images, "/p");
+    ParameterSet named;
+    named.include_subdirs = 1;
+    force_values({Form::folder, {"/p"}, "", false}, named, {LayoutSign::marked_pairs, 2, 1});
+    EXPECT_EQ(named.input_mode, 2) << "by names, with subfolders";
+    EXPECT_EQ(named.extra_output, 0);
+}
+
+TEST(WordsOfTheCall, MustNameSomethingThatExists) {
+    const test::TestFolder folder;
+    for (const char* name : {"a_l.jpg", "B_R.JPG", "my.ini"}) {
+        test::write_text(folder / name, "x");
+    }
+    ParameterSet p;
+    p.path_of_images = folder.path();
+    const auto missing = [&](const std::vector<std::string>& words) -> std::string {
+        const auto call = classify_call(words);
+        EXPECT_TRUE(call.has_value());
+        const std::string* file = find_missing_parameter_file(*call);
+        const std::string* word = file != nullptr ? file : find_missing_picture(*call, p);
+        return word != nullptr ? *word : "";
+    };
+    EXPECT_EQ(missing({folder / "a_l.jpg", folder / "b_r.jpg"}), "") << "another case is enough";
+    EXPECT_EQ(missing({"a_l.jpg", "B_R.JPG", folder / "my.ini"}), "")
+        << "bare names are looked for in the folder";
+    EXPECT_EQ(missing({"a_l.jpg", "c_r.jpg"}), "c_r.jpg");
+    EXPECT_EQ(missing({folder / "x_s.jpg"}), folder / "x_s.jpg");
+    EXPECT_EQ(missing({"a_l.jpg", "B_R.JPG", folder / "your.ini"}), folder / "your.ini");
+    EXPECT_EQ(missing({}), "") << "zemora.ini may be missing";
+    EXPECT_EQ(*find_word_with_drive(*classify_call({"a_l.jpg", "C:\\b.jpg"})), "C:/b.jpg");
+    EXPECT_EQ(find_word_with_drive(*classify_call({"a_l.jpg", "b:c.jpg"})), nullptr);
 }
 
 /// What the shell prints for a script, without the first line, which removes the script's file.
@@ -109,11 +139,15 @@ std::string printed_by(const std::string& script) {
     return {result.output.begin(), result.output.end()};
 }
 
-TEST(BatchScript, EndsAtTheFirstEmptyLineAndReplacesTheLastMark) {
-    const std::string script =
-        batch_script("REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' #CM#\n\necho never\n",
-                     "ana", "stereo");
-    EXPECT_EQ(printed_by(script), "<#CS#><stereo><#CA#><stereo>");
+TEST(BatchScript, EndsAtTheFirstEmptyLineAndReplacesEveryMark) {
+    const std::string text =
+        "REM echo #CS#\nprintf '<%s>' '#CS#' #CS#\r\nprintf '<%s>' '#CA#' x#CM#y#CS# \"#CA#\"\n\necho "
+        "never\n";
+    EXPECT_EQ(printed_by(batch_script(text, {"ana", "stereo", "extra"})),
+              "<stereo><stereo><ana><xextraystereo><ana>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CS# #CM#\n", {"", "", "extra"})), "<extra><extra>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CS# #CM#\n", {"", "stereo", ""})), "<stereo><stereo>");
+    EXPECT_EQ(printed_by(batch_script("printf '<%s>' #CA# #CS#\n", {"", "stereo", ""})), "<><stereo>");
 }
 
 TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
@@ -123,7 +157,8 @@ TEST(BatchScript, NamesReachTheProgramAsOneWordHoweverTheMarkIsQuoted) {
                                  "printf \"<%s>\" \\\\#CS#"}) {
             const std::string expected =
                 (std::string(line).find('\\') != std::string::npos ? "<\\" : "<") + name + '>';
-            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', "", name)), expected)
+            EXPECT_EQ(printed_by(batch_script(std::string("REM #CS#\n") + line + '\n', {"", name, ""})),
+                      expected)
                 << line;
         }
     }

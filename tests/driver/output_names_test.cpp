@@ -204,5 +204,29 @@ TEST(GivenNames, SecondUseGetsANumberBeforeTheTail) {
     }
 }
 
+TEST(GivenNames, OfAnEarlierRunAreNotGivenAgainAlsoWhereTheirStampIsUnknown) {
+    const auto stamped = [](const char* stamp, bool over_limit) {
+        OutputName name = name_of("foo");
+        name.stamp = stamp;
+        name.over_limit = over_limit;
+        return name;
+    };
+    const auto given = [](GivenNames& names, OutputName name) {
+        (void)names.claim(name);
+        return name.bare();
+    };
+    GivenNames known;
+    known.close(stamped("_031", false), true);
+    known.close(stamped("_031", false), true);
+    EXPECT_EQ(given(known, stamped("_031", false)), "foo_031-3_cl.jpg");
+    EXPECT_EQ(given(known, stamped("_032", false)), "foo_032_cl.jpg");
+    GivenNames unknown;
+    unknown.close(stamped("_031", false), true);
+    unknown.close(stamped("_000", false), false);  // may be called foo_031-2
+    EXPECT_EQ(given(unknown, stamped("_031", false)), "foo_031-3_cl.jpg");
+    EXPECT_EQ(given(unknown, stamped("_099", true)), "zz_foo_099-3_cl.jpg");
+    EXPECT_EQ(given(unknown, name_of("bar")), "bar_cl.jpg");
+}
+
 }  // namespace
 }  // namespace zemora

@@ -43,6 +43,19 @@ protected:
     Workshop workshop;
 };
 
+TEST_F(Batch, TheCommandsAfterTheRunGetTheNameOfTheExtraFile) {
+    add("a_l.jpg", "a_r.jpg");
+    workshop.around = "\"$@\"; for i in $(seq 100); do [ -s told ] && break; sleep 0.05; done";
+    for (const std::string mark : {"#CS#", "#CM#"}) {
+        const Outcome outcome =
+            workshop.run({"a_l.jpg", "a_r.jpg", "--StereoOutput=0", "--LeftRightOutput=0", "--ExtraOutput=2",
+                          "--DoPostZemora=printf '%s|%s' " + mark + " #CA# > " + workshop.path("told")});
+        EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+        EXPECT_EQ(read_text(workshop.path("told")), workshop.path("ce_ab/a_ce-ab.jpg") + '|');
+        std::filesystem::remove(workshop.path("told"));
+    }
+}
+
 TEST_F(Batch, AWholeTreeOfViewFoldersIsMountedBesideItsInputs) {
     add("l/IMG 1.jpg", "r/IMG 1.jpg");
     add("day 2/L/M\xC3\xBChle 10.JPG", "day 2/R/M\xC3\xBChle 10.JPG");
@@ -52,7 +65,8 @@ TEST_F(Batch, AWholeTreeOfViewFoldersIsMountedBesideItsInputs) {
                                             "--WriteDataBase=2"};
     Outcome outcome = run(settings);
     EXPECT_TRUE(outcome.tells("processed images: 3/3")) << outcome.text;
-    const Names expected{"cs/IMG 1_cs.jpg", "day 2/cs/M\xC3\xBChle 10_cs.jpg", "day 2/cs/m\xC3\xBChle 9_cs.jpg"};
+    const Names expected{"cs/IMG 1_cs.jpg", "day 2/cs/M\xC3\xBChle 10_cs.jpg",
+                         "day 2/cs/m\xC3\xBChle 9_cs.jpg"};
     EXPECT_EQ(products(), expected);
     EXPECT_EQ(read_text(workshop.path("zemora_files.txt")).find("\"l/IMG 1.jpg\"   \"r/IMG 1.jpg\" OK "), 0U);
     outcome = run(settings);
@@ -66,7 +80,8 @@ TEST_F(Batch, PairsThatCannotBeMountedMoveAwayOnce) {
     add_empty_view("r/b.jpg");
     workshop.write("l/c.jpg", "no picture");
     workshop.write("r/c.jpg", "no picture");
-    const Outcome outcome = run({"--InputMode=9", "--RenameRefused=1", "--WriteDataBase=2", "--VerboseMode=2"});
+    const Outcome outcome =
+        run({"--InputMode=9", "--RenameRefused=1", "--WriteDataBase=2", "--VerboseMode=2"});
     EXPECT_TRUE(outcome.tells("processed images: 1/3")) << outcome.text;
     const Names files = workshop.files();
     for (const char* name : {"lu/b.jpg", "ru/b.jpg", "l/a.jpg", "r/a.jpg", "l/c.jpg", "r/c.jpg"}) {
@@ -100,24 +115,29 @@ TEST_F(Batch, AFileWithoutPartnerStandsAsideAndTheRestStaysInStep) {
     EXPECT_TRUE(workshop.files().contains("lo/2.jpg")) << outcome.text;
 }
 
-TEST_F(Batch, AFolderAloneAsksWhatIsInIt) {
+TEST_F(Batch, AFolderAloneIsAskedAboutOnATerminalAndLookedAtInAPipe) {
     for (const char* name : {"1.jpg", "2.jpg", "3.jpg"}) {
         workshop.save(std::string("holiday/") + name, aligned_views().left.picture());
     }
     workshop.save("holiday/4.jpg", aligned_views().right.picture());
-    workshop.around = "printf 'x\\n3\\n2\\n' | \"$@\"";
+    // The program talks to a terminal of its own; `timeout` would keep it from reading there.
+    workshop.around = "shift 2; printf 'x\\n3\\n2\\n' | script -qec \"$*\" /dev/null";
     const Outcome outcome = workshop.run({"holiday", "--LeftRightOutput=0", "--StereoOutput=2"});
     EXPECT_TRUE(outcome.tells("A complete directory will be processed!")) << outcome.text;
     EXPECT_TRUE(outcome.tells("1/2")) << outcome.text;
     EXPECT_TRUE(products().contains("holiday/cs/3-4_cs.jpg")) << outcome.text;
-    workshop.around = "\"$@\" < /dev/null";
+    workshop.around = "shift 2; script -qec \"$*\" /dev/null < /dev/null";
     EXPECT_EQ(workshop.run({"holiday"}).exit_code, 1) << "no answer is the end";
+    std::filesystem::remove_all(workshop.path("holiday/cs"));
+    workshop.around = "\"$@\" < /dev/null";
+    const Outcome piped = workshop.run({"holiday", "--LeftRightOutput=0", "--StereoOutput=2"});
+    EXPECT_TRUE(piped.tells("in turn (L-R-L-R)")) << piped.text;
+    EXPECT_TRUE(products().contains("holiday/cs/3-4_cs.jpg")) << piped.text;
 }
 
 TEST_F(Batch, TwoFoldersAreWorkedThroughInStep) {
     add("trip/l/a.jpg", "trip/r/a.jpg");
-    const Outcome outcome =
-        workshop.run({"trip/l/", "trip/r/", "--LeftRightOutput=0", "--StereoOutput=2"});
+    const Outcome outcome = workshop.run({"trip/l/", "trip/r/", "--LeftRightOutput=0", "--StereoOutput=2"});
     EXPECT_TRUE(outcome.tells("Two complete directories will be processed!")) << outcome.text;
     EXPECT_EQ(products(), (Names{"trip/cs/a_cs.jpg"})) << outcome.text;
 }
@@ -135,8 +155,9 @@ TEST_F(Batch, APipeGetsOneLineForEachPairAndPhase) {
         }
         return found;
     };
-    for (const char* line : {"\n1/2  Zemora::analyse:  phase 2: correlation", "\n2/2  Zemora::analyse:  phase 2: correlation",
-                             "\n2/2  Zemora::equalize: phase 4: final correction"}) {
+    for (const char* line :
+         {"\n1/2  Zemora::analyse:  phase 2: correlation", "\n2/2  Zemora::analyse:  phase 2: correlation",
+          "\n2/2  Zemora::equalize: phase 4: final correction"}) {
         EXPECT_EQ(count(line), 1) << line << outcome.text;
     }
     EXPECT_EQ(outcome.text.find('\r'), std::string::npos);
@@ -151,8 +172,9 @@ TEST_F(Batch, ATerminalShowsPairPhaseAndTimeLeftInOneLine) {
         add(std::string(1, letter) + "_l.jpg", std::string(1, letter) + "_r.jpg");
     }
     workshop.environment = {"TERM=xterm"};
-    workshop.around = "export SHELL=/bin/sh; "
-                      "c=; for a in \"$@\"; do c=\"$c '$a'\"; done; exec script -qec \"$c\" /dev/null < /dev/null";
+    workshop.around =
+        "export SHELL=/bin/sh; "
+        "c=; for a in \"$@\"; do c=\"$c '$a'\"; done; exec script -qec \"$c\" /dev/null < /dev/null";
     const Outcome outcome = run({"--InputMode=1", "--VerboseMode=1"});
     EXPECT_TRUE(outcome.tells("\r1/2  Zemora::analyse:  phase 2")) << outcome.text;
     EXPECT_TRUE(outcome.tells("\r2/2  Zemora::analyse:  phase 2")) << outcome.text;
@@ -171,7 +193,9 @@ TEST_F(Batch, ASequenceGetsItsList) {
 
 TEST_F(Batch, ARunThatFindsNothingLeavesWholeReports) {
     std::filesystem::create_directory(workshop.path("empty"));
-    EXPECT_EQ(workshop.run({"--PathofImages=" + workshop.path("empty"), "--InputMode=1", "--ReportMode=1"}).exit_code, 1);
+    EXPECT_EQ(workshop.run({"--PathofImages=" + workshop.path("empty"), "--InputMode=1", "--ReportMode=1"})
+                  .exit_code,
+              1);
     const std::string page = read_text(workshop.path("empty/zemora_report.html"));
     EXPECT_NE(page.find("</html>"), std::string::npos) << page;
 }

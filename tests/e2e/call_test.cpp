@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "tests/e2e/workshop.h"
@@ -34,6 +35,9 @@ TEST_P(Calls, EndWithTheirCodeAndWords) {
                 workshop.files() == (std::set<std::string>{"zemora_report.html", "zemora_report.txt"}));
 }
 
+/// A pair of files that the settings name, and not the words of the call.
+constexpr const char* kMissingPair = "--InputMode=0";
+
 INSTANTIATE_TEST_SUITE_P(
     Table, Calls,
     testing::Values(
@@ -62,6 +66,17 @@ INSTANTIATE_TEST_SUITE_P(
         CallCase{"unknown_code", "C", {"a.jpg", "b.jpg", "/ZZ=3"}, 1, {"/ZZ=3"}},
         CallCase{"no_value", "C", {"a.jpg", "b.jpg", "--OutputHeight"}, 1, {"OutputHeight"}},
         CallCase{"drive", "C", {"--PathofImages=D:\\pictures"}, 1, {"PathofImages", "D:"}},
+        CallCase{"no_number", "C", {"--OutputHeight=abc"}, 1, {"--OutputHeight=abc", "from 0 to 16384"}},
+        CallCase{"drive_letter", "C", {"C:\\x\\a_l.jpg", "/SE=0"}, 1, {"C:/x/a_l.jpg: a drive letter"}},
+        CallCase{"dash", "C", {"-x.jpg"}, 1, {"Unknown option: -x.jpg"}},
+        CallCase{"word_of_nothing_german",
+                 "de_DE.UTF-8",
+                 {"hilfe"},
+                 1,
+                 {"Die folgenden Aufrufe",
+                  "hilfe: eine solche Datei oder ein solches Verzeichnis gibt es nicht."}},
+        CallCase{"missing_partner", "C", {"a_l.jpg", "a_r.jpg"}, 1, {"a_l.jpg: there is no such file"}},
+        CallCase{"missing_parameter_file", "C", {"my.ini"}, 1, {"my.ini: there is no such file"}},
         CallCase{"no_pictures",
                  "C",
                  {},
@@ -79,38 +94,47 @@ INSTANTIATE_TEST_SUITE_P(
                  {"none/here/zemora_report.txt", "cannot be opened"}},
         CallCase{"language_of_the_call_counts",
                  "de_DE",
-                 {"a.jpg", "b.jpg", "--Language=1"},
+                 {kMissingPair, "--LeftFileName=a.jpg", "--RightFileName=b.jpg", "--Language=1"},
                  1,
                  {"a.jpg \"doesn't exist or cannot be read", "cannot find any images to mount"}},
         CallCase{"missing_german",
                  "de_DE",
-                 {"/LG=0", "a.jpg", "b.jpg"},
+                 {"/LG=0", kMissingPair, "--LeftFileName=a.jpg", "--RightFileName=b.jpg"},
                  1,
                  {"a.jpg \"existiert nicht oder kann nicht gelesen werden", "a.jpg: No such file"}},
         CallCase{"list_of_nothing",
                  "C",
-                 {"a.jpg", "b.jpg", "--WriteDataBase=1"},
+                 {kMissingPair, "--LeftFileName=a.jpg", "--RightFileName=b.jpg", "--WriteDataBase=1"},
                  1,
                  {"cannot find any images to mount"}},
         CallCase{
             "two_folders_of_other_names", "C", {"/usr", "/tmp"}, 1, {"side by side and be called l and r"}},
-        CallCase{"video", "C", {"a.avi", "b.avi"}, 1, {"a.avi \"doesn't exist"}},
+        CallCase{"video",
+                 "C",
+                 {kMissingPair, "--LeftFileName=a.avi", "--RightFileName=b.avi"},
+                 1,
+                 {"a.avi \"doesn't exist"}},
         CallCase{"settings_that_contradict",
                  "C",
-                 {"a.avi", "b.avi", "--OutputWidth=1920"},
+                 {kMissingPair, "--LeftFileName=a.avi", "--RightFileName=b.avi", "--OutputWidth=1920"},
                  1,
                  {"always height AND width must be given", "Please check OutputWidth and OutputHeight."}},
         CallCase{"codec_dialog_without_terminal",
                  "C",
-                 {"a.avi", "b.avi", "--VideoOutput=2", "--VideoCodec=????"},
+                 {kMissingPair, "--LeftFileName=a.avi", "--RightFileName=b.avi", "--VideoOutput=2",
+                  "--VideoCodec=????"},
                  1,
                  {"Unable to open codec dialog\nPlease hit Enter"}},
         CallCase{"listing_of_settled_values",
                  "C",
-                 {"a.avi", "b.avi", "/VM=2", "/LR=0"},
+                 {kMissingPair, "--LeftFileName=a.avi", "--RightFileName=b.avi", "/VM=2", "/LR=0"},
                  1,
                  {"\nHtmlImages           =      2\n"}},
-        CallCase{"no_suffix", "C", {"left", "right"}, 1, {"left \"doesn't exist"}}),
+        CallCase{"no_suffix",
+                 "C",
+                 {kMissingPair, "--LeftFileName=left", "--RightFileName=right"},
+                 1,
+                 {"left \"doesn't exist"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 struct IniCase {
@@ -153,6 +177,16 @@ INSTANTIATE_TEST_SUITE_P(
         IniCase{"binary", "\x7f\x45LF\x02\x01\x01", 0, {"processed images: 1/1"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(ParameterFiles, UnreadableFileStopsTheRunWithItsReason) {
+    Workshop workshop;
+    save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
+    std::filesystem::create_directory(workshop.path("zemora.ini"));
+    const Outcome outcome = workshop.run({"foo_l.bmp", "foo_r.bmp"});
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.text;
+    EXPECT_TRUE(outcome.tells("The parameter file zemora.ini cannot be read: Is a directory"))
+        << outcome.text;
+}
+
 TEST(ParameterFiles, NamedFileRulesAndItsFolderIsTheRoot) {
     Workshop workshop;
     std::filesystem::create_directory(workshop.path("setup"));
@@ -178,6 +212,65 @@ TEST(Reports, TellThePairInTextAndEscapedHtml) {
     EXPECT_NE(html.find("a&amp;b_l.bmp"), std::string::npos) << html;
     EXPECT_EQ(html.find("a&b"), std::string::npos);
     EXPECT_NE(html.find("</div></body></html>\n"), std::string::npos);
+}
+
+struct LayoutCase {
+    std::vector<const char*> files;
+    const char* told;
+    const char* product;
+};
+
+class FolderCalls : public testing::TestWithParam<LayoutCase> {};
+
+TEST_P(FolderCalls, TakeTheLayoutThatTheFilesShow) {
+    const LayoutCase& c = GetParam();
+    Workshop workshop;
+    bool is_left = true;
+    for (const std::string file : c.files) {
+        if (file.ends_with("wide.bmp")) {
+            const ConstPicture left = aligned_views().left.picture();
+            const ConstPicture right = aligned_views().right.picture();
+            const Bitmap wide = Bitmap::create(2 * left.width, left.height);
+            for (int y = 0; y < left.height; ++y) {
+                std::copy_n(left.row(y), left.width * kPixelBytes, wide.picture().row(y));
+                std::copy_n(right.row(y), left.width * kPixelBytes, wide.picture().pixel(left.width, y));
+            }
+            workshop.save(file, wide.picture());
+        } else {
+            workshop.save(file, (is_left ? aligned_views().left : aligned_views().right).picture());
+        }
+        is_left = !is_left;
+    }
+    const Outcome outcome = workshop.run({"pictures", "--EstimateGeometry=-1"});
+    EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
+    EXPECT_TRUE(outcome.tells(c.told)) << outcome.text;
+    EXPECT_FALSE(outcome.tells("could not be found")) << outcome.text;
+    EXPECT_EQ(workshop.files().count(c.product), 1U) << outcome.text;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, FolderCalls,
+    testing::Values(
+        LayoutCase{{"pictures/a_l.bmp", "pictures/a_r.bmp", "pictures/b_l.bmp"},
+                   "The names end in _l and _r",
+                   "pictures/cs/a_cs.bmp"},
+        LayoutCase{{"pictures/l/a.bmp", "pictures/r/a.bmp"}, "The folders l and r", "pictures/cs/a_cs.bmp"},
+        LayoutCase{{"pictures/1.bmp", "pictures/2.bmp"}, "in turn (L-R-L-R)", "pictures/cs/1-2_cs.bmp"},
+        LayoutCase{{"pictures/1wide.bmp"}, "at least twice as wide", "pictures/cl/1wide_cl.bmp"}));
+
+TEST(ExitCodes, TellScriptsWhetherEveryObjectWasMounted) {
+    Workshop workshop;
+    save_pair(workshop, aligned_views(), "a_l.bmp", "a_r.bmp");
+    workshop.write("b_l.bmp", "no picture");
+    workshop.write("b_r.bmp", "no picture");
+    const std::vector<std::string> all{"--InputMode=1", "--EstimateGeometry=-1", "--LeftRightOutput=0"};
+    const auto code = [&](std::vector<std::string> more) {
+        more.insert(more.end(), all.begin(), all.end());
+        return workshop.run(more).exit_code;
+    };
+    EXPECT_EQ(code({}), 0);
+    EXPECT_EQ(code({"--ExitStatus=1"}), 3);
+    EXPECT_EQ(workshop.run({"a_l.bmp", "a_r.bmp", "/ES=1", "--EstimateGeometry=-1"}).exit_code, 0);
 }
 
 TEST(Console, StepsOfAPipeAreWholeLinesWithoutControlCharacters) {

@@ -74,8 +74,10 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     const Bitmap mask = mask_picture(255, 0);
     workshop.save("a_rgb.png", photo.picture());
     workshop.save("a_d.png", mask.picture());
-    Outcome outcome = workshop.run(with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png"}));
+    Outcome outcome = workshop.run(
+        with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png", "--ReportMode=1"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    EXPECT_NE(read_text(workshop.path("zemora_report.txt")).find("Far point disparity"), std::string::npos);
     expect_depth(workshop, "cl/a_cl.bmp", "cr/a_cr.bmp");
     const Bitmap judged = workshop.load("cd/a_cd.jpg");
     const std::uint8_t* near = judged.picture().pixel(200, 150);
@@ -90,6 +92,77 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     outcome = workshop.run(with({"--InputMode=4", "--StereoImageInput=6", "--PathofImages=two", "--ImageType=png"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     expect_depth(workshop, "two/cl/b_cl.bmp", "two/cr/b_cr.bmp");
+}
+
+/// A photo and a mask of half its size.
+void save_photo_and_small_mask(const Workshop& workshop) {
+    workshop.save("a_rgb.png", aligned_views().left.picture());
+    const Bitmap mask = Bitmap::create(kWidth / 2, kHeight / 2);
+    fill(mask.picture(), {0, 0, 0});
+    fill(mask.picture().part(75, 50, 50, 50), {255, 255, 255});
+    workshop.save("a_d.png", mask.picture());
+}
+
+TEST(DepthLayouts, NamedFilesBecomeAPairAndAMaskOfAnotherSizeIsScaled) {
+    Workshop workshop;
+    save_photo_and_small_mask(workshop);
+    Outcome outcome = workshop.run(with({"a_rgb.png", "a_d.png", "--StereoImageInput=5"}));
+    ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    expect_depth(workshop, "cl/a_cl.bmp", "cr/a_cr.bmp");
+    const Bitmap both = Bitmap::create(2 * kWidth, kHeight);
+    copy(aligned_views().left.picture(), both.picture().part(0, 0, kWidth, kHeight));
+    copy(mask_picture(255, 0).picture(), both.picture().part(kWidth, 0, kWidth, kHeight));
+    workshop.save("b.png", both.picture());
+    outcome = workshop.run(with({"b.png", "--StereoImageInput=6"}));
+    ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    expect_depth(workshop, "cl/b_cl.bmp", "cr/b_cr.bmp");
+}
+
+TEST(DepthLayouts, InverseInputExchangesTheRenderedViews) {
+    Workshop workshop;
+    save_photo_and_small_mask(workshop);
+    for (const auto& call : {std::vector<std::string>{"a_rgb.png", "a_d.png", "--StereoImageInput=5"},
+                             {"--InputMode=1", "--StereoImageInput=5", "--ImageType=png"}}) {
+        ASSERT_EQ(workshop.run(with(call)).exit_code, 0);
+        const Bitmap left = workshop.load("cl/a_cl.bmp");
+        const Bitmap right = workshop.load("cr/a_cr.bmp");
+        std::vector<std::string> inverse = call;
+        inverse.emplace_back("--InverseInput=1");
+        ASSERT_EQ(workshop.run(with(inverse)).exit_code, 0);
+        EXPECT_EQ(greatest_difference(workshop.load("cl/a_cl.bmp").picture(), right.picture()), 0);
+        EXPECT_EQ(greatest_difference(workshop.load("cr/a_cr.bmp").picture(), left.picture()), 0);
+    }
+}
+
+TEST(DepthLayouts, WhatOnlyOneViewShowsAtTheSidesIsCut) {
+    Workshop workshop;
+    const Bitmap photo = aligned_views().left.clone();
+    for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kWidth; ++x) {
+            photo.picture().pixel(x, y)[1] |= 64;  // nothing black in it
+        }
+    }
+    workshop.save("a_rgb.png", photo.picture());
+    const Bitmap mask = mask_picture(255, 120);
+    // Rows of other depths at the sides: a ragged edge.
+    fill(mask.picture().part(0, 200, kWidth, 60), {0, 0, 0});
+    workshop.save("a_d.png", mask.picture());
+    std::vector<std::string> call = with({"a_rgb.png", "a_d.png", "--StereoImageInput=5"});
+    call.emplace_back("--CroppOutput=2");
+    const Outcome outcome = workshop.run(call);
+    ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
+    int blank = 0;
+    for (const char* name : {"cl/a_cl.bmp", "cr/a_cr.bmp"}) {
+        const Bitmap view = workshop.load(name);
+        EXPECT_EQ(view.width(), kWidth - 2 * 8) << name;
+        for (int y = 0; y < view.height(); ++y) {
+            for (int x = 0; x < view.width(); ++x) {
+                const std::uint8_t* pixel = view.picture().pixel(x, y);
+                blank += pixel[0] + pixel[1] + pixel[2] < 3 ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_EQ(blank, 0) << outcome.text;
 }
 
 TEST(DepthLayouts, MissingMasksOfASequenceAreMadeAndAMissingPhotoIsNamed) {

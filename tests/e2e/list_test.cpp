@@ -106,6 +106,67 @@ TEST_F(ListOfImages, StoredCorrectionsGiveThePictureOfTheMeasuringRun) {
     }
 }
 
+TEST_F(ListOfImages, GoingOnNeverWritesOverThePicturesOfAPairThatIsDone) {
+    add_pairs("a", aligned_views());
+    save_pair(workshop, aligned_views(), "a_l.tif", "a_r.tif");
+    const std::vector<std::string> products{"--OutputFormat=1", "--AnaglyphOutput=2", "--ExtraOutput=1",
+                                            "--EstimateGeometry=1"};
+    for (const char* stamp : {"--StampFiles=0", "--StampFiles=1"}) {
+        for (const std::string status : {"OK", "IM"}) {
+            const std::set<std::string> inputs = workshop.files();
+            const auto go = [&](std::vector<std::string> more) {
+                more.insert(more.end(), products.begin(), products.end());
+                more.push_back(stamp);
+                const Outcome outcome = run(more);
+                EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+            };
+            go({"--InputMode=1", "--ImageType=jpg"});
+            std::string list = read_text(workshop.path(kList));
+            if (status == "IM") {
+                list = "\"a_l.jpg\"   \"a_r.jpg\" IM\n";
+            }
+            workshop.write(kList, list + "\"a_l.tif\"   \"a_r.tif\"\n");
+            std::set<std::string> first;
+            for (const std::string& name : workshop.files()) {
+                if (inputs.count(name) == 0 && name != kList) {
+                    first.insert(name);
+                    workshop.write(name, "picture of the first run");
+                }
+            }
+            ASSERT_EQ(first.size(), 4U);
+            go({"--InputMode=10"});
+            EXPECT_EQ(workshop.files().size(), inputs.size() + 9) << "four pictures more, and the list";
+            for (const std::string& name : first) {
+                EXPECT_EQ(read_text(workshop.path(name)), "picture of the first run") << name;
+            }
+            for (const char* folder : {"cl", "cr", "ca", "ce_lrq", kList}) {
+                std::filesystem::remove_all(workshop.path(folder));
+            }
+        }
+    }
+}
+
+TEST_F(ListOfImages, ALineThatNamesTheViewsInTheOtherOrderHoldsTheValuesOfThatOrder) {
+    workshop.save("1.bmp", misaligned_views().left.picture());
+    workshop.save("2.bmp", misaligned_views().right.picture());
+    workshop.save("3.bmp", misaligned_views().left.picture());
+    for (const char* window : {"1", "2", "5"}) {
+        const std::string setting = std::string("--EstimateWindow=") + window;
+        Outcome outcome = run({"--InputMode=6", "--ImageType=bmp", setting});
+        ASSERT_TRUE(outcome.tells("processed images: 2/2")) << outcome.text;
+        const auto measured = lines();
+        ASSERT_EQ(measured.size(), 2U);
+        EXPECT_EQ(measured[1].left, "3.bmp");
+        for (const RecordField field : {kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV,
+                                        kRecordPureShift, kRecordWindowShift, kRecordNearPoint}) {
+            const bool in_pixels = field == kRecordHeight || field >= kRecordPureShift;
+            EXPECT_NEAR(measured[1].values[field], measured[0].values[field], in_pixels ? 1.0 : 0.05)
+                << "field " << field << ", window " << window;
+        }
+        std::filesystem::remove(workshop.path(kList));
+    }
+}
+
 TEST_F(ListOfImages, CorrectionsGoFromTheListIntoTheImages) {
     if (find_program("exiftool").empty()) {
         GTEST_SKIP() << "no exiftool";

@@ -348,6 +348,62 @@ TEST(Sizes, FittedSizeHoldsOneSideAndKeepsTheOtherWithin) {
     EXPECT_LE(left.height(), 500);
 }
 
+/// A pair without errors that is shifted by so many columns.
+void save_shifted(const Workshop& workshop, int shift_px) {
+    const Views& views = aligned_views();
+    const int width = views.left.width() - 10;
+    const int height = views.left.height();
+    workshop.save("foo_l.bmp", views.left.picture().part(0, 0, width, height));
+    workshop.save("foo_r.bmp", views.right.picture().part(shift_px, 0, width, height));
+}
+
+TEST(Sizes, AFrameThatIsNotCroppedIsNeitherEnlargedNorCut) {
+    for (const char* crop : {"--CroppOutput=0", "--CroppOutput=1"}) {
+        for (const int shift_px : {1, 6}) {
+            Workshop workshop;
+            save_shifted(workshop, shift_px);
+            const auto mounted = [&](Arguments settings) {
+                const Outcome outcome = workshop.run(
+                    joined({"foo_l.bmp", "foo_r.bmp", "--StereoOutput=0", crop}, std::move(settings)));
+                EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
+                return workshop.load("cl/foo_cl.bmp");
+            };
+            const Bitmap whole = mounted({});
+            ASSERT_EQ(whole.width(), 390);
+            for (const Arguments& size : {Arguments{"--OutputHeight=300"}, Arguments{"--OutputWidth=390"},
+                                          Arguments{"--OutputHeight=300", "--OutputWidth=390"}}) {
+                EXPECT_EQ(greatest_difference(mounted(size).picture(), whole.picture()), 0)
+                    << crop << ' ' << shift_px << ' ' << size.back();
+            }
+            EXPECT_EQ(mounted({"--OutputHeight=200"}).width(), 260) << crop << ' ' << shift_px;
+            EXPECT_EQ(mounted({"--OutputWidth=585"}).height(), 450) << crop << ' ' << shift_px;
+        }
+    }
+}
+
+TEST(AutomaticFrames, NarrowThePicturesInTheCanvasAndFollowTheTrueView) {
+    Workshop workshop;
+    save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
+    const auto mounted = [&](const char* frame, const char* inverse, const char* view) {
+        (void)workshop.run({"foo_l.bmp", "foo_r.bmp", "--StereoOutput=0", "--FloatingTarget=0",
+                            "--CroppOutput=0", "--OutputHeight=300", "--FrameColorGreen=200", frame,
+                            inverse});
+        return workshop.load(view);
+    };
+    const char* left = "cl/foo_cl.bmp";
+    const char* right = "cr/foo_cr.bmp";
+    const int width = aligned_views().left.width();
+    EXPECT_GT(mounted("--AutoFrameFloating=1", "--InverseOutput=0", left).width(), width);
+    const Bitmap seen_left = mounted("--AutoFrameFloating=2", "--InverseOutput=0", left);
+    const Bitmap seen_right = workshop.load(right);
+    EXPECT_EQ(seen_left.width(), width);
+    EXPECT_EQ(colour_at(seen_left.picture(), 0, 150), (Colour{0, 200, 0})) << "moved to the right";
+    EXPECT_EQ(colour_at(seen_right.picture(), width - 1, 150), (Colour{0, 200, 0}));
+    const Bitmap exchanged = mounted("--AutoFrameFloating=2", "--InverseOutput=1", left);
+    EXPECT_EQ(greatest_difference(exchanged.picture(), seen_right.picture()), 0);
+    EXPECT_EQ(greatest_difference(workshop.load(right).picture(), seen_left.picture()), 0);
+}
+
 TEST(Sizes, BlankedFrameIsBlankInBothViewsAlike) {
     Workshop workshop;
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");

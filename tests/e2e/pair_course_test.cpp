@@ -52,6 +52,45 @@ TEST(GivenGeometry, WindowOffsetInPixelsIsOneOfTheOutputAtEverySize) {
     }
 }
 
+TEST(PoorFit, IsToldMarkedAndLeavesNoRecord) {
+    Workshop workshop;
+    save_pair(workshop, misaligned_views(), "foo_l.jpg", "foo_r.jpg");
+    const std::string before = content_of(workshop, "foo_l.jpg");
+    const auto mount = [&](const char* rounds) {
+        return workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=3", "--WriteDataBase=2",
+                             "--ReportMode=1", "--OutputWidth=600", rounds});
+    };
+    const Outcome poor = mount("--IterativeWarp=0");
+    EXPECT_TRUE(poor.tells("processed images: 1/1")) << poor.text;
+    EXPECT_EQ(workshop.load("cl/foo_cl.jpg").width(), 600);
+    for (const std::string& text :
+         {poor.text, content_of(workshop, "zemora_report.txt"), content_of(workshop, "zemora_report.html")}) {
+        EXPECT_NE(text.find("Images will be written under reverse!"), std::string::npos) << text;
+        EXPECT_NE(text.find("To enhance the result, please try to enlarge the parameter IterativeWarp!"),
+                  std::string::npos);
+    }
+    EXPECT_NE(content_of(workshop, "zemora_files.txt").find("\"foo_r.jpg\" IM\n"), std::string::npos);
+    EXPECT_EQ(content_of(workshop, "foo_l.jpg"), before) << "a record of a bad fit";
+    const Outcome good = mount("--IterativeWarp=10");
+    EXPECT_FALSE(good.tells("under reverse")) << good.text;
+    EXPECT_NE(content_of(workshop, "zemora_files.txt").find("\"foo_r.jpg\" OK "), std::string::npos);
+}
+
+TEST(PoorFit, VergenceBeyondItsLimitIsInTheReportsOnce) {
+    Workshop workshop;
+    save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
+    workshop.write("zemora_files.txt",
+                   "\"foo_l.bmp\"   \"foo_r.bmp\" OK 0 0 0 0 0 100 100 0 0 100 100 0 0 0 8 0 1.3"
+                   " 0 0.03 0 0 0 0 0 0 0 0 0 0 0 0 0 0 1 3\n");
+    const Outcome outcome = workshop.run({"--PathofImages=" + workshop.folder(), "--InputMode=10",
+                                          "--EstimateGeometry=2", "--OutputWidth=600", "--ReportMode=1"});
+    EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+    for (const std::string& text : {outcome.text, content_of(workshop, "zemora_report.txt"),
+                                    content_of(workshop, "zemora_report.html")}) {
+        EXPECT_EQ(count_of(text, "Fatal error, vertical image vergence is too different."), 1) << text;
+    }
+}
+
 TEST(GivenGeometry, AutomaticFrameLeavesTheToneAlone) {
     const auto mounted = [](const char* frame, const char* contrast) {
         Workshop workshop;

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "input/stored_record.h"
 #include "platform/child_process.h"
 #include "tests/e2e/workshop.h"
 
@@ -113,6 +114,36 @@ INSTANTIATE_TEST_SUITE_P(
                                  "values from image are not valid"},
                     FallbackCase{"bmp", ".bmp", "", "", "Wrong image type"}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST(RecordOfAnotherCrop, IsToldAndAppliedWithoutItsSelection) {
+    if (!has_exiftool()) {
+        GTEST_SKIP() << "no exiftool";
+    }
+    StoredCorrectionRecord record = empty_record();
+    record[kRecordHeight] = 1.5;
+    record[kRecordRatio] = 1.33;
+    record[kRecordLeftWidth] = record[kRecordLeftHeight] = 100.0;
+    record[kRecordRightWidth] = record[kRecordRightHeight] = 100.0;
+    record[kRecordSelectionLeft] = record[kRecordSelectionBottom] = 0.3;
+    record[kRecordSelectionRight] = record[kRecordSelectionTop] = 0.8;
+    record[kRecordCroppOutput] = 2;
+    for (const bool same_crop : {true, false}) {
+        Workshop workshop;
+        save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
+        for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
+            ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-comment=" + record_text(record),
+                                   workshop.path(name)})
+                            .succeeded());
+        }
+        const Outcome outcome =
+            workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=4", "--StereoOutput=0", "--OutputWidth=900",
+                          "--OutputHeight=500", same_crop ? "--CroppOutput=2" : "--CroppOutput=3"});
+        EXPECT_TRUE(outcome.tells("were read successfully from the image. Extract:\nHeight =  1.50, Size =  0.00"))
+            << outcome.text;
+        EXPECT_NE(outcome.tells("Selection information stored in image will be ignored!"), same_crop) << outcome.text;
+        EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
+    }
+}
 
 TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
     if (!has_exiftool()) {

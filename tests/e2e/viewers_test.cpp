@@ -183,9 +183,13 @@ class Exits : public Viewers, public testing::WithParamInterface<ExitCase> {};
 TEST_P(Exits, OfThePostViewerDecide) {
     const ExitCase& c = GetParam();
     plan(kPost, c.steps);
-    const Outcome outcome = mount({"--PostViewerActive=2"});
+    const Outcome outcome = mount({"--PostViewerActive=2", "--ReportMode=1"});
     EXPECT_EQ(outcome.exit_code, 0);
     EXPECT_TRUE(outcome.tells(c.told)) << outcome.text;
+    const auto reports = [&](const char* file) {
+        return read_text(workshop.path(file)).find(c.told) != std::string::npos;
+    };
+    EXPECT_EQ(reports("zemora_report.txt"), reports("zemora_report.html")) << c.told;
     EXPECT_EQ(calls(), c.calls);
     const Names files = workshop.files();
     EXPECT_EQ(has_name(files, "cl/"), *c.product != '\0') << outcome.text;
@@ -248,6 +252,28 @@ TEST_F(Viewers, SwapStartsThePairOverWithItsViewsExchanged) {
     EXPECT_LT(mean_difference(workshop.load("cl/halves_cl.bmp").picture(), right), 3.0);
 }
 
+TEST_F(Viewers, SwapOfAPhotoWithDepthExchangesTheRenderedViews) {
+    const Bitmap mask = Bitmap::create(400, 300);
+    for (int x = 0; x < 400; ++x) {
+        const auto grey = static_cast<std::uint8_t>(x / 2);
+        fill(mask.picture().part(x, 0, 1, 300), {grey, grey, grey});
+    }
+    workshop.save("a_rgb.bmp", aligned_views().left.picture());
+    workshop.save("a_d.bmp", mask.picture());
+    plan(kPost, {kGood + "0", "exit 100", kGood + "0"});
+    const std::vector<std::string> call{
+        "a_rgb.bmp",      "a_d.bmp", "--PostViewerActive=1", "--StereoImageInput=5", "--DeviationTarget=40",
+        "--CroppOutput=0", "--WindowOffset=0"};
+    EXPECT_TRUE(workshop.run(call).tells("processed images: 1/1"));
+    const Bitmap left = workshop.load("cl/a_cl.bmp");
+    const Bitmap right = workshop.load("cr/a_cr.bmp");
+    EXPECT_GT(mean_difference(left.picture(), right.picture()), 1.0);
+    const Outcome swapped = workshop.run(call);
+    EXPECT_TRUE(swapped.tells("processed images: 1/1"));
+    EXPECT_EQ(greatest_difference(workshop.load("cl/a_cl.bmp").picture(), right.picture()), 0) << swapped.text;
+    EXPECT_EQ(greatest_difference(workshop.load("cr/a_cr.bmp").picture(), left.picture()), 0);
+}
+
 TEST_F(Viewers, ExchangeFilesReplaceLinksAndNotTheirTargets) {
     workshop.write("mine", "mine");
     for (const char* name : {"zemora_pl.bmp", "zemora_pr.bmp", "zemora_pl.bmp.tmp"}) {
@@ -271,8 +297,8 @@ TEST_F(Viewers, MissingOrUselessProgramsAreTold) {
 
 TEST_F(Viewers, PreviewerGivesPartAndOrderOfTheViews) {
     plan(kPre, {preview_answer("x 0 1 0 0 0 1 0 50 0 100 0 50 0 100 0")});
-    const Outcome outcome =
-        mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2", "--EstimateGeometry=0"});
+    const Outcome outcome = mount({"--PreViewerActive=1", "--VerboseMode=2", "--RotMirInputRight=2",
+                                   "--EstimateGeometry=0", "--CroppOutput=0"});
     EXPECT_TRUE(outcome.tells("Instructions for Zemora Image Previewer:\n---")) << outcome.text;
     EXPECT_TRUE(outcome.tells("Zemora Image PreViewer:\nRotation left:       0.0 degree\n")) << outcome.text;
     EXPECT_TRUE(outcome.tells("RightImageHeight:  100.0 percent\n")) << outcome.text;

@@ -36,16 +36,27 @@ TEST(FrameCounters, StandBetweenTheLastSeparators) {
     }
 }
 
-TEST(DepthGaps, CountTheMissingMasksOfEachBlock) {
+TEST(DepthGaps, LieBetweenTheMasksThatAreThere) {
     test::CollectRig rig(3, 5);
     const Names photos{"p_02_rgb.jpg", "p_04_rgb.jpg", "p_06_rgb.jpg", "p_08_rgb.jpg",
                        "p_10_rgb.jpg", "p_12_rgb.jpg", "p_14_rgb.jpg"};
-    const DepthGapPlan plan = plan_depth_gaps(photos, {"p_02_d.jpg", "p_08_d.jpg", "p_14_d.jpg"}, rig.voice);
-    EXPECT_EQ(plan.first_mask, 2);
-    EXPECT_EQ(plan.photo_step, 2);
-    EXPECT_EQ(plan.mask_step, 6);
-    EXPECT_EQ(plan.missing, 2);
-    EXPECT_EQ(plan.blocks, 2);
+    struct Row {
+        Names masks;
+        std::vector<std::pair<int, int>> gaps;
+    };
+    for (const Row& row :
+         {Row{{"p_02_d.jpg", "p_08_d.jpg", "p_14_d.jpg"}, {{2, 8}, {8, 14}}},
+          Row{{"p_02_d.jpg", "p_04_d.jpg", "p_06_d.jpg", "p_14_d.jpg"},
+              {{6, 14}}},  // of a run that was stopped
+          Row{{"p_02_d.jpg", "p_06_d.jpg", "p_08_d.jpg", "p_14_d.jpg"}, {{2, 6}, {8, 14}}}}) {
+        const DepthGapPlan plan = plan_depth_gaps(photos, row.masks, rig.voice);
+        EXPECT_EQ(plan.photo_step, 2);
+        std::vector<std::pair<int, int>> gaps;
+        for (const DepthGap& gap : plan.gaps) {
+            gaps.emplace_back(static_cast<int>(gap.first), static_cast<int>(gap.last));
+        }
+        EXPECT_EQ(gaps, row.gaps);
+    }
 }
 
 TEST(DepthGaps, SequencesThatDoNotFitEndTheRun) {
@@ -63,6 +74,7 @@ TEST(DepthGaps, SequencesThatDoNotFitEndTheRun) {
         {{"p_01.jpg", "q_01.jpg"}, {"p_01.jpg", "p_03.jpg"}, "FIRST images"},
         {{"p_01.jpg", "p_002.jpg"}, {"p_01.jpg", "p_03.jpg"}, "Wrong length of the counter in p_002.jpg"},
         {{"p_01.jpg", "p_02.jpg"}, {"p_01.jpg", "p_003.jpg"}, "Wrong length of the counter in p_003.jpg"},
+        {{"p_01.jpg", "p_03.jpg"}, {"p_01.jpg", "p_04.jpg"}, "mask p_04.jpg fits none of the images"},
     };
     test::CollectRig rig(3, 5);
     for (const Row& row : rows) {
@@ -84,7 +96,7 @@ TEST(DepthGaps, DifferentEndsAreToldAndTheWorkGoesOn) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander passen:\n"
               "linker Index:  4\nrechter Index: 3\n");
-    EXPECT_EQ(plan.missing, 1);
+    EXPECT_EQ(plan.gaps.size(), 1U);
 }
 
 }  // namespace

@@ -167,22 +167,22 @@ TEST_F(Listed, ANewListSavesAnOldOneThatHoldsWork) {
     const auto saved = [&](int number) {
         return folder / ("zemora_files.txt_00" + std::to_string(number) + ".txt");
     };
-    set_list(plain);
-    store("c.jpg", "d.jpg");
-    EXPECT_FALSE(std::filesystem::exists(saved(1))) << "names alone are found again";
-    set_list(worked);
-    store("c.jpg", "d.jpg");
-    EXPECT_EQ(read_text(saved(1)), worked);
-    EXPECT_EQ(read_text(list()), "\"c.jpg\"   \"d.jpg\"\n");
-    parameters.write_data_base = 1;
-    store("e.jpg", "f.jpg");
-    EXPECT_EQ(read_text(saved(2)), "\"c.jpg\"   \"d.jpg\"\n");
+    set_list("\xEF\xBB\xBF\r\n" + plain.substr(0, plain.size() - 1) + " \r\n");
+    store("a.jpg", "b.jpg");
+    EXPECT_FALSE(std::filesystem::exists(saved(1))) << "the same names are found again";
+    int number = 0;
+    for (const std::string& old :
+         {worked, plain + "\"c.jpg\"   \"d.jpg\"\n", std::string("\"b.jpg\"   \"a.jpg\"\n"),
+          std::string("# garden\n") + plain, std::string("Shopping list\nmilk\n")}) {
+        set_list(old);
+        store("a.jpg", "b.jpg");
+        EXPECT_EQ(read_text(saved(++number)), old);
+        EXPECT_EQ(read_text(list()), plain);
+    }
     EXPECT_EQ(read_text(saved(1)), worked) << "an older saved list is never replaced";
-    parameters.write_data_base = 2;
-    const std::string foreign = "Shopping list\nmilk\n";
-    set_list(foreign);
-    store("e.jpg", "f.jpg");
-    EXPECT_EQ(read_text(saved(3)), foreign) << "a text that is no list is the user's work";
+    parameters.write_data_base = 1;
+    store("a.jpg", "b.jpg");
+    EXPECT_EQ(read_text(saved(++number)), plain) << "a list of names alone is made to be edited";
 }
 
 TEST_F(Listed, ARunWithoutNamesTouchesNoList) {

@@ -9,6 +9,15 @@ namespace {
 
 using test::CollectRig;
 
+void refuse_one(const ParameterSet& parameters, const Voice& voice, const std::string& file, FileSide side) {
+    rename_refused_files(parameters, voice, {{file, side}});
+}
+
+void quit_one(const ParameterSet& /*parameters*/, const Voice& voice, const std::string& file,
+              FileSide side) {
+    move_quit_files(voice, {{file, side}});
+}
+
 struct MoveRow {
     void (*move)(const ParameterSet&, const Voice&, const std::string&, FileSide);
     int value;  ///< Of `RenameOrphans` or `RenameRefused`.
@@ -26,14 +35,14 @@ const MoveRow kMoves[] = {
     {rename_orphan,       4, FileSide::right,  "r/r/a.jpg",    "r/r/za.jpg"},
     {rename_orphan,       1, FileSide::left,   "l/deep/a.jpg", "l/deep/a.jpg"},
     {rename_orphan,       0, FileSide::left,   "l/a.jpg",      "l/a.jpg"},
-    {rename_refused_file, 1, FileSide::left,   "x/l/a.jpg",    "x/lu/a.jpg"},
-    {rename_refused_file, 1, FileSide::stereo, "S/a.jpg",      "su/a.jpg"},
-    {rename_refused_file, 1, FileSide::left,   "r/a.jpg",      "ru/a.jpg"},
-    {rename_refused_file, 1, FileSide::right,  "other/a.jpg",  "other/a.jpg"},
-    {rename_refused_file, 2, FileSide::right,  "other/a.jpg",  "other/a_ru.jpg"},
-    {rename_refused_file, 0, FileSide::right,  "r/a.jpg",      "r/a.jpg"},
-    {move_quit_file,      0, FileSide::left,   "l/a.jpg",      "l/lq/a.jpg"},
-    {move_quit_file,      0, FileSide::stereo, "a.jpg",        "sq/a.jpg"},
+    {refuse_one,          1, FileSide::left,   "x/l/a.jpg",    "x/lu/a.jpg"},
+    {refuse_one,          1, FileSide::stereo, "S/a.jpg",      "su/a.jpg"},
+    {refuse_one,          1, FileSide::left,   "r/a.jpg",      "ru/a.jpg"},
+    {refuse_one,          1, FileSide::right,  "other/a.jpg",  "other/a.jpg"},
+    {refuse_one,          2, FileSide::right,  "other/a.jpg",  "other/a_ru.jpg"},
+    {refuse_one,          0, FileSide::right,  "r/a.jpg",      "r/a.jpg"},
+    {quit_one,            0, FileSide::left,   "l/a.jpg",      "l/lq/a.jpg"},
+    {quit_one,            0, FileSide::stereo, "a.jpg",        "sq/a.jpg"},
 };
 // clang-format on
 
@@ -62,6 +71,39 @@ TEST(MovedFiles, NeverReplaceAnotherFile) {
     rename_orphan(rig.parameters, rig.voice, rig.folder / "r/b.jpg", FileSide::right);
     EXPECT_NE(rig.reports.text.find("Not a directory"), std::string::npos) << rig.reports.text;
     EXPECT_EQ(rig.folder.files().count("r/b.jpg"), 1U);
+}
+
+TEST(MovedFiles, OfAPairMoveTogetherOrStay) {
+    struct Row {
+        int refused;             ///< Of `RenameRefused`; 0 for a pair that the user gave up.
+        const char* in_the_way;  ///< A name that is taken.
+        std::set<std::string> after;
+    };
+    for (const Row& row :
+         {Row{1, "", {"lu/a.jpg", "ru/a.jpg"}}, Row{1, "ru/a.jpg", {"l/a.jpg", "r/a.jpg"}},
+          Row{1, "lu/a.jpg", {"l/a.jpg", "r/a.jpg"}}, Row{1, "ru", {"l/a.jpg", "r/a.jpg"}},
+          Row{2, "r/a_ru.jpg", {"l/a.jpg", "r/a.jpg"}}, Row{0, "", {"l/lq/a.jpg", "r/rq/a.jpg"}},
+          Row{0, "r/rq/a.jpg", {"l/a.jpg", "r/a.jpg"}}}) {
+        CollectRig rig(9);
+        rig.parameters.rename_refused = row.refused;
+        rig.add({"l/a.jpg", "r/a.jpg"});
+        std::set<std::string> expected = row.after;
+        if (*row.in_the_way != '\0') {
+            rig.add({row.in_the_way});
+            expected.insert(row.in_the_way);
+        }
+        const std::vector<SidedFile> pair{{rig.folder / "l/a.jpg", FileSide::left},
+                                          {rig.folder / "r/a.jpg", FileSide::right}};
+        if (row.refused != 0) {
+            rename_refused_files(rig.parameters, rig.voice, pair);
+        } else {
+            move_quit_files(rig.voice, pair);
+        }
+        EXPECT_EQ(rig.folder.files(), expected) << row.refused << ' ' << row.in_the_way;
+        EXPECT_EQ(rig.reports.text.find("the other file of the pair cannot move") != std::string::npos,
+                  *row.in_the_way != '\0')
+            << rig.reports.text;
+    }
 }
 
 }  // namespace

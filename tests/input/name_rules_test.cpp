@@ -9,6 +9,7 @@ namespace {
 TEST(NameRules, SuffixesOfImageTypeCountInAnyCase) {
     EXPECT_TRUE(has_listed_suffix("tif;jpg", "/x.y/a.JPG"));
     EXPECT_TRUE(has_listed_suffix("TIF; JPG;", "a.b.jpg"));
+    EXPECT_TRUE(has_listed_suffix("*.tif; .jpg", "a.jpg") && has_listed_suffix("*.TIF;.jpg", "a.tif"));
     for (const char* name : {"ajpg", "a.jpeg", "a.jp", "/x.jpg/a", "a.", "a.tif;jpg"}) {
         EXPECT_FALSE(has_listed_suffix("tif;jpg;;", name)) << name;
     }

@@ -133,6 +133,7 @@ class ComfortCalculator(unittest.TestCase):
         self.type("screendistance", "14.2")
         self.browser.refresh()
         self.assertEqual(self.sizes(), ("11.5", "14.2"))
+        self.expect_angles("4:3")
         self.open("?far=50&dev=60&wi=4000&hei=3000&pr=0", "de", keep_storage=True)
         self.assertEqual(self.sizes(), ("11.5", "14.2"))
         self.browser.execute_script("localStorage.setItem('ScreenWidth_loc', '<b>'); read_storage()")

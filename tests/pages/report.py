@@ -56,6 +56,21 @@ class Report(unittest.TestCase):
                 self.assertIn(NAME + "_l.jpg", self.browser.find_element(By.TAG_NAME, "body").text)
                 self.assertEqual(self.browser.get_log("browser"), [])
 
+    def test_a_dome_image_is_shown_by_its_thumbnails_and_labels_stay_on_one_line(self):
+        self.mount("--HtmlImages=3", "--ReportMode=1", "--AnaglyphOutput=2", "--PlanetariumOutput=1")
+        self.open_report()
+        shown = self.browser.find_elements(By.TAG_NAME, "img")
+        self.assertEqual([int(picture.get_property("naturalWidth")) > 0 for picture in shown], [True, True])
+        self.browser.set_window_size(500, 800)
+        lines = self.browser.execute_script("""return Array.from(document.querySelectorAll(
+            "table[cellspacing] td:first-child:not([colspan])"), cell => {
+                const label = document.createRange();
+                label.selectNodeContents(cell);
+                return label.getClientRects().length;
+            })""")
+        self.assertGreater(len(lines), 10)
+        self.assertEqual(max(lines), 1, "a label is broken")
+
     def test_an_appended_report_is_one_page_and_hands_its_values_to_the_calculator(self):
         for _ in range(2):
             self.mount("--ReportMode=2", "--HtmlImages=0", "--StereoOutput=2")

@@ -109,6 +109,7 @@ TEST_P(TemporaryFolder, GoesWithTheProcessHoweverItEnds) {
     const pid_t child = fork();
     if (child == 0) {
         setenv("TMPDIR", base.path().c_str(), 1);
+        end_well_at_signals();
         const std::string folder = temporary_folder();
         test::write_text(folder + "/a", "x");
         test::write_text(folder + "/.b", "x");

@@ -7,9 +7,13 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <thread>
 
+#include "platform/file_times.h"
+#include "platform/paths.h"
+#include "platform/process_end.h"
 #include "tests/support/test_folder.h"
 
 namespace zemora {
@@ -110,6 +114,53 @@ TEST(WriteFileWhole, PermissionsFollowTheUsersMaskFromManyThreads) {
         stat((folder / name).c_str(), &status);
         EXPECT_EQ(status.st_mode & 0777U, 0640U) << name;
     }
+}
+
+TEST(WriteFileWhole, ASignalNeverLeavesAHiddenFile) {
+    const TestFolder folder;
+    for (int round = 0; round < 150; ++round) {
+        const pid_t child = fork();
+        if (child == 0) {
+            end_well_at_signals();
+            for (;;) {
+                (void)write_file_whole(folder / "picture", bytes_of(10));
+            }
+        }
+        while (!file_exists(folder / "picture")) {
+        }
+        usleep(static_cast<useconds_t>(200 + 37 * (round % 40)));
+        kill(child, SIGINT);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+        ASSERT_EQ(folder.files(), std::set<std::string>{"picture"}) << round;
+    }
+}
+
+TEST(WriteFileWhole, SweepsOnlyWhatAKilledRunHasLeft) {
+    const TestFolder folder;
+    const pid_t gone = fork();
+    if (gone == 0) {
+        _exit(0);
+    }
+    waitpid(gone, nullptr, 0);
+    const std::string dead = ".zemora-" + std::to_string(gone);
+    const std::string alive = ".zemora-" + std::to_string(getppid()) + "-0";
+    for (const std::string& name :
+         {dead + "-0", dead + "-17", dead + "-5", dead + "-", dead, dead + "-1.jpg", dead + "-x", alive,
+          std::string(".zemora-0-0"), std::string(".zemora--1-0")}) {
+        test::write_text(folder / name, "user");
+        ASSERT_TRUE(set_file_times(folder / name, name == dead + "-5" ? std::time(nullptr) : 1'000'000'000));
+    }
+    std::filesystem::create_directory(folder / (dead + "-8"));
+    std::filesystem::create_symlink("picture", folder / (dead + "-9"));
+    std::set<std::string> expected = folder.files();
+    EXPECT_EQ(write_file_whole(folder / "picture", bytes_of(10)), "");
+    expected.erase(dead + "-0");
+    expected.erase(dead + "-17");
+    expected.insert("picture");
+    EXPECT_EQ(folder.files(), expected) << "the young one may be of another machine";
+    EXPECT_TRUE(std::filesystem::is_directory(folder / (dead + "-8")));
 }
 
 TEST(ReadFileWhole, GivesPlainFilesAndReasonsForOthers) {

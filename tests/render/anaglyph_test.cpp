@@ -225,8 +225,9 @@ TEST_F(Anaglyphs, DomeIsSavedWithThreeCopiesRoundTheZenith) {
         };
         const std::uint8_t* pixel = dome.bits() + at(radius * std::sin(angle)) * dome.pitch() +
                                     static_cast<std::ptrdiff_t>(4) * at(radius * std::cos(angle));
-        EXPECT_EQ(pixel[3], 0);
-        return Colour{pixel[0], pixel[1], pixel[2]};
+        const Colour colour{pixel[0], pixel[1], pixel[2]};
+        EXPECT_EQ(pixel[3], colour == Colour{} ? 0 : 255);
+        return colour;
     };
     for (int copy = 0; copy < 3; ++copy) {
         for (const auto& [column, row] : {std::pair{5, 3}, {30, 20}, {55, 39}}) {

@@ -5,6 +5,9 @@
 #include <climits>
 
 #include "render/canvas.h"
+#include "render/crop.h"
+#include "render/extra_layout.h"
+#include "render/output_writer.h"
 #include "tests/render/render_scene.h"
 
 namespace zemora {
@@ -52,7 +55,8 @@ TEST(SingleViewLayout, FloatingMovesTheViewsApartOnTheirCanvases) {
 
 TEST(SideBySideLayout, SettingsFarOutsideTheirLimitsMakeACanvasThatNoMemoryHolds) {
     ParameterSet set;
-    set.frame_top = set.frame_bottom = set.frame_left_right = set.frame_central = set.thin_black_line = INT_MAX;
+    set.frame_top = set.frame_bottom = set.frame_left_right = set.frame_central = set.thin_black_line =
+        INT_MAX;
     Rig rig(set);
     rig.warp->height = rig.warp->width = 40;
     const CanvasLayout layout = side_by_side_layout(*rig.warp);
@@ -158,7 +162,7 @@ struct AutoCase {
     int mode, left_right, fill_width;
     double far_point;
     int floating, new_left_right, new_fill, new_work;
-    bool enlarged;
+    int narrowed;
 };
 
 class AutomaticFrames : public ::testing::TestWithParam<AutoCase> {};
@@ -177,24 +181,87 @@ TEST_P(AutomaticFrames, DrawThePicturesTogether) {
     set.auto_frame_floating = c.mode;
     set.floating_target = 20;
     set.win_off_reference = 1;
-    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point), c.enlarged);
+    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point), c.narrowed);
     EXPECT_EQ(rig.warp->frame.floating, c.floating);
     EXPECT_EQ(rig.warp->frame.left_right, c.new_left_right);
     EXPECT_EQ(rig.warp->frame.fill_width, c.new_fill);
     EXPECT_EQ(rig.warp->work_width, c.new_work);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Modes, AutomaticFrames,
-    ::testing::Values(AutoCase{"below_target", 1, 5, 0, 12.0, 0, 5, 0, 1000, false},
-                      AutoCase{"one_below_target", 1, 5, 0, 19.0, 0, 5, 0, 1000, false},
-                      AutoCase{"odd_becomes_even", 1, 50, 0, 33.4, -12, 50, 0, 1000, false},
-                      AutoCase{"frame_grows", 1, 5, 0, 50.0, -30, 15, 0, 1000, true},
-                      AutoCase{"picture_narrows", 2, 5, 0, 50.0, -30, 15, 0, 980, true},
-                      AutoCase{"fill_grows", 1, 0, 1010, 50.0, -30, 0, 1030, 1000, false},
-                      AutoCase{"fill_narrows", 2, 0, 1010, 50.0, -30, 0, 1010, 980, false},
-                      AutoCase{"off", 0, 5, 0, 50.0, 0, 5, 0, 1000, false}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Modes, AutomaticFrames,
+                         ::testing::Values(AutoCase{"below_target", 1, 5, 0, 12.0, 0, 5, 0, 1000, 0},
+                                           AutoCase{"one_below_target", 1, 5, 0, 19.0, 0, 5, 0, 1000, 0},
+                                           AutoCase{"odd_becomes_even", 1, 50, 0, 33.4, -12, 50, 0, 1000, 0},
+                                           AutoCase{"frame_grows", 1, 5, 0, 50.0, -30, 15, 0, 1000, 0},
+                                           AutoCase{"picture_narrows", 2, 5, 0, 50.0, -30, 15, 0, 980, 980},
+                                           AutoCase{"fill_grows", 1, 0, 1010, 50.0, -30, 0, 1030, 1000, 0},
+                                           AutoCase{"fill_narrows", 2, 0, 1010, 50.0, -30, 0, 1010, 980, 980},
+                                           AutoCase{"off", 0, 5, 0, 50.0, 0, 5, 0, 1000, 0}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(AutomaticFrames, WithoutAForcedWidthTheViewsAreCutEquallyAndTheCanvasStays) {
+    FrameSettings frame;
+    frame.left_right = 5;
+    FramedRig rig(frame, 1000, 20);
+    rig.warp->work_height = 20;  // of a forced height
+    rig.warp->force_size = kForceHeight;
+    rig.warp->latest_size_step = 1;
+    rig.left_record.kept_x = 7;
+    ParameterSet set;
+    set.auto_frame_floating = 2;
+    const int canvas = single_view_layout(*rig.warp, View::left).width;
+    const Bitmap before = rig.warp->right.clone();
+    const int narrowed = apply_automatic_frame(*rig.warp, set, 30.0 + set.floating_target);
+    EXPECT_EQ(narrowed, 980);
+    EXPECT_EQ(rig.warp->work_width, 0);
+    narrow_views(*rig.warp, narrowed);
+    EXPECT_EQ(single_view_layout(*rig.warp, View::left).width, canvas);
+    EXPECT_EQ(rig.warp->width, 980);
+    EXPECT_EQ(colour_at(rig.warp->pair().right, 0, 3), colour_at(before.picture(), 10, 3));
+    EXPECT_EQ(rig.left_record.kept_x, 17);
+    EXPECT_EQ(rig.left_record.kept_width, 980);
+}
+
+/// Of the sides, in signs: where the pictures that stand left and right move for a positive `FrameFloating`.
+struct FloatingCase {
+    int turn_left, turn_right, inverse;
+    int left, right;
+};
+
+TEST(FrameFloating, BelongsToTheTrueViewAndToItsSidesAsSeen) {
+    for (const FloatingCase& c : {FloatingCase{0, 0, 0, -1, 1},
+                                  {0, 0, 1, 1, -1},
+                                  {4, 0, 0, 1, 1},
+                                  {0, 4, 0, -1, -1},
+                                  {4, 4, 0, 1, -1},
+                                  {2, 2, 0, 1, -1},
+                                  {6, 6, 0, -1, 1},
+                                  {0, 4, 1, -1, -1},
+                                  {4, 0, 1, 1, 1},
+                                  {4, 4, 1, -1, 1}}) {
+        FramedRig rig(settings(0, 0, 20, 0, 10, 0));
+        rig.parameters.rot_mir_output_left = c.turn_left;
+        rig.parameters.rot_mir_output_right = c.turn_right;
+        rig.warp->inverse_output = c.inverse;
+        turn_outputs(*rig.warp);
+        swap_outputs(*rig.warp);
+        const std::string name =
+            std::to_string(c.turn_left) + std::to_string(c.turn_right) + std::to_string(c.inverse);
+        EXPECT_EQ(single_view_layout(*rig.warp, View::left).left_picture_column, 20 + 5 * c.left) << name;
+        EXPECT_EQ(single_view_layout(*rig.warp, View::right).left_picture_column, 20 + 5 * c.right) << name;
+        const CanvasLayout both = side_by_side_layout(*rig.warp);
+        EXPECT_EQ(both.left_picture_column, 20 + 5 * c.left) << name;
+        EXPECT_EQ(both.right_picture_column, 120 + 5 * c.right) << name;
+        const CanvasLayout merged = anaglyph_layout(*rig.warp);
+        EXPECT_EQ(merged.left_picture_column, 20 + 5 * c.left) << name;
+        EXPECT_EQ(merged.right_picture_column, 20 + 5 * c.right) << name;
+        const TiledLayout tiled = tiled_layout(*rig.warp, {{"lr", ""}});
+        EXPECT_EQ(tiled.rows[0].views[0].column, 20 + 5 * c.left) << name;
+        EXPECT_EQ(tiled.rows[0].views[1].column, 120 + 5 * c.right) << name;
+        EXPECT_EQ(caption_place(*rig.warp, both.left_picture_column, View::left).middle_column, 20 + 30)
+            << name << ": the caption stays in the middle of its frame";
+    }
+}
 
 TEST(PixelsFromReference, KnowsTheUnits) {
     EXPECT_DOUBLE_EQ(pixels_from_reference(20, 0, 500, 1000), 20.0);
@@ -235,13 +302,19 @@ TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
     EXPECT_EQ(int{colour_at(pair.right, 2, 2).green}, 200);
 }
 
-TEST(FloatingBands, NarrowPicturesAndOtherModesHaveNoRamp) {
+TEST(FloatingBands, NarrowPicturesAndModesWithoutCurtainsOfTheirOwnHaveNoRamp) {
     FramedRig hard(FrameSettings{});
     floating_bands(*hard.warp, {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
     EXPECT_EQ(colour_at(hard.warp->pair().left, 4, 2), Colour{});
-    FramedRig none(FrameSettings{});
-    floating_bands(*none.warp, {5, 5}, 1);
-    EXPECT_NE(colour_at(none.warp->pair().left, 2, 2), Colour{});
+    for (const int mode : {0, 1, 2}) {  // curtains that a selection brings
+        FramedRig selected(FrameSettings{}, 400, 4);
+        const Bitmap before = selected.warp->left.clone();
+        floating_bands(*selected.warp, {5, 5}, mode);
+        const StereoPicture pair = selected.warp->pair();
+        EXPECT_EQ(colour_at(pair.left, 4, 2), Colour{}) << mode;
+        EXPECT_EQ(colour_at(pair.left, 5, 2), colour_at(before.picture(), 5, 2)) << mode;
+        EXPECT_EQ(colour_at(pair.right, 395, 2), Colour{}) << mode;
+    }
 }
 
 }  // namespace

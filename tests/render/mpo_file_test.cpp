@@ -8,6 +8,7 @@
 #include <random>
 
 #include "input/mpo.h"
+#include "input/mpo_sizes.h"
 #include "input/picture_file.h"
 #include "numerics/bitmap_file.h"
 #include "platform/safe_file.h"
@@ -158,15 +159,15 @@ TEST(MpoFile, OnlyTheSizeOfTheFirstPictureIsSettled) {
          {Row{"right", whole, whole}, Row{"stale", stale, whole}, Row{"astray", astray, astray},
           Row{"one picture", jpeg_of(noisy(20, 10, 1), 80), jpeg_of(noisy(20, 10, 1), 80)}}) {
         ASSERT_TRUE(write_file_whole(path, row.before).empty());
-        EXPECT_EQ(settle_first_size(path), "") << row.name;
+        EXPECT_EQ(settle_first_size(path, std::nullopt), "") << row.name;
         std::string reason;
         EXPECT_EQ(read_file_whole(path, reason), row.after) << row.name;
     }
     for (std::size_t size = 0; size < 600; ++size) {
         ASSERT_TRUE(write_file_whole(path, Bytes(stale).first(size)).empty());
-        EXPECT_EQ(settle_first_size(path), "") << size;
+        EXPECT_EQ(settle_first_size(path, std::nullopt), "") << size;
     }
-    EXPECT_NE(settle_first_size(folder / "missing.mpo"), "");
+    EXPECT_NE(settle_first_size(folder / "missing.mpo", std::nullopt), "");
 }
 
 TEST(MpoFile, WhatIsNoWholeJpegIsRefused) {

@@ -46,16 +46,17 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         TargetCase{"free", 600, 800, 0, 0, 2, 600, 800, FinalRescale::none, 0, 0, 0},
         TargetCase{"free_crop_3", 600, 800, 0, 0, 3, 600, 800, FinalRescale::none, 0, 0, 1},
-        TargetCase{"free_low", 200, 800, 0, 0, 2, 500, 2000, FinalRescale::both, 800, 200, 0},
-        TargetCase{"free_narrow", 800, 200, 0, 0, 2, 2000, 500, FinalRescale::both, 200, 800, 0},
-        TargetCase{"free_small_portrait", 200, 100, 0, 0, 2, 1000, 500, FinalRescale::both, 100, 200, 0},
+        TargetCase{"free_low", 200, 800, 0, 0, 2, 500, 2000, FinalRescale::by_factor, 800, 200, 0},
+        TargetCase{"free_narrow", 800, 200, 0, 0, 2, 2000, 500, FinalRescale::by_factor, 200, 800, 0},
+        TargetCase{"free_small_portrait", 200, 100, 0, 0, 2, 1000, 500, FinalRescale::by_factor, 100, 200, 0},
         TargetCase{"free_small_crop_4", 200, 100, 0, 0, 4, 200, 100, FinalRescale::none, 0, 0, 0},
         TargetCase{"both", 600, 800, 300, 400, 2, 300, 400, FinalRescale::none, 0, 0, 1},
         TargetCase{"both_crop_4", 600, 800, 30, 40, 4, 30, 40, FinalRescale::none, 0, 0, 0},
-        TargetCase{"both_low", 600, 800, 200, 400, 2, 500, 1000, FinalRescale::both, 400, 200, 1},
-        TargetCase{"both_low_crop_3", 600, 800, 200, 400, 3, 500, 1000, FinalRescale::by_height, 0, 200, 1},
-        TargetCase{"both_narrow_crop_3", 600, 800, 400, 200, 3, 1000, 500, FinalRescale::by_width, 200, 0, 1},
-        TargetCase{"both_small", 600, 800, 100, 50, 2, 1000, 500, FinalRescale::both, 50, 100, 1},
+        TargetCase{"both_low", 600, 800, 200, 400, 2, 500, 1000, FinalRescale::by_factor, 400, 200, 1},
+        TargetCase{"both_low_crop_3", 600, 800, 200, 400, 3, 500, 1000, FinalRescale::by_factor, 400, 200, 1},
+        TargetCase{"both_narrow_crop_3", 600, 800, 400, 200, 3, 1000, 500, FinalRescale::by_factor, 200, 400,
+                   1},
+        TargetCase{"both_small", 600, 800, 100, 50, 2, 1000, 500, FinalRescale::by_factor, 50, 100, 1},
         TargetCase{"height_only", 600, 800, 300, 0, 2, 300, 0, FinalRescale::none, 0, 0, 1},
         TargetCase{"height_only_small", 600, 800, 200, 0, 0, 500, 0, FinalRescale::by_height, 0, 200, 1},
         TargetCase{"width_only_small", 600, 800, 0, 200, 3, 0, 500, FinalRescale::by_width, 200, 0, 1},
@@ -328,20 +329,39 @@ TEST(FindRange, WindowsAreSnappedOrBroughtToTheRatio) {
     EXPECT_EQ(find_range(*rig.warp, box, 0, 800, 1000).width(), 302) << "equal target sides give a square";
 }
 
-TEST(RescaleToFinal, KeepsTheRatioWhenOneSideIsGiven) {
+struct RescaleCase {
+    const char* name;
+    int source_height, source_width, output_height, output_width, crop;
+    int height, width;  ///< As worked at; what cropping left of it.
+    int final_height, final_width;
+};
+
+class RescaleToFinal : public ::testing::TestWithParam<RescaleCase> {};
+
+TEST_P(RescaleToFinal, KeepsTheRatio) {
+    const RescaleCase& c = GetParam();
     Rig rig;
-    rig.warp->left = textured(260, 220);
-    rig.warp->right = textured(260, 220);
-    rig.warp->width = 240;
-    rig.warp->height = 200;
-    TargetSize target;
-    target.final_rescale = FinalRescale::by_height;
-    target.final_height = 100;
-    rescale_to_final(*rig.warp, target);
-    EXPECT_EQ(rig.warp->height, 100);
-    EXPECT_EQ(rig.warp->width, 120);
-    EXPECT_EQ(rig.warp->pair().left.width, 120);
+    rig.warp->left = textured(c.width + 20, c.height + 20);
+    rig.warp->right = textured(c.width + 20, c.height + 20);
+    rig.warp->width = c.width;
+    rig.warp->height = c.height;
+    rescale_to_final(*rig.warp, find_target_size(c.source_height, c.source_width, c.output_height,
+                                                 c.output_width, c.crop));
+    EXPECT_EQ(rig.warp->height, c.final_height);
+    EXPECT_EQ(rig.warp->width, c.final_width);
+    EXPECT_EQ(rig.warp->pair().left.width, c.final_width);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RescaleToFinal,
+    ::testing::Values(RescaleCase{"height_given", 600, 800, 100, 0, 2, 500, 640, 100, 128},
+                      RescaleCase{"width_given", 600, 800, 0, 100, 2, 400, 500, 80, 100},
+                      RescaleCase{"both_given", 600, 800, 200, 333, 2, 500, 833, 200, 333},
+                      RescaleCase{"inside_a_box", 1080, 1920, 200, 300, 3, 430, 750, 172, 300},
+                      RescaleCase{"inside_a_narrow_box", 1080, 1920, 300, 200, 3, 290, 500, 116, 200},
+                      RescaleCase{"small_input_cropped", 150, 200, 0, 0, 2, 480, 640, 144, 192},
+                      RescaleCase{"small_portrait_cropped", 200, 150, 0, 0, 2, 640, 480, 192, 144}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace zemora

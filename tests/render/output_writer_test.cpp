@@ -7,10 +7,13 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 #include "input/picture_file.h"
 #include "numerics/rescale.h"
 #include "render/cmyk.h"
+#include "render/deep_picture.h"
+#include "render/extra_output.h"
 #include "render/rgb16.h"
 #include "render/save_picture.h"
 #include "tests/render/render_scene.h"
@@ -431,7 +434,133 @@ TEST_F(Outputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
     }
 }
 
-TEST_F(Outputs, SixteenBitViewsFloatByTheSideWhereTheyStand) {
+/// A textured picture in 16 bits; its upper bytes are the 8-bit form.
+DeepSource deep_texture(int width, int height) {
+    DeepSource source(width, height);
+    source.shallow = textured(width, height, 3);
+    const Bitmap wide = widened(source.shallow.picture());
+    copy_deep(deep_picture(wide), deep_picture(source.deep), 0, 0);
+    return source;
+}
+
+/// Greatest difference of the upper bytes of a deep picture to the bytes of another; 256 for another size.
+int reduced_difference(const Bitmap& deep, ConstPicture bytes) {
+    if (!is_deep(deep) || deep.width() != bytes.width || deep.height() != bytes.height) {
+        return 256;
+    }
+    int greatest = 0;
+    for (int y = 0; y < bytes.height; ++y) {
+        for (int x = 0; x < bytes.width; ++x) {
+            const std::uint16_t* pixel = deep_picture(deep).pixel(x, y);
+            for (int c = 0; c < kPixelBytes; ++c) {
+                greatest = std::max(greatest, std::abs((pixel[2 - c] >> 8) - bytes.pixel(x, y)[c]));
+            }
+        }
+    }
+    return greatest;
+}
+
+struct DeepCase {
+    const char* name;
+    int interpolation;
+    float scale = 1.0F;  ///< Output pixels per source pixel.
+    float gamma = 1.0F;
+    int crop = 2;
+    int turn_left = 0, turn_right = 0;
+    int inverse = 0;
+    bool is_framed = false;
+};
+
+class SixteenBits : public Outputs, public ::testing::WithParamInterface<DeepCase> {
+protected:
+    /// The pair of the case, finished.
+    void mount(Rig& rig, const DeepSource& source) {
+        const DeepCase& c = GetParam();
+        rig.warp->interpolation_mode = c.interpolation;
+        rig.warp->cropp_output = c.crop;
+        rig.warp->passe_colour = {0, 30, 255};
+        rig.warp->inverse_output = c.inverse;
+        rig.warp->total_scale = c.scale;
+        WarpRequest request = rig.request(source.shallow, source.shallow);
+        request.frame_height = static_cast<int>(c.scale * static_cast<float>(source.shallow.height()));
+        request.frame_width = static_cast<int>(c.scale * static_cast<float>(source.shallow.width()));
+        request.crop = 1;
+        request.gamma = c.gamma;
+        request.interpolation = choose_interpolation(*rig.warp, c.scale);
+        request.correction = {2.0F, 0.01F, 0.02F, 0.01F, 0.01F, 4.0F};
+        ASSERT_EQ(rig.run(request), WarpStatus::done);
+        if (c.is_framed) {
+            FrameSettings& frame = rig.warp->frame;
+            frame = {11, 37, 9, 6, -4, 0, 0, 2, {200, 90, 40}};
+            rig.warp->texts.caption = resolve_text("Caption", {}, *rig.warp);
+        }
+        turn_outputs(*rig.warp);
+        swap_outputs(*rig.warp);
+    }
+};
+
+TEST_P(SixteenBits, ReducedToEightAreTheEightBitProducts) {
+    const DeepCase& c = GetParam();
+    const DeepSource source = deep_texture(203, 157);
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    const SourceFiles sources{
+        file("deep.tif"), file("deep.tif"), {source.shallow.picture(), source.shallow.picture()}};
+    for (const int format : {5, 7}) {
+        ParameterSet set;
+        set.output_format = format;
+        set.stereo_image_input = 2;
+        set.extra_output = 3;
+        set.rot_mir_output_left = c.turn_left;
+        set.rot_mir_output_right = c.turn_right;
+        Rig rig(set);
+        mount(rig, source);
+        const std::string end = std::to_string(format) + ".tif";
+        EXPECT_EQ(write_left_right(*rig.warp, file("l" + end), file("r" + end), sources).code, 0);
+        EXPECT_EQ(write_stereo(*rig.warp, file("s" + end), sources).code, 0);
+        EXPECT_EQ(write_extra(*rig.warp, file("e" + end), sources).code, 0);
+    }
+    for (const char* product : {"l", "r", "s", "e"}) {
+        const Bitmap plain = loaded(file(std::string(product) + "5.tif"), FIF_TIFF);
+        EXPECT_LE(reduced_difference(loaded(file(std::string(product) + "7.tif"), FIF_TIFF), plain.picture()),
+                  1)
+            << product;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SixteenBits,
+    ::testing::Values(DeepCase{"nearest", 0}, DeepCase{"bilinear", 1}, DeepCase{"bicubic", 2},
+                      DeepCase{"tent", 3}, DeepCase{"reduced", 4, 0.6F}, DeepCase{"much_reduced", 4, 0.3F},
+                      DeepCase{"quarter", 4, 0.2F}, DeepCase{"linear_light", 2, 1.0F, 2.2F},
+                      DeepCase{"reduced_linear_light", 4, 0.5F, 2.2F}, DeepCase{"blanked", 2, 1.0F, 1.0F, 1},
+                      DeepCase{"whole_frame", 1, 1.0F, 1.0F, 0}, DeepCase{"turned", 2, 1.0F, 1.0F, 2, 1, 3},
+                      DeepCase{"mirrored_and_exchanged", 2, 1.0F, 1.0F, 2, 0, 4, 1},
+                      DeepCase{"framed", 2, 1.0F, 1.0F, 2, 0, 0, 0, true},
+                      DeepCase{"framed_turned_exchanged", 4, 0.7F, 1.0F, 2, 3, 3, 1, true}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(Outputs, DeepFilesArePackedWhereThatMakesThemSmaller) {
+    const DeepSource smooth(300, 280);
+    const Bitmap noise = create_deep(300, 280);
+    std::mt19937 random(5);
+    for (int y = 0; y < 280; ++y) {
+        std::generate_n(deep_picture(noise).pixel(0, y), 900, [&random] { return random() & 0xFFFFU; });
+    }
+    constexpr std::uintmax_t kPlain = 300 * 280 * kDeepBytes;
+    ParameterSet set;
+    const auto size = [&](const Bitmap& picture) {
+        EXPECT_EQ(save_deep_picture(picture, file("d.tif"), SaveOptions(set)), "");
+        EXPECT_TRUE(is_deep(loaded(file("d.tif"), FIF_TIFF)));
+        return fs::file_size(file("d.tif"));
+    };
+    set.compress_bitmap = 1;
+    EXPECT_LT(size(smooth.deep), kPlain / 2);
+    EXPECT_NEAR(static_cast<double>(size(noise)), static_cast<double>(kPlain), kPlain / 100.0);
+    set.compress_bitmap = 0;
+    EXPECT_GE(size(smooth.deep), kPlain);
+}
+
+TEST_F(Outputs, SixteenBitViewsFloatWithTheTrueView) {
     const DeepSource source(60, 50);
     ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
     for (const bool inverse : {false, true}) {
@@ -441,11 +570,13 @@ TEST_F(Outputs, SixteenBitViewsFloatByTheSideWhereTheyStand) {
         set.inverse_output = inverse ? 1 : 0;
         Rig rig(set);
         ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+        swap_outputs(*rig.warp);
         rig.warp->frame.left_right = 5;
         rig.warp->frame.floating = 6;
         const SourceFiles sources{file("deep.tif"), file("deep.tif")};
         ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
-        for (const auto& [name, margin] : {std::pair{"l.tif", 5 - 3}, std::pair{"r.tif", 5 + 3}}) {
+        const int share = inverse ? 3 : -3;
+        for (const auto& [name, margin] : {std::pair{"l.tif", 5 + share}, std::pair{"r.tif", 5 - share}}) {
             const Bitmap read = loaded(file(name), FIF_TIFF);
             ASSERT_EQ(read.width(), 70);
             const auto* row = reinterpret_cast<const FIRGB16*>(read.bits());

@@ -145,12 +145,27 @@ TEST(PairReport, StoredValuesCountAsUsedAndNoneEndTheReport) {
     report.mode = 2;
     const Told used = told_pair(settings_of(2), report);
     EXPECT_FALSE(holds(used.text, "Mean error") || holds(used.text, "upturned"));
-    EXPECT_TRUE(holds(used.text, end + "\nImage analysis"));
+    EXPECT_TRUE(holds(used.text, end + "\nStereo window")) << "nothing was iterated: " << used.text;
+    ParameterSet once = settings_of(2);
+    once.iterative_warp = 0;
+    EXPECT_FALSE(holds(told_pair(once, kExample).text, "last iteration"));
     report.mode = 0;
+    report.is_analysed = false;
     const Told none = told_pair(settings_of(2), report);
     EXPECT_TRUE(none.text.ends_with(end)) << none.text;
     EXPECT_TRUE(none.console.starts_with(none.text) && holds(none.console, "image: 7 seconds\n"));
     EXPECT_TRUE(none.html.ends_with("</td></tr>\n</table><br>\n"));
+}
+
+TEST(PairReport, ViewsFromADepthMaskAreJudgedThoughTheirGeometryWasNotMeasured) {
+    ImageReport report = kExample;
+    report.mode = 0;
+    const Told told = told_pair(settings_of(2), report);
+    for (const char* part : {"Used for height", "Far point disparity      =", "Absolute deviation", "Image width   "}) {
+        EXPECT_TRUE(holds(told.text, part)) << part << told.text;
+    }
+    EXPECT_FALSE(holds(told.text, "last iteration"));
+    EXPECT_TRUE(holds(told.html, "comfortcalculator_en.html?far=43"));
 }
 
 TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {

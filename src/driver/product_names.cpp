@@ -1,0 +1,113 @@
+#include "driver/product_names.h"
+
+#include <algorithm>
+
+#include "driver/file_kinds.h"
+#include "platform/paths.h"
+#include "report/window_judgement.h"
+
+namespace zemora {
+
+namespace {
+
+std::string output_root(const ParameterSet& parameters) {
+    return join_path(parameters.path_of_images, parameters.path_of_output);
+}
+
+/// Names, suffixes and stamps as the run that mounted the pair had them; `voice` is not heard.
+NamedPair named_pair_of(const ParameterSet& parameters, const Voice& voice, bool two_files,
+                        const MountedObject& object) {
+    NamedPair pair;
+    pair.two_files = two_files;
+    pair.left_relative = relative_to(object.left, parameters.path_of_images);
+    pair.right_relative =
+        two_files ? relative_to(object.right, parameters.path_of_images) : pair.left_relative;
+    const std::string left = checked_suffix(pair.left_relative, voice);
+    const std::string right = checked_suffix(pair.right_relative, voice);
+    const bool both_mpo = left == ".mpo" && right == ".mpo";
+    pair.left_suffix = output_suffix(parameters, left, both_mpo, voice);
+    pair.right_suffix = output_suffix(parameters, right, both_mpo, voice);
+    pair.stamps.deviation = object.deviation;
+    pair.stamps.projected_deviation = projected_deviation(parameters, object.image_ratio, object.deviation);
+    return pair;
+}
+
+std::vector<OutputName> names_of_all_products(const ParameterSet& p, const NamedPair& pair) {
+    struct Row {
+        ProductKind kind;
+        int wanted;
+    };
+    std::vector<OutputName> names;
+    for (const Row& row :
+         {Row{ProductKind::anaglyph, p.anaglyph_output}, Row{ProductKind::stereo, p.stereo_output},
+          Row{ProductKind::extra, p.extra_output}}) {
+        if (row.wanted != 0) {
+            names.push_back(single_name(p, pair, row.kind, p.inverse_output != 0));
+        }
+    }
+    if (p.left_right_output != 0) {
+        const ProductNames views = view_names(p, pair, ProductKind::left, ProductKind::right);
+        names.push_back(views.left);
+        names.push_back(views.right);
+    }
+    return names;
+}
+
+}  // namespace
+
+ProductNames view_names(const ParameterSet& p, const NamedPair& pair, ProductKind left_kind,
+                        ProductKind right_kind) {
+    const std::string root = output_root(p);
+    std::string left_relative = pair.left_relative;
+    std::string right_relative = pair.right_relative;
+    const bool common = pair.two_files && take_common_base(p, left_relative, right_relative);
+    ProductNames names{output_path(p, root, left_relative, left_kind, pair.index, pair.left_suffix),
+                       output_path(p, root, right_relative, right_kind, pair.index, pair.right_suffix)};
+    stamp_name(names.left, p, pair.stamps);
+    stamp_name(names.right, p, pair.stamps);
+    if (wants_combined_name(p, pair.two_files, common)) {
+        const OutputName right = names.right;
+        combine_names(names.left, right);
+        names.right = output_path(p, root, left_relative, right_kind, pair.index, pair.right_suffix);
+        stamp_name(names.right, p, pair.stamps);
+        combine_names(names.right, right);
+    }
+    return names;
+}
+
+OutputName single_name(const ParameterSet& p, const NamedPair& pair, ProductKind kind, bool inverse_output) {
+    OutputName name = view_names(p, pair, kind, kind).left;
+    if (kind == ProductKind::anaglyph && p.planetarium_output == 1) {
+        name.suffix = ".tif";  // a dome image is always a TIFF
+    }
+    if (kind == ProductKind::extra) {
+        add_extra_ending(name, p.extra_output, inverse_output);
+    }
+    return name;
+}
+
+double projected_deviation(const ParameterSet& parameters, double image_ratio, double deviation) {
+    const double projection_ratio =
+        std::max(projected_ratio(parameters.projection_ratio, image_ratio), image_ratio);
+    return image_ratio / projection_ratio * deviation;
+}
+
+void give_away_mounted_names(const ParameterSet& parameters, const Voice& voice, const ImageList& list,
+                             GivenNames& given) {
+    constexpr int kTime = 2;  // of `StampFiles`, and above: no other run has the same names
+    if (parameters.stamp_files >= kTime) {
+        return;
+    }
+    ParameterSet quiet = parameters;
+    quiet.verbose_mode = 0;
+    quiet.stop_at_error = 0;
+    const Voice silence(voice.console(), voice.messages(), quiet);
+    for (const MountedObject& object : list.mounted) {
+        const NamedPair pair = named_pair_of(parameters, silence, list.two_files, object);
+        for (const OutputName& name : names_of_all_products(parameters, pair)) {
+            given.close(name, object.has_values);
+        }
+    }
+}
+
+}  // namespace zemora

@@ -1,0 +1,93 @@
+#include "input/folder_layout.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "input/file_selection.h"
+#include "input/mpo.h"
+#include "input/picture_file.h"
+#include "platform/directory_walk.h"
+
+namespace zemora {
+
+namespace {
+
+constexpr int kStereoFiles = 1;  // of `StereoImageInput`
+constexpr int kTwoFiles = 2;
+constexpr int kByNames = 1;  // of `InputMode`
+constexpr int kConsecutive = 4;
+constexpr int kViewFolders = 9;
+
+constexpr std::array kLayouts{
+    FolderLayout{LayoutSign::marked_pairs, kTwoFiles, kByNames},
+    FolderLayout{LayoutSign::view_folders, kTwoFiles, kViewFolders},
+    FolderLayout{LayoutSign::stereo_names, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::multi_pictures, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::wide_pictures, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::single_views, kTwoFiles, kConsecutive},
+};
+
+/// Bare names of the pictures of a folder, without what the program makes itself.
+std::vector<std::string> pictures_of(const std::vector<std::string>& files, const ParameterSet& parameters) {
+    std::vector<std::string> pictures;
+    std::copy_if(files.begin(), files.end(), std::back_inserter(pictures), [&](const std::string& name) {
+        return has_listed_suffix(parameters.image_type, name) && !is_own_picture(name) && !is_left_over(name);
+    });
+    return pictures;
+}
+
+bool has_pictures_of_side(const std::string& folder, const std::vector<std::string>& folders,
+                          const char* side, const ParameterSet& parameters) {
+    return std::any_of(folders.begin(), folders.end(), [&](const std::string& name) {
+        return fold_case(name) == side &&
+               !pictures_of(read_folder(path_in(folder, name)).files, parameters).empty();
+    });
+}
+
+bool has_pair(const std::vector<std::string>& pictures) {
+    return std::any_of(pictures.begin(), pictures.end(), [&](const std::string& name) {
+        const std::string partner = fold_case(partner_name(name, false));
+        return !partner.empty() &&
+               std::any_of(pictures.begin(), pictures.end(),
+                           [&](const std::string& other) { return fold_case(other) == partner; });
+    });
+}
+
+bool is_wide(const std::string& path) {
+    const LoadedPicture loaded = load_picture(path);
+    return loaded.status == LoadStatus::done && loaded.bitmap.width() >= 2 * loaded.bitmap.height();
+}
+
+LayoutSign find_sign(const ParameterSet& parameters, const std::string& folder) {
+    const FolderContents contents = read_folder(folder);
+    const std::vector<std::string> pictures = pictures_of(contents.files, parameters);
+    if (pictures.empty()) {
+        return has_pictures_of_side(folder, contents.folders, "l", parameters) &&
+                       has_pictures_of_side(folder, contents.folders, "r", parameters)
+                   ? LayoutSign::view_folders
+                   : LayoutSign::single_views;
+    }
+    const auto all = [&](const auto& is_such) {
+        return std::all_of(pictures.begin(), pictures.end(), is_such);
+    };
+    if (all([](const std::string& name) { return fold_case(name).ends_with(".mpo"); })) {
+        return LayoutSign::multi_pictures;
+    }
+    if (all([](const std::string& name) { return has_marker(name, "_s"); })) {
+        return LayoutSign::stereo_names;
+    }
+    if (all([](const std::string& name) { return has_marker(name, "_l") || has_marker(name, "_r"); }) &&
+        has_pair(pictures)) {
+        return LayoutSign::marked_pairs;
+    }
+    return is_wide(path_in(folder, pictures.front())) ? LayoutSign::wide_pictures : LayoutSign::single_views;
+}
+
+}  // namespace
+
+FolderLayout find_folder_layout(const ParameterSet& parameters, const std::string& folder) {
+    return kLayouts[static_cast<std::size_t>(find_sign(parameters, folder))];
+}
+
+}  // namespace zemora
