@@ -14,7 +14,7 @@ mkdir -p "$work" "$top/doc/gallery"
 
 "$top/build/release/tools/zemora_scene" "$work/garden_l.jpg" "$work/garden_r.jpg" 960 640 \
     height=7 size=0.8 rotation=0.9 vergence_v=0.4 vergence_h=0.3 brightness=0.92 noise=1
-cp "$top/examples/zemora_colors.txt" "$work/"
+cp "$top/resource/zemora_colors.txt" "$work/"
 
 # The pair is measured once; all pictures take its corrections from the list.
 mount() {

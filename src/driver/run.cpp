@@ -15,6 +15,7 @@
 #include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/post_run.h"
+#include "driver/viewers.h"
 #include "platform/paths.h"
 #include "platform/process_end.h"
 #include "platform/user_language.h"
@@ -347,6 +348,7 @@ void tell_missing_shows(Run& run) {
 }
 
 void mount_all(Run& run) {
+    provide_colour_file(run.parameters, run.context, run.voice);
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
     pipeline.input.find_phone_depth = [&run](const std::string& photo) {
         return read_phone_depth(run.exiftool, photo, run.voice);

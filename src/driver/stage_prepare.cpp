@@ -65,7 +65,7 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
         pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
         pair.left_suffix = pair.right_suffix = ".mpo";
         const Voice& voice = pipeline.voice;
-        voice.print_and_report(format_text(
+        voice.tell_everywhere(format_text(
             voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
                                     "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
             printable(pair.left_relative).c_str()));
@@ -187,7 +187,7 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
         input.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
         input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
         const Voice& voice = pipeline.voice;
-        voice.print_and_report(voice.messages().either(
+        voice.tell_everywhere(voice.messages().either(
             "   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
             "RotMirInputRight = -1 do it.\n",
             "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
@@ -244,7 +244,7 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
 void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
     const Voice& voice = pipeline.voice;
     if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
-        voice.print_and_report(
+        voice.tell_everywhere(
             voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
     }
 }

@@ -58,15 +58,15 @@ void show_help(const Voice& voice, Program program) {
     voice.console().flush();
 }
 
-std::string in_program_folder(const Pipeline& pipeline, const std::string& name) {
-    return join_path(pipeline.run.program_directory, "32/" + name);
+std::string in_program_folder(const RunContext& run, const std::string& name) {
+    return join_path(run.program_directory, "32/" + name);
 }
 
 /// The first of the names that is there, else the last.
-std::string find_in_program_folder(const Pipeline& pipeline, std::initializer_list<const char*> names) {
+std::string find_in_program_folder(const RunContext& run, std::initializer_list<const char*> names) {
     std::string path;
     for (const char* name : names) {
-        path = in_program_folder(pipeline, name);
+        path = in_program_folder(run, name);
         if (file_exists(path)) {
             break;
         }
@@ -127,8 +127,8 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
     }
     const Voice& voice = pipeline.voice;
     voice.tell_everywhere(format_text(voice.messages().either("%s holds no answer that can be used.\n",
-                                                               "%s enthaelt keine brauchbare Antwort.\n"),
-                                       printable(path).c_str()));
+                                                              "%s enthaelt keine brauchbare Antwort.\n"),
+                                      printable(path).c_str()));
     return std::nullopt;
 }
 
@@ -260,7 +260,7 @@ int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const Viewer
     const double warped_over_preview = static_cast<double>(pair.working_width) / preview.frame.width;
     return run_viewer(
         pipeline, pair,
-        find_in_program_folder(pipeline, {"zemora_image_postview", "zemora_image_postview.exe"}),
+        find_in_program_folder(pipeline.run, {"zemora_image_postview", "zemora_image_postview.exe"}),
         post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.selection, pair.deviation));
 }
 
@@ -294,15 +294,20 @@ std::string save_side_by_side(const Pipeline& pipeline) {
     return reason.empty() ? reason : path + ": " + reason;
 }
 
+bool calls_colour_script(const ParameterSet& p) {
+    constexpr int kSetByUser = 8;  // of `AnaglyphType`
+    return p.anaglyph_type == kSetByUser && p.video_mode == 0;
+}
+
 /// The script with its interpreter, or a program of its name; empty when there is neither.
-std::vector<std::string> colour_script(const Pipeline& pipeline) {
-    const std::string interpreter = find_in_program_folder(pipeline, {"AutoIt3.exe"});
-    const std::string script = find_in_program_folder(pipeline, {"zemora_anamatrix.a3x"});
+std::vector<std::string> colour_script(const RunContext& run) {
+    const std::string interpreter = find_in_program_folder(run, {"AutoIt3.exe"});
+    const std::string script = find_in_program_folder(run, {"zemora_anamatrix.a3x"});
     if (file_exists(interpreter) && file_exists(script)) {
         return {interpreter, script};
     }
-    const std::string program = find_in_program_folder(
-        pipeline, {"zemora_anamatrix", "zemora_anamatrix.exe", "zemora_anamatrix.a3x"});
+    const std::string program =
+        find_in_program_folder(run, {"zemora_anamatrix", "zemora_anamatrix.exe", "zemora_anamatrix.a3x"});
     return file_exists(program) ? std::vector<std::string>{program} : std::vector<std::string>{};
 }
 
@@ -325,7 +330,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     show_help(voice, Program::previewer);
     const int exit_code =
         run_viewer(pipeline, pair,
-                   find_in_program_folder(pipeline, {"zemora_image_preview", "zemora_image_preview.exe"}),
+                   find_in_program_folder(pipeline.run, {"zemora_image_preview", "zemora_image_preview.exe"}),
                    previewer_numbers(pipeline));
     if (exit_code == kAbandoned || exit_code == kAbandonedAndMove) {
         abandon(pipeline, pair, exit_code);
@@ -384,13 +389,12 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
 }
 
 void adjust_anaglyph_colours(Pipeline& pipeline) {
-    constexpr int kSetByUser = 8;  // of `AnaglyphType`
     const ParameterSet& p = pipeline.parameters;
     const Voice& voice = pipeline.voice;
-    if (p.anaglyph_type != kSetByUser || p.video_mode != 0) {
+    if (!calls_colour_script(p)) {
         return;
     }
-    std::vector<std::string> call = colour_script(pipeline);
+    std::vector<std::string> call = colour_script(pipeline.run);
     if (call.empty()) {
         voice.tell_everywhere(
             format_text(voice.messages().either(
@@ -410,6 +414,23 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     if (!reason.empty()) {
         voice.tell_everywhere("   " + printable(reason) + '\n');
     }
+}
+
+void provide_colour_file(const ParameterSet& parameters, const RunContext& run, const Voice& voice) {
+    const std::string file = join_path(parameters.path_of_images, parameters.ecm_file_name);
+    const bool is_called = parameters.anaglyph_output != 0 && calls_colour_script(parameters);
+    if (!is_called || file_exists(file) || colour_script(run).empty()) {
+        return;
+    }
+    std::string reason;
+    const auto example = read_file_whole(find_data_file("resource/zemora_colors.txt"), reason);
+    if (!example || !write_file_whole(file, *example).empty()) {
+        return;  // the reader tells that the file is missing
+    }
+    voice.tell_everywhere(
+        format_text(voice.messages().either("   %s was missing: zemora_anamatrix starts from the example.\n",
+                                            "   %s fehlte: zemora_anamatrix beginnt mit dem Beispiel.\n"),
+                    printable(file).c_str()));
 }
 
 bool exchanges_files(const Pipeline& pipeline) {

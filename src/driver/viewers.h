@@ -26,6 +26,10 @@ enum class ViewerDecision {
 /// colours are read anew; the anaglyph reads its own when it is made.
 void adjust_anaglyph_colours(Pipeline& pipeline);
 
+/// Before the first pair: where that script will be called and its file is missing, the shipped example is
+/// put in its place.
+void provide_colour_file(const ParameterSet& parameters, const RunContext& run, const Voice& voice);
+
 /// Whether the views are mounted in another order than settings and names give: their record would not fit
 /// a later run.
 [[nodiscard]] bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair);

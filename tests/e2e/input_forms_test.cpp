@@ -7,6 +7,7 @@
 #include "platform/child_process.h"
 #include "tests/e2e/workshop.h"
 #include "tests/input/generated_mpo.h"
+#include "tests/support/raw_picture.h"
 
 namespace zemora::test {
 namespace {
@@ -196,6 +197,27 @@ INSTANTIATE_TEST_SUITE_P(
                  "1",
                  false}),
     [](const auto& row) { return std::string(row.param.name); });
+
+TEST(LyingRaw, IsTurnedOnceWhateverIsSet) {
+    for (const std::vector<std::string>& settings :
+         {std::vector<std::string>{}, {"--RotMirInputLeft=-1", "--RotMirInputRight=-1"}}) {
+        Workshop workshop;
+        for (const auto& [name, view] : {std::pair{"foo_l.dng", &aligned_views().left},
+                                         std::pair{"foo_r.dng", &aligned_views().right}}) {
+            const ConstPicture upright = view->picture();
+            const auto file = raw_picture(300, 400, 6, [&upright](unsigned x, unsigned y) {
+                return 257 * upright.pixel(399 - static_cast<int>(y), 299 - static_cast<int>(x))[1];
+            });
+            workshop.write(name, {file.begin(), file.end()});
+        }
+        std::vector<std::string> call{"foo_l.dng", "foo_r.dng", "--EstimateGeometry=-1",
+                                      "--LeftRightOutput=2", "--OutputFormat=7"};
+        call.insert(call.end(), settings.begin(), settings.end());
+        const Outcome outcome = workshop.run(call);
+        EXPECT_EQ(workshop.load("cl/foo_cl.tif").width(), 400) << outcome.text;
+        EXPECT_TRUE(outcome.tells("8 bits are saved")) << outcome.text;
+    }
+}
 
 }  // namespace
 }  // namespace zemora::test

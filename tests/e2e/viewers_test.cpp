@@ -363,5 +363,14 @@ TEST_F(Viewers, ColourScriptWritesTheFileOfTheAnaglyph) {
     EXPECT_EQ(shown("currentpreview_cs.jpg").width(), 800);
 }
 
+TEST_F(Viewers, ColourScriptStartsFromTheExampleWhenItsFileIsMissing) {
+    plan(kColours, {"sed -i '4s/.*/0 0 1/' \"$2\""});
+    const Outcome outcome = mount({"--AnaglyphOutput=1", "--AnaglyphType=8"});
+    EXPECT_TRUE(outcome.tells("starts from the example")) << outcome.text;
+    EXPECT_TRUE(outcome.tells("images: 1/1")) << outcome.text;
+    EXPECT_TRUE(workshop.files().contains("foo_ca.bmp"));
+    EXPECT_NE(read_text(workshop.path("zemora_colors.txt")).find("\n0 0 1\n"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace zemora::test

@@ -13,6 +13,7 @@
 #include "input/tiff_profile.h"
 #include "tests/support/outside_files.h"
 #include "tests/support/pictures.h"
+#include "tests/support/raw_picture.h"
 #include "tests/support/test_folder.h"
 
 namespace zemora {
@@ -268,12 +269,29 @@ INSTANTIATE_TEST_SUITE_P(Table, NotPictures,
                                                 LoadStatus::unsupported},
                                          BadRow{"a.psd", "8BPS\x01\x01\x01", LoadStatus::unsupported}));
 
+TEST(LoadPicture, RawIsDevelopedUprightAndForDisplay) {
+    constexpr double kDark = 0.1;  // of the greatest value
+    const auto file =
+        test::raw_picture(120, 80, 6, [](unsigned x, unsigned) { return x < 60 ? 6554 : 65535; });
+    for (const bool keep_depth : {false, true}) {
+        const LoadedPicture loaded = decode_picture(file, "a.dng", keep_depth);
+        ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
+        ASSERT_EQ(loaded.bitmap.width(), 80);
+        ASSERT_EQ(loaded.bitmap.bits_per_pixel(), 24);
+        const int dark = test::colour_at(loaded.bitmap.picture(), 40, 90).green;
+        EXPECT_GT(dark, 2 * kDark * 255.0) << "linear light";
+        EXPECT_GT(test::colour_at(loaded.bitmap.picture(), 40, 30).green, 250);
+    }
+}
+
 TEST(LoadPicture, OrientationCountsOnlyForWhatIsReadHereAsItStands) {
     const TestFolder folder;
     write_bytes(folder / "a.jpg", test::encoded(test::place_picture(20, 10).handle(), FIF_JPEG));
     test::write_text(folder / "a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ");
+    write_bytes(folder / "a.dng", test::raw_picture(120, 80, 6, [](unsigned, unsigned) { return 999; }));
     EXPECT_FALSE(is_loaded_upright(folder / "a.jpg"));
     EXPECT_TRUE(is_loaded_upright(folder / "a.webp"));
+    EXPECT_TRUE(is_loaded_upright(folder / "a.dng"));
     EXPECT_FALSE(is_loaded_upright(folder / "none.jpg"));
 }
 
