@@ -191,7 +191,7 @@ bool tells_padding(const std::string& message, std::span<const std::uint8_t> con
 /// The first of the library's messages that means damage; empty without one.
 std::string told_damage(std::string_view messages, std::span<const std::uint8_t> content) {
     while (!messages.empty()) {
-        const std::string message(messages.substr(0, messages.find(kMessageEnd)));
+        std::string message(messages.substr(0, messages.find(kMessageEnd)));
         if (tells_damage(message) && !tells_padding(message, content)) {
             return message;
         }
@@ -215,11 +215,10 @@ std::string fault_of(const Bitmap& bitmap, const LibraryStream& stream, PictureF
 
 /// How the library is to decode a format.
 int flags_of(PictureFormat format) {
-    switch (format) {
-        case PictureFormat::jpeg: return JPEG_ACCURATE;  // the fast transform tints the picture green
-        case PictureFormat::raw: return RAW_DISPLAY;     // as a camera would show it, and not linear light
-        default: return 0;
+    if (format == PictureFormat::jpeg) {
+        return JPEG_ACCURATE;  // the fast transform tints the picture green
     }
+    return format == PictureFormat::raw ? RAW_DISPLAY : 0;  // as a camera would show it, not linear light
 }
 
 /// Cyan, magenta, yellow and black of 8 bits, as the library leaves them in a tiled TIFF file: in the places

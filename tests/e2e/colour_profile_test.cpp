@@ -20,7 +20,7 @@ std::string profile_of(const std::string& space) {
     profile.replace(12, 12, "mntr" + space + "XYZ ");
     profile.replace(36, 4, "acsp");
     const auto number = [](char value) { return std::string(3, '\0') + value; };
-    const std::string name = "desc" + number(0) + number(4) + std::string("Own", 4);
+    const std::string name = "desc" + number(0) + number(4) + "Own" + std::string(1, '\0');
     constexpr char kPlace = static_cast<char>(128 + 16);
     profile += number(1) + "desc" + number(kPlace) + number(static_cast<char>(name.size())) + name;
     profile[3] = static_cast<char>(profile.size());
@@ -77,11 +77,8 @@ INSTANTIATE_TEST_SUITE_P(
                    {kViews},
                    "cr/foo_cr.jpg",
                    "RGB |Compatible with Adobe RGB (1998)"},
-        ProfileRow{"only_uncalibrated",
-                   {"-ColorSpace=65535"},
-                   {kViews},
-                   "cr/foo_cr.jpg",
-                   "RGB |sRGB built-in"},
+        ProfileRow{
+            "only_uncalibrated", {"-ColorSpace=65535"}, {kViews}, "cr/foo_cr.jpg", "RGB |sRGB built-in"},
         ProfileRow{
             "own", {"-ICC_Profile<=@rgb.icc", "-InteropIndex=R03"}, {kViews}, "cl/foo_cl.jpg", "RGB |Own"},
         ProfileRow{

@@ -34,8 +34,8 @@ FileBytes tiff_file(const TiffPlan& plan) {
     const unsigned bits_at = 8 + 2 + entries * 12 + 4;
     const unsigned formats_at = bits_at + 2 * channels;
     const unsigned offsets_at = formats_at + 2 * channels;
-    const unsigned counts_at = offsets_at + 4 * chunks;
-    const unsigned pixels_at = counts_at + 4 * chunks;
+    const unsigned sizes_at = offsets_at + 4 * chunks;
+    const unsigned pixels_at = sizes_at + 4 * chunks;
     const auto entry = [&](unsigned tag, unsigned type, unsigned count, unsigned value) {
         put(tag, 2);
         put(type, 2);
@@ -43,7 +43,7 @@ FileBytes tiff_file(const TiffPlan& plan) {
         put(value, 4);
     };
     const unsigned offsets = chunks == 1 ? pixels_at : offsets_at;
-    const unsigned counts = chunks == 1 ? chunk : counts_at;
+    const unsigned chunk_sizes = chunks == 1 ? chunk : sizes_at;
     put(entries, 2);
     entry(256, 4, 1, kSide);
     entry(257, 4, 1, kSide);
@@ -56,14 +56,14 @@ FileBytes tiff_file(const TiffPlan& plan) {
     entry(277, 3, 1, channels);
     if (!plan.tiled) {
         entry(278, 4, 1, kSide);
-        entry(279, 4, chunks, counts);
+        entry(279, 4, chunks, chunk_sizes);
     }
     entry(284, 3, 1, plan.planes_apart ? 2 : 1);
     if (plan.tiled) {
         entry(322, 4, 1, kSide);
         entry(323, 4, 1, kSide);
         entry(324, 4, chunks, offsets);
-        entry(325, 4, chunks, counts);
+        entry(325, 4, chunks, chunk_sizes);
     }
     entry(339, 3, channels, channels == 1 ? plan.sample_format : formats_at);
     put(0, 4);
