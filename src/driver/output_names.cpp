@@ -6,6 +6,7 @@
 
 #include "config/messages.h"
 #include "platform/file_times.h"
+#include "platform/move_file.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -290,9 +291,10 @@ std::string stamp_text(long long calendar_seconds) {
 bool GivenNames::claim(OutputName& name) {
     const std::string stamp = name.stamp;
     const auto earlier = earlier_.empty() ? earlier_.end() : earlier_.find(hash_without_stamp(name));
-    const int closed_up_to = earlier == earlier_.end() ? 0 : earlier->second.closed_up_to;
+    const Earlier limits = earlier == earlier_.end() ? Earlier() : earlier->second;
     int number = 1;
-    while (number <= closed_up_to || !given_.insert(hash_of(name)).second) {
+    while (number <= limits.closed_up_to || (number <= limits.doubtful_up_to && name_is_taken(name.path())) ||
+           !given_.insert(hash_of(name)).second) {
         ++number;
         name.stamp = stamp + format_text("-%d", number);
     }
@@ -308,6 +310,13 @@ void GivenNames::close(const OutputName& name, bool has_stamp) {
     } else {
         earlier.closed_up_to = earlier.count;
     }
+    earlier.doubtful_up_to = earlier.open > 0 ? earlier.count : 0;
+}
+
+void GivenNames::note_open(const OutputName& name) {
+    Earlier& earlier = earlier_[hash_without_stamp(name)];
+    ++earlier.count;
+    ++earlier.open;
 }
 
 }  // namespace zemora

@@ -76,12 +76,17 @@ public:
     /// Gives a name away that an earlier run has written. Without `has_stamp` its stamp of the deviation is
     /// unknown, so nothing gets this name with any stamp.
     void close(const OutputName& name, bool has_stamp);
+    /// An object stands before others in the list that is still open: whether it had its name then, nobody knows.
+    /// What may be the name of a later one is not given while a file has it.
+    void note_open(const OutputName& name);
 
 private:
     /// Files of an earlier run that differ in their stamps alone.
     struct Earlier {
-        int count = 0;
+        int count = 0;         ///< In the list so far.
+        int open = 0;          ///< Of these without a result.
         int closed_up_to = 0;  ///< Numbers that may stand behind a stamp nobody knows.
+        int doubtful_up_to = 0;
     };
     /// By hash, so that a long run stays small; a chance collision costs a needless "-2".
     std::unordered_set<std::size_t> given_;

@@ -108,7 +108,17 @@ void give_away_mounted_names(const ParameterSet& parameters, const Voice& voice,
     quiet.verbose_mode = 0;
     quiet.stop_at_error = 0;
     const Voice silence(voice.console(), voice.messages(), quiet);
+    int open = 0;
     for (const MountedObject& object : list.mounted) {
+        for (; open < object.objects_before; ++open) {
+            MountedObject unknown;
+            unknown.left = list.left(open);
+            unknown.right = list.right(open);
+            const NamedPair pair = named_pair_of(parameters, silence, list.two_files, unknown);
+            for (const OutputName& name : names_of_all_products(parameters, pair)) {
+                given.note_open(name);
+            }
+        }
         const NamedPair pair = named_pair_of(parameters, silence, list.two_files, object);
         for (const OutputName& name : names_of_all_products(parameters, pair)) {
             given.close(name, object.has_values);

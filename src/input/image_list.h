@@ -26,6 +26,7 @@ struct ImageObject {
 struct MountedObject {
     std::string left;   ///< Absolute; or the stereo file.
     std::string right;  ///< Empty for a stereo file.
+    int objects_before = 0;  ///< Of the run, in the order of the list.
     bool has_values = false;
     double deviation = 0.0;  ///< Fraction of the width.
     double image_ratio = 1.0;

@@ -114,7 +114,7 @@ void ListReader::note_mounted(const ListLine& line) {
     };
     const bool has_values = line.item_count == kWholeLine;
     list_.mounted.push_back({path_of(line.left), list_.two_files ? path_of(line.right) : std::string(),
-                             has_values, has_values ? line.values[kRecordDeviation] : 0.0,
+                             list_.count(), has_values, has_values ? line.values[kRecordDeviation] : 0.0,
                              has_values ? line.values[kRecordRatio] : 1.0});
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "driver/product_names.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
@@ -260,6 +261,22 @@ TEST(GivenNames, OfAnEarlierRunAreNotGivenAgainAlsoWhereTheirStampIsUnknown) {
     EXPECT_EQ(given(unknown, stamped("_031", false)), "foo_031-3_cl.jpg");
     EXPECT_EQ(given(unknown, stamped("_099", true)), "zz_foo_099-3_cl.jpg");
     EXPECT_EQ(given(unknown, name_of("bar")), "bar_cl.jpg");
+}
+
+TEST(GivenNames, OfADoubtfulNumberAreTakenOnlyWhereNoFileHasThem) {
+    const test::TestFolder folder;
+    OutputName name = name_of("foo");
+    name.folder = folder.path();
+    for (const char* expected : {"foo-3_cl.jpg", "foo-4_cl.jpg"}) {
+        GivenNames names;
+        names.close(name, true);
+        names.note_open(name);  // may have been called foo-2 before it was to be done again
+        names.close(name, true);
+        OutputName again = name;
+        (void)names.claim(again);
+        EXPECT_EQ(again.bare(), expected);
+        test::write_text(folder / "foo-3_cl.jpg", "of the earlier run");
+    }
 }
 
 }  // namespace
