@@ -74,20 +74,20 @@ std::vector<std::string> profile_request(const std::string& source) {
 
 /// The colours of a picture's pixels.
 struct SourceColours {
-    std::vector<std::uint8_t> profile;  ///< Of red, green and blue; empty without one.
-    bool is_wide = false;               ///< No profile, but Exif names the wider of the cameras' two spaces.
+    std::vector<std::uint8_t> profile;             ///< Of red, green and blue; empty without one.
+    const char* known_profile = kStandardProfile;  ///< Stands in for it; null where nobody knows the space.
 };
 
 /// From the answer to `profile_request`. Exif knows sRGB ("R98", 1) and Adobe RGB ("R03"; some cameras write
-/// 2 as the colour space). A colour space without calibration (65535) alone says nothing: programs fill it
-/// in.
+/// 2 as the colour space). A colour space without calibration (65535) and without "R03" can be any.
 SourceColours source_colours(const std::vector<std::uint8_t>& answer) {
     constexpr std::size_t kProfileHead = 128;
     constexpr std::size_t kSpacePlace = 16;
     constexpr std::size_t kSignPlace = 36;
     const std::string_view text(reinterpret_cast<const char*>(answer.data()), answer.size());
     if (answer.size() < kProfileHead || text.substr(kSignPlace, 4) != "acsp") {
-        return {{}, text.rfind("R03", 0) == 0 || text == "2" || text == "R982"};
+        const bool is_wide = text.starts_with("R03") || text == "2" || text == "R982";
+        return {{}, is_wide ? kWideProfile : text == "65535" ? nullptr : kStandardProfile};
     }
     std::size_t size = 0;
     for (std::size_t i = 0; i < 4; ++i) {
@@ -97,7 +97,7 @@ SourceColours source_colours(const std::vector<std::uint8_t>& answer) {
     if (text.substr(kSpacePlace, 4) != "RGB ") {
         return {};
     }
-    return {{answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size)}, false};
+    return {{answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size)}};
 }
 
 /// Whether a stored file has the colours of a printer.
@@ -337,7 +337,8 @@ bool ExifTool::write_record(const std::string& path, InputClass input_class, con
 void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
     tell_unreadable(source, answer);
     const SourceColours colours = source_colours(answer.output);
-    std::string file = find_data_file(colours.is_wide ? kWideProfile : kStandardProfile);
+    std::string file =
+        colours.known_profile == nullptr ? std::string() : find_data_file(colours.known_profile);
     if (!colours.profile.empty()) {
         const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
         if (write_file_whole(fetched, colours.profile).empty()) {

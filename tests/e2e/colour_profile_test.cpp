@@ -66,7 +66,7 @@ const std::string kViews = "--LeftRightOutput=2";
 INSTANTIATE_TEST_SUITE_P(
     Table, ColourProfiles,
     testing::Values(
-        ProfileRow{"none", {}, {kViews}, "cl/foo_cl.jpg", "RGB |sRGB built-in"},
+        ProfileRow{"none", {"-ColorSpace="}, {kViews}, "cl/foo_cl.jpg", "RGB |sRGB built-in"},
         ProfileRow{"named_srgb",
                    {"-InteropIndex=R98", "-ColorSpace=1"},
                    {kViews},
@@ -78,11 +78,11 @@ INSTANTIATE_TEST_SUITE_P(
                    "cr/foo_cr.jpg",
                    "RGB |Compatible with Adobe RGB (1998)"},
         ProfileRow{
-            "only_uncalibrated", {"-ColorSpace=65535"}, {kViews}, "cr/foo_cr.jpg", "RGB |sRGB built-in"},
+            "only_uncalibrated", {"-ColorSpace=65535"}, {kViews}, "cr/foo_cr.jpg", "|"},
         ProfileRow{
             "own", {"-ICC_Profile<=@rgb.icc", "-InteropIndex=R03"}, {kViews}, "cl/foo_cl.jpg", "RGB |Own"},
         ProfileRow{
-            "of_a_printer", {"-ICC_Profile<=@inks.icc"}, {kViews}, "cl/foo_cl.jpg", "RGB |sRGB built-in"},
+            "of_a_printer", {"-ICC_Profile<=@inks.icc", "-ColorSpace="}, {kViews}, "cl/foo_cl.jpg", "RGB |sRGB built-in"},
         ProfileRow{"inks_by_formula", {}, {kViews, "--OutputFormat=8"}, "cl/foo_cl.tif", "|"},
         ProfileRow{"dome_among_inks",
                    {},
