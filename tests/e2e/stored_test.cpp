@@ -135,12 +135,14 @@ TEST(RecordOfAnotherCrop, IsToldAndAppliedWithoutItsSelection) {
                                    workshop.path(name)})
                             .succeeded());
         }
-        const Outcome outcome =
-            workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=4", "--StereoOutput=0", "--OutputWidth=900",
-                          "--OutputHeight=500", same_crop ? "--CroppOutput=2" : "--CroppOutput=3"});
-        EXPECT_TRUE(outcome.tells("were read successfully from the image. Extract:\nHeight =  1.50, Size =  0.00"))
+        const Outcome outcome = workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=4",
+                                              "--StereoOutput=0", "--OutputWidth=900", "--OutputHeight=500",
+                                              same_crop ? "--CroppOutput=2" : "--CroppOutput=3"});
+        EXPECT_TRUE(
+            outcome.tells("were read successfully from the image. Extract:\nHeight =  1.50, Size =  0.00"))
             << outcome.text;
-        EXPECT_NE(outcome.tells("Selection information stored in image will be ignored!"), same_crop) << outcome.text;
+        EXPECT_NE(outcome.tells("Selection information stored in image will be ignored!"), same_crop)
+            << outcome.text;
         EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
     }
 }
@@ -153,10 +155,10 @@ TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
     workshop.environment = {"TZ=UTC"};
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
-        ASSERT_TRUE(
-            run_child({"exiftool", "-q", "-overwrite_original", "-DateTimeOriginal=2001:09:09 01:46:41",
-                       "-Make=Tester", "-Orientation=Horizontal (normal)", workshop.path(name)})
-                .succeeded());
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original",
+                               "-DateTimeOriginal=2001:09:09 01:46:41", "-Make=Tester", "-ColorSpace=1",
+                               "-Orientation=Horizontal (normal)", workshop.path(name)})
+                        .succeeded());
     }
     const Outcome outcome =
         workshop.run({"foo_l.jpg", "foo_r.jpg", "--MetaTransfer=2", "--ExifCopyright=me & \"you\" 100%",
