@@ -156,7 +156,7 @@ TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
         ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original",
-                               "-DateTimeOriginal=2001:09:09 01:46:41", "-Make=Tester", "-ColorSpace=1",
+                               "-DateTimeOriginal=2001:09:09 01:46:41", "-Make=Tester", "-ColorSpace=sRGB",
                                "-Orientation=Horizontal (normal)", workshop.path(name)})
                         .succeeded());
     }
