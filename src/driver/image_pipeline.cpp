@@ -56,6 +56,7 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
 struct BeforeViewer {
     std::chrono::steady_clock::duration measuring{};  ///< The time that the pair took so far.
     int force_size = kForceNothing;
+    TargetSize target;
     StatusCode status = StatusCode::success;  ///< Of the geometry; a size that is missed lowers it.
 };
 
@@ -65,6 +66,7 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& befor
     pipeline.voice.wait(WaitAbove::warning);
     pair.failure_told = pair.store_failed = false;
     pair.status = before.status;
+    pair.target = before.target;
     WarpState& warp = pipeline.warp;
     warp.frame = pipeline.initial_frame;
     warp.work_height = pipeline.parameters.work_height;
@@ -87,7 +89,7 @@ ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair, const BeforeViewe
 /// views are to change places.
 bool mount_pair(Pipeline& pipeline, PairRun& pair) {
     const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pipeline.warp.force_size,
-                              pair.status};
+                              pair.target, pair.status};
     do {
         const ViewerDecision decision = show_to_user(pipeline, pair, before);
         if (decision == ViewerDecision::swap) {

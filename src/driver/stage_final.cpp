@@ -7,6 +7,7 @@
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
 #include "driver/viewer_exchange.h"
+#include "numerics/rounding.h"
 #include "render/crop.h"
 #include "render/size_step.h"
 
@@ -103,7 +104,13 @@ int frame_automatically(Pipeline& pipeline, PairRun& pair) {
     if (mode != 1 && mode != 2) {
         return 0;
     }
-    return apply_automatic_frame(pipeline.warp, pipeline.parameters, far_point_for_frame(pipeline, pair));
+    const double reduction = final_reduction(pair.target);
+    const int width = apply_automatic_frame(pipeline.warp, pipeline.parameters,
+                                            far_point_for_frame(pipeline, pair), reduction);
+    if (width > 0 && pair.target.final_rescale == FinalRescale::by_width) {
+        pair.target.final_width = std::max(round_half_up(width * reduction), 1);
+    }
+    return width;
 }
 
 /// Output tone: of the warped pair before the final warp when the pair was measured, else of its

@@ -117,9 +117,10 @@ bool has_forced_width(const WarpState& warp) {
             warp.force_size == kForceBothHeightLarger);
 }
 
-/// The views get narrower in place of their canvas: by a smaller forced width, or by a cut.
-int narrow(WarpState& warp, int width) {
-    const int narrowed = std::max(width, 1);
+/// The views get narrower in place of their canvas: by a smaller forced width, or by a cut. `width` belongs
+/// to the output, the result to the size worked at.
+int narrow(WarpState& warp, int width, double reduction) {
+    const int narrowed = std::max(round_half_up(width / reduction), 1);
     if (has_forced_width(warp)) {
         warp.work_width = narrowed;
     }
@@ -192,17 +193,19 @@ CanvasLayout anaglyph_layout(WarpState& warp) {
     return layout;
 }
 
-int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px) {
+int apply_automatic_frame(WarpState& warp, const ParameterSet& parameters, double far_point_px,
+                          double reduction) {
     const bool narrows = parameters.auto_frame_floating == 2;
     if (parameters.auto_frame_floating != 1 && !narrows) {
         return 0;
     }
-    const double target = pixels_from_reference(parameters.floating_target, parameters.win_off_reference,
-                                                warp.height, warp.width);
-    const int surplus = round_half_up(far_point_px - target);
+    const double target =
+        pixels_from_reference(parameters.floating_target, parameters.win_off_reference,
+                              round_half_up(warp.height * reduction), round_half_up(warp.width * reduction));
+    const int surplus = round_half_up(far_point_px * reduction - target);
     const int floating = surplus > -2 ? 2 * (surplus / 2) : 0;
     FrameSettings& frame = warp.frame;
-    const int width = has_forced_width(warp) ? warp.work_width : warp.width;
+    const int width = round_half_up((has_forced_width(warp) ? warp.work_width : warp.width) * reduction);
     frame.floating = -floating;
     if (frame.fill_width == 0) {
         const int old = frame.left_right;
@@ -212,7 +215,7 @@ int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_
         warp.voice.print(
             format_text("Warning: FrameLeftRight = %d too small: need at least %d\n", old, floating / 2));
         frame.left_right = floating / 2;
-        return narrows ? narrow(warp, width + 2 * old - floating) : 0;
+        return narrows ? narrow(warp, width + 2 * old - floating, reduction) : 0;
     }
     if (frame.fill_width - width >= floating) {
         return 0;
@@ -221,7 +224,7 @@ int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_
     warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
                                  output_width + floating));
     if (narrows) {
-        return narrow(warp, frame.fill_width - floating);
+        return narrow(warp, frame.fill_width - floating, reduction);
     }
     frame.fill_width = width + floating;
     return 0;

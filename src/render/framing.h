@@ -40,10 +40,12 @@ struct CellFrame {
 /// never more.
 [[nodiscard]] int held_central(const WarpState& warp, const CellFrame& cell);
 
-/// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in output pixels. Changes
-/// `warp.frame` and, in mode 2 with a forced width, `work_width` of `warp`.
-/// The width that mode 2 narrows the views to, so that their canvas keeps its own; 0 when they stay.
-[[nodiscard]] int apply_automatic_frame(WarpState& warp, ParameterSet& parameters, double far_point_px);
+/// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in pixels of the size worked at,
+/// which times `reduction` is that of the output, and so of the frames. Changes `warp.frame` and, in mode 2
+/// with a forced width, `work_width` of `warp`. The width that mode 2 narrows the views to before they are
+/// reduced, so that their canvas keeps its own; 0 when they stay.
+[[nodiscard]] int apply_automatic_frame(WarpState& warp, const ParameterSet& parameters, double far_point_px,
+                                        double reduction);
 
 /// Widths of the curtains, pixels.
 struct Curtains {

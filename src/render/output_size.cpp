@@ -211,6 +211,17 @@ SizeRepeat check_forced_size(WarpState& warp, int size_flag) {
     return repeat;
 }
 
+double final_reduction(const TargetSize& target) {
+    const double by_height = static_cast<double>(target.final_height) / std::max(target.work_height, 1);
+    const double by_width = static_cast<double>(target.final_width) / std::max(target.work_width, 1);
+    switch (target.final_rescale) {
+        case FinalRescale::by_width: return by_width;
+        case FinalRescale::by_height: return by_height;
+        case FinalRescale::by_factor: return target.work_height <= target.work_width ? by_height : by_width;
+        default: return 1.0;
+    }
+}
+
 void rescale_to_final(WarpState& warp, const TargetSize& target) {
     int width = target.final_width;
     int height = target.final_height;

@@ -64,6 +64,9 @@ struct SizeRepeat {
 /// Compares the cropped size with the target; may choose `force_size` again (`CroppOutput` 3).
 [[nodiscard]] SizeRepeat check_forced_size(WarpState& warp, int size_flag);
 
+/// Final over worked size; 1 where nothing is reduced at the end.
+[[nodiscard]] double final_reduction(const TargetSize& target);
+
 /// Brings the finished pair to its final size with the image library's bicubic filter.
 void rescale_to_final(WarpState& warp, const TargetSize& target);
 

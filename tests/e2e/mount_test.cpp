@@ -404,6 +404,23 @@ TEST(AutomaticFrames, NarrowThePicturesInTheCanvasAndFollowTheTrueView) {
     EXPECT_EQ(greatest_difference(workshop.load(right).picture(), seen_left.picture()), 0);
 }
 
+/// The far point of these views is the same part of the width in every size, and so are the frames against
+/// it.
+TEST(AutomaticFrames, OfOutputsReducedAtTheEndAreInTheirPixels) {
+    for (const char* size : {"--OutputHeight=150", "--OutputWidth=200"}) {
+        for (const char* frame : {"--AutoFrameFloating=1", "--AutoFrameFloating=2"}) {
+            Workshop workshop;
+            save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
+            const auto width = [&](const char* given) {
+                (void)workshop.run({"foo_l.bmp", "foo_r.bmp", "--StereoOutput=0", "--FloatingTarget=0",
+                                    "--CroppOutput=0", frame, given});
+                return workshop.load("cl/foo_cl.bmp").width();
+            };
+            EXPECT_NEAR(width(size), width("--OutputHeight=300") / 2.0, 2.0) << size << frame;
+        }
+    }
+}
+
 TEST(Sizes, BlankedFrameIsBlankInBothViewsAlike) {
     Workshop workshop;
     save_pair(workshop, misaligned_views(), "foo_l.bmp", "foo_r.bmp");

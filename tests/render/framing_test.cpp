@@ -181,7 +181,7 @@ TEST_P(AutomaticFrames, DrawThePicturesTogether) {
     set.auto_frame_floating = c.mode;
     set.floating_target = 20;
     set.win_off_reference = 1;
-    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point), c.narrowed);
+    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point, 1.0), c.narrowed);
     EXPECT_EQ(rig.warp->frame.floating, c.floating);
     EXPECT_EQ(rig.warp->frame.left_right, c.new_left_right);
     EXPECT_EQ(rig.warp->frame.fill_width, c.new_fill);
@@ -211,7 +211,7 @@ TEST(AutomaticFrames, WithoutAForcedWidthTheViewsAreCutEquallyAndTheCanvasStays)
     set.auto_frame_floating = 2;
     const int canvas = single_view_layout(*rig.warp, View::left).width;
     const Bitmap before = rig.warp->right.clone();
-    const int narrowed = apply_automatic_frame(*rig.warp, set, 30.0 + set.floating_target);
+    const int narrowed = apply_automatic_frame(*rig.warp, set, 30.0 + set.floating_target, 1.0);
     EXPECT_EQ(narrowed, 980);
     EXPECT_EQ(rig.warp->work_width, 0);
     narrow_views(*rig.warp, narrowed);
