@@ -138,6 +138,11 @@ TEST(InputForms, TwoPicturesInOneFileAreFoundUnderAnyName) {
         EXPECT_EQ(outcome.tells("holds two pictures"), told) << outcome.text;
         EXPECT_EQ(workshop.load("cs/foo_cs.jpg").width(), width) << outcome.text;
     }
+    Workshop workshop;
+    workshop.write("foo.jpg", {mpo.bytes.begin(), mpo.bytes.end()});
+    const Outcome outcome = workshop.run({workshop.folder(), "--EstimateGeometry=-1"});
+    EXPECT_TRUE(outcome.tells("multi-picture files: each holds both views")) << outcome.text;
+    EXPECT_EQ(workshop.load("cl/foo_cl.jpg").width(), 400) << outcome.text;
 }
 
 struct LyingRow {
