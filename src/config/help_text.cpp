@@ -174,7 +174,8 @@ std::string sample_row(const ParameterRow& row, Language language) {
     if (&row == &row_of(Parameter::do_post_zemora)) {
         return comment + key + " = %\n" + value + "%\n";
     }
-    return comment + key + " =" + (value.empty() ? "" : " " + value) + "\n";
+    return comment + (acts_when_not_set(row) ? "% " : "") + key + " =" + (value.empty() ? "" : " " + value) +
+           "\n";
 }
 
 }  // namespace

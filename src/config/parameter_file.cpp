@@ -229,7 +229,7 @@ void ParameterFileReader::tell_faulty_line(const ParameterLine& line, std::strin
 }
 
 void ParameterFileReader::note_missing(const ParameterRow& row) {
-    if (row.missing != MissingKey::noted) {
+    if (row.missing != MissingKey::noted || acts_when_not_set(row)) {
         return;
     }
     default_used_ = true;

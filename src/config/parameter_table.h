@@ -88,6 +88,11 @@ enum class Parameter : int {
     return kParameterRows[static_cast<int>(parameter)];
 }
 
+/// Whether a key that nobody sets means more than its default, so that a file need not name it.
+[[nodiscard]] constexpr bool acts_when_not_set(const ParameterRow& row) {
+    return &row == &row_of(Parameter::rot_mir_input_left) || &row == &row_of(Parameter::rot_mir_input_right);
+}
+
 /// One line of a listing: a heading, or the row with the number `row`.
 struct ParameterListingItem {
     const char* english_heading;

@@ -198,7 +198,9 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
     }
     const bool turned = input.rot_mir_left != 0 || input.rot_mir_right != 0 || p.rot_mir_output_left != 0 ||
                         p.rot_mir_output_right != 0;
-    pair.permissions.keeps_orientation = !turned && exif_orientation(right) > 1 && !is_loaded_upright(right);
+    const bool lies = std::max(exif_orientation(left), exif_orientation(right)) > 1;
+    pair.permissions.keeps_orientation =
+        !turned && lies && !is_loaded_upright(left) && !is_loaded_upright(right);
     pipeline.warp.keeps_orientation = pair.permissions.keeps_orientation;
 }
 

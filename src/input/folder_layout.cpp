@@ -6,6 +6,7 @@
 
 #include "input/file_selection.h"
 #include "input/mpo.h"
+#include "input/mpo_views.h"
 #include "input/picture_file.h"
 #include "platform/directory_walk.h"
 
@@ -71,7 +72,9 @@ LayoutSign find_sign(const ParameterSet& parameters, const std::string& folder) 
     const auto all = [&](const auto& is_such) {
         return std::all_of(pictures.begin(), pictures.end(), is_such);
     };
-    if (all([](const std::string& name) { return fold_case(name).ends_with(".mpo"); })) {
+    if (all([&folder](const std::string& name) {
+            return is_mpo_name(name) || holds_two_views(path_in(folder, name));
+        })) {
         return LayoutSign::multi_pictures;
     }
     if (all([](const std::string& name) { return has_marker(name, "_s"); })) {

@@ -184,13 +184,16 @@ void mend_jpeg_header(std::span<std::uint8_t> file) {
 }
 
 bool is_jpeg_padding(std::span<const std::uint8_t> file, std::size_t count) {
+    constexpr std::size_t kReadAhead = 8;  // bytes that a decoder may hold already
     const auto end = is_jpeg(file) ? jpeg_shape(file).end : std::nullopt;
-    if (!end || count > *end) {
+    if (!end) {
         return false;
     }
-    const auto last = file.begin() + static_cast<std::ptrdiff_t>(*end);
-    return std::all_of(last - static_cast<std::ptrdiff_t>(count), last,
-                       [](std::uint8_t byte) { return byte == 0; });
+    std::size_t zeros = 0;
+    while (zeros < *end && file[*end - zeros - 1] == 0) {
+        ++zeros;
+    }
+    return count <= zeros && zeros - count <= kReadAhead;
 }
 
 }  // namespace zemora

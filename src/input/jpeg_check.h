@@ -23,8 +23,8 @@ struct JpegShape {
 /// pixels stay what they were, and the first warning is about them. Files of other kinds stay as they are.
 void mend_jpeg_header(std::span<std::uint8_t> file);
 
-/// Whether the last `count` bytes before the end marker are zeros: padding of a camera. A damaged picture
-/// leaves other bytes there.
+/// Whether `count` bytes that the decoder left over before the end marker are padding of a camera: all zeros
+/// that are there. Where a damaged picture ends in zeros, the decoder has taken many of them for pixels.
 [[nodiscard]] bool is_jpeg_padding(std::span<const std::uint8_t> file, std::size_t count);
 
 }  // namespace zemora

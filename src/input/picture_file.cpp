@@ -213,6 +213,13 @@ std::string fault_of(const Bitmap& bitmap, const LibraryStream& stream, PictureF
     return is_cut_off(stream, format, content) ? "the file is cut off" : "";
 }
 
+/// Whether a TIFF file that gave no pixels is of a form that the library does not read, and perhaps whole.
+bool is_foreign_tiff(const TiffLayout& layout, const Bitmap& bitmap) {
+    constexpr std::uint64_t kMostBits = 16;  // of a channel
+    return !bitmap && (layout.bits > kMostBits ||
+                       t_library_message.find("Unable to handle this format") != std::string::npos);
+}
+
 /// How the library is to decode a format.
 int flags_of(PictureFormat format) {
     if (format == PictureFormat::jpeg) {
@@ -241,6 +248,37 @@ Bitmap inks_as_24_bits(const Bitmap& inks) {
         }
     }
     return result;
+}
+
+/// Grey of 16 bits from grey and alpha. The library takes them for a number of 32 bits, or for red, green,
+/// blue and alpha of 8 bits, where red is the low byte of the grey and green its high one. Nothing for other
+/// pictures.
+Bitmap grey_of_deep_pairs(const Bitmap& pairs) {
+    constexpr int kPairBytes = 4;
+    const FREE_IMAGE_TYPE type = FreeImage_GetImageType(pairs.handle());
+    const bool is_colours = type == FIT_BITMAP && pairs.bits_per_pixel() == 8 * kPairBytes;
+    if (!is_colours && type != FIT_UINT32) {
+        return {};
+    }
+    const int low = is_colours ? FI_RGBA_RED : 0;
+    const int high = is_colours ? FI_RGBA_GREEN : 1;
+    Bitmap grey(FreeImage_AllocateT(FIT_UINT16, pairs.width(), pairs.height()));
+    for (int y = 0; grey && y < pairs.height(); ++y) {
+        const BYTE* from = FreeImage_GetScanLine(pairs.handle(), y);
+        auto* to = reinterpret_cast<std::uint16_t*>(FreeImage_GetScanLine(grey.handle(), y));
+        for (int x = 0; x < pairs.width(); ++x, from += kPairBytes) {
+            to[x] = static_cast<std::uint16_t>(from[high] << 8U | from[low]);
+        }
+    }
+    return grey;
+}
+
+void invert_deep_grey(Bitmap& grey) {
+    for (int y = 0; y < grey.height(); ++y) {
+        auto* row = reinterpret_cast<std::uint16_t*>(FreeImage_GetScanLine(grey.handle(), y));
+        std::transform(row, row + grey.width(), row,
+                       [](std::uint16_t value) { return static_cast<std::uint16_t>(UINT16_MAX - value); });
+    }
 }
 
 /// Grey of 16 bits has no direct way to 24 bits; like the others it keeps its upper 8.
@@ -358,7 +396,17 @@ LoadedPicture decode_picture(std::vector<std::uint8_t> content, const std::strin
     loaded.bitmap = stream.load(format, flags_of(known));
     loaded.reason = fault_of(loaded.bitmap, stream, known, content);
     if (!loaded.reason.empty()) {
-        return failed(LoadStatus::unreadable, loaded.reason);
+        const bool foreign = known == PictureFormat::tiff && is_foreign_tiff(layout, loaded.bitmap);
+        return failed(foreign ? LoadStatus::unsupported : LoadStatus::unreadable, loaded.reason);
+    }
+    if (layout.deep_grey_alpha) {
+        loaded.bitmap = grey_of_deep_pairs(loaded.bitmap);
+    }
+    if (layout.white_is_zero && FreeImage_GetImageType(loaded.bitmap.handle()) == FIT_UINT16) {
+        invert_deep_grey(loaded.bitmap);  // the library does it for 8 bits
+    }
+    if (!loaded.bitmap) {
+        return failed(LoadStatus::unsupported, "deep grey with alpha is not read in this form");
     }
     if (layout.inks && layout.tiled) {
         loaded.bitmap = inks_as_24_bits(loaded.bitmap);

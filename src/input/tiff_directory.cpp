@@ -17,13 +17,27 @@ struct Form {
 constexpr Form kForms[] = {{42, 4, 4, 2, 12}, {43, 8, 8, 8, 20}};
 
 // Tags and their values.
+constexpr std::uint64_t kBits = 258;
+constexpr std::uint64_t kDeepBits = 16;
 constexpr std::uint64_t kPhotometric = 262;
+constexpr std::uint64_t kWhiteIsZero = 0;
+constexpr std::uint64_t kBlackIsZero = 1;
 constexpr std::uint64_t kInks = 5;
+constexpr std::uint64_t kChannels = 277;
 constexpr std::uint64_t kPlanarConfiguration = 284;
 constexpr std::uint64_t kPlanesApart = 2;
 constexpr std::uint64_t kTileWidth = 322;
 
 constexpr std::uint64_t kShort = 3;  // type of a number of 16 bits
+
+/// The first of an entry's numbers of 16 bits: in the entry where all fit into it, else where it leads.
+std::uint64_t first_short(const TiffNumbers& bytes, const TiffEntryPlace& entry) {
+    const std::size_t offset_size =
+        bytes.number(2, 2) == kForms[0].version ? kForms[0].offset_size : kForms[1].offset_size;
+    const std::uint64_t count_place = entry.place + 4;
+    const bool fits = bytes.number(count_place, offset_size) <= offset_size / 2;
+    return fits ? entry.value : bytes.number(bytes.number(count_place + offset_size, offset_size), 2);
+}
 
 }  // namespace
 
@@ -52,12 +66,21 @@ void for_each_tiff_entry(
 
 TiffLayout tiff_layout(std::span<const std::uint8_t> file) {
     TiffLayout layout;
-    for_each_tiff_entry(file, [&](const TiffNumbers&, const TiffEntryPlace& entry) {
-        layout.tiled = layout.tiled || entry.tag == kTileWidth;
-        layout.planes_apart =
-            layout.planes_apart || (entry.tag == kPlanarConfiguration && entry.value == kPlanesApart);
-        layout.inks = layout.inks || (entry.tag == kPhotometric && entry.value == kInks);
+    std::uint64_t channels = 1;
+    std::uint64_t photometric = kInks + 1;  // unknown
+    for_each_tiff_entry(file, [&](const TiffNumbers& bytes, const TiffEntryPlace& entry) {
+        switch (entry.tag) {
+            case kBits: layout.bits = first_short(bytes, entry); break;
+            case kPhotometric: photometric = entry.value; break;
+            case kChannels: channels = entry.value; break;
+            case kPlanarConfiguration: layout.planes_apart = entry.value == kPlanesApart; break;
+            case kTileWidth: layout.tiled = true; break;
+            default: break;
+        }
     });
+    layout.inks = photometric == kInks;
+    layout.white_is_zero = photometric == kWhiteIsZero;
+    layout.deep_grey_alpha = photometric <= kBlackIsZero && layout.bits == kDeepBits && channels == 2;
     return layout;
 }
 

@@ -39,8 +39,11 @@ void for_each_tiff_entry(
 /// How the pixels of a TIFF file lie.
 struct TiffLayout {
     bool tiled = false;
-    bool planes_apart = false;  ///< Each channel by itself.
-    bool inks = false;          ///< Cyan, magenta, yellow, black.
+    bool planes_apart = false;     ///< Each channel by itself.
+    bool inks = false;             ///< Cyan, magenta, yellow, black.
+    bool deep_grey_alpha = false;  ///< Grey and alpha of 16 bits each.
+    bool white_is_zero = false;    ///< Grey, the greatest number is black.
+    std::uint64_t bits = 1;        ///< Of the first channel.
 };
 [[nodiscard]] TiffLayout tiff_layout(std::span<const std::uint8_t> file);
 

@@ -30,6 +30,7 @@ TEST(MadeTexts, SampleFileReadsBackAsTheDefaultsWithoutAWord) {
     for (const Language language : {Language::english, Language::german}) {
         const testing::ReadBack back = testing::read_content(sample_parameter_file(language));
         EXPECT_EQ(back.told, "");
+        EXPECT_FALSE(back.parameters.given.contains("RotMirInputLeft")) << "left to the Exif of the files";
         ParameterSet expected;
         expected.language = static_cast<int>(language);  // each file speaks its own
         for (const ParameterRow& row : kParameterRows) {

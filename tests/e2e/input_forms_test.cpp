@@ -138,6 +138,11 @@ TEST(InputForms, TwoPicturesInOneFileAreFoundUnderAnyName) {
         EXPECT_EQ(outcome.tells("holds two pictures"), told) << outcome.text;
         EXPECT_EQ(workshop.load("cs/foo_cs.jpg").width(), width) << outcome.text;
     }
+    Workshop workshop;
+    workshop.write("foo.jpg", {mpo.bytes.begin(), mpo.bytes.end()});
+    const Outcome outcome = workshop.run({workshop.folder(), "--EstimateGeometry=-1"});
+    EXPECT_TRUE(outcome.tells("multi-picture files: each holds both views")) << outcome.text;
+    EXPECT_EQ(workshop.load("cl/foo_cl.jpg").width(), 400) << outcome.text;
 }
 
 struct LyingRow {
@@ -146,8 +151,9 @@ struct LyingRow {
     const char* right_tag;
     std::vector<std::string> settings;
     bool turned;
-    const char* product_tag;
+    const char* product_tag;  ///< Of the right view.
     bool told;
+    const char* left_product_tag = nullptr;  ///< Where it is another one.
 };
 
 class LyingViews : public testing::TestWithParam<LyingRow> {};
@@ -176,9 +182,16 @@ TEST_P(LyingViews, AreTurnedUnlessTheUserSaysOtherwise) {
     const Bitmap product = workshop.load("cr/foo_cr.jpg");
     EXPECT_EQ(product.width(), GetParam().turned ? 400 : 300) << outcome.text;
     EXPECT_EQ(outcome.tells("not upright"), GetParam().told) << outcome.text;
-    const ChildResult tags =
-        run_child({"exiftool", "-n", "-s", "-s", "-s", "-Orientation", workshop.path("cr/foo_cr.jpg")});
-    EXPECT_EQ(std::string(tags.output.begin(), tags.output.end()).substr(0, 1), GetParam().product_tag);
+    const auto tag_of = [&workshop](const char* name) {
+        const ChildResult tags =
+            run_child({"exiftool", "-n", "-s", "-s", "-s", "-Orientation", workshop.path(name)});
+        return std::string(tags.output.begin(), tags.output.end()).substr(0, 1);
+    };
+    const LyingRow& row = GetParam();
+    EXPECT_EQ(tag_of("cr/foo_cr.jpg"), row.product_tag);
+    if (row.left_product_tag != nullptr) {
+        EXPECT_EQ(tag_of("cl/foo_cl.jpg"), row.left_product_tag);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -187,6 +200,7 @@ INSTANTIATE_TEST_SUITE_P(
         LyingRow{"unset", "6", "6", {}, true, "1", true},
         LyingRow{"unset_and_upright", "1", "1", {}, false, "1", false},
         LyingRow{"unset_and_one_untold", "", "6", {}, false, "6", false},
+        LyingRow{"unset_and_right_untold", "6", "", {}, false, "", false, "6"},
         LyingRow{"zero", "6", "6", {"--RotMirInputLeft=0", "/RR=0"}, false, "6", false},
         LyingRow{"from_file", "6", "6", {"--RotMirInputLeft=-1", "--RotMirInputRight=-1"}, true, "1", false},
         LyingRow{"turned_after_all",

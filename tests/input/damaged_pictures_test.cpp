@@ -129,6 +129,41 @@ TEST(JpegShape, PaddingBeforeTheEndIsNoDamage) {
     EXPECT_NE(decode_picture(file, "a.jpg").status, LoadStatus::done);
 }
 
+/// A picture with a restart mark behind every row of blocks, as many cameras write it.
+FileBytes jpeg_file_of_rows() {
+    constexpr int kBlock = 8;
+    const Bitmap picture = textured_picture();
+    const int rows = picture.height() / kBlock;
+    FileBytes file;
+    for (int i = 0; i < rows; ++i) {
+        const Bitmap part(FreeImage_Copy(picture.handle(), 0, i * kBlock, picture.width(), (i + 1) * kBlock));
+        const FileBytes row = test::encoded(part.handle(), FIF_JPEG, 85 | JPEG_SUBSAMPLING_444);
+        const std::size_t scan = place_of(row, 0xDA);
+        const std::size_t pixels = scan + 2 + static_cast<std::size_t>(row[scan + 3]);
+        if (i == 0) {
+            file.assign(row.begin(), row.begin() + static_cast<std::ptrdiff_t>(pixels));
+            file[place_of(file, 0xC0) + 6] = static_cast<std::uint8_t>(picture.height());
+            insert(file, scan, {0xFF, 0xDD, 0, 4, 0, static_cast<std::uint8_t>(picture.width() / kBlock)});
+        } else {
+            insert(file, file.size(), {0xFF, static_cast<std::uint8_t>(0xD0 + (i - 1) % 8)});
+        }
+        file.insert(file.end(), row.begin() + static_cast<std::ptrdiff_t>(pixels), row.end() - 2);
+    }
+    insert(file, file.size(), {0xFF, 0xD9});
+    return file;
+}
+
+TEST(JpegShape, ZerosInPlaceOfPixelsAreDamage) {
+    const FileBytes whole = jpeg_file_of_rows();
+    ASSERT_EQ(decode_picture(whole, "a.jpg").status, LoadStatus::done);
+    const std::size_t size = whole.size() - 2;
+    for (const std::size_t lost : {size / 20, size / 5, size / 2}) {
+        FileBytes file = whole;
+        std::fill_n(file.end() - 2 - static_cast<std::ptrdiff_t>(lost), lost, 0);
+        EXPECT_NE(decode_picture(file, "a.jpg").status, LoadStatus::done) << lost;
+    }
+}
+
 TEST(DamagedTiff, OfEveryCompressionIsUnreadable) {
     for (const int flags : {TIFF_LZW, TIFF_DEFLATE, TIFF_ADOBE_DEFLATE}) {
         const FileBytes whole = test::encoded(textured_picture().handle(), FIF_TIFF, flags);

@@ -42,12 +42,16 @@ FileBytes tiff_file(const TiffPlan& plan) {
         put(count, 4);
         put(value, 4);
     };
+    // One or two numbers of 16 bits stand in the entry itself.
+    const auto numbers_of_channels = [channels](unsigned number, unsigned place) {
+        return channels > 2 ? place : channels == 2 ? number << 16U | number : number;
+    };
     const unsigned offsets = chunks == 1 ? pixels_at : offsets_at;
     const unsigned chunk_sizes = chunks == 1 ? chunk : sizes_at;
     put(entries, 2);
     entry(256, 4, 1, kSide);
     entry(257, 4, 1, kSide);
-    entry(258, 3, channels, channels == 1 ? plan.bits : bits_at);
+    entry(258, 3, channels, numbers_of_channels(plan.bits, bits_at));
     entry(259, 3, 1, 1);
     entry(262, 3, 1, plan.photometric);
     if (!plan.tiled) {
@@ -65,7 +69,7 @@ FileBytes tiff_file(const TiffPlan& plan) {
         entry(324, 4, chunks, offsets);
         entry(325, 4, chunks, chunk_sizes);
     }
-    entry(339, 3, channels, channels == 1 ? plan.sample_format : formats_at);
+    entry(339, 3, channels, numbers_of_channels(plan.sample_format, formats_at));
     put(0, 4);
     for (unsigned i = 0; i < channels; ++i) {
         put(plan.bits, 2);
@@ -102,6 +106,9 @@ TEST_P(TiffForms, GiveTheirColoursOrGoToTheConverter) {
             continue;  // no conversion was asked for
         }
         ASSERT_EQ(loaded.status, GetParam().status) << loaded.reason;
+        if (keep_depth && GetParam().plan.bits == 16 && loaded.status == LoadStatus::done) {
+            EXPECT_EQ(loaded.bitmap.bits_per_pixel(), 48) << "depth was lost";
+        }
         if (loaded.status == LoadStatus::done && loaded.bitmap.bits_per_pixel() == 24) {
             const Colour got = test::colour_at(loaded.bitmap.picture(), 3, 11);
             EXPECT_NEAR(got.blue, GetParam().colour.blue, 1);
@@ -134,6 +141,22 @@ INSTANTIATE_TEST_SUITE_P(
         TiffRow{"deep_tiled_inks",
                 {.photometric = 5, .bits = 16, .tiled = true, .pixel = kCmyk},
                 LoadStatus::unsupported},
+        TiffRow{
+            "inks_and_alpha", {.photometric = 5, .pixel = {0, 51, 204, 85, 255}}, LoadStatus::unsupported},
+        TiffRow{"deep_grey", {.photometric = 1, .bits = 16, .pixel = {60}}, LoadStatus::done, {60, 60, 60}},
+        TiffRow{"deep_white_is_zero",
+                {.photometric = 0, .bits = 16, .pixel = {60}},
+                LoadStatus::done,
+                {195, 195, 195}},
+        TiffRow{"deep_grey_and_alpha",
+                {.photometric = 1, .bits = 16, .pixel = {60, 255}},
+                LoadStatus::done,
+                {60, 60, 60}},
+        TiffRow{"tiled_deep_grey_and_alpha",
+                {.photometric = 1, .bits = 16, .tiled = true, .pixel = {60, 255}},
+                LoadStatus::done,
+                {60, 60, 60}},
+        TiffRow{"very_deep_colours", {.bits = 32, .pixel = kRgb}, LoadStatus::unsupported},
         TiffRow{"float_grey",
                 {.photometric = 1, .bits = 32, .sample_format = 3, .pixel = {62}},
                 LoadStatus::unsupported},
