@@ -157,6 +157,9 @@ bool ChildDialog::Stream::receive() {
 }
 
 bool ChildDialog::receive_some() {
+    if (output_.descriptor < 0) {
+        return false;  // nobody is there; waiting would have no end
+    }
     std::array<pollfd, 2> waiting{{{output_.descriptor, POLLIN, 0}, {errors_.descriptor, POLLIN, 0}}};
     if (poll(waiting.data(), waiting.size(), -1) < 0) {
         return errno == EINTR;

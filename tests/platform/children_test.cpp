@@ -105,6 +105,7 @@ TEST(ChildDialog, NoticesAProgramThatHasGone) {
     EXPECT_EQ(text_of(answer), "part");
     EXPECT_FALSE(dialog.is_running());
     EXPECT_FALSE(dialog.write("more\n"));
+    EXPECT_FALSE(dialog.read_until(".end", answer)) << "an answer that was promised before is not waited for";
     EXPECT_FALSE(ChildDialog().start({"/no/such/program"}, ""));
     EXPECT_FALSE(ChildDialog().start({}, ""));
 }
