@@ -105,6 +105,27 @@ void refuse_unknown_extra_output(const Pipeline& pipeline) {
     }
 }
 
+std::string eight_bits_text(const MessageCatalogue& messages, const char* what) {
+    return format_text(messages.either("   8 bits are saved: %s has no form with 16 bits.\n",
+                                       "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
+                       what);
+}
+
+/// Products that are stored with 8 bits beside others with 16, told once a run.
+void tell_shallow_products(const Pipeline& pipeline) {
+    const ParameterSet& p = pipeline.parameters;
+    const MessageCatalogue& messages = pipeline.voice.messages();
+    const bool is_shallow_extra = p.extra_output == 4 || p.extra_output == 6 || p.extra_output == 7;
+    if (p.anaglyph_output != 0) {
+        const char* what = messages.either("the anaglyph", "das Anaglyphenbild");
+        pipeline.voice.print_once(eight_bits_text(messages, what), OnceIn::run);
+    }
+    if (is_shallow_extra) {
+        const char* what = messages.either("the extra format", "das weitere Format");
+        pipeline.voice.print_once(eight_bits_text(messages, what), OnceIn::run);
+    }
+}
+
 /// The 16-bit output repeats the warp from the source file, not what is done to the finished views.
 void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharpened) {
     constexpr int kDeepFormat = 7;  // of `OutputFormat`
@@ -133,11 +154,13 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
     for (const Step& step : steps) {
         if (p.output_format == kDeepFormat && step.taken) {
             warp.eight_bits_only = true;
-            pipeline.voice.tell_everywhere(format_text(
-                pipeline.voice.messages().either("   8 bits are saved: %s has no form with 16 bits.\n",
-                                                 "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
-                pipeline.voice.messages().either(step.english, step.german)));
+            const MessageCatalogue& messages = pipeline.voice.messages();
+            pipeline.voice.tell_everywhere(
+                eight_bits_text(messages, messages.either(step.english, step.german)));
         }
+    }
+    if (p.output_format == kDeepFormat && !warp.eight_bits_only) {
+        tell_shallow_products(pipeline);
     }
 }
 

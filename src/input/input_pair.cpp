@@ -180,14 +180,14 @@ bool InputPair::load_two_files(const PairFiles& files) {
     if (!load_both(load, files.left, files.right)) {
         return false;
     }
+    return settle_two_files();
+}
+
+/// Views that a viewer has exchanged change places; the mask of a photo gets the photo's size.
+bool InputPair::settle_two_files() {
     if (swap_views) {
         std::swap(left_, right_);
     }
-    return fit_depth_mask();
-}
-
-/// The mask of a photo in the photo's size.
-bool InputPair::fit_depth_mask() {
     if (parameters_.stereo_image_input == kPhotoAndDepthFiles &&
         (right_.width != left_.width || right_.height != left_.height)) {
         Bitmap mask = std::move(right_.bitmap);
@@ -340,7 +340,7 @@ bool InputPair::load_converted(const PairFiles& files) {
     }
     left_.take(std::move(left));
     right_.take(std::move(right));
-    return fit_depth_mask();
+    return settle_two_files();
 }
 
 void InputPair::start_geometry() {

@@ -99,7 +99,7 @@ private:
     bool load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
                    const std::string& right_name);
     bool finish_stereo();
-    bool fit_depth_mask();
+    bool settle_two_files();
     bool split_stereo(Bitmap&& stereo, int layout);
     bool load_converted(const PairFiles& files);
     [[nodiscard]] Bitmap load_through_converter(const std::string& path);
