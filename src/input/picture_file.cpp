@@ -355,11 +355,14 @@ bool is_tiff_file(const std::string& path) {
 
 bool is_loaded_upright(const std::string& path) {
     std::string reason;
-    const auto content = read_content(path, reason);
+    auto content = read_content(path, reason);
     if (!content || content->empty() || content->size() > UINT32_MAX) {
         return false;
     }
     const PictureFormat format = picture_format_of(*content, path);
+    if (format == PictureFormat::tiff && !tiff_layout(*content).usual) {
+        return decode_picture(std::move(*content), path).status == LoadStatus::unsupported;
+    }
     return format == PictureFormat::raw || format == PictureFormat::unknown;
 }
 

@@ -1,5 +1,7 @@
 #include "input/tiff_directory.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace zemora {
@@ -27,6 +29,8 @@ constexpr std::uint64_t kChannels = 277;
 constexpr std::uint64_t kPlanarConfiguration = 284;
 constexpr std::uint64_t kPlanesApart = 2;
 constexpr std::uint64_t kTileWidth = 322;
+constexpr std::uint64_t kSampleFormat = 339;
+constexpr std::uint64_t kPlainNumbers = 1;  // without sign
 
 constexpr std::uint64_t kShort = 3;  // type of a number of 16 bits
 
@@ -68,6 +72,7 @@ TiffLayout tiff_layout(std::span<const std::uint8_t> file) {
     TiffLayout layout;
     std::uint64_t channels = 1;
     std::uint64_t photometric = kInks + 1;  // unknown
+    std::uint64_t format = kPlainNumbers;
     for_each_tiff_entry(file, [&](const TiffNumbers& bytes, const TiffEntryPlace& entry) {
         switch (entry.tag) {
             case kBits: layout.bits = first_short(bytes, entry); break;
@@ -75,12 +80,18 @@ TiffLayout tiff_layout(std::span<const std::uint8_t> file) {
             case kChannels: channels = entry.value; break;
             case kPlanarConfiguration: layout.planes_apart = entry.value == kPlanesApart; break;
             case kTileWidth: layout.tiled = true; break;
+            case kSampleFormat: format = first_short(bytes, entry); break;
             default: break;
         }
     });
     layout.inks = photometric == kInks;
     layout.white_is_zero = photometric == kWhiteIsZero;
     layout.deep_grey_alpha = photometric <= kBlackIsZero && layout.bits == kDeepBits && channels == 2;
+    constexpr std::uint64_t kMostChannels = 4;
+    constexpr std::array<std::uint64_t, 4> kUsualBits{1, 4, 8, kDeepBits};
+    layout.usual = format == kPlainNumbers && channels <= kMostChannels &&
+                   std::find(kUsualBits.begin(), kUsualBits.end(), layout.bits) != kUsualBits.end() &&
+                   !(layout.tiled && (layout.planes_apart || layout.inks));
     return layout;
 }
 

@@ -44,6 +44,8 @@ struct TiffLayout {
     bool deep_grey_alpha = false;  ///< Grey and alpha of 16 bits each.
     bool white_is_zero = false;    ///< Grey, the greatest number is black.
     std::uint64_t bits = 1;        ///< Of the first channel.
+    /// Nothing but numbers without sign of 1, 4, 8 or 16 bits, at most four channels, and no planes in tiles.
+    bool usual = true;
 };
 [[nodiscard]] TiffLayout tiff_layout(std::span<const std::uint8_t> file);
 

@@ -2,6 +2,7 @@
 
 #include "input/picture_file.h"
 #include "tests/support/pictures.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
@@ -98,6 +99,13 @@ struct TiffRow {
 };
 
 class TiffForms : public testing::TestWithParam<TiffRow> {};
+
+TEST_P(TiffForms, AreUprightWhereTheConverterReadsThem) {
+    const FileBytes file = tiff_file(GetParam().plan);
+    const test::TestFolder folder;
+    test::write_text(folder / "a.tif", {file.begin(), file.end()});
+    EXPECT_EQ(is_loaded_upright(folder / "a.tif"), GetParam().status == LoadStatus::unsupported);
+}
 
 TEST_P(TiffForms, GiveTheirColoursOrGoToTheConverter) {
     for (const bool keep_depth : {false, true}) {
