@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <utility>
 
 #include "input/file_selection.h"
@@ -266,7 +267,9 @@ const std::string* find_missing_picture(const Invocation& invocation, const Para
     NameFinder finder;
     for (std::size_t i = 0; i < pictures; ++i) {
         const std::string& word = invocation.arguments[i];
-        if (finder.find(join_path(parameters.path_of_images, named_file(word))).match == NameMatch::none) {
+        const FoundName found = finder.find(join_path(parameters.path_of_images, named_file(word)));
+        const bool is_file = found.is_there() && std::filesystem::is_regular_file(found.path);
+        if (!is_file && found.match != NameMatch::several) {
             return &word;
         }
     }
@@ -286,7 +289,7 @@ void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_ca
     for (const std::string& word : whole_call) {
         call += (call.empty() ? "" : " ") + printable(word);
     }
-    voice.print("Ihr Aufruf/Your call: " + call + '\n');
+    voice.print(voice.messages().either("Your call: ", "Ihr Aufruf: ") + call + '\n');
     if (std::count_if(whole_call.begin(), whole_call.end(), is_directory) > 1) {
         voice.print(
             voice.messages().either("Two folders must stand side by side and be called l and r.\n",

@@ -109,13 +109,14 @@ WholeCall whole_call(const Run& run, const std::string& program, const std::vect
 
 void refuse_missing(Run& run, const WholeCall& call, const std::string* word) {
     if (word != nullptr) {
-        end_with_usage(
-            run.voice, call.words,
-            format_text(run.messages.either("%s: there is no such file or directory.\n",
-                                            "%s: eine solche Datei oder ein solches Verzeichnis gibt es "
-                                            "nicht.\n"),
-                        printable(*word).c_str()),
-            call.waits);
+        const bool is_something = !word->empty() && identity_of(join_path(working_directory(), *word));
+        const char* reason =
+            is_something
+                ? run.messages.either("%s: this is no file.\n", "%s: das ist keine Datei.\n")
+                : run.messages.either("%s: there is no such file or directory.\n",
+                                      "%s: eine solche Datei oder ein solches Verzeichnis gibt es nicht.\n");
+        const std::string shown = word->empty() ? "\"\"" : printable(*word);
+        end_with_usage(run.voice, call.words, format_text(reason, shown.c_str()), call.waits);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "input/input_pair.h"
 
 #include <FreeImage.h>
-#include <omp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -150,7 +149,7 @@ bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load
                           const std::string& right_name) {
     LoadedPicture left;
     LoadedPicture right;
-#pragma omp parallel sections num_threads(std::min(2, omp_get_max_threads()))
+#pragma omp parallel sections
     {
 #pragma omp section
         left = load(true);

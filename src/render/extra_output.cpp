@@ -169,7 +169,7 @@ StoreResult write_multi_picture(WarpState& warp, const std::string& file, const 
     const SaveOptions options(warp.parameters);
     std::array<Bitmap, 2> views;
     std::array<std::optional<EncodedPicture>, 2> encoded;
-#pragma omp parallel for schedule(static, 1) num_threads(2)
+#pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
         views[index] = compose_view(warp, layouts[index], i == 0 ? View::left : View::right);

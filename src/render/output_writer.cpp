@@ -69,7 +69,7 @@ StoreResult write_left_right(WarpState& warp, const std::string& left_file, cons
     const SaveOptions options(warp.parameters);
     std::array<ViewStore, 2> stores;
     // Encoding is the longest step of a pair: one view a thread.
-#pragma omp parallel for schedule(static, 1) num_threads(2)
+#pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
         const std::string& file = *files[index];

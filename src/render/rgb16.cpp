@@ -126,7 +126,7 @@ Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPi
 std::array<Bitmap, 2> load_sources(const SourceFiles& sources, bool has_two_files) {
     std::array<Bitmap, 2> loaded;
     const int count = has_two_files ? 2 : 1;
-#pragma omp parallel for schedule(static, 1) num_threads(2)
+#pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < count; ++i) {
         Bitmap file = load_picture(i == 0 ? sources.left : sources.right, true).bitmap;
         if (is_deep(file)) {

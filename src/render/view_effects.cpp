@@ -193,7 +193,7 @@ void sharpen(WarpState& warp, int intensity, int rounds) {
         }
     }
     // The order within a view counts; the two views are independent.
-#pragma omp parallel for schedule(static, 1) num_threads(2)
+#pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         const auto view = static_cast<std::size_t>(i);
         add_detail(views[view], blurred[view].picture(), strengths);

@@ -55,7 +55,7 @@ void provide_working_pictures(WarpState& warp) {
     warp.right.reset();
     std::array<Bitmap*, 2> bitmaps = {&warp.left, &warp.right};
     // The library clears what it allocates; both views at once.
-#pragma omp parallel for schedule(static, 1) num_threads(2)
+#pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         *bitmaps[static_cast<std::size_t>(i)] = Bitmap::create(warp.width, warp.height);
     }

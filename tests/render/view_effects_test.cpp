@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <omp.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -144,6 +145,24 @@ TEST_P(ViewEffects, GhostReductionIsTheDefinitionForAllThreads) {
             EXPECT_EQ(bytes_of(rig.warp->pair().right), expected.right) << percent << " %, " << threads;
         }
     }
+}
+
+/// The threads of the next parallel region.
+std::vector<pid_t> workers(int count) {
+    std::vector<pid_t> threads(static_cast<std::size_t>(count));
+#pragma omp parallel for schedule(static, 1)
+    for (int i = 0; i < count; ++i) {
+        threads[static_cast<std::size_t>(i)] = gettid();
+    }
+    return threads;
+}
+
+TEST_P(ViewEffects, AStepOfTwoViewsEndsNoneOfTheThreads) {
+    constexpr int kThreads = 6;
+    omp_set_num_threads(kThreads);
+    const std::vector<pid_t> before_step = workers(kThreads);
+    sharpen(*rig.warp, 30, 2);
+    EXPECT_EQ(workers(kThreads), before_step);
 }
 
 TEST_P(ViewEffects, SharpeningIsTheDefinitionForAllThreads) {
