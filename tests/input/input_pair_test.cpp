@@ -232,6 +232,17 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     ASSERT_EQ(result, ReadResult::converted) << pair->failure();
     EXPECT_EQ(colour_at(pair->full().right, 3, 4), place_colour(3, 4));
     EXPECT_EQ(rig.folder.files().size(), 1U);
+    const Bitmap black = Bitmap::create(20, 10);
+    fill(black.picture(), {});
+    const auto black_bytes = test::encoded(black.handle(), FIF_BMP);
+    test::write_text(rig.folder / "black.xyz",
+                     "disguise" + std::string(black_bytes.begin(), black_bytes.end()));
+    pair->swap_views = true;
+    testing::internal::CaptureStdout();
+    (void)pair->read_input_images({name, rig.folder / "black.xyz", {}}, false);
+    (void)testing::internal::GetCapturedStdout();
+    EXPECT_EQ(colour_at(pair->full().right, 3, 4), place_colour(3, 4)) << "the views are exchanged";
+    EXPECT_NE(colour_at(pair->full().left, 3, 4), place_colour(3, 4));
 }
 
 TEST(InputPair, AConverterThatFailsIsNotToldAsMissing) {
