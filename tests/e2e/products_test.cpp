@@ -184,7 +184,7 @@ TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
         ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Model=Twin", "-IPTC:Headline=A garden",
-                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=6", "-n", workshop.path(name)})
+                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=6", "-Exif:ColorSpace=1", "-n", workshop.path(name)})
                         .succeeded());
     }
     const Outcome outcome =

@@ -155,7 +155,8 @@ TEST(Metadata, TagsProfileAndTimesGoWithThePicture) {
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
         ASSERT_TRUE(
             run_child({"exiftool", "-q", "-overwrite_original", "-DateTimeOriginal=2001:09:09 01:46:41",
-                       "-Make=Tester", "-Orientation=Horizontal (normal)", workshop.path(name)})
+                       "-Make=Tester", "-Orientation=Horizontal (normal)", "-EXIF:ColorSpace=sRGB",
+                       workshop.path(name)})
                 .succeeded());
     }
     const Outcome outcome =
