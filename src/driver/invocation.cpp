@@ -98,6 +98,7 @@ const char* layout_text(LayoutSign sign, const MessageCatalogue& messages) {
         case LayoutSign::multi_pictures:
             return messages.either("All files are multi-picture files: each holds both views.\n",
                                    "Alle Dateien sind Mehrbilddateien: jede enthaelt beide Ansichten.\n");
+        case LayoutSign::no_pictures: return "";
         case LayoutSign::wide_pictures:
             return messages.either(
                 "The first picture is at least twice as wide as high: each file is taken for both "

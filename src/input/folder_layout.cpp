@@ -25,6 +25,7 @@ constexpr std::array kLayouts{
     FolderLayout{LayoutSign::view_folders, kTwoFiles, kViewFolders},
     FolderLayout{LayoutSign::stereo_names, kStereoFiles, kConsecutive},
     FolderLayout{LayoutSign::multi_pictures, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::no_pictures, kTwoFiles, kConsecutive},
     FolderLayout{LayoutSign::wide_pictures, kStereoFiles, kConsecutive},
     FolderLayout{LayoutSign::single_views, kTwoFiles, kConsecutive},
 };
@@ -63,11 +64,12 @@ bool is_wide(const std::string& path) {
 LayoutSign find_sign(const ParameterSet& parameters, const std::string& folder) {
     const FolderContents contents = read_folder(folder);
     const std::vector<std::string> pictures = pictures_of(contents.files, parameters);
-    if (pictures.empty()) {
-        return has_pictures_of_side(folder, contents.folders, "l", parameters) &&
-                       has_pictures_of_side(folder, contents.folders, "r", parameters)
-                   ? LayoutSign::view_folders
-                   : LayoutSign::single_views;
+    if (pictures.empty() && has_pictures_of_side(folder, contents.folders, "l", parameters) &&
+        has_pictures_of_side(folder, contents.folders, "r", parameters)) {
+        return LayoutSign::view_folders;
+    }
+    if (pictures.empty()) {  // subfolders may have some
+        return parameters.include_subdirs != 0 ? LayoutSign::single_views : LayoutSign::no_pictures;
     }
     const auto all = [&](const auto& is_such) {
         return std::all_of(pictures.begin(), pictures.end(), is_such);

@@ -13,6 +13,7 @@ enum class LayoutSign {
     view_folders,    ///< No pictures but those of the folders l and r.
     stereo_names,    ///< All names end in _s.
     multi_pictures,  ///< Multi-picture files only.
+    no_pictures,     ///< Nothing to be arranged.
     wide_pictures,   ///< The names do not decide; the first picture is at least twice as wide as high.
     single_views,    ///< The names do not decide, and it is not.
 };

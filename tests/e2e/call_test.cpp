@@ -260,6 +260,14 @@ INSTANTIATE_TEST_SUITE_P(
         LayoutCase{{"pictures/1.bmp", "pictures/2.bmp"}, "in turn (L-R-L-R)", "pictures/cs/1-2_cs.bmp"},
         LayoutCase{{"pictures/1wide.bmp"}, "at least twice as wide", "pictures/cl/1wide_cl.bmp"}));
 
+TEST(EmptyFolder, HasNoLayout) {
+    Workshop workshop;
+    std::filesystem::create_directory(workshop.path("empty"));
+    const Outcome outcome = workshop.run({"empty"});
+    EXPECT_EQ(outcome.exit_code, 1) << outcome.text;
+    EXPECT_FALSE(outcome.tells("L-R-L-R")) << outcome.text;
+}
+
 TEST(ExitCodes, TellScriptsWhetherEveryObjectWasMounted) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "a_l.bmp", "a_r.bmp");
