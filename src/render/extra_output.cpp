@@ -141,7 +141,11 @@ Bitmap compose_deep(WarpState& warp, const TiledFormat& format, const DeepViews&
             views.push_back({placed.view == View::left ? deep.left : deep.right, placed.column, placed.row});
         }
     }
-    return squeeze_or_end(warp, deepened(warp, canvas, views), format);
+    Bitmap picture = deepened(canvas, views);
+    if (!picture) {
+        fail_for_memory(warp, kNoMemoryDeep);
+    }
+    return squeeze_or_end(warp, std::move(picture), format);
 }
 
 /// Whether the Exif data of that file are taken over as they stand.

@@ -4,6 +4,7 @@
 #include <SDL_ttf.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "config/text_lines.h"
 #include "render/font_search.h"
@@ -34,6 +35,14 @@ int style_flags(int style) {
         }
     }
     return TTF_STYLE_NORMAL;
+}
+
+/// The style that the letters of the file have by themselves.
+int own_flags(TTF_Font* font) {
+    const char* const words = TTF_FontFaceStyleName(font);
+    const std::string_view name = words == nullptr ? "" : words;
+    const auto has = [name](std::string_view word) { return name.find(word) != std::string_view::npos; };
+    return (has("Bold") ? TTF_STYLE_BOLD : 0) | (has("Italic") || has("Oblique") ? TTF_STYLE_ITALIC : 0);
 }
 
 /// The longest end at or before `end` that cuts no character.
@@ -195,7 +204,7 @@ _TTF_Font* LetterFont::font_with(char32_t letter, const std::string& written) {
     if (const int its = TTF_FontHeight(found.get()); its > height) {
         TTF_SetFontSize(found.get(), std::max(1, pixels_ * height / its));
     }
-    TTF_SetFontStyle(found.get(), flags_);
+    TTF_SetFontStyle(found.get(), flags_ | own_flags(font_.get()));
     return others_.emplace_back(std::move(found)).get();
 }
 

@@ -49,7 +49,8 @@ ViewStore store_deep_view(const WarpState& warp, const CanvasLayout& layout, Vie
         return {true, {}};
     }
     const PlacedDeepView placed{&deep, layout.left_picture_column, layout.picture_row};
-    return {false, save_deep_picture(deepened(warp, canvas, {&placed, 1}), file, options)};
+    const Bitmap picture = deepened(canvas, {&placed, 1});
+    return picture ? ViewStore{false, save_deep_picture(picture, file, options)} : ViewStore{true, {}};
 }
 
 }  // namespace
@@ -103,7 +104,11 @@ StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceF
         const std::array placed = {
             PlacedDeepView{deep.left, layout.left_picture_column, layout.picture_row},
             PlacedDeepView{deep.right, layout.right_picture_column, layout.picture_row}};
-        return result_of(file, save_deep_picture(deepened(warp, canvas, placed), file, options));
+        const Bitmap picture = deepened(canvas, placed);
+        if (!picture) {
+            fail_for_memory(warp, kNoMemoryDeep);
+        }
+        return result_of(file, save_deep_picture(picture, file, options));
     }
     return result_of(file, save_picture(canvas, file, options));
 }

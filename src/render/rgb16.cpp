@@ -22,8 +22,7 @@ constexpr int kTwoFiles = 2;
 enum class SourcePart { whole, left_half, right_half };
 
 [[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(),
-                                   "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n");
+    end_run_without_picture_memory(warp.voice.console(), kNoMemoryDeep);
 }
 
 Bitmap create_or_end(const WarpState& warp, int width, int height) {
@@ -222,13 +221,12 @@ DeepViews find_deep_views(WarpState& warp, const SourceFiles& sources, const std
     return {warp.deep_left ? &warp.deep_left : nullptr, warp.deep_right ? &warp.deep_right : nullptr};
 }
 
-Bitmap deepened(const WarpState& warp, const Bitmap& canvas, std::span<const PlacedDeepView> views) {
+Bitmap deepened(const Bitmap& canvas, std::span<const PlacedDeepView> views) {
     Bitmap deep = widened(canvas.picture());
-    if (!deep) {
-        fail_for_memory(warp);
-    }
-    for (const PlacedDeepView& placed : views) {
-        copy_deep(deep_picture(*placed.view), deep_picture(deep), placed.column, placed.row);
+    if (deep) {
+        for (const PlacedDeepView& placed : views) {
+            copy_deep(deep_picture(*placed.view), deep_picture(deep), placed.column, placed.row);
+        }
     }
     return deep;
 }

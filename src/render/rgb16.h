@@ -34,8 +34,10 @@ struct PlacedDeepView {
     int column;
     int row;
 };
-/// The composed picture in 48 bits, with the deep views in the places of their 8-bit forms.
-[[nodiscard]] Bitmap deepened(const WarpState& warp, const Bitmap& canvas,
-                              std::span<const PlacedDeepView> views);
+/// The composed picture in 48 bits, with the deep views in the places of their 8-bit forms. Empty when the
+/// memory is not there.
+[[nodiscard]] Bitmap deepened(const Bitmap& canvas, std::span<const PlacedDeepView> views);
+/// What then ends the run.
+inline constexpr const char* kNoMemoryDeep = "13668: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RGB16)\n";
 
 }  // namespace zemora
