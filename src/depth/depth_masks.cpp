@@ -311,7 +311,7 @@ private:
             if (made.status != LoadStatus::done) {
                 return is_written(made.reason, file);
             }
-            const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(path.c_str());
+            const FREE_IMAGE_FORMAT format = format_of_name(path);
             if (!file_exists(path) &&
                 !is_written(encode_and_write(made.bitmap.handle(), format, flags_of(format), path), path)) {
                 return false;

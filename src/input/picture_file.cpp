@@ -20,6 +20,7 @@
 #include "input/targa_check.h"
 #include "input/tiff_directory.h"
 #include "input/tiff_profile.h"
+#include "numerics/bitmap_file.h"
 #include "platform/paths.h"
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
@@ -131,7 +132,7 @@ private:
 FREE_IMAGE_FORMAT library_format(std::span<const std::uint8_t> content, const std::string& path) {
     listen_to_library();
     const FREE_IMAGE_FORMAT by_content = LibraryStream(content).type();
-    return by_content != FIF_UNKNOWN ? by_content : FreeImage_GetFIFFromFilename(path.c_str());
+    return by_content != FIF_UNKNOWN ? by_content : format_of_name(path);
 }
 
 LoadedPicture failed(LoadStatus status, std::string reason) {

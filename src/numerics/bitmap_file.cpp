@@ -1,5 +1,7 @@
 #include "numerics/bitmap_file.h"
 
+#include <mutex>
+
 #include "platform/quiet_tiff.h"
 #include "platform/safe_file.h"
 
@@ -14,6 +16,12 @@ EncodedPicture::EncodedPicture(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int 
         FreeImage_AcquireMemory(stream_.get(), &bytes, &size) != FALSE) {
         bytes_ = {bytes, size};
     }
+}
+
+FREE_IMAGE_FORMAT format_of_name(const std::string& path) {
+    static std::mutex one_at_a_time;
+    const std::lock_guard lock(one_at_a_time);
+    return FreeImage_GetFIFFromFilename(path.c_str());
 }
 
 std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
