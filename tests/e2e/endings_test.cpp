@@ -2,31 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "tests/e2e/workshop.h"
 
 namespace zemora::test {
 namespace {
-
-TEST(Endings, StoppedRunHasSaidWhatItDidSoFar) {
-    for (const auto& [signal, code] : {std::pair{"INT", 130}, {"TERM", 143}}) {
-        Workshop workshop;
-        save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
-        workshop.write("waiting.xyz", "a format that only the converter knows");
-        workshop.write("converter", "#!/bin/sh\ntouch started\nsleep 2 >/dev/null\n");
-        std::filesystem::permissions(workshop.path("converter"), std::filesystem::perms::owner_all);
-        // A shell makes background programs ignore SIGINT; the program gets its usual meaning back.
-        workshop.around =
-            "env --default-signal=INT \"$@\" > log & pid=$!; for i in $(seq 200); do [ -e started ] && "
-            "break; sleep 0.05; done; kill -" +
-            std::string(signal) + " $(ps -o pid= --ppid $pid); wait $pid; code=$?; cat log; exit $code";
-        const Outcome outcome =
-            workshop.run({"waiting.xyz", "foo_r.bmp", "--PathofIrfanView=" + workshop.path("converter")});
-        EXPECT_EQ(outcome.exit_code, code) << outcome.text;
-        EXPECT_TRUE(outcome.tells("waiting.xyz")) << outcome.text;
-    }
-}
 
 #if !defined(__SANITIZE_ADDRESS__)
 TEST(Endings, MissingMemoryIsToldWithEverythingBeforeIt) {

@@ -160,25 +160,35 @@ TEST_P(OutputOverInput, IsRefusedAndTheInputStays) {
 
 INSTANTIATE_TEST_SUITE_P(Ways, OutputOverInput, testing::Values("name", "hard link", "symbolic link"));
 
-class Interrupted : public testing::TestWithParam<const char*> {};
+struct EndSignal {
+    const char* name;
+    int exit_code;  ///< That a shell gives the number of the signal.
+};
 
-TEST_P(Interrupted, RunLeavesNoTemporaryFolder) {
+class Interrupted : public testing::TestWithParam<EndSignal> {};
+
+TEST_P(Interrupted, RunLeavesNoTemporaryFolderAndHasSaidWhatItDidSoFar) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp");
     workshop.write("foo_l.xyz", "a format that only the converter knows");
     // The converter runs while the temporary folder stands.
     workshop.write("converter", "#!/bin/sh\ntouch started\nsleep 3 >/dev/null\n");
     std::filesystem::permissions(workshop.path("converter"), std::filesystem::perms::owner_all);
+    // A shell makes background programs ignore SIGINT; the program gets its usual meaning back.
     workshop.around =
-        "\"$@\" & pid=$!; for i in $(seq 200); do [ -e started ] && break; sleep 0.05; done; ls \"" +
-        workshop.temporary().path() + "\"; kill -" + GetParam() + " $(ps -o pid= --ppid $pid); wait $pid";
+        "env --default-signal=INT \"$@\" > log & pid=$!; for i in $(seq 200); do [ -e started ] && break; "
+        "sleep 0.05; done; ls \"" +
+        workshop.temporary().path() + "\"; kill -" + GetParam().name +
+        " $(ps -o pid= --ppid $pid); wait $pid; code=$?; cat log; exit $code";
     const Outcome outcome =
         workshop.run({"foo_l.xyz", "foo_r.bmp", "--PathofIrfanView=" + workshop.path("converter")});
-    EXPECT_GT(outcome.exit_code, 128) << outcome.text;  // ended by the signal
+    EXPECT_EQ(outcome.exit_code, GetParam().exit_code) << outcome.text;
     EXPECT_TRUE(outcome.tells("zemora-")) << outcome.text;
+    EXPECT_TRUE(outcome.tells("   foo_l.xyz\n")) << outcome.text;
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, Interrupted, testing::Values("TERM", "INT", "HUP"));
+INSTANTIATE_TEST_SUITE_P(Signals, Interrupted,
+                         testing::Values(EndSignal{"TERM", 143}, EndSignal{"INT", 130}, EndSignal{"HUP", 129}));
 
 }  // namespace
 }  // namespace zemora::test
