@@ -1,10 +1,9 @@
 #include "input/mpo_sizes.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 
 #include "input/mpo.h"
+#include "input/mpo_views.h"
 #include "platform/safe_file.h"
 
 namespace zemora {
@@ -16,36 +15,18 @@ using Bytes = std::span<const std::uint8_t>;
 // Second bytes of the markers of a JPEG file.
 constexpr std::uint8_t kStartOfImage = 0xD8;
 constexpr std::uint8_t kEndOfImage = 0xD9;
-constexpr std::uint8_t kStartOfScan = 0xDA;
-constexpr std::uint8_t kApplication2 = 0xE2;
 constexpr std::size_t kMarkerSize = 2;
-constexpr std::array<std::uint8_t, 4> kIdentifier{'M', 'P', 'F', 0};
 
 bool is_marker(Bytes file, std::size_t at, std::uint8_t code) {
     return at + kMarkerSize <= file.size() && file[at] == 0xFF && file[at + 1] == code;
 }
 
-/// Place of the byte order mark of the index, by the segments of the file.
-std::optional<std::size_t> find_origin(Bytes file) {
-    constexpr std::size_t kHead = 2 * kMarkerSize + kIdentifier.size();
-    std::size_t at = is_marker(file, 0, kStartOfImage) ? kMarkerSize : file.size();
-    while (at + kHead <= file.size() && file[at] == 0xFF && file[at + 1] != kStartOfScan) {
-        if (is_marker(file, at, kApplication2) &&
-            std::equal(kIdentifier.begin(), kIdentifier.end(),
-                       file.begin() + static_cast<std::ptrdiff_t>(at + 2 * kMarkerSize))) {
-            return at + kHead;
-        }
-        at += kMarkerSize + (std::size_t{file[at + 2]} << 8U | file[at + 3]);
-    }
-    return std::nullopt;
-}
-
 std::optional<FirstPicture> first_picture_in(Bytes file) {
     const MpoIndex index = read_mpo_index(file);
     const std::size_t start2 = index.origin + index.offset2;
-    if (!index.found || !index.known_order || index.size_place == 0 || find_origin(file) != index.origin ||
-        index.offset1 != 0 || start2 <= index.size_place || !is_marker(file, start2, kStartOfImage) ||
-        index.size2 > file.size() - start2) {
+    if (!index.found || !index.known_order || index.size_place == 0 ||
+        mpo_index_origin(file) != index.origin || index.offset1 != 0 || start2 <= index.size_place ||
+        !is_marker(file, start2, kStartOfImage) || index.size2 > file.size() - start2) {
         return std::nullopt;
     }
     return FirstPicture{index.size1, start2, index.size_place, index.big_endian};

@@ -14,9 +14,8 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::uint8_t kMark = 0xFF;
-constexpr std::uint8_t kFirstApplication = 0xE0;
 constexpr std::uint8_t kApplication2 = 0xE2;
-constexpr std::uint8_t kLastApplication = 0xEF;
+constexpr std::uint8_t kStartOfScan = 0xDA;
 constexpr std::size_t kMarkerSize = 2;
 
 bool stands_at(Bytes content, std::size_t place, std::string_view text) {
@@ -29,28 +28,27 @@ bool begins_as_jpeg(Bytes content, std::size_t place) {
     return stands_at(content, place, "\xFF\xD8");
 }
 
-/// Where the offsets of the index count from; nothing without an index.
-std::optional<std::size_t> index_origin(Bytes content) {
+}  // namespace
+
+std::optional<std::size_t> mpo_index_origin(Bytes content) {
     constexpr std::string_view kName("MPF\0", 4);
-    std::size_t at = kMarkerSize;
-    while (at + 2 * kMarkerSize <= content.size() && content[at] == kMark &&
-           content[at + 1] >= kFirstApplication && content[at + 1] <= kLastApplication) {
+    const std::size_t head = 2 * kMarkerSize + kName.size();
+    std::size_t at = begins_as_jpeg(content, 0) ? kMarkerSize : content.size();
+    while (at + head < content.size() && content[at] == kMark && content[at + 1] != kStartOfScan) {
         if (content[at + 1] == kApplication2 && stands_at(content, at + 2 * kMarkerSize, kName)) {
-            return at + 2 * kMarkerSize + kName.size();
+            return at + head;
         }
         at += kMarkerSize + (std::size_t{content[at + 2]} << 8U | content[at + 3]);
     }
     return std::nullopt;
 }
 
-}  // namespace
-
 bool holds_two_views(Bytes content) {
     constexpr std::uint64_t kEntriesTag = 0xB002;
     constexpr std::uint64_t kEntrySize = 16;  // type, size, offset, two numbers of other pictures
     constexpr std::uint64_t kTypeBits = 0xFFFFFF;
     constexpr std::uint64_t kView = 0x020002;  // one of several for stereo
-    const auto origin = begins_as_jpeg(content, 0) ? index_origin(content) : std::nullopt;
+    const auto origin = mpo_index_origin(content);
     if (!origin) {
         return false;
     }

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <random>
 
+#include "input/mpo_views.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "tests/input/generated_mpo.h"
@@ -287,6 +288,20 @@ TEST(MpoInput, FilesOfCamerasAreRead) {
         read += result == ReadResult::done ? 1 : 0;
     }
     EXPECT_GT(read, 0);
+}
+
+TEST(MpoViews, AreFoundInWholeFilesAndNeverBeyondTheEndOfCutOnes) {
+    for (const bool big_endian : {false, true}) {
+        MpoPlan plan;
+        plan.big_endian = big_endian;
+        const FileBytes whole =
+            test::make_mpo(plan, test::place_picture(24, 20), test::place_picture(24, 20)).bytes;
+        EXPECT_TRUE(holds_two_views(whole));
+        for (std::size_t size = 0; size < 400; ++size) {
+            const FileBytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+            EXPECT_FALSE(holds_two_views(cut)) << size;
+        }
+    }
 }
 
 }  // namespace
