@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -45,6 +46,14 @@ struct Amount {
     const char* name;
     double factor;  ///< Of 1 % height, 1 % size, 1 degree rotation, 0.5 degree of both vergences.
 };
+
+/// What a failed test names its parameters by.
+void PrintTo(const HardPair& pair, std::ostream* stream) {
+    *stream << pair.name;
+}
+void PrintTo(const Amount& amount, std::ostream* stream) {
+    *stream << amount.name;
+}
 
 constexpr std::uint32_t kSeed = 8;
 
