@@ -161,6 +161,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     parameters.path_of_images = temporary_folder();
     parameters.apply_left_right = mount.apply_left_right;
     parameters.iterative_min = mount.iterative_min;
+    parameters.robust_estimation = mount.robust;
     Console console;
     MessageCatalogue messages(Language::english);
     const Voice voice(console, messages, parameters);
