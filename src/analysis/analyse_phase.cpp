@@ -70,7 +70,9 @@ AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair, con
         case AnalysePhase::shift: status = phases::measure_shift(state, pair); break;
         case AnalysePhase::first_grid: phases::measure_first_grid(state, pair, progress); break;
         case AnalysePhase::geometry: phases::measure_geometry(state, pair, request, progress); break;
-        case AnalysePhase::disparity: status = phases::measure_disparity(state, pair, progress); break;
+        case AnalysePhase::disparity:
+            status = phases::measure_disparity(state, pair, request.centre_px, progress);
+            break;
     }
     if (state.dump != nullptr && status != AnalyseStatus::no_memory) {
         state.dump->conclude_phase(state, request.phase, request.reduced);

@@ -62,6 +62,7 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
     state.CQX[i][j] = value.figures.sharpness_x;
     state.CQY[i][j] = value.figures.sharpness_y;
     state.CQZ[i][j] = value.figures.sharpness;
+    state.looseness[i][j] = value.figures.looseness;
     state.CQPDF[i][j] = value.figures.ambiguity;
     state.CQVAL[i][j] = value.figures.value;
 }

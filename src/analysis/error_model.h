@@ -27,6 +27,7 @@ struct ModelPoint {
     int x = 0;  ///< Middle of the tile, pixels of the image.
     int y = 0;
     double dy = 0.0;
+    double looseness = 0.0;  ///< Pixels; how little the tile holds its height (`SurfaceFigures::looseness`).
 };
 
 /// Values of the terms at a point for coefficients of 1: height, size, rotation, vergence V, vergence H.

@@ -27,8 +27,10 @@ std::vector<GridPoint> valid_points(const AnalysisState& state, int columns, int
             const auto i = static_cast<std::size_t>(row);
             const auto j = static_cast<std::size_t>(column);
             if (state.CQOK3[i][j] != 0) {
-                points.push_back(
-                    {{state.middle_x[i][j], state.middle_y[i][j], state.ErrorPixel_y[i][j]}, row, column});
+                points.push_back({{state.middle_x[i][j], state.middle_y[i][j], state.ErrorPixel_y[i][j],
+                                   state.looseness[i][j]},
+                                  row,
+                                  column});
             }
         }
     }

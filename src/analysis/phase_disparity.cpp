@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 #include "analysis/analysis_dump.h"
 #include "analysis/cell_measure.h"
@@ -18,8 +20,8 @@ constexpr int kMargin = 14;      ///< Pixels round the grid.
 constexpr int kLeastTilePixels = 1300;
 constexpr int kGap = 5;  ///< Empty pixels that make an extreme stand alone.
 
-DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const TileSearch& search,
-                             CellTools& tools) {
+DirectionResult measure_line(const MeasuredPair& pair, bool left_first, TileSearch search, CellTools& tools) {
+    search.shift_x = left_first ? search.shift_x : -search.shift_x;
     const ToneView& first = left_first ? pair.left : pair.right;
     const ToneView& second = left_first ? pair.right : pair.left;
     ErrorSurface& surface = tools.surface(left_first);
@@ -28,7 +30,7 @@ DirectionResult measure_line(const MeasuredPair& pair, bool left_first, const Ti
         tile_contrast(first, kDisparityTile, kDisparityTile, search.x, search.y, kLeastTilePixels);
     tools.correlator.correlate(first, second, pair.rule, search, surface);
     result.figures = evaluate_profile(surface);
-    result.position_dx = result.figures.dx;
+    result.position_dx = result.figures.dx + static_cast<float>(search.shift_x);
     return result;
 }
 
@@ -73,7 +75,8 @@ bool unambiguous(const CellValue& value) {
            value.figures.ambiguity <= kMostAmbiguous && value.figures.value <= kMostAmbiguous;
 }
 
-void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, CellTools& tools) {
+/// `centre`: the disparity in the middle of the search, pixels of the copy.
+void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, int centre, CellTools& tools) {
     const int row = cell / kGridMax;
     const int column = cell % kGridMax;
     const auto i = static_cast<std::size_t>(row);
@@ -86,7 +89,7 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
                             kSearch,
                             1,
                             1,
-                            0,
+                            centre,
                             0};
     state.middle_x[i][j] = search.x + kDisparityTile / 2;
     state.middle_y[i][j] = search.y + kDisparityTile / 2;
@@ -94,10 +97,11 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, Cell
     const DirectionResult reverse = measure_line(pair, false, search, tools);
     const bool forward_good = is_good(forward, search, pair.width);
     const bool reverse_good = is_good(reverse, search, pair.width);
-    const CellValue value = forward_good && reverse_good ? joined(forward, tools)
-                            : forward_good               ? value_of(forward, 1.0F)
-                            : reverse_good               ? value_of(reverse, -1.0F)
-                                                         : rejected(forward, reverse);
+    CellValue value = forward_good && reverse_good ? joined(forward, tools)
+                      : forward_good               ? value_of(forward, 1.0F)
+                      : reverse_good               ? value_of(reverse, -1.0F)
+                                                   : rejected(forward, reverse);
+    value.dx += static_cast<float>(centre);
     store_cell(state, row, column, value);
     state.CQOK5[i][j] = (forward_good || reverse_good) && unambiguous(value) ? 1 : 0;
     if (state.dump != nullptr) {
@@ -112,6 +116,18 @@ void scale_disparities(AnalysisState& state, float scale) {
     for (float* value : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near,
                          &d.right_edge_near, &d.top_edge_near, &d.bottom_edge_near, &state.values.shift}) {
         *value *= scale;
+    }
+}
+
+/// Calls `visit(row, column)` for the valid cells.
+template <class Visit>
+void for_valid_cells(const AnalysisState& state, Visit visit) {
+    for (int i = 0; i < kGridMax; ++i) {
+        for (int j = 0; j < kGridMax; ++j) {
+            if (state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] != 0) {
+                visit(i, j);
+            }
+        }
     }
 }
 
@@ -158,7 +174,43 @@ void remove_isolated_extremes(AnalysisState& state) {
     }
 }
 
-AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
+void remove_lonely_extremes(AnalysisState& state) {
+    const auto has_neighbour = [&state](int row, int column) {
+        const auto at = [](const auto& grid, int i, int j) {
+            return grid[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+        };
+        for (int i = std::max(row - 1, 0); i <= std::min(row + 1, kGridMax - 1); ++i) {
+            for (int j = std::max(column - 1, 0); j <= std::min(column + 1, kGridMax - 1); ++j) {
+                const bool self = i == row && j == column;
+                if (!self && at(state.CQOK5, i, j) != 0 &&
+                    std::fabs(at(state.ErrorPixel_x, i, j) - at(state.ErrorPixel_x, row, column)) <=
+                        static_cast<float>(kGap)) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    };
+    for (bool goes_on = true; goes_on;) {
+        goes_on = false;
+        float low = std::numeric_limits<float>::max();
+        float high = std::numeric_limits<float>::lowest();
+        for_valid_cells(state, [&](int i, int j) {
+            const float dx = state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+            low = std::min(low, dx);
+            high = std::max(high, dx);
+        });
+        for_valid_cells(state, [&](int i, int j) {
+            const float dx = state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+            if ((dx == low || dx == high) && !has_neighbour(i, j)) {
+                state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = 0;
+                goes_on = true;
+            }
+        });
+    }
+}
+
+AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair, double centre_px,
                                 const AnalyseProgress& progress) {
     const int long_side = std::max(pair.left.width, pair.left.height);
     const int short_side = std::min(pair.left.width, pair.left.height);
@@ -177,14 +229,23 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
     }
     const MeasuredPair measured(state, copies.pair);
     state.disparity_width = measured.width;
+    const float scale = static_cast<float>(long_side) / kCopySide;
+    const int centre = round_half_up(centre_px / scale);
     const bool tiles_fit = measured.width >= kDisparityTile && measured.height >= kDisparityTile;
     for_each_cell(tiles_fit ? kCells : 0, cell_order(state, AnalysePhase::disparity), progress,
-                  [&](int cell, CellTools& tools) { measure_cell(state, measured, cell, tools); });
-    remove_isolated_extremes(state);
+                  [&](int cell, CellTools& tools) { measure_cell(state, measured, cell, centre, tools); });
+    if (state.robust) {
+        remove_lonely_extremes(state);
+    } else {
+        remove_isolated_extremes(state);
+    }
     if (!update_line_disparities(state, measured.width)) {
         return AnalyseStatus::no_disparity;
     }
-    const float scale = static_cast<float>(long_side) / kCopySide;
+    constexpr int kEnd = kSearch / 2 - kGap;
+    const float middle = static_cast<float>(centre);
+    state.disparity_end_reached =
+        state.disparity.far_point - middle >= kEnd || state.disparity.near_point - middle <= -kEnd;
     if (choose_window(state, measured.height, measured.width)) {
         state.values.window *= scale;
     }

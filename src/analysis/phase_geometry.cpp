@@ -269,6 +269,20 @@ void remove_vertical_extremes(AnalysisState& state) {
     }
 }
 
+/// Whether most of the picture has texture of its own, by the measurement before. Then smaller tiles match as
+/// well, and each of them sees less depth. Where edges are all there is to see, they need the larger ones.
+bool is_textured(const AnalysisState& state) {
+    constexpr float kTexture = 2.5F;  // contrast
+    constexpr int kMost = kCells * 3 / 4;
+    int textured = 0;
+    for (std::size_t i = 0; i < kGeometryGrid; ++i) {
+        for (std::size_t j = 0; j < kGeometryGrid; ++j) {
+            textured += state.CQM[i][j] >= kTexture ? 1 : 0;
+        }
+    }
+    return textured >= kMost;
+}
+
 }  // namespace
 
 void remove_outliers(AnalysisState& state, int step_x) {
@@ -311,6 +325,11 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     run.tile_columns = 2 * measured.width / 21;
     run.step_y = std::min(measured.height / 799 + 1, 2);
     run.step_x = std::min(measured.width / 799 + 1, 3);
+    if (state.robust && !request.reduced && is_textured(state)) {
+        run.tile_rows = std::max(run.tile_rows / 2, 1);
+        run.tile_columns = std::max(run.tile_columns / 2, 1);
+        run.step_y = 1;  // the smaller tile pays for it
+    }
     scale_predictions(state, measured.width);
     state.previous_width = static_cast<float>(measured.width);
     prepare_searches(state, pair, run.first, request.reduced);

@@ -25,9 +25,9 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
 void measure_geometry(AnalysisState& state, const StereoPicture& pair, const PhaseRequest& request,
                       const AnalyseProgress& progress);
 
-/// Phase 5: 16 x 16 tiles along lines, and the disparities.
+/// Phase 5: 16 x 16 tiles along lines, and the disparities. `centre_px`: in the middle of the search.
 [[nodiscard]] AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
-                                              const AnalyseProgress& progress);
+                                              double centre_px, const AnalyseProgress& progress);
 
 /// Rescaled copies of both views in the working bitmaps; false without memory.
 struct WorkingCopies {
@@ -45,5 +45,9 @@ void remove_outliers(AnalysisState& state, int step_x);
 
 /// `CQOK5` of cells whose disparity stands alone at either end of all disparities is cleared.
 void remove_isolated_extremes(AnalysisState& state);
+
+/// `CQOK5` of cells at either end of all disparities is cleared, again and again, where no neighbour is valid
+/// with nearly the same disparity.
+void remove_lonely_extremes(AnalysisState& state);
 
 }  // namespace zemora::phases

@@ -11,9 +11,10 @@ namespace {
 
 constexpr std::size_t kVergenceH = 4;
 constexpr int kMostRounds = 30;
-constexpr double kCutSigmas = 4.0;          ///< Where the weight of a point ends.
-constexpr double kSigmaOfMedian = 1.4826;   ///< Of a normal distribution.
-constexpr double kLeastSigma = 0.07;        ///< Pixels; no match is more exact.
+constexpr double kCutSigmas = 4.0;         ///< Where the weight of a point ends.
+constexpr double kSigmaOfMedian = 1.4826;  ///< Of a normal distribution.
+constexpr double kLeastSigma = 0.07;       ///< Pixels; no match is more exact.
+constexpr double kFirm = 2.0;  ///< Times the looseness of the firm quarter, that doubles a square.
 constexpr double kReferenceHeight = 600.0;  ///< Pixels of the image that `kAgreement` is told for.
 constexpr double kAgreement = 1.2;          ///< Pixels within which a point agrees with a sample.
 constexpr double kLargestSigma = 0.7;       ///< Of `kAgreement`; a wider majority would let in everything.
@@ -27,14 +28,30 @@ struct Problem {
             dy.push_back(point.dy);
         }
         unit = column_units(bases);
+        take_scales(points);
     }
     [[nodiscard]] std::size_t size() const { return dy.size(); }
+    /// In units of the point's scale.
     [[nodiscard]] double residual(std::size_t k, const ModelBasis& c) const {
-        return model_residual(dy[k], bases[k], c);
+        return model_residual(dy[k], bases[k], c) / scales[k];
+    }
+    /// A tile that holds its height less than the firm quarter of all may miss it by more.
+    void take_scales(const std::vector<ModelPoint>& points) {
+        std::vector<double> all;
+        for (const ModelPoint& point : points) {
+            all.push_back(point.looseness);
+        }
+        const auto quarter = all.begin() + static_cast<std::ptrdiff_t>(all.size() / 4);
+        std::nth_element(all.begin(), quarter, all.end());
+        const double firm = kFirm * std::max(*quarter, kLeastSigma);
+        for (const ModelPoint& point : points) {
+            scales.push_back(std::hypot(1.0, point.looseness / firm));
+        }
     }
 
     std::vector<ModelBasis> bases;
     std::vector<double> dy;
+    std::vector<double> scales;  ///< 1 and more.
     ModelBasis unit{};
     SolvedTerms solved;
     double agreement;  ///< Pixels.
@@ -129,7 +146,8 @@ struct WeightedFit {
     [[nodiscard]] bool solve() {
         NormalEquations equations(problem.unit, problem.solved);
         for (std::size_t k = 0; k < problem.size(); ++k) {
-            equations.add(problem.bases[k], problem.dy[k], weights[k]);
+            equations.add(problem.bases[k], problem.dy[k],
+                          weights[k] / (problem.scales[k] * problem.scales[k]));
         }
         return equations.solve(coefficients);
     }

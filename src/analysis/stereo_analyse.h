@@ -62,6 +62,7 @@ struct PhaseRequest {
     bool carry = false;    ///< A video frame continues from the cells of the preceding frame.
     bool reduced = true;   ///< The images are the reduced analysis images.
     bool started = false;  ///< The displacements in the state centre the searches of the first iteration too.
+    double centre_px = 0.0;  ///< Disparity in the middle of the search of phase 5, pixels of the images.
 };
 
 class AnalysisDump;
@@ -94,10 +95,11 @@ public:
     double oversize_shift = 0.0;     ///< Pixels; what phase 1 found when it refused.
     bool oversize_is_vertical = false;
     MemoryFailure memory_failure = MemoryFailure::none;
-    int disparity_width = 0;  ///< Width of the copy that phase 5 measured, pixels.
+    int disparity_width = 0;             ///< Width of the copy that phase 5 measured, pixels.
+    bool disparity_end_reached = false;  ///< Near or far point lie at the end of the search of phase 5.
 
     // Cells, [row][column], row 0 at the bottom.
-    Grid<float> CQX{}, CQY{}, CQZ{}, CQM{};
+    Grid<float> CQX{}, CQY{}, CQZ{}, CQM{}, looseness{};
     Grid<int> CQPDF{}, CQVAL{}, CQOK3{}, CQOK5{}, DONE{}, TH_A{}, TW_A{};
     Grid<float> ErrorPixel_x{}, ErrorPixel_y{};
     Grid<int> middle_x{}, middle_y{};  ///< Measured middle of each cell's tile, image pixels.

@@ -162,10 +162,13 @@ double sub_pixel_dy(const ErrorSurface& surface, CellIndex best) {
     return kSubPixelShare * vertex_steps * surface.step_y();
 }
 
+constexpr double kLoosest = 1000.0;  ///< Of a surface that does not hold the height at all.
+
 /// A position between the steps of a surface, in steps from a cell.
 struct Vertex {
     double x = 0.0;
     double y = 0.0;
+    double looseness = kLoosest;  ///< Steps in height that double the error, the other axis left free.
 };
 
 /// Vertex of the parabola through three errors along an axis, where the middle one is the least.
@@ -199,7 +202,10 @@ Vertex paraboloid_vertex(const ErrorSurface& surface, CellIndex best) {
     const double g = yy / 2.0 - all / 3.0;
     const double determinant = 4.0 * d * g - e * e;
     if (d > 0.0 && determinant > 0.0) {
-        const Vertex vertex{(e * c - 2.0 * g * b) / determinant, (e * b - 2.0 * d * c) / determinant};
+        const double rise = determinant / (4.0 * d);  // of the valley's floor, per squared step in height
+        const double looseness = std::sqrt((surface.at(best.row, best.column) + 1.0) / rise);
+        const Vertex vertex{(e * c - 2.0 * g * b) / determinant, (e * b - 2.0 * d * c) / determinant,
+                            std::min(looseness, kLoosest)};
         if (std::fabs(vertex.x) <= 1.0 && std::fabs(vertex.y) <= 1.0) {
             return vertex;
         }
@@ -258,6 +264,7 @@ SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int wid
         const Vertex vertex = paraboloid_vertex(surface, best);
         figures.dx += static_cast<float>(vertex.x * surface.step_x());
         figures.dy += static_cast<float>(vertex.y * surface.step_y());
+        figures.looseness = static_cast<float>(vertex.looseness * surface.step_y());
     } else {
         figures.dy += static_cast<float>(sub_pixel_dy(surface, best));
     }

@@ -17,6 +17,8 @@ struct SurfaceFigures {
     int value = 0;             ///< CQVAL: least error per mille of the cells, or width of the low band.
     float dx = 0.0F;           ///< Pixels from the centre of the search.
     float dy = 0.0F;
+    float looseness =
+        0.0F;  ///< Pixels; how far the height can move before the error doubles, see `SubPixel::vertex`.
 };
 
 /// Where between its steps the minimum of a surface is taken to lie.
