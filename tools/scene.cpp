@@ -3,70 +3,24 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 namespace zemora {
 
 namespace {
 
-std::uint32_t mix(std::uint32_t value) {
-    value ^= value >> 16;
-    value *= 0x7FEB352DU;
-    value ^= value >> 15;
-    value *= 0x846CA68BU;
-    return value ^ (value >> 16);
-}
+constexpr double kDeep = 0.04;          ///< Of the width: a depth beyond which perspective shows.
+constexpr double kHorizon = 0.1;        ///< Of the height above the middle: where ground and wall meet.
+constexpr double kNearestGround = 0.7;  ///< Of the depth, at the bottom of a deep scene.
+constexpr double kPatternNoise = 0.1;   ///< Of the noise, where there is a pattern.
 
-/// A reproducible stream of numbers in 0 to 1.
-class Random {
-public:
-    explicit Random(std::uint32_t seed) : state_(mix(seed + 0x9E3779B9U)) {}
-    double next() {
-        state_ = mix(state_ + 0x9E3779B9U);
-        return state_ / 4294967296.0;
+void paint(SceneRandom& random, float (&colour)[3], float& pattern_x, float& pattern_y) {
+    for (float& channel : colour) {
+        channel = static_cast<float>(random.between(70.0, 190.0));
     }
-    double between(double low, double high) { return low + (high - low) * next(); }
-
-private:
-    std::uint32_t state_;
-};
-
-constexpr int kLatticeSide = 256;
-
-/// Values -1 to 1 on a periodic lattice.
-const std::array<float, kLatticeSide * kLatticeSide>& lattice() {
-    static const auto values = [] {
-        std::array<float, kLatticeSide * kLatticeSide> made{};
-        for (std::size_t i = 0; i < made.size(); ++i) {
-            made[i] = static_cast<float>(mix(static_cast<std::uint32_t>(i) + 77U)) / 2147483648.0F - 1.0F;
-        }
-        return made;
-    }();
-    return values;
+    pattern_x = static_cast<float>(random.between(0.0, 100.0));
+    pattern_y = static_cast<float>(random.between(0.0, 100.0));
 }
-
-float smooth(float t) {
-    return t * t * (3.0F - 2.0F * t);
-}
-
-/// Value noise, continuous in position and slope (K. Perlin, "An Image Synthesizer", 1985, in its
-/// simplest form).
-float noise_at(float x, float y) {
-    const float floor_x = std::floor(x);
-    const float floor_y = std::floor(y);
-    const auto ix = static_cast<unsigned>(static_cast<int>(floor_x));
-    const auto iy = static_cast<unsigned>(static_cast<int>(floor_y));
-    const float fx = smooth(x - floor_x);
-    const float fy = smooth(y - floor_y);
-    const auto& values = lattice();
-    const auto at = [&](unsigned cx, unsigned cy) {
-        return values[(cy % kLatticeSide) * kLatticeSide + cx % kLatticeSide];
-    };
-    const float low = at(ix, iy) + fx * (at(ix + 1, iy) - at(ix, iy));
-    const float high = at(ix, iy + 1) + fx * (at(ix + 1, iy + 1) - at(ix, iy + 1));
-    return low + fy * (high - low);
-}
-
-constexpr double kFinestDetail = 3.5;  // pixels of a lattice step, so that the sampling is honest
 
 }  // namespace
 
@@ -80,41 +34,106 @@ bool Scene::Layer::covers(double x, double y) const {
 }
 
 Scene::Scene(const SceneOptions& options, const SceneErrors& errors) : options_(options), errors_(errors) {
-    Random random(options.seed);
-    const double w = options.width;
-    const double h = options.height;
-    const double near_px = options.near_disparity * w;
-    const double far_px = options.far_disparity * w;
-    const auto paint = [&](Layer& layer) {
-        for (float& channel : layer.colour) {
-            channel = static_cast<float>(random.between(70.0, 190.0));
-        }
-        layer.pattern_x = static_cast<float>(random.between(0.0, 100.0));
-        layer.pattern_y = static_cast<float>(random.between(0.0, 100.0));
-    };
+    SceneRandom random(options.seed);
     for (int i = 0; i < options.objects; ++i) {
-        Layer layer;
-        layer.centre_x = random.between(-0.48, 0.48) * w;
-        layer.centre_y = random.between(-0.48, 0.48) * h;
-        layer.radius_x = random.between(0.02, 0.09) * w;
-        layer.radius_y = random.between(0.02, 0.10) * w;
-        layer.disparity = random.between(near_px, far_px);
-        paint(layer);
-        layers_.push_back(layer);
+        add_object(random);
     }
     std::sort(layers_.begin(), layers_.end(),
               [](const Layer& a, const Layer& b) { return a.disparity < b.disparity; });
-    Layer ground;  // rises from the near to the far distance at the horizon
-    ground.top = 0.1 * h;
-    ground.disparity = far_px * 0.9;
-    ground.disparity_per_row = (far_px * 0.9 - near_px * 0.6) / (0.6 * h);
-    paint(ground);
+    add_ground(random);
+    add_wall(random);
+    if (options.pattern != SurfacePattern::none) {
+        lay_patterns();
+    }
+}
+
+bool Scene::is_deep() const {
+    return options_.far_disparity - options_.near_disparity > kDeep;
+}
+
+void Scene::add_object(SceneRandom& random) {
+    const double w = options_.width;
+    const double h = options_.height;
+    Layer layer;
+    layer.centre_x = random.between(-0.48, 0.48) * w;
+    layer.centre_y = random.between(-0.48, 0.48) * h;
+    layer.radius_x = random.between(0.02, 0.09) * w;
+    layer.radius_y = random.between(0.02, 0.10) * w;
+    layer.disparity = random.between(near_px(), far_px());
+    paint(random, layer.colour, layer.pattern_x, layer.pattern_y);
+    if (is_deep()) {
+        put_in_perspective(layer);
+    }
+    layers_.push_back(layer);
+}
+
+/// Disparity per row of the ground of a deep scene, from its bottom up to the wall.
+double Scene::ground_slope() const {
+    return kNearestGround * (far_px() - near_px()) / ((kHorizon + 0.5) * options_.height);
+}
+
+/// Sizes the object by its distance and lifts it on the ground where the ground would be in front of it.
+void Scene::put_in_perspective(Layer& object) const {
+    constexpr double kSizeOfFarthest = 0.5;
+    constexpr double kFoot = 0.8;  // of the radius from the middle down to where it stands
+    const double size = kSizeOfFarthest + (far_px() - object.disparity) / (far_px() - near_px());
+    object.radius_x *= size;
+    object.radius_y = std::min(object.radius_y * size, 0.4 * options_.height);
+    const double standing_row = kHorizon * options_.height - (far_px() - object.disparity) / ground_slope();
+    object.centre_y = std::max(object.centre_y, standing_row + kFoot * object.radius_y);
+}
+
+/// Rises from the near to the far distance at the horizon.
+void Scene::add_ground(SceneRandom& random) {
+    Layer ground;
+    ground.top = kHorizon * options_.height;
+    if (is_deep()) {
+        ground.disparity_per_row = ground_slope();
+        ground.disparity = far_px() - ground.disparity_per_row * ground.top;
+    } else {
+        ground.disparity = far_px() * 0.9;
+        ground.disparity_per_row = (far_px() * 0.9 - near_px() * 0.6) / (0.6 * options_.height);
+    }
+    paint(random, ground.colour, ground.pattern_x, ground.pattern_y);
     layers_.push_back(ground);
+}
+
+void Scene::add_wall(SceneRandom& random) {
     Layer wall;
-    wall.top = 10.0 * h;
-    wall.disparity = far_px;
-    paint(wall);
+    wall.top = 10.0 * options_.height;
+    wall.disparity = far_px();
+    paint(random, wall.colour, wall.pattern_x, wall.pattern_y);
     layers_.push_back(wall);
+}
+
+/// The pattern stands upright on wall and ground, and turned on the largest objects of the nearer half, so
+/// that a match one period aside lies at another height.
+void Scene::lay_patterns() {
+    constexpr std::size_t kBackground = 2;
+    constexpr std::size_t kMostObjects = 4;
+    constexpr double kDegree = 3.14159265358979323846 / 180.0;
+    std::vector<Layer*> chosen;
+    const std::size_t objects = layers_.size() - kBackground;
+    for (std::size_t i = 0; i < (objects + 1) / 2; ++i) {
+        chosen.push_back(&layers_[i]);
+    }
+    std::sort(chosen.begin(), chosen.end(), [](const Layer* a, const Layer* b) {
+        return a->radius_x * a->radius_y > b->radius_x * b->radius_y;
+    });
+    chosen.resize(std::min(chosen.size(), kMostObjects));
+    SceneRandom random(options_.seed + 1000U);  // apart from that of the scene, which stays as it is without
+    for (Layer* object : chosen) {
+        const double turn = random.between(4.0, 14.0) * (random.next() < 0.5 ? -kDegree : kDegree);
+        object->turn_sine = std::sin(turn);
+        object->turn_cosine = std::cos(turn);
+    }
+    chosen.push_back(&layers_[objects]);
+    chosen.push_back(&layers_[objects + 1]);
+    for (Layer* layer : chosen) {
+        layer->patterned = true;
+        std::fill(std::begin(layer->colour), std::end(layer->colour),
+                  static_cast<float>(random.between(100.0, 150.0)));
+    }
 }
 
 Scene::Hit Scene::hit(double x, double y, int side) const {
@@ -127,7 +146,7 @@ Scene::Hit Scene::hit(double x, double y, int side) const {
     return {&layers_.back(), x};
 }
 
-ScenePoint Scene::displaced(ScenePoint ideal, int side) const {
+ScenePoint Scene::misaligned(ScenePoint ideal, int side) const {
     const double share = errors_.share == 0 ? 0.5 : (errors_.share == side ? 1.0 : 0.0);
     const double sign = side * share;
     const double half_w = options_.width / 2.0;
@@ -146,11 +165,36 @@ ScenePoint Scene::displaced(ScenePoint ideal, int side) const {
     return {x, y};
 }
 
-ScenePoint Scene::ideal_of(ScenePoint point, int side) const {
+ScenePoint Scene::through_lens(ScenePoint point) const {
+    const double square = point.x * point.x + point.y * point.y;
+    const double half_diagonal_square =
+        0.25 * (1.0 * options_.width * options_.width + 1.0 * options_.height * options_.height);
+    const double factor = 1.0 - options_.barrel * square / half_diagonal_square;
+    return {point.x * factor, point.y * factor};
+}
+
+/// The inverse of the lens, by Newton's method along the ray.
+ScenePoint Scene::before_lens(ScenePoint point) const {
+    constexpr int kRounds = 8;
+    const double half_diagonal = 0.5 * std::hypot(options_.width, options_.height);
+    const double shown = std::hypot(point.x, point.y) / half_diagonal;
+    if (options_.barrel == 0.0 || shown == 0.0) {
+        return point;
+    }
+    double radius = shown;
+    for (int i = 0; i < kRounds; ++i) {
+        const double square = options_.barrel * radius * radius;
+        radius -= (radius * (1.0 - square) - shown) / (1.0 - 3.0 * square);
+    }
+    return {point.x * radius / shown, point.y * radius / shown};
+}
+
+ScenePoint Scene::ideal_of(ScenePoint shown, int side) const {
     constexpr int kRounds = 6;  // the displacements are small; each round gains two digits
+    const ScenePoint point = before_lens(shown);
     ScenePoint ideal = point;
     for (int i = 0; i < kRounds; ++i) {
-        const ScenePoint there = displaced(ideal, side);
+        const ScenePoint there = misaligned(ideal, side);
         ideal.x += point.x - there.x;
         ideal.y += point.y - there.y;
     }
@@ -160,32 +204,45 @@ ScenePoint Scene::ideal_of(ScenePoint point, int side) const {
 ScenePoint Scene::right_of_left(ScenePoint left) const {
     const ScenePoint ideal = ideal_of(left, -1);
     const double disparity = hit(ideal.x, ideal.y, -1).layer->disparity_at(ideal.y);
-    return displaced({ideal.x + disparity, ideal.y}, +1);
+    return through_lens(misaligned({ideal.x + disparity, ideal.y}, +1));
+}
+
+bool Scene::right_sees(ScenePoint left) const {
+    const ScenePoint ideal = ideal_of(left, -1);
+    const Layer* layer = hit(ideal.x, ideal.y, -1).layer;
+    const ScenePoint right = right_of_left(left);
+    const double half_w = options_.width / 2.0;
+    const double half_h = options_.height / 2.0;
+    const bool inside =
+        right.x >= -half_w && right.x <= half_w - 1.0 && right.y >= -half_h && right.y <= half_h - 1.0;
+    return inside && hit(ideal.x + layer->disparity_at(ideal.y), ideal.y, +1).layer == layer;
+}
+
+float Scene::pattern_of(const Layer& layer, ScenePoint surface) const {
+    constexpr float kContrast = 0.3F;
+    const double x = surface.x - layer.centre_x;
+    const double y = surface.y - layer.centre_y;
+    return kContrast * surface_pattern(options_.pattern, layer.turn_cosine * x + layer.turn_sine * y,
+                                       layer.turn_cosine * y - layer.turn_sine * x, options_.width);
 }
 
 void Scene::shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const {
     const Hit seen = hit(ideal.x, ideal.y, side);
     const Layer& layer = *seen.layer;
-    float texture = 0.0F;
-    float tint = 0.0F;
-    if (!options_.flat) {
-        double step = std::max(options_.width / 10.0, kFinestDetail);
-        float amplitude = 0.5F;
-        for (; step >= kFinestDetail; step /= 2.3, amplitude *= 0.8F) {
-            const auto x = static_cast<float>(seen.x / step);
-            const auto y = static_cast<float>(ideal.y / step);
-            const float value = noise_at(x + layer.pattern_x + 31.0F, y + layer.pattern_y + 57.0F);
-            texture += amplitude * value;
-            tint = 0.6F * tint + 0.4F * value;
-        }
-    }
+    const SurfaceNoise texture =
+        options_.flat ? SurfaceNoise{}
+                      : surface_noise(seen.x, ideal.y, layer.pattern_x, layer.pattern_y, options_.width);
+    const float pattern = layer.patterned ? pattern_of(layer, {seen.x, ideal.y}) : 0.0F;
+    const auto strength = static_cast<float>(options_.texture * (layer.patterned ? kPatternNoise : 1.0));
     const float gain = side > 0 ? static_cast<float>(errors_.brightness) : 1.0F;
-    constexpr std::array kTint{0.25F, 0.0F, -0.25F};
+    constexpr std::array kWarm{0.25F, 0.0F, -0.25F};
     for (int channel = 0; channel < kPixelBytes; ++channel) {
-        float value = layer.colour[channel] *
-                      (1.0F + 0.55F * texture + kTint[static_cast<std::size_t>(channel)] * tint);
+        float value =
+            layer.colour[channel] * (1.0F + pattern + 0.55F * strength * texture.lightness +
+                                     kWarm[static_cast<std::size_t>(channel)] * strength * texture.warmth);
         const auto grain =
-            static_cast<float>(mix(noise * 3U + static_cast<std::uint32_t>(channel))) / 2147483648.0F - 1.0F;
+            static_cast<float>(mix_bits(noise * 3U + static_cast<std::uint32_t>(channel))) / 2147483648.0F -
+            1.0F;
         value = value * gain + static_cast<float>(errors_.noise) * grain;
         pixel[channel] = static_cast<std::uint8_t>(std::clamp(value + 0.5F, 1.0F, 255.0F));
     }
@@ -201,7 +258,7 @@ Bitmap Scene::render(int side) const {
                 ideal_of({column - options_.width / 2.0, row - options_.height / 2.0}, side);
             const auto number =
                 static_cast<std::uint32_t>((row * 2 + (side > 0 ? 1 : 0)) * options_.width + column);
-            shade(point, side, mix(number ^ options_.seed), picture.pixel(column, row));
+            shade(point, side, mix_bits(number ^ options_.seed), picture.pixel(column, row));
         }
     }
     return bitmap;

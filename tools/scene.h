@@ -2,12 +2,17 @@
 /// A stereo scene with known truth: textured layers at known disparities, seen by two cameras, the
 /// right one of which is misaligned by known amounts.
 ///
+/// A scene deeper than 4 % of the width is laid out by perspective: the ground comes near at the bottom, and
+/// near objects are large, stand on the ground or hang above it.
+///
 /// Positions are in pixels of the picture, centred, y counted upward. Disparity is right minus left.
 
 #include <cstdint>
 #include <vector>
 
 #include "numerics/bitmap.h"
+#include "scene_random.h"
+#include "surface_texture.h"
 
 namespace zemora {
 
@@ -43,7 +48,13 @@ struct SceneOptions {
     int objects = 14;                ///< Surfaces in front of ground and wall.
     double near_disparity = -0.012;  ///< Fractions of the width.
     double far_disparity = 0.008;
-    bool flat = false;  ///< A wall of one colour.
+    bool flat = false;     ///< Every surface of one colour; a pattern stays.
+    double texture = 1.0;  ///< Strength of the noise on the surfaces, 0 to 1.
+    /// On the wall, the ground and the largest of the near objects, with a tenth of the noise over it.
+    SurfacePattern pattern = SurfacePattern::none;
+    /// The lenses of both views show a point at r from the middle at r (1 - barrel (r / R)^2), with R half
+    /// the diagonal, after the misalignment. Below 0.14; negative for a cushion.
+    double barrel = 0.0;
 };
 
 class Scene {
@@ -55,6 +66,8 @@ public:
 
     /// Where the right view shows what the left view has at `left`, hidden or not.
     [[nodiscard]] ScenePoint right_of_left(ScenePoint left) const;
+    /// Whether the right view shows what the left view has at `left`: not behind something else, not outside.
+    [[nodiscard]] bool right_sees(ScenePoint left) const;
     [[nodiscard]] const SceneErrors& errors() const { return errors_; }
     [[nodiscard]] int width() const { return options_.width; }
     [[nodiscard]] int height() const { return options_.height; }
@@ -72,6 +85,9 @@ private:
         float colour[3] = {};
         float pattern_x = 0.0F;  ///< Origin in the texture.
         float pattern_y = 0.0F;
+        bool patterned = false;
+        double turn_sine = 0.0;  ///< Of the pattern against the surface.
+        double turn_cosine = 1.0;
         [[nodiscard]] bool covers(double x, double y) const;
         [[nodiscard]] double disparity_at(double y) const { return disparity + disparity_per_row * y; }
     };
@@ -79,10 +95,23 @@ private:
         const Layer* layer;
         double x;  ///< Position between the two views.
     };
+    void add_object(SceneRandom& random);
+    void put_in_perspective(Layer& object) const;
+    void add_ground(SceneRandom& random);
+    void add_wall(SceneRandom& random);
+    void lay_patterns();
+    [[nodiscard]] bool is_deep() const;
+    [[nodiscard]] double ground_slope() const;
+    [[nodiscard]] double near_px() const { return options_.near_disparity * options_.width; }
+    [[nodiscard]] double far_px() const { return options_.far_disparity * options_.width; }
+
     [[nodiscard]] Bitmap render(int side) const;
     [[nodiscard]] Hit hit(double x, double y, int side) const;
-    [[nodiscard]] ScenePoint displaced(ScenePoint ideal, int side) const;
-    [[nodiscard]] ScenePoint ideal_of(ScenePoint displaced_point, int side) const;
+    [[nodiscard]] ScenePoint through_lens(ScenePoint point) const;
+    [[nodiscard]] ScenePoint before_lens(ScenePoint point) const;
+    [[nodiscard]] ScenePoint misaligned(ScenePoint ideal, int side) const;
+    [[nodiscard]] ScenePoint ideal_of(ScenePoint shown, int side) const;
+    [[nodiscard]] float pattern_of(const Layer& layer, ScenePoint surface) const;
     void shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const;
 
     SceneOptions options_;

@@ -16,6 +16,7 @@ AnalysisState::AnalysisState(const ParameterSet& parameters)
       passepartout(parameters.passepartout),
       estimate_vergence_v(parameters.estimate_vergence_v),
       estimate_vergence_h(parameters.estimate_vergence_h),
+      robust(parameters.robust_estimation != 0),
       passe_colour(passe_colour_of(parameters)),
       Colormap_l(ToneTables::identity()),
       Colormap_r(ToneTables::identity()) {}
@@ -30,9 +31,20 @@ void reset_analysis(AnalysisState& state, bool keep) {
     state.values = {};
     state.disparity = {};
     state.residual_rms = 0.0F;
+    state.ambiguous_shift = false;
+    state.first_grid_spread = 0.0F;
+    state.rejected_share = 0.0F;
     state.corner_coverage = 0;
     state.oversize_shift = 0.0;
     state.previous_width = 0.0F;
+}
+
+void shift_predictions(AnalysisState& state, double shift_px) {
+    for (auto& row : state.ErrorPixel_x) {
+        for (float& dx : row) {
+            dx -= static_cast<float>(shift_px);
+        }
+    }
 }
 
 phases::WorkingCopies phases::make_copies(AnalysisState& state, const StereoPicture& pair, PictureSize size) {

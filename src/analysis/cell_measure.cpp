@@ -20,6 +20,7 @@ MeasuredPair::MeasuredPair(const AnalysisState& state, const StereoPicture& pair
     : left(pair.left, state.Colormap_l),
       right(pair.right, state.Colormap_r),
       rule{state.passe_colour, state.passepartout == 0 ? kShareWhole : kSharePassepartout},
+      sub_pixel(state.robust ? SubPixel::vertex : SubPixel::damped_height),
       height(pair.left.height),
       width(pair.left.width) {}
 
@@ -42,7 +43,7 @@ DirectionResult measure_direction(const MeasuredPair& pair, bool left_first, con
     DirectionResult result;
     result.contrast = contrast;
     tools.correlator.correlate(first, second, pair.rule, search, surface);
-    result.figures = evaluate_surface(surface, pair.height, pair.width);
+    result.figures = evaluate_surface(surface, pair.height, pair.width, pair.sub_pixel);
     result.position_dx = result.figures.dx + static_cast<float>(search.shift_x);
     return result;
 }

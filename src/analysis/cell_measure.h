@@ -21,6 +21,7 @@ struct MeasuredPair {
     ToneView left;
     ToneView right;
     OverlapRule rule;
+    SubPixel sub_pixel;
     int height;
     int width;
 };

@@ -12,10 +12,10 @@ constexpr int kHalfLattice = 8;  ///< Half the points a side over which an error
 constexpr int kLattice = 2 * kHalfLattice;
 
 enum Term { kHeight, kSize, kRotation, kVergenceV, kVergenceH, kTerms };
-using Basis = std::array<double, kTerms>;
 
-/// Values of the terms at a point for coefficients of 1.
-Basis basis(const ModelPoint& point, int height, int width) {
+}  // namespace
+
+ModelBasis model_basis(const ModelPoint& point, int height, int width) {
     const int middle_x = width / 2;
     const int middle_y = height / 2;
     const double x = point.x - middle_x;
@@ -23,8 +23,6 @@ Basis basis(const ModelPoint& point, int height, int width) {
     const double exact_y = point.y - height / 2.0;
     return {1.0, y, x, x * y / (width / 2.0), exact_y * exact_y / (height / 2.0) - height / 6.0};
 }
-
-}  // namespace
 
 ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered) {
     const auto on = [corners_covered](int setting) {
@@ -35,12 +33,12 @@ ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool co
 
 ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width, ModelTerms terms) {
     const std::array<bool, kTerms> solved = {true, true, true, terms.vergence_v, terms.vergence_h};
-    std::vector<Basis> bases;
+    std::vector<ModelBasis> bases;
     bases.reserve(points.size());
     for (const ModelPoint& point : points) {
-        bases.push_back(basis(point, height, width));
+        bases.push_back(model_basis(point, height, width));
     }
-    Basis total{};
+    ModelBasis total{};
     for (int step = 0; step < kRounds * kTerms; ++step) {
         const auto term = static_cast<std::size_t>(step % kTerms);
         double product = 0.0;

@@ -1,9 +1,10 @@
 #pragma once
-/// The model of vertical misalignment and its fit.
+/// The model of vertical misalignment and its fits.
 ///
 /// dy(X, Y) = height + size Y + rotation X + vergence_v X Y / (W/2) + vergence_h (Y^2 / (H/2) - H/6)
 /// with X, Y from the middle of the image. The last term has mean 0 over the height of the image.
 
+#include <array>
 #include <vector>
 
 #include "analysis/stereo_analyse.h"
@@ -28,13 +29,32 @@ struct ModelPoint {
     double dy = 0.0;
 };
 
+/// Values of the terms at a point for coefficients of 1: height, size, rotation, vergence V, vergence H.
+using ModelBasis = std::array<double, 5>;
+[[nodiscard]] ModelBasis model_basis(const ModelPoint& point, int height, int width);
+
 struct ModelFit {
     CorrectionValues values;    ///< Shift and window stay 0.
-    double residual_rms = 0.0;  ///< Pixels.
+    double residual_rms = 0.0;  ///< Pixels; of the weighted points where the fit has weights.
 };
 
 /// Fits the terms in turn, five times over, each to what the others leave.
 [[nodiscard]] ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width,
                                          ModelTerms terms);
+
+/// Fewer points than these give no majority to trust.
+inline constexpr std::size_t kLeastRobustPoints = 12;
+
+struct RobustFit {
+    ModelFit fit;
+    std::vector<double> weights;  ///< One a point, 0 to 1; 0 for a point that contradicts the others.
+};
+
+/// Fits all terms at once to the points that agree with each other: starts from the best of many small
+/// samples and goes on with weighted normal equations (P. J. Huber, "Robust Statistics", 1981; weights of
+/// Beaton and Tukey). The samples are the same in every call. With fewer than `kLeastRobustPoints` points
+/// it is `solve_error_model` with weights of 1.
+[[nodiscard]] RobustFit solve_error_model_robustly(const std::vector<ModelPoint>& points, int height,
+                                                   int width, ModelTerms terms);
 
 }  // namespace zemora

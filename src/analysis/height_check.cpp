@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <optional>
 
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
@@ -42,30 +41,6 @@ struct Point {
     double y = 0.0;
 };
 
-/// Lowest point of the paraboloid through the nine errors round the minimum, in steps from it; nothing where
-/// there is no such point within one step.
-std::optional<Point> paraboloid_vertex(const ErrorSurface& surface, int row, int column) {
-    for (int i = -1; i <= 1; ++i) {
-        for (int j = -1; j <= 1; ++j) {
-            if (!surface.valid(row + i, column + j)) {
-                return std::nullopt;
-            }
-        }
-    }
-    const auto e = [&](int i, int j) { return static_cast<double>(surface.at(row + i, column + j)); };
-    const double gx = (e(0, 1) - e(0, -1)) / 2.0;
-    const double gy = (e(1, 0) - e(-1, 0)) / 2.0;
-    const double xx = e(0, 1) + e(0, -1) - 2.0 * e(0, 0);
-    const double yy = e(1, 0) + e(-1, 0) - 2.0 * e(0, 0);
-    const double xy = (e(1, 1) + e(-1, -1) - e(1, -1) - e(-1, 1)) / 4.0;
-    const double determinant = xx * yy - xy * xy;
-    if (!(xx > 0.0 && yy > 0.0 && determinant > 0.0)) {
-        return std::nullopt;
-    }
-    const Point vertex{(xy * gy - yy * gx) / determinant, (xy * gx - xx * gy) / determinant};
-    return std::abs(vertex.x) <= 1.0 && std::abs(vertex.y) <= 1.0 ? std::optional(vertex) : std::nullopt;
-}
-
 /// A tile looked for in the other view.
 struct Match {
     Point displacement;      ///< Pixels, from the first view to the second.
@@ -76,58 +51,50 @@ struct Match {
 /// Whether a tile fits at another height about as well: hardly anywhere, or again as in a pattern.
 enum class Rival { none, weak, repeated };
 
-Rival find_rival(const ErrorSurface& surface, int best_row) {
+Rival find_rival(const ErrorSurface& surface) {
     std::vector<double> least;
     double sum = 0.0;
+    int rows = 0;
     for (int i = 0; i < surface.rows(); ++i) {
         float error = kNoOverlap;
         for (int j = 0; j < surface.columns(); ++j) {
             error = std::min(error, surface.at(i, j));
         }
         least.push_back(error);
-        sum += error;
+        sum += error < kNoOverlap ? error : 0.0;
+        rows += error < kNoOverlap ? 1 : 0;
     }
     const auto at = [&least](int i) { return least[static_cast<std::size_t>(i)]; };
-    const double least_error = at(best_row);
-    const double beside = (at(best_row - 1) + at(best_row + 1)) / 2.0 - least_error;
-    double rival = kRivalError * least_error + std::max(kRivalLevels, kRivalBeside * beside);
+    const int best = static_cast<int>(std::min_element(least.begin(), least.end()) - least.begin());
+    if (best == 0 || best == surface.rows() - 1) {
+        return Rival::weak;
+    }
+    const double beside = (at(best - 1) + at(best + 1)) / 2.0 - at(best);
+    double rival = kRivalError * at(best) + std::max(kRivalLevels, kRivalBeside * beside);
     bool found = false;
     for (int i = 1; i + 1 < surface.rows(); ++i) {
         const bool is_low = at(i) <= at(i - 1) && at(i) <= at(i + 1) && at(i) < rival;
-        if (is_low && std::abs(i - best_row) > kOwnRows) {
+        if (is_low && std::abs(i - best) > kOwnRows) {
             rival = at(i);
             found = true;
         }
     }
-    const double mean = sum / surface.rows();
-    return !found ? Rival::none : rival < kPatternShare * mean ? Rival::repeated : Rival::weak;
+    return !found ? Rival::none : rival < kPatternShare * sum / rows ? Rival::repeated : Rival::weak;
 }
 
 /// The one place where a tile is correlated.
 Match find_match(const MeasuredPair& pair, bool left_first, const TileSearch& search, CellTools& tools) {
-    const ToneView& first = left_first ? pair.left : pair.right;
-    const ToneView& second = left_first ? pair.right : pair.left;
     ErrorSurface& surface = tools.surface(left_first);
-    tools.correlator.correlate(first, second, pair.rule, search, surface);
-    const SurfaceFigures figures = evaluate_surface(surface, pair.height, pair.width);
-    const int column = round_half_up(figures.dx) / search.step_x + surface.centre_column();
-    int row = 0;
-    float least = kNoOverlap;
-    for (int i = 0; i < surface.rows(); ++i) {
-        if (surface.at(i, column) < least) {
-            least = surface.at(i, column);
-            row = i;
-        }
-    }
+    tools.correlator.correlate(left_first ? pair.left : pair.right, left_first ? pair.right : pair.left,
+                               pair.rule, search, surface);
+    const SurfaceFigures figures = evaluate_surface(surface, pair.height, pair.width, SubPixel::vertex);
     Match match;
-    const std::optional<Point> vertex = paraboloid_vertex(surface, row, column);
-    match.sharp = vertex && figures.sharpness_x >= phases::kGeometrySharpness &&
-                  figures.sharpness_y >= phases::kGeometrySharpness &&
-                  figures.sharpness >= phases::kGeometrySharpness;
-    if (match.sharp) {
-        match.displacement = {search.shift_x + search.step_x * (column - surface.centre_column() + vertex->x),
-                              search.shift_y + search.step_y * (row - surface.centre_row() + vertex->y)};
-        const Rival rival = find_rival(surface, row);
+    if (figures.sharpness_x >= phases::kGeometrySharpness &&
+        figures.sharpness_y >= phases::kGeometrySharpness &&
+        figures.sharpness >= phases::kGeometrySharpness) {
+        const Rival rival = find_rival(surface);
+        match.displacement = {static_cast<double>(search.shift_x) + figures.dx,
+                              static_cast<double>(search.shift_y) + figures.dy};
         match.ambiguous = rival == Rival::repeated;
         match.sharp = rival == Rival::none;
     }

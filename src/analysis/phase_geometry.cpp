@@ -163,11 +163,11 @@ void measure_pass(AnalysisState& state, const MeasuredPair& pair, const Geometry
 void prepare_searches(AnalysisState& state, const StereoPicture& pair, bool first, bool reduced) {
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            if (first) {
+            if (first || state.TH_A[i][j] == 0) {
                 state.DONE[i][j] = kNotMeasured;
                 state.TH_A[i][j] = std::min(default_search_rows(pair.left.height), kLargestSearch);
             }
-            if (first || !reduced) {
+            if (first || !reduced || state.TW_A[i][j] == 0) {
                 state.TW_A[i][j] = default_search_columns(pair.left.width);
             }
         }
@@ -273,7 +273,9 @@ void remove_vertical_extremes(AnalysisState& state) {
 
 void remove_outliers(AnalysisState& state, int step_x) {
     remove_near_outliers(state, step_x);
-    remove_vertical_extremes(state);
+    if (!state.robust) {  // the robust fit finds those that are false
+        remove_vertical_extremes(state);
+    }
 }
 
 bool corners_covered(const AnalysisState& state) {
@@ -302,8 +304,8 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
                       const AnalyseProgress& progress) {
     const MeasuredPair measured(state, pair);
     GeometryRun run;
-    run.first = !request.carry && request.iteration == 1;
-    run.predicted = request.iteration > 1;
+    run.first = !request.carry && !request.started && request.iteration == 1;
+    run.predicted = request.iteration > 1 || request.started;
     run.value_limit = request.reduced ? kValueLimitReduced : kValueLimitFull;
     run.tile_rows = 2 * measured.height / 21;
     run.tile_columns = 2 * measured.width / 21;

@@ -41,6 +41,35 @@ CopyPlan second_plan(std::int64_t long_side, std::int64_t short_side) {
     return {{kSecondLongSide, 100, 26, 50}, {s, s / 2, s / 16 * 2 + 2, s / 2 - s / 4}};
 }
 
+/// Whether a second minimum, apart from the least error, comes near to it.
+bool has_second_minimum(const ErrorSurface& surface) {
+    constexpr float kNear = 1.3F;  // times the least error
+    constexpr int kApart = 2;      // steps
+    const auto& errors = surface.errors();
+    const auto least = std::min_element(errors.begin(), errors.end());
+    const int best_row = static_cast<int>(least - errors.begin()) / surface.columns();
+    const int best_column = static_cast<int>(least - errors.begin()) % surface.columns();
+    const auto is_minimum = [&surface](int row, int column) {
+        for (int i = row - 1; i <= row + 1; ++i) {
+            for (int j = column - 1; j <= column + 1; ++j) {
+                if (!surface.valid(i, j) || surface.at(i, j) < surface.at(row, column)) {
+                    return false;
+                }
+            }
+        }
+        return true;
+    };
+    for (int row = 1; row < surface.rows() - 1; ++row) {
+        for (int column = 1; column < surface.columns() - 1; ++column) {
+            const bool apart = std::abs(row - best_row) > kApart || std::abs(column - best_column) > kApart;
+            if (apart && surface.at(row, column) < kNear * *least && is_minimum(row, column)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 /// Correlates the middle of the left copy; the copy's memory is missing when `found` stays false.
 SurfaceFigures correlate_copy(AnalysisState& state, const StereoPicture& pair, const CopyPlan& plan,
                               int shift_x, int shift_y, bool& found) {
@@ -56,7 +85,11 @@ SurfaceFigures correlate_copy(AnalysisState& state, const StereoPicture& pair, c
     CellTools tools;
     const TileSearch search{x.start, y.start, y.tile, x.tile, y.search, x.search, 1, 1, shift_x, shift_y};
     tools.correlator.correlate(small.left, small.right, small.rule, search, tools.forward);
-    const SurfaceFigures figures = evaluate_surface(tools.forward, pair.left.height, pair.left.width);
+    if (state.robust && plan.along.side == kFirstLongSide) {
+        state.ambiguous_shift = has_second_minimum(tools.forward);
+    }
+    const SurfaceFigures figures =
+        evaluate_surface(tools.forward, pair.left.height, pair.left.width, small.sub_pixel);
     if (state.dump != nullptr) {
         const int name = plan.along.side == kFirstLongSide ? kFirstDumpName : kSecondLongSide;
         state.dump->write_cell(small, {AnalysePhase::shift, name, name}, search, &tools.forward,

@@ -58,9 +58,10 @@ using AnalyseProgress = std::function<void(double percent)>;
 
 struct PhaseRequest {
     AnalysePhase phase = AnalysePhase::shift;
-    int iteration = 1;    ///< Counts from 1 within an image.
-    bool carry = false;   ///< A video frame continues from the cells of the preceding frame.
-    bool reduced = true;  ///< The images are the reduced analysis images.
+    int iteration = 1;     ///< Counts from 1 within an image.
+    bool carry = false;    ///< A video frame continues from the cells of the preceding frame.
+    bool reduced = true;   ///< The images are the reduced analysis images.
+    bool started = false;  ///< The displacements in the state centre the searches of the first iteration too.
 };
 
 class AnalysisDump;
@@ -79,14 +80,18 @@ public:
     int passepartout;
     int estimate_vergence_v;
     int estimate_vergence_h;
+    bool robust;  ///< `RobustEstimation`.
     Colour passe_colour;
 
     // Results.
     CorrectionValues values;
     DisparityStatistics disparity;
-    float residual_rms = 0.0F;    ///< Root mean square of the solver's residuals, pixels.
-    int corner_coverage = 0;      ///< 1 when the valid cells reach into all four corners.
-    double oversize_shift = 0.0;  ///< Pixels; what phase 1 found when it refused.
+    float residual_rms = 0.0F;       ///< Root mean square of the solver's residuals, pixels.
+    bool ambiguous_shift = false;    ///< Phase 1 met a second shift that fits nearly as well.
+    float first_grid_spread = 0.0F;  ///< Largest height that the first estimate leaves in its cells, pixels.
+    float rejected_share = 0.0F;     ///< Of the cells matched in phase 3, those that contradict the fit.
+    int corner_coverage = 0;         ///< 1 when the valid cells reach into all four corners.
+    double oversize_shift = 0.0;     ///< Pixels; what phase 1 found when it refused.
     bool oversize_is_vertical = false;
     MemoryFailure memory_failure = MemoryFailure::none;
     int disparity_width = 0;  ///< Width of the copy that phase 5 measured, pixels.
@@ -115,6 +120,10 @@ void reset_analysis(AnalysisState& state, bool keep);
 /// `values.shift`, `values.window`.
 [[nodiscard]] AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair,
                                           const PhaseRequest& request, const AnalyseProgress& progress);
+
+/// The displacements of the cells against views that have moved by `shift_px` more, in pixels of the image
+/// measured: the next iteration looks for the tiles there.
+void shift_predictions(AnalysisState& state, double shift_px);
 
 /// Fits the error model to the valid cells of a grid with `columns` x `rows` cells (3 x 3 after
 /// phase 2, 10 x 10 after phase 3) measured on images of `height` by `width`.

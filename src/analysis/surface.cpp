@@ -162,6 +162,54 @@ double sub_pixel_dy(const ErrorSurface& surface, CellIndex best) {
     return kSubPixelShare * vertex_steps * surface.step_y();
 }
 
+/// A position between the steps of a surface, in steps from a cell.
+struct Vertex {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+/// Vertex of the parabola through three errors along an axis, where the middle one is the least.
+double vertex_along(double before, double least, double after) {
+    return least < before && least < after ? 0.5 * (before - after) / (after + before - 2.0 * least) : 0.0;
+}
+
+/// Lowest point of the paraboloid that lies nearest, by least squares, to the nine errors round the
+/// minimum. Where that has no lowest point within a step, each axis has a parabola of its own.
+Vertex paraboloid_vertex(const ErrorSurface& surface, CellIndex best) {
+    double x = 0.0, y = 0.0, xx = 0.0, yy = 0.0, xy = 0.0, all = 0.0;
+    for (int i = -1; i <= 1; ++i) {
+        for (int j = -1; j <= 1; ++j) {
+            if (!surface.valid(best.row + i, best.column + j)) {
+                return {};
+            }
+            const double error = surface.at(best.row + i, best.column + j);
+            x += j * error;
+            y += i * error;
+            xx += j * j * error;
+            yy += i * i * error;
+            xy += i * j * error;
+            all += error;
+        }
+    }
+    // f = a + b x + c y + d x^2 + e x y + g y^2 on the lattice -1, 0, 1
+    const double b = x / 6.0;
+    const double c = y / 6.0;
+    const double d = xx / 2.0 - all / 3.0;
+    const double e = xy / 4.0;
+    const double g = yy / 2.0 - all / 3.0;
+    const double determinant = 4.0 * d * g - e * e;
+    if (d > 0.0 && determinant > 0.0) {
+        const Vertex vertex{(e * c - 2.0 * g * b) / determinant, (e * b - 2.0 * d * c) / determinant};
+        if (std::fabs(vertex.x) <= 1.0 && std::fabs(vertex.y) <= 1.0) {
+            return vertex;
+        }
+    }
+    const double least = surface.at(best.row, best.column);
+    return {
+        vertex_along(surface.at(best.row, best.column - 1), least, surface.at(best.row, best.column + 1)),
+        vertex_along(surface.at(best.row - 1, best.column), least, surface.at(best.row + 1, best.column))};
+}
+
 /// Displacements with at most twice the least error; the last of all cells is never counted.
 int count_ambiguous(const ErrorSurface& surface, float least) {
     const auto near = std::count_if(surface.errors().begin(), surface.errors().end(),
@@ -200,13 +248,19 @@ int low_band(const ErrorSurface& surface, float least) {
 
 }  // namespace
 
-SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int width) {
+SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int width, SubPixel sub_pixel) {
     const CellIndex best = find_minimum(surface);
     const float least = surface.at(best.row, best.column);
     SurfaceFigures figures;
     figures.dx = static_cast<float>((best.column - surface.centre_column()) * surface.step_x());
-    figures.dy = static_cast<float>((best.row - surface.centre_row()) * surface.step_y() +
-                                    sub_pixel_dy(surface, best));
+    figures.dy = static_cast<float>((best.row - surface.centre_row()) * surface.step_y());
+    if (sub_pixel == SubPixel::vertex) {
+        const Vertex vertex = paraboloid_vertex(surface, best);
+        figures.dx += static_cast<float>(vertex.x * surface.step_x());
+        figures.dy += static_cast<float>(vertex.y * surface.step_y());
+    } else {
+        figures.dy += static_cast<float>(sub_pixel_dy(surface, best));
+    }
     figures.ambiguity = count_ambiguous(surface, least);
     figures.value = round_half_up(least * 1000.0 / static_cast<double>(surface.errors().size()));
     const bool on_side = best.column == 0 || best.column == surface.columns() - 1;

@@ -19,9 +19,16 @@ struct SurfaceFigures {
     float dy = 0.0F;
 };
 
+/// Where between its steps the minimum of a surface is taken to lie.
+enum class SubPixel {
+    damped_height,  ///< In height, three quarters of the way to the vertex of a parabola; whole steps across.
+    vertex,         ///< In both axes, at the vertex of the paraboloid through the nine errors round it.
+};
+
 /// Grades the minimum of a two-dimensional search; `height` and `width` are the size in pixels of
 /// the image in which the displacements are wanted.
-[[nodiscard]] SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int width);
+[[nodiscard]] SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int width,
+                                              SubPixel sub_pixel);
 
 /// Grades the minimum of a surface of one row.
 [[nodiscard]] SurfaceFigures evaluate_profile(const ErrorSurface& surface);

@@ -9,6 +9,7 @@
 #include "analysis/analysis_dump.h"
 #include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
+#include "analysis/wide_search.h"
 #include "depth/depth_views.h"
 #include "driver/exiftool.h"
 #include "driver/output_names.h"
@@ -17,10 +18,10 @@
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
 #include "driver/trust.h"
-#include "input/stored_record.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
 #include "input/input_pair.h"
+#include "input/stored_record.h"
 #include "render/framing.h"
 #include "render/output_size.h"
 #include "render/selection_box.h"
@@ -51,7 +52,7 @@ struct Pipeline {
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
-    int mounted = 0;  ///< Objects whose products are all stored.
+    int mounted = 0;              ///< Objects whose products are all stored.
     FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
     int initial_frame_left_right;
     BatchNames last_stored;
@@ -102,6 +103,10 @@ struct PairRun {
     PairCorrection remaining;     ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
     bool reduced = true;
+    std::optional<WideSearch> wide;  ///< Asked where the start is in doubt.
+    double wide_agreement =
+        1.0;  ///< Share of the picture that agrees with the start taken, where it was asked.
+    bool started_wide = false;  ///< The correction started from it.
     int iteration = 0;
     double scale = 1.0;      ///< Working pixels per input pixel.
     int working_height = 0;  ///< Whole frame of the latest warp.

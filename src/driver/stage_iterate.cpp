@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "driver/measuring.h"
+#include "driver/second_opinion.h"
 
 namespace zemora {
 
@@ -15,27 +16,29 @@ constexpr int kShiftParts = 500;  // a step below the width over this leaves the
 struct Iteration {
     int number = 1;
     bool shift_frozen = false;
+    int full_rounds = 0;        ///< Rounds at full size.
+    double full_step_px = 0.0;  ///< What the latest of them added, mean over the picture, input pixels.
+    bool settled = true;        ///< Another round would add next to nothing.
     bool has_best = false;
     PairCorrection best;
     PairDisparities best_disparities;
 };
 
-/// Measures the warped pair; false when the pair cannot be mounted.
-bool measure_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
+/// Measures the warped pair. Success, or what the pair fails with.
+StatusCode measure_round(Pipeline& pipeline, const PairRun& pair, const Iteration& loop) {
     const std::string step = format_text(
         pipeline.voice.messages().either("Zemora::analyse:  phase 3: iterative correlation no. %2d",
                                          "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"),
         loop.number);
-    const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced};
+    const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced, pair.started_wide};
     const WarpState& warp = pipeline.warp;
     if (run_phase(pipeline, warp.pair(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
-        return fail_to_mount(pipeline, pair, StatusCode::first_phase_failed);
+        return StatusCode::first_phase_failed;
     }
-    if (estimate_geometry(pipeline.analysis, warp.height, warp.width, kGeometryGrid, kGeometryGrid,
-                          AnalysePhase::geometry) != EstimateStatus::done) {
-        return fail_to_mount(pipeline, pair, StatusCode::failed);
-    }
-    return true;
+    return estimate_geometry(pipeline.analysis, warp.height, warp.width, kGeometryGrid, kGeometryGrid,
+                             AnalysePhase::geometry) == EstimateStatus::done
+               ? StatusCode::success
+               : StatusCode::failed;
 }
 
 /// Adds what was measured to the correction. The disparities are told against the new shift.
@@ -55,6 +58,9 @@ void add_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
     }
     pair.correction += step;
     pair.disparities.subtract(step.shift_px);
+    if (pipeline.analysis.robust) {
+        shift_predictions(pipeline.analysis, step.shift_px * scale);
+    }
 }
 
 void show_round(const Pipeline& pipeline, const PairRun& pair) {
@@ -84,6 +90,26 @@ void move_to_full_size(Pipeline& pipeline, PairRun& pair) {
     warp.pre_vergence_v = input.pre_selection.vergence_v;
 }
 
+/// With the robust fit the full-size rounds go on until they add next to nothing, or no less than before.
+void judge_full_size(const Pipeline& pipeline, const PairRun& pair, Iteration& loop) {
+    constexpr double kSmallStep = 0.1;  // pixels
+    constexpr double kFalling = 0.7;    // of the step before
+    constexpr int kMostRounds = 6;
+    if (!pipeline.analysis.robust) {
+        return;
+    }
+    const PairCorrection& r = pair.remaining;
+    const double step =
+        mean_model_error({static_cast<float>(r.height_px), 0.0F, static_cast<float>(r.size),
+                          static_cast<float>(r.rotation_rad), static_cast<float>(r.vergence_v_rad),
+                          static_cast<float>(r.vergence_h_rad), 0.0F},
+                         pipeline.input.height(), pipeline.input.width());
+    ++loop.full_rounds;
+    loop.settled = step < kSmallStep || loop.full_rounds >= kMostRounds ||
+                   (loop.full_rounds > 1 && step > kFalling * loop.full_step_px);
+    loop.full_step_px = step;
+}
+
 void judge_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
     const StopVerdict verdict =
         judge_iteration(pair.remaining, pipeline.input.height(), pipeline.input.reduced_height());
@@ -93,7 +119,9 @@ void judge_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
         loop.best = pair.correction;
         loop.best_disparities = pair.disparities;
     }
-    if (pair.reduced && pair.status != StatusCode::no_result) {
+    if (!pair.reduced) {
+        judge_full_size(pipeline, pair, loop);
+    } else if (pair.status != StatusCode::no_result) {
         pair.status = StatusCode::usable;
         move_to_full_size(pipeline, pair);
     }
@@ -113,7 +141,7 @@ bool is_finished(const Pipeline& pipeline, PairRun& pair, const Iteration& loop)
     if (p.iterative_warp == loop.number && pipeline.voice.verbose() > 0) {
         pipeline.voice.print(pipeline.voice.messages().either(" --- LAST TRY!\n", " --- LETZTER VERSUCH!\n"));
     }
-    if (pair.status == StatusCode::success && p.iterative_min <= loop.number) {
+    if (pair.status == StatusCode::success && p.iterative_min <= loop.number && loop.settled) {
         return true;
     }
     if (p.iterative_warp >= loop.number) {
@@ -141,14 +169,27 @@ bool iterate_geometry(Pipeline& pipeline, PairRun& pair) {
         return warp_for_measuring(pipeline, pair, step) || fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     for (Iteration loop;;) {
-        if (!measure_round(pipeline, pair, loop)) {
-            return false;
+        const StatusCode measured = measure_round(pipeline, pair, loop);
+        Opinion opinion = Opinion::no_correction;
+        if (measured == StatusCode::success) {
+            add_round(pipeline, pair, loop);
+            opinion = ask_after_round(pipeline, pair);
+        } else if (loop.number == 1) {
+            opinion = ask_for_start(pipeline, pair);
         }
-        add_round(pipeline, pair, loop);
-        judge_round(pipeline, pair, loop);
-        show_round(pipeline, pair);
+        if (opinion == Opinion::no_correction) {
+            return fail_to_mount(pipeline, pair, is_written(measured) ? StatusCode::failed : measured);
+        }
+        if (opinion == Opinion::start_stays) {
+            judge_round(pipeline, pair, loop);
+            show_round(pipeline, pair);
+        }
         if (!warp_round(pipeline, pair, loop)) {
             return false;
+        }
+        if (opinion == Opinion::new_start) {
+            loop = {};
+            continue;
         }
         ++loop.number;
         pair.iteration = loop.number;

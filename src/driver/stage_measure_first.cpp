@@ -3,6 +3,7 @@
 
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
+#include "driver/second_opinion.h"
 
 namespace zemora {
 
@@ -27,38 +28,58 @@ void show_first_shift(const Pipeline& pipeline) {
     pipeline.voice.console().wait_for_enter();
 }
 
-bool measure_shift(Pipeline& pipeline, PairRun& pair) {
+/// Success, or what the pair fails with.
+StatusCode measure_shift(Pipeline& pipeline, const PairRun& pair) {
     const Voice& voice = pipeline.voice;
     const char* step = voice.messages().either("Zemora::analyse:  phase 1: correlation                  ",
                                                "Zemora::Analyse:    Phase 1: Korrelation                  ");
     voice.progress(step, 0.0);
     const PhaseRequest request{AnalysePhase::shift, 1, false, true};
     if (run_phase(pipeline, pipeline.input.reduced(), request, {}) != AnalyseStatus::done) {
-        tell_oversize_shift(pipeline);
-        return fail_to_mount(pipeline, pair, StatusCode::first_phase_failed);
+        return StatusCode::first_phase_failed;
     }
     voice.progress(step, 100.0);
     if (pipeline.parameters.progress_output == 1) {
         show_first_shift(pipeline);
     }
     pipeline.analysis_dump.write_head(pair.left_relative, pipeline.list.two_files ? pair.right_relative : "");
-    return true;
+    return StatusCode::success;
 }
 
-bool measure_grid(Pipeline& pipeline, PairRun& pair) {
+StatusCode measure_grid(Pipeline& pipeline) {
     const std::string step =
         pipeline.voice.messages().either("Zemora::analyse:  phase 2: correlation                  ",
                                          "Zemora::Analyse:    Phase 2: Korrelation                  ");
     const PhaseRequest request{AnalysePhase::first_grid, 1, false, true};
     const InputPair& input = pipeline.input;
     if (run_phase(pipeline, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
-        return fail_to_mount(pipeline, pair, StatusCode::second_phase_failed);
+        return StatusCode::second_phase_failed;
     }
-    if (estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid,
-                          kFirstGrid, AnalysePhase::first_grid) != EstimateStatus::done) {
-        return fail_to_mount(pipeline, pair, StatusCode::failed);
+    const EstimateStatus estimate =
+        estimate_geometry(pipeline.analysis, input.reduced_height(), input.reduced_width(), kFirstGrid,
+                          kFirstGrid, AnalysePhase::first_grid);
+    return estimate == EstimateStatus::done ? StatusCode::success : StatusCode::failed;
+}
+
+/// Leaves the first correction of the pair: of the first two phases, or of the wide search where these fail.
+bool find_start(Pipeline& pipeline, PairRun& pair) {
+    StatusCode status = measure_shift(pipeline, pair);
+    if (status == StatusCode::success) {
+        status = measure_grid(pipeline);
     }
-    return true;
+    if (status == StatusCode::success) {
+        const double scale = measured_scale(pipeline, pair);
+        pair.correction = correction_of(pipeline.analysis.values, scale);
+        pair.disparities = disparities_of(pipeline.analysis, scale);
+        return true;
+    }
+    if (ask_for_start(pipeline, pair) == Opinion::new_start) {
+        return true;
+    }
+    if (status == StatusCode::first_phase_failed) {
+        tell_oversize_shift(pipeline);
+    }
+    return fail_to_mount(pipeline, pair, status);
 }
 
 }  // namespace
@@ -67,12 +88,9 @@ bool measure_first(Pipeline& pipeline, PairRun& pair) {
     const Voice& voice = pipeline.voice;
     colormap_adapt(pipeline.analysis, pipeline.input.reduced(), nullptr, kColormapForGeometry);
     pair.reduced = true;
-    if (!measure_shift(pipeline, pair) || !measure_grid(pipeline, pair)) {
+    if (!find_start(pipeline, pair)) {
         return false;
     }
-    const double scale = measured_scale(pipeline, pair);
-    pair.correction = correction_of(pipeline.analysis.values, scale);
-    pair.disparities = disparities_of(pipeline.analysis, scale);
     pair.remaining = {};
     if (pipeline.parameters.iterative_warp == 0) {
         voice.print(

@@ -51,6 +51,7 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
     if (pair.analysed && pipeline.parameters.robust_estimation != 0) {
         const WarpState& warp = pipeline.warp;
         pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.total_scale);
+        pair.rejected_share = pipeline.analysis.rejected_share;
     }
 }
 

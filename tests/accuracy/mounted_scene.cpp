@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <numeric>
 #include <vector>
 
 #include "driver/pipeline.h"
 #include "platform/temp_folder.h"
 #include "render/save_picture.h"
 #include "render/warp_plan.h"
+#include "tests/accuracy/best_terms.h"
 
 namespace zemora::test {
 
@@ -53,12 +55,17 @@ RealPosition output_of(const ViewTransform& transform, RealPosition wanted, Real
     return output;
 }
 
-/// |dy| of matching points over the picture, sorted.
-std::vector<double> remaining_errors(const WarpState& warp, const Scene& scene) {
+/// A place of the left output view and how much higher the right one has it.
+struct Place {
+    HeightError error;
+    bool seen = false;  ///< The right view shows it.
+};
+
+std::vector<Place> lattice_of(const WarpState& warp, const Scene& scene) {
     constexpr int kSteps = 40;
     const PairTransform transforms =
         make_transforms(warp, warp.latest_correction, warp.frame_height, warp.frame_width);
-    std::vector<double> errors;
+    std::vector<Place> places;
     for (int j = 1; j < kSteps; ++j) {
         for (int i = 1; i < kSteps; ++i) {
             const double column = warp.left_record.kept_x + warp.width * static_cast<double>(i) / kSteps;
@@ -66,11 +73,68 @@ std::vector<double> remaining_errors(const WarpState& warp, const Scene& scene) 
             const RealPosition left = source_of(transforms[0], column, row, scene.width(), scene.height());
             const ScenePoint right = scene.right_of_left({left.x, left.y});
             const RealPosition there = output_of(transforms[1], {right.x, right.y}, {column, row}, scene);
-            errors.push_back(std::fabs(there.y - row));
+            const HeightError error{2.0 * i / kSteps - 1.0, 2.0 * j / kSteps - 1.0, there.y - row};
+            places.push_back({error, scene.right_sees({left.x, left.y})});
         }
     }
-    std::sort(errors.begin(), errors.end());
-    return errors;
+    return places;
+}
+
+struct Spread {
+    double mean = 0.0;
+    double median = 0.0;
+    double p95 = 0.0;
+};
+
+Spread spread_of(std::vector<double> values) {
+    if (values.empty()) {
+        return {};
+    }
+    std::sort(values.begin(), values.end());
+    const double sum = std::accumulate(values.begin(), values.end(), 0.0);
+    return {sum / static_cast<double>(values.size()), values[values.size() / 2],
+            values[values.size() * 95 / 100]};
+}
+
+std::vector<double> magnitudes(const std::vector<HeightError>& errors) {
+    std::vector<double> values;
+    values.reserve(errors.size());
+    for (const HeightError& error : errors) {
+        values.push_back(std::fabs(error.dy));
+    }
+    return values;
+}
+
+/// Fills in what is left of the misalignment.
+void judge(const WarpState& warp, const Scene& scene, MountedScene& result) {
+    std::vector<HeightError> all;
+    std::vector<HeightError> seen;
+    for (const Place& place : lattice_of(warp, scene)) {
+        all.push_back(place.error);
+        if (place.seen) {
+            seen.push_back(place.error);
+        }
+    }
+    const Spread of_all = spread_of(magnitudes(all));
+    const Spread of_seen = spread_of(magnitudes(seen));
+    const Spread floor = spread_of(left_by_best_terms(seen));
+    result.seen_places = static_cast<int>(seen.size());
+    result.median_dy_px = of_all.median;
+    result.p95_dy_px = of_all.p95;
+    result.mean_dy_px = of_seen.mean;
+    result.seen_median_px = of_seen.median;
+    result.seen_p95_px = of_seen.p95;
+    result.floor_mean_px = floor.mean;
+    result.floor_median_px = floor.median;
+    result.floor_p95_px = floor.p95;
+}
+
+Bitmap right_view(const Scene& scene, SceneOptions options, const MountOptions& mount) {
+    if (mount.seed_of_right == 0) {
+        return scene.render_right();
+    }
+    options.seed = mount.seed_of_right;
+    return Scene(options, scene.errors()).render_right();
 }
 
 void save(const Bitmap& bitmap, const std::string& path) {
@@ -87,7 +151,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     const std::string left = temporary_folder() + "/scene_l.bmp";
     const std::string right = temporary_folder() + "/scene_r.bmp";
     save(scene.render_left(), left);
-    save(scene.render_right(), right);
+    save(right_view(scene, options, mount), right);
 
     ParameterSet parameters;
     parameters.input_mode = 0;
@@ -97,6 +161,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     parameters.path_of_images = temporary_folder();
     parameters.apply_left_right = mount.apply_left_right;
     parameters.iterative_min = mount.iterative_min;
+    parameters.robust_estimation = mount.robust;
     Console console;
     MessageCatalogue messages(Language::english);
     const Voice voice(console, messages, parameters);
@@ -118,10 +183,9 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     result.iterations = pair.iteration - 1;
     result.correction = pair.correction;
     result.residual_rms_px = pair.residual_rms;
-    if (result.mounted) {
-        const std::vector<double> remaining = remaining_errors(pipeline.warp, scene);
-        result.median_dy_px = remaining[remaining.size() / 2];
-        result.p95_dy_px = remaining[remaining.size() * 95 / 100];
+    result.status = pair.status;
+    if (result.mounted && mount.seed_of_right == 0) {
+        judge(pipeline.warp, scene, result);
     }
     return result;
 }

@@ -1,0 +1,123 @@
+#include "driver/second_opinion.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "driver/measuring.h"
+#include "numerics/rounding.h"
+
+namespace zemora {
+
+namespace {
+
+/// Agreement below which no correction is believed. Pairs of other pictures have reached 0.25, pairs full of
+/// a pattern with a wrong correction 0.36; a sound start has 0.7 and more.
+constexpr double kLeastAgreement = 0.38;
+/// Agreement below which the picture is told to be looked at.
+constexpr double kSureAgreement = 0.5;
+
+bool is_start_doubtful(const AnalysisState& analysis, int width) {
+    constexpr float kMostSpread = 0.01F;    // of the width
+    constexpr float kMostRejected = 0.25F;  // of the cells
+    return analysis.ambiguous_shift || analysis.first_grid_spread > kMostSpread * static_cast<float>(width) ||
+           analysis.rejected_share > kMostRejected;
+}
+
+/// The correction in pixels of the reduced pair.
+CorrectionValues reduced_values(const Pipeline& pipeline, const PairRun& pair) {
+    const double scale = static_cast<double>(pipeline.input.reduced_height()) / pipeline.input.height();
+    const PairCorrection& c = pair.correction;
+    return {static_cast<float>(c.height_px * scale),
+            static_cast<float>(c.shift_px * scale),
+            static_cast<float>(c.size),
+            static_cast<float>(c.rotation_rad),
+            static_cast<float>(c.vergence_v_rad),
+            static_cast<float>(c.vergence_h_rad),
+            0.0F};
+}
+
+int percent(double share) {
+    constexpr double kPercent = 100.0;
+    return round_half_up(kPercent * share);
+}
+
+void tell_no_correction(const Voice& voice, double agreement) {
+    voice.tell_everywhere(format_text(
+        voice.messages().either(
+            "Left and right view match in several ways or not at all: the best correction fits %d %% of the\n"
+            "picture. Are they views of one scene? Is a repeating pattern in front?\n",
+            "Linke und rechte Ansicht passen auf mehrere Arten oder gar nicht zueinander: Die beste "
+            "Korrektur\n"
+            "passt zu %d %% des Bildes. Zeigen sie dieselbe Szene? Steht ein regelmaessiges Muster davor?\n"),
+        percent(agreement)));
+}
+
+/// Takes the best correction as the new start; the reduced pair has not been warped with it yet.
+void take_start(Pipeline& pipeline, PairRun& pair, const CorrectionValues& best) {
+    AnalysisState& analysis = pipeline.analysis;
+    analysis.ErrorPixel_x = {};
+    analysis.CQOK3 = {};
+    pair.wide->guide_cells(analysis, best);
+    analysis.previous_width = static_cast<float>(pipeline.input.reduced_width());
+    const double scale = static_cast<double>(pipeline.input.reduced_height()) / pipeline.input.height();
+    pair.correction = correction_of(best, scale);
+    pair.reduced = true;
+    pair.started_wide = true;
+}
+
+/// Whether the views overlap enough to be mounted, as phase 1 asks.
+bool is_shift_too_large(const CorrectionValues& values, int width) {
+    constexpr float kLargestShift = 0.25F;  // of the width
+    return std::fabs(values.shift) >= kLargestShift * static_cast<float>(width);
+}
+
+/// `has_start`: there is a correction to compare with.
+Opinion ask(Pipeline& pipeline, PairRun& pair, bool has_start) {
+    constexpr double kClearlyMore = 1.05;
+    const Voice& voice = pipeline.voice;
+    const std::string step =
+        voice.messages().either("Zemora::analyse:  phase 2: search far and wide           ",
+                                "Zemora::Analyse:    Phase 2: Suche weit und breit             ");
+    pair.wide.emplace(pipeline.analysis, pipeline.input.reduced(), progress_of(pipeline, step));
+    const std::optional<CorrectionValues> best = pair.wide->best_correction();
+    if (!best) {
+        return has_start ? Opinion::start_stays : Opinion::no_correction;
+    }
+    const double at_best = pair.wide->agreement(*best);
+    const double at_start = has_start ? pair.wide->agreement(reduced_values(pipeline, pair)) : 0.0;
+    pair.wide_agreement = std::max(at_best, at_start);
+    if (pair.wide_agreement < kLeastAgreement) {
+        tell_no_correction(voice, pair.wide_agreement);
+        return Opinion::no_correction;
+    }
+    if (is_shift_too_large(*best, pipeline.input.reduced_width())) {
+        return has_start ? Opinion::start_stays : Opinion::no_correction;
+    }
+    if (at_best < kClearlyMore * at_start) {
+        return Opinion::start_stays;
+    }
+    take_start(pipeline, pair, *best);
+    return Opinion::new_start;
+}
+
+}  // namespace
+
+Opinion ask_for_start(Pipeline& pipeline, PairRun& pair) {
+    return pipeline.analysis.robust && !pair.wide ? ask(pipeline, pair, false) : Opinion::no_correction;
+}
+
+Opinion ask_after_round(Pipeline& pipeline, PairRun& pair) {
+    const AnalysisState& analysis = pipeline.analysis;
+    if (!analysis.robust) {
+        return Opinion::start_stays;
+    }
+    if (!pair.wide && pair.iteration == 0 && is_start_doubtful(analysis, pipeline.input.reduced_width())) {
+        return ask(pipeline, pair, true);
+    }
+    if (pair.wide && pair.reduced) {
+        pair.wide->guide_cells(pipeline.analysis, reduced_values(pipeline, pair));
+    }
+    return Opinion::start_stays;
+}
+
+}  // namespace zemora
