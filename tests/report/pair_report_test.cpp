@@ -161,7 +161,8 @@ TEST(PairReport, ViewsFromADepthMaskAreJudgedThoughTheirGeometryWasNotMeasured) 
     ImageReport report = kExample;
     report.mode = 0;
     const Told told = told_pair(settings_of(2), report);
-    for (const char* part : {"Used for height", "Far point disparity      =", "Absolute deviation", "Image width   "}) {
+    for (const char* part :
+         {"Used for height", "Far point disparity      =", "Absolute deviation", "Image width   "}) {
         EXPECT_TRUE(holds(told.text, part)) << part << told.text;
     }
     EXPECT_FALSE(holds(told.text, "last iteration"));
@@ -224,14 +225,17 @@ TEST(PairReport, RemainingHeightStandsInAllThreePlacesAtEveryVerbosity) {
     for (const int verbose : {0, 1, 2}) {
         const Told told = told_pair(settings_of(verbose), report);
         EXPECT_TRUE(holds(told.text, "Check of the result:\n--------------------\n" + line)) << told.text;
-        EXPECT_TRUE(holds(told.html, "<tr><td>Remaining error of height</td><td>=</td><td>   0.31</td><td> pixel  "
-                                     "</td><td> " + remark + "</td></tr>"))
+        EXPECT_TRUE(holds(told.html,
+                          "<tr><td>Remaining error of height</td><td>=</td><td>   0.31</td><td> pixel  "
+                          "</td><td> " +
+                              remark + "</td></tr>"))
             << told.html;
         EXPECT_EQ(told.console, verbose == 0 ? line : told.text);
     }
-    EXPECT_TRUE(holds(told(write_image_report, settings_of(0), report, Language::german).console,
-                      "Verbliebener Hoehenfehler   =    0.31 Pixel   (Median; 95 % des Bildes unter 0.80 Pixel "
-                      "der Eingabe): gut\n"));
+    EXPECT_TRUE(
+        holds(told(write_image_report, settings_of(0), report, Language::german).console,
+              "Verbliebener Hoehenfehler   =    0.31 Pixel   (Median; 95 % des Bildes unter 0.80 Pixel "
+              "der Eingabe): gut\n"));
 }
 
 TEST(PairReport, RemedyAndDoubtStandBeforeTheReserve) {
@@ -250,9 +254,10 @@ TEST(PairReport, RemedyAndDoubtStandBeforeTheReserve) {
 TEST(PairReport, AHeightThatCouldNotBeCheckedHasADash) {
     ImageReport report = checked(0.0, 0.0);
     report.heights->matched = 3;
-    EXPECT_EQ(told_pair(settings_of(0), report).console,
-              "Remaining error of height   =       - pixel   (could not be checked, 3 of 81 places were found "
-              "again)\n");
+    EXPECT_EQ(
+        told_pair(settings_of(0), report).console,
+        "Remaining error of height   =       - pixel   (could not be checked, 3 of 81 places were found "
+        "again)\n");
     EXPECT_TRUE(holds(told_pair(settings_of(0), report).text, "belong together"));
 }
 
