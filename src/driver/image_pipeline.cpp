@@ -97,6 +97,7 @@ bool mount_pair(Pipeline& pipeline, PairRun& pair) {
         }
         const bool is_stored = decision == ViewerDecision::go_on || decision == ViewerDecision::repeat;
         if (is_stored && warp_final(pipeline, pair) && measure_result(pipeline, pair)) {
+            settle_trust(pair);
             finish_pictures(pipeline, pair);
             store_outputs(pipeline, pair);
         }

@@ -4,8 +4,10 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "analysis/analysis_dump.h"
+#include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
 #include "analysis/wide_search.h"
 #include "depth/depth_views.h"
@@ -15,6 +17,7 @@
 #include "driver/post_run.h"
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
+#include "driver/trust.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
 #include "input/input_pair.h"
@@ -110,6 +113,7 @@ struct PairRun {
     int working_width = 0;
     PixelRectangle common_area;  ///< Of that frame.
     float residual_rms = 0.0F;
+    double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
     WindowPlacement window;
     SelectionBox selection;
 
@@ -119,6 +123,8 @@ struct PairRun {
     int output_width = 0;  ///< Of the pair that was measured, then of the final size; pixels.
     int output_height = 0;
     DisparityStatistics result;
+    std::optional<HeightCheck> heights;  ///< Of the measured pair; none where the check is off.
+    std::vector<Doubt> doubts;           ///< What keeps the pair from being a success.
     double deviation = 0.0;
     double projected_deviation = 0.0;
     double stress_px = 0.0;
@@ -152,6 +158,8 @@ void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
 [[nodiscard]] bool warp_final(Pipeline& pipeline, PairRun& pair);
 /// Disparities of the finished pair.
 [[nodiscard]] bool measure_result(Pipeline& pipeline, PairRun& pair);
+/// A measured and checked pair with doubts is usable at most.
+void settle_trust(PairRun& pair);
 /// Sharpening, floating windows, texts, turning.
 void finish_pictures(Pipeline& pipeline, PairRun& pair);
 /// Writes the products with their metadata.

@@ -34,6 +34,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.pre_vergence_v = preset.vergence_v;
     report.correction = values_of(pair.correction);
     report.remaining = values_of(pair.remaining);
+    report.heights = pair.heights;
+    report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());
     report.original_near_px = pair.original_near_px;
     report.original_far_px = pair.original_far_px;
     report.near_px = pair.result.near_point;

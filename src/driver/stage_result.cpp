@@ -1,5 +1,7 @@
 // Disparities of the finished pair: near and far point, edges, deviation.
 
+#include <algorithm>
+
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
 #include "numerics/rounding.h"
@@ -43,6 +45,16 @@ void show_matrix(const Pipeline& pipeline) {
     voice.report_html(matrix.html);
 }
 
+/// What is left of the vertical errors, from the copies and disparities that the measurement just left.
+void check_result(const Pipeline& pipeline, PairRun& pair) {
+    pair.heights.reset();
+    if (pair.analysed && pipeline.parameters.robust_estimation != 0) {
+        const WarpState& warp = pipeline.warp;
+        pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.total_scale);
+        pair.rejected_share = pipeline.analysis.rejected_share;
+    }
+}
+
 }  // namespace
 
 bool measure_result(Pipeline& pipeline, PairRun& pair) {
@@ -62,6 +74,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     const AnalyseStatus status = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false},
                                            progress_of(pipeline, step));
+    if (status == AnalyseStatus::done) {
+        check_result(pipeline, pair);
+    }
     analysis.Colormap_l = left_tone;
     analysis.Colormap_r = right_tone;
     if (status != AnalyseStatus::done) {
@@ -82,6 +97,18 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
         show_matrix(pipeline);
     }
     return true;
+}
+
+void settle_trust(PairRun& pair) {
+    pair.doubts.clear();
+    if (!pair.heights) {
+        return;
+    }
+    const HeightVerdict heights = judge_heights(*pair.heights, pair.deviation).verdict;
+    pair.doubts = doubts_of({pair.correction, pair.rejected_share, heights});
+    if (!pair.doubts.empty()) {
+        pair.status = std::min(pair.status, StatusCode::usable);
+    }
 }
 
 }  // namespace zemora

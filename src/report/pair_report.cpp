@@ -6,6 +6,7 @@
 #include "numerics/rounding.h"
 #include "report/analysis_rows.h"
 #include "report/comfort_calculator.h"
+#include "report/height_judgement.h"
 #include "report/window_judgement.h"
 
 namespace zemora {
@@ -46,6 +47,9 @@ struct PairFacts {
     const MessageCatalogue& messages;
 
     [[nodiscard]] double deviation_px() const { return report.far_px - report.near_px; }
+    [[nodiscard]] HeightJudgement heights() const {
+        return judge_heights(*report.heights, deviation_px() / report.width);
+    }
     [[nodiscard]] ValueRow row(Msg label, std::string number, Msg unit) const {
         return {messages.raw(label), std::move(number), messages.raw(unit)};
     }
@@ -110,6 +114,19 @@ RowBlock last_iteration_block(const PairFacts& facts) {
     return {facts.messages.raw(Msg::stereo_analyse_last_iteration_heading),
             facts.messages.raw(Msg::stereo_analyse_last_iteration_rule),
             correction_rows(facts.report.remaining, words_for(facts.report.mode), false, facts.messages)};
+}
+
+/// What the correction has left.
+RowBlock check_block(const PairFacts& facts) {
+    const MessageCatalogue& messages = facts.messages;
+    const HeightCheck& check = *facts.report.heights;
+    const HeightVerdict verdict = facts.heights().verdict;
+    const double shown = verdict == HeightVerdict::unchecked ? std::nan("") : check.median_px;
+    return {messages.either("Check of the result:\n", "Pruefung des Ergebnisses:\n"),
+            messages.either("--------------------\n", "-------------------------\n"),
+            {{messages.either("Remaining error of height   ", "Verbliebener Hoehenfehler   "),
+              measured_number(shown), messages.raw(Msg::stereo_analyse_unit_pixel),
+              height_remark(check, verdict, messages)}}};
 }
 
 /// A row that goes on with the value above it, in another measure.
@@ -180,6 +197,9 @@ std::vector<RowBlock> blocks_of(const PairFacts& facts) {
         if (facts.settings.verbose_mode > 1 && has_iterated) {
             blocks.push_back(last_iteration_block(facts));
         }
+        if (facts.report.heights) {
+            blocks.push_back(check_block(facts));
+        }
         blocks.push_back(window_block(facts));
         blocks.push_back(output_block(facts));
     }
@@ -190,6 +210,12 @@ std::vector<RowBlock> blocks_of(const PairFacts& facts) {
 std::vector<std::string> sentences_of(const PairFacts& facts) {
     std::vector<std::string> sentences =
         judgement_texts(facts.judgement, facts.settings.projection_ratio, facts.messages);
+    if (facts.report.heights && facts.heights().cause != HeightCause::none) {
+        sentences.push_back(height_remedy(facts.heights().cause, facts.messages));
+    }
+    if (!facts.report.doubt.empty()) {
+        sentences.push_back(facts.report.doubt);
+    }
     if (facts.report.status == kUsable) {
         sentences.emplace_back(facts.messages.raw(Msg::stereo_analyse_written_under_reserve));
         if (facts.settings.iterative_warp < kManyIterations) {
@@ -233,6 +259,15 @@ std::string html_of(const std::vector<RowBlock>& blocks, const std::vector<std::
         html += html_paragraph(sentence);
     }
     return html;
+}
+
+/// What the console tells of a pair whose report it does not show.
+std::string quiet_text(const PairFacts& facts) {
+    if (!facts.report.heights) {
+        return {};
+    }
+    const RowBlock check = check_block(facts);
+    return text_of(RowBlock{{}, {}, check.rows}) + facts.report.doubt;
 }
 
 /// The mount failure and what can be tried against it.
@@ -283,9 +318,7 @@ void write_image_report(const ParameterSet& settings, const ImageReport& report,
         sentences = sentences_of(facts);
     }
     const std::string text = text_of(blocks, sentences);
-    if (on_console) {
-        voice.print(text + time_text(facts));
-    }
+    voice.print(on_console ? text + time_text(facts) : quiet_text(facts));
     voice.report_text(report.is_analysed ? text + time_text(facts) : text);
     voice.report_html(html_of(blocks, sentences));
     if (report.is_analysed && settings.verbose_mode > 1 && settings.video_mode == 0) {

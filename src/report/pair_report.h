@@ -1,6 +1,10 @@
 #pragma once
 /// The section of a pair in the reports, and that of the mean values of a sequence.
 
+#include <optional>
+#include <string>
+
+#include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
 #include "config/parameter_set.h"
 #include "config/voice.h"
@@ -23,6 +27,8 @@ struct ImageReport {
     double original_near_px = 0.0;  ///< Before the correction, input pixels.
     double original_far_px = 0.0;
     CorrectionValues remaining;  ///< The last step of the iteration.
+    std::optional<HeightCheck> heights = {};  ///< Of the finished pair, where it was checked.
+    std::string doubt = {};                  ///< Why a pair that has settled is no success; a line, or empty.
     double near_px = 0.0;        ///< Output pixels, after the correction.
     double far_px = 0.0;
     double left_edge_px = 0.0;

@@ -161,7 +161,8 @@ TEST(PairReport, ViewsFromADepthMaskAreJudgedThoughTheirGeometryWasNotMeasured) 
     ImageReport report = kExample;
     report.mode = 0;
     const Told told = told_pair(settings_of(2), report);
-    for (const char* part : {"Used for height", "Far point disparity      =", "Absolute deviation", "Image width   "}) {
+    for (const char* part :
+         {"Used for height", "Far point disparity      =", "Absolute deviation", "Image width   "}) {
         EXPECT_TRUE(holds(told.text, part)) << part << told.text;
     }
     EXPECT_FALSE(holds(told.text, "last iteration"));
@@ -207,6 +208,57 @@ TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
     EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\n====="));
     report.status = 2;
     EXPECT_FALSE(holds(told_pair(settings, report).text, "IterativeWarp!"));
+}
+
+/// A checked pair 1000 pixels high.
+ImageReport checked(double median_px, double most_px) {
+    ImageReport report = kExample;
+    report.heights = HeightCheck{81, 70, 2, 1, median_px, most_px, most_px / 10.0, 1000.0, 1.0};
+    return report;
+}
+
+TEST(PairReport, RemainingHeightStandsInAllThreePlacesAtEveryVerbosity) {
+    const std::string numbers = "Remaining error of height   =    0.31 pixel   ";
+    const std::string remark = "(median; 95 % of the picture below 0.80 pixel of the input): good";
+    const std::string line = numbers + remark + "\n";
+    const ImageReport report = checked(0.31, 0.8);
+    for (const int verbose : {0, 1, 2}) {
+        const Told told = told_pair(settings_of(verbose), report);
+        EXPECT_TRUE(holds(told.text, "Check of the result:\n--------------------\n" + line)) << told.text;
+        EXPECT_TRUE(holds(told.html,
+                          "<tr><td>Remaining error of height</td><td>=</td><td>   0.31</td><td> pixel  "
+                          "</td><td> " +
+                              remark + "</td></tr>"))
+            << told.html;
+        EXPECT_EQ(told.console, verbose == 0 ? line : told.text);
+    }
+    EXPECT_TRUE(
+        holds(told(write_image_report, settings_of(0), report, Language::german).console,
+              "Verbliebener Hoehenfehler   =    0.31 Pixel   (Median; 95 % des Bildes unter 0.80 Pixel "
+              "der Eingabe): gut\n"));
+}
+
+TEST(PairReport, RemedyAndDoubtStandBeforeTheReserve) {
+    ImageReport report = checked(2.0, 4.0);
+    report.status = 4;
+    report.doubt = "Not told as success: it is not.\n";
+    const Told told = told_pair(settings_of(1), report);
+    EXPECT_TRUE(holds(told.text, "mounting.\n" + report.doubt + "Images will be written under reverse!\n"))
+        << told.text;
+    EXPECT_TRUE(holds(told.text, "input): do not use\n")) << told.text;
+    EXPECT_EQ(words_of(told.html), words_of(told.text));
+    const std::string quiet = told_pair(settings_of(0), report).console;
+    EXPECT_TRUE(quiet.starts_with("Remaining") && quiet.ends_with("do not use\n" + report.doubt)) << quiet;
+}
+
+TEST(PairReport, AHeightThatCouldNotBeCheckedHasADash) {
+    ImageReport report = checked(0.0, 0.0);
+    report.heights->matched = 3;
+    EXPECT_EQ(
+        told_pair(settings_of(0), report).console,
+        "Remaining error of height   =       - pixel   (could not be checked, 3 of 81 places were found "
+        "again)\n");
+    EXPECT_TRUE(holds(told_pair(settings_of(0), report).text, "belong together"));
 }
 
 TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {

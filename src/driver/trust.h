@@ -1,0 +1,30 @@
+#pragma once
+/// Whether a pair whose measurement has settled may be told as success.
+
+#include <string>
+#include <vector>
+
+#include "config/messages.h"
+#include "driver/pair_correction.h"
+#include "report/height_judgement.h"
+
+namespace zemora {
+
+/// What speaks against a success.
+enum class Doubt { size, angle, rejected, height };
+
+/// What is known of a pair that was measured and checked.
+struct TrustFacts {
+    PairCorrection correction;
+    double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
+    HeightVerdict heights = HeightVerdict::good;
+};
+
+/// In the order in which they are told. A difference in size above 4 %, a rotation or a vergence above 5
+/// degrees, more than a quarter of the matches rejected, a remaining error of height that cannot be used.
+[[nodiscard]] std::vector<Doubt> doubts_of(const TrustFacts& facts);
+
+/// The line that tells them, with its line end; empty without doubts.
+[[nodiscard]] std::string doubt_text(const std::vector<Doubt>& doubts, const MessageCatalogue& messages);
+
+}  // namespace zemora

@@ -1,0 +1,66 @@
+#include "driver/trust.h"
+
+#include <gtest/gtest.h>
+
+#include "driver/pipeline.h"
+
+namespace zemora {
+namespace {
+
+constexpr double kJustBelow = 4.999 * kRadiansPerDegree;
+constexpr double kJustAbove = 5.001 * kRadiansPerDegree;
+
+TEST(Trust, EachFactHasItsLimitOnBothSides) {
+    const PairCorrection most = {900.0, 900.0, -0.04, -kJustBelow, kJustBelow, -kJustBelow};
+    EXPECT_TRUE(doubts_of({most, 0.25, HeightVerdict::visible}).empty());
+    EXPECT_TRUE(doubts_of({most, 0.0, HeightVerdict::unchecked}).empty());
+    using Doubts = std::vector<Doubt>;
+    EXPECT_EQ(doubts_of({{.size = -0.0401}}), Doubts{Doubt::size});
+    EXPECT_EQ(doubts_of({{.rotation_rad = -kJustAbove}}), Doubts{Doubt::angle});
+    EXPECT_EQ(doubts_of({{.vergence_v_rad = kJustAbove}}), Doubts{Doubt::angle});
+    EXPECT_EQ(doubts_of({{.vergence_h_rad = -kJustAbove}}), Doubts{Doubt::angle});
+    EXPECT_EQ(doubts_of({{}, 0.251}), Doubts{Doubt::rejected});
+    EXPECT_EQ(doubts_of({{}, 0.0, HeightVerdict::unusable}), Doubts{Doubt::height});
+}
+
+TEST(Trust, AllDoubtsStandInOneLine) {
+    const std::vector<Doubt> doubts =
+        doubts_of({{.size = 0.05, .vergence_h_rad = 0.2}, 0.5, HeightVerdict::unusable});
+    EXPECT_EQ(doubt_text(doubts, MessageCatalogue(Language::english)),
+              "Not told as success: the views differ in size by more than 4 percent, a rotation or vergence "
+              "is above "
+              "5 degrees, more than a quarter of the matches contradict the others, the remaining error of "
+              "height is "
+              "too large.\n");
+    EXPECT_EQ(doubt_text({Doubt::height}, MessageCatalogue(Language::german)),
+              "Nicht als Erfolg gewertet: der verbliebene Hoehenfehler ist zu gross.\n");
+    EXPECT_EQ(doubt_text({}, MessageCatalogue(Language::english)), "");
+}
+
+TEST(Trust, LowersASuccessAndNothingElse) {
+    struct Case {
+        StatusCode before;
+        bool checked;
+        double size;
+        StatusCode after;
+    };
+    for (const Case& c : {Case{StatusCode::success, true, 0.05, StatusCode::usable},
+                          Case{StatusCode::success, true, 0.01, StatusCode::success},
+                          Case{StatusCode::success, false, 0.05, StatusCode::success},
+                          Case{StatusCode::usable, true, 0.05, StatusCode::usable},
+                          Case{StatusCode::abandoned, true, 0.05, StatusCode::abandoned}}) {
+        PairRun pair;
+        pair.status = c.before;
+        pair.correction.size = c.size;
+        pair.doubts = {Doubt::height};
+        if (c.checked) {
+            pair.heights = HeightCheck{81, 70, 0, 0, 0.1, 0.2, 0.1, 1000.0, 1.0};
+        }
+        settle_trust(pair);
+        EXPECT_EQ(pair.status, c.after);
+        EXPECT_EQ(pair.doubts.empty(), !c.checked || c.size < 0.04) << "those of an earlier round are gone";
+    }
+}
+
+}  // namespace
+}  // namespace zemora
