@@ -13,8 +13,6 @@ namespace {
 /// Agreement below which no correction is believed. Pairs of other pictures have reached 0.25, pairs full of
 /// a pattern with a wrong correction 0.36; a sound start has 0.7 and more.
 constexpr double kLeastAgreement = 0.38;
-/// Agreement below which the picture is told to be looked at.
-constexpr double kSureAgreement = 0.5;
 
 bool is_start_doubtful(const AnalysisState& analysis, int width) {
     constexpr float kMostSpread = 0.01F;    // of the width

@@ -1,6 +1,7 @@
 // Disparities of the finished pair: near and far point, edges, deviation.
 
 #include <algorithm>
+#include <cmath>
 
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
@@ -55,6 +56,31 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
     }
 }
 
+/// The middle of the disparities that the iteration has found, pixels of the finished pair, where they reach
+/// to the end of a search round 0.
+double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
+    constexpr double kReach = 0.12;  // of the width; the search ends at 0.148
+    const WarpState& warp = pipeline.warp;
+    if (!pipeline.analysis.robust || !pair.analysed) {
+        return 0.0;
+    }
+    const double selection_shift_px = pair.selection.window_offset * static_cast<double>(warp.frame_width);
+    const auto finished = [&](double value_px) {
+        return (value_px + pair.window.window_shift_px) * warp.total_scale + selection_shift_px;
+    };
+    const double near_px = finished(pair.disparities.near_px);
+    const double far_px = finished(pair.disparities.far_px);
+    const bool reaches_end = std::max(std::fabs(near_px), std::fabs(far_px)) > kReach * warp.width;
+    return reaches_end ? (near_px + far_px) / 2.0 : 0.0;
+}
+
+void tell_end_of_search(const Voice& voice) {
+    voice.tell_everywhere(voice.messages().either(
+        "Near or far point lie at the end of the search for disparities; the real ones may lie beyond it.\n",
+        "Nah- oder Fernpunkt liegen am Ende der Disparitaetssuche; die wirklichen koennen dahinter "
+        "liegen.\n"));
+}
+
 }  // namespace
 
 bool measure_result(Pipeline& pipeline, PairRun& pair) {
@@ -72,8 +98,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const ToneTables left_tone = analysis.Colormap_l;
     const ToneTables right_tone = analysis.Colormap_r;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
-    const AnalyseStatus status = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false},
-                                           progress_of(pipeline, step));
+    PhaseRequest request{AnalysePhase::disparity, 1, false, false};
+    request.centre_px = expected_centre(pipeline, pair);
+    const AnalyseStatus status = run_phase(pipeline, warp.pair(), request, progress_of(pipeline, step));
     if (status == AnalyseStatus::done) {
         check_result(pipeline, pair);
     }
@@ -93,6 +120,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     }
     pair.original_far_px = original(pair.result.far_point);
     tell_evaluated_area(pipeline);
+    if (analysis.robust && analysis.disparity_end_reached) {
+        tell_end_of_search(voice);
+    }
     if (voice.verbose() > 1) {
         show_matrix(pipeline);
     }
@@ -105,7 +135,7 @@ void settle_trust(PairRun& pair) {
         return;
     }
     const HeightVerdict heights = judge_heights(*pair.heights, pair.deviation).verdict;
-    pair.doubts = doubts_of({pair.correction, pair.rejected_share, heights});
+    pair.doubts = doubts_of({pair.correction, pair.rejected_share, heights, pair.wide_agreement});
     if (!pair.doubts.empty()) {
         pair.status = std::min(pair.status, StatusCode::usable);
     }

@@ -9,6 +9,7 @@ namespace {
 constexpr double kMostSize = 0.04;
 constexpr double kMostAngle = 5.0 * kRadiansPerDegree;
 constexpr double kMostRejected = 0.25;
+constexpr double kLeastAgreement = 0.5;
 
 struct Reason {
     const char* english;
@@ -21,6 +22,8 @@ constexpr Reason kReasons[] = {
     {"a rotation or vergence is above 5 degrees", "eine Drehung oder Vergenz liegt ueber 5 Grad"},
     {"more than a quarter of the matches contradict the others",
      "mehr als ein Viertel der Zuordnungen widerspricht den anderen"},
+    {"the views match in more than one way, as patterns do",
+     "die Ansichten passen auf mehr als eine Art zueinander, wie bei Mustern"},
     {"the remaining error of height is too large", "der verbliebene Hoehenfehler ist zu gross"},
 };
 static_assert(std::size(kReasons) == static_cast<std::size_t>(Doubt::height) + 1);
@@ -40,6 +43,7 @@ std::vector<Doubt> doubts_of(const TrustFacts& facts) {
                std::fabs(c.vergence_h_rad) > kMostAngle,
            Doubt::angle);
     add_if(facts.rejected_share > kMostRejected, Doubt::rejected);
+    add_if(facts.agreement < kLeastAgreement, Doubt::pattern);
     add_if(facts.heights == HeightVerdict::unusable, Doubt::height);
     return doubts;
 }

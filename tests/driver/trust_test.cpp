@@ -21,6 +21,8 @@ TEST(Trust, EachFactHasItsLimitOnBothSides) {
     EXPECT_EQ(doubts_of({{.vergence_h_rad = -kJustAbove}}), Doubts{Doubt::angle});
     EXPECT_EQ(doubts_of({{}, 0.251}), Doubts{Doubt::rejected});
     EXPECT_EQ(doubts_of({{}, 0.0, HeightVerdict::unusable}), Doubts{Doubt::height});
+    EXPECT_EQ(doubts_of({{}, 0.0, HeightVerdict::good, 0.499}), Doubts{Doubt::pattern});
+    EXPECT_TRUE(doubts_of({{}, 0.0, HeightVerdict::good, 0.501}).empty());
 }
 
 TEST(Trust, AllDoubtsStandInOneLine) {
