@@ -64,6 +64,30 @@ TEST(PhaseShift, RefusesTwoHundredPixels) {
     EXPECT_TRUE(state.oversize_is_vertical);
 }
 
+TEST(PhaseShift, TellsThatAPatternFitsASecondTime) {
+    const auto is_ambiguous = [](const testing::Surface& surface, bool robust) {
+        const TexturePair pair(
+            kWidth, kHeight,
+            [](double, double) {
+                return Displacement{24.0, -12.0};
+            },
+            surface);
+        AnalysisState state(analysis_parameters());
+        state.robust = robust;
+        EXPECT_EQ(run(state, pair.pictures(), AnalysePhase::shift), AnalyseStatus::done);
+        return state.ambiguous_shift;
+    };
+    for (const double period : {72.0, 96.0, 120.0, 144.0}) {
+        const auto board = [period](double x, double y, int) { return testing::chequers(x, y, period); };
+        EXPECT_TRUE(is_ambiguous(board, true)) << period;
+        EXPECT_FALSE(is_ambiguous(board, false)) << "the plain rule asks nobody, " << period;
+    }
+    for (const double scale : {1.0, 3.0, 6.0, 9.0}) {
+        const auto plain = [scale](double x, double y, int c) { return testing::texture(x, y, c, scale); };
+        EXPECT_FALSE(is_ambiguous(plain, true)) << scale;
+    }
+}
+
 TEST(PhaseFirstGrid, GivesHeightShiftAndSize) {
     const TexturePair pair(
         kWidth, kHeight,
@@ -306,6 +330,18 @@ TEST(Outliers, FarOnTheNearSideAndVerticalExtremesGo) {
     EXPECT_EQ(state.CQOK3[5][5], 1) << "the far side is never cut";
     EXPECT_EQ(state.CQOK3[7][2], 0);
     EXPECT_EQ(state.CQOK3[2][7], 0);
+}
+
+TEST(Outliers, TheRobustFitGetsTheVerticalExtremes) {
+    AnalysisState state = valid_grid();
+    state.robust = true;
+    state.ErrorPixel_x[4][4] = -60.0F;
+    state.ErrorPixel_y[7][2] = 3.0F;
+    state.ErrorPixel_y[2][7] = -3.0F;
+    phases::remove_outliers(state, 1);
+    EXPECT_EQ(state.CQOK3[4][4], 0);
+    EXPECT_EQ(state.CQOK3[7][2], 1);
+    EXPECT_EQ(state.CQOK3[2][7], 1);
 }
 
 TEST(Outliers, FlatSubjectOnTheNearSideKeepsItsCells) {

@@ -51,23 +51,23 @@ TEST(Surface, OnlyTheVerticalDisplacementIsRefinedByThreeQuarters) {
     const SurfaceFigures figures = plain_figures(surface_of(20, 20, 1, 1, bowl(12.4, 7.4)), 600, 800);
     EXPECT_FLOAT_EQ(figures.dx, -3.0F);
     EXPECT_NEAR(figures.dy, 2.0 + 0.75 * 0.4, 1e-5);
-    EXPECT_NEAR(plain_figures(surface_of(40, 40, 2, 2, bowl(11.6, 10)), 600, 800).dy,
-                2 * (2.0 - 0.75 * 0.4), 1e-5);
+    EXPECT_NEAR(plain_figures(surface_of(40, 40, 2, 2, bowl(11.6, 10)), 600, 800).dy, 2 * (2.0 - 0.75 * 0.4),
+                1e-5);
 }
 
 TEST(Surface, AmongEqualMinimaTheFirstOfTheSpiralWins) {
     const auto ties = [](std::initializer_list<std::pair<int, int>> cells) {
         const std::vector<std::pair<int, int>> all(cells);
         return plain_figures(surface_of(10, 10, 1, 1,
-                                           [all](int i, int j) {
-                                               for (const auto& [row, column] : all) {
-                                                   if (row == i && column == j) {
-                                                       return 1.0;
-                                                   }
-                                               }
-                                               return 50.0;
-                                           }),
-                                600, 800);
+                                        [all](int i, int j) {
+                                            for (const auto& [row, column] : all) {
+                                                if (row == i && column == j) {
+                                                    return 1.0;
+                                                }
+                                            }
+                                            return 50.0;
+                                        }),
+                             600, 800);
     };
     EXPECT_EQ(plain_figures(surface_of(10, 10, 1, 1, [](int, int) { return 7.0; }), 600, 800).dx, 0.0F);
     EXPECT_EQ(ties({{5, 4}, {5, 6}}).dx, 1.0F) << "columns to the right first";
@@ -143,6 +143,99 @@ TEST(Surface, AmbiguityCountsErrorsUpToTwiceTheLeast) {
     EXPECT_EQ(figures.value, 400) << "10 per mille of 25 cells";
     EXPECT_EQ(plain_figures(surface_of(4, 4, 1, 1, [](int, int) { return 3.0; }), 600, 800).ambiguity, 24)
         << "never all of them";
+}
+
+// --- The exact vertex ------------------------------------------------------------------------------
+
+/// The figures of the exact rule.
+SurfaceFigures vertex_figures(const ErrorSurface& surface) {
+    return evaluate_surface(surface, 600, 800, SubPixel::vertex);
+}
+
+/// Coefficients of `least + xx u^2 + xy u v + yy v^2`, u columns and v rows from the lowest point.
+struct Paraboloid {
+    double row;
+    double column;
+    double xx;
+    double xy;
+    double yy;
+    double least = 10.0;
+
+    double operator()(int i, int j) const {
+        const double u = j - column;
+        const double v = i - row;
+        return least + xx * u * u + xy * u * v + yy * v * v;
+    }
+};
+
+TEST(Vertex, IsThatOfATiltedParaboloidInBothAxesAndStepSizes) {
+    for (const Paraboloid& bowl : {Paraboloid{10.3, 10.4, 12, 0, 30}, Paraboloid{10.3, 9.6, 12, 10, 30},
+                                   Paraboloid{9.7, 10.2, 30, -25, 12}, Paraboloid{10.45, 10.1, 3, 3, 4}}) {
+        struct Steps {
+            int y;
+            int x;
+        };
+        for (const auto& [y, x] : {Steps{1, 1}, Steps{2, 3}, Steps{3, 2}}) {
+            const SurfaceFigures figures = vertex_figures(surface_of(20 * y, 20 * x, y, x, bowl));
+            EXPECT_NEAR(figures.dy, y * (bowl.row - 10.0), 1e-4) << bowl.xy << " step " << y;
+            EXPECT_NEAR(figures.dx, x * (bowl.column - 10.0), 1e-4) << bowl.xy << " step " << x;
+        }
+    }
+}
+
+struct NineErrors {
+    const char* name;
+    double errors[3][3];  ///< [row][column] round the least one; all others are 200.
+    double dx;            ///< Of a parabola along each axis, steps.
+    double dy;
+};
+
+TEST(Vertex, WithoutALowestPointWithinAStepEachAxisHasAParabolaOfItsOwn) {
+    for (const NineErrors& nine :
+         {NineErrors{"saddle", {{21, 33, 60}, {24, 20, 22}, {60, 37, 21}}, 1.0 / 6.0, -2.0 / 30.0},
+          NineErrors{
+              "bent down along the rows", {{21, 80, 60}, {24, 20, 22}, {60, 90, 21}}, 1.0 / 6.0, -1.0 / 26.0},
+          NineErrors{
+              "lowest point far to the right", {{38, 26, 21}, {23.5, 20, 20.5}, {38, 30, 21}}, 0.375, -0.125},
+          NineErrors{
+              "lowest point far above", {{38, 23.5, 38}, {26, 20, 30}, {21, 20.5, 21}}, -0.125, 0.375}}) {
+        const auto errors = [&nine](int i, int j) {
+            const bool near = std::abs(i - 10) <= 1 && std::abs(j - 10) <= 1;
+            return near ? nine.errors[i - 9][j - 9] : 200.0;
+        };
+        const SurfaceFigures figures = vertex_figures(surface_of(40, 60, 2, 3, errors));
+        EXPECT_NEAR(figures.dx, 3 * nine.dx, 1e-5) << nine.name;
+        EXPECT_NEAR(figures.dy, 2 * nine.dy, 1e-5) << nine.name;
+        EXPECT_EQ(figures.looseness, 2000.0F) << nine.name << ": nothing holds the height";
+    }
+}
+
+TEST(Vertex, BesideTheEndOfTheSearchTheWholeStepStays) {
+    for (const auto& [row, column] : {std::pair(0.0, 10.3), {20.0, 10.3}, {10.3, 0.0}, {10.3, 20.0}}) {
+        const SurfaceFigures figures = vertex_figures(surface_of(20, 20, 1, 1, bowl(row, column)));
+        EXPECT_EQ(figures.dx, std::floor(column) - 10.0);
+        EXPECT_EQ(figures.dy, std::floor(row) - 10.0);
+        EXPECT_EQ(figures.looseness, 1000.0F);
+    }
+    const auto cut = [](int i, int j) { return i == 9 && j == 9 ? kNoOverlap : bowl(10.3, 10.4)(i, j); };
+    EXPECT_EQ(vertex_figures(surface_of(20, 20, 1, 1, cut)).dy, 0.0F) << "a missing corner counts as well";
+}
+
+TEST(Looseness, IsTheHeightThatDoublesTheErrorWithTheOtherAxisFree) {
+    const auto looseness = [](const Paraboloid& p, int step_y = 1) {
+        return vertex_figures(surface_of(20 * step_y, 20, step_y, 1, p)).looseness;
+    };
+    EXPECT_NEAR(looseness({10, 10, 44, 0, 44}), std::sqrt(11.0 / 44.0), 1e-4) << "steep: half a row";
+    EXPECT_NEAR(looseness({10, 10, 44, 0, 44}, 3), 3 * std::sqrt(11.0 / 44.0), 1e-4) << "in pixels";
+    EXPECT_NEAR(looseness({10, 10, 0.01, 0, 0.01}), std::sqrt(11.0 / 0.01), 0.5) << "flat";
+    const float vertical_edge = looseness({10, 10, 80, 0, 0.001});
+    const float horizontal_edge = looseness({10, 10, 0.001, 0, 80});
+    EXPECT_GT(vertical_edge, 50.0F) << "slides in height";
+    EXPECT_LT(horizontal_edge, 0.4F) << "slides sideways, the height is held";
+    // On an edge that leans both axes look steep; only the cross term tells.
+    EXPECT_GT(looseness({10, 10, 40, -79.99, 40}), 20.0F);
+    EXPECT_LT(looseness({10, 10, 40, 0, 40}), 0.6F);
+    EXPECT_EQ(vertex_figures(surface_of(20, 20, 1, 1, [](int, int) { return 7.0; })).looseness, 1000.0F);
 }
 
 TEST(Profile, FigureIsTheFlankThatRisesLess) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <numbers>
 
 #include "platform/cpu.h"
 
@@ -34,7 +35,7 @@ double noise(double x, double y, int salt) {
     return below * (1.0 - v) + above * v;
 }
 
-void draw(const Picture& out, const DisplacementField& field, double scale) {
+void draw(const Picture& out, const DisplacementField& field, const Surface& surface) {
 #pragma omp parallel for schedule(static)
     for (int row = 0; row < out.height; ++row) {
         for (int column = 0; column < out.width; ++column) {
@@ -49,7 +50,7 @@ void draw(const Picture& out, const DisplacementField& field, double scale) {
             }
             for (int c = 0; c < kPixelBytes; ++c) {
                 out.pixel(column, row)[c] =
-                    static_cast<std::uint8_t>(std::lround(20.0 + 215.0 * texture(x, y, c, scale)));
+                    static_cast<std::uint8_t>(std::lround(20.0 + 215.0 * surface(x, y, c)));
             }
         }
     }
@@ -64,11 +65,20 @@ double texture(double x, double y, int channel, double scale) {
            0.25 * noise(sx / 4.3, sy / 3.7, 9 + channel);
 }
 
+double chequers(double x, double y, double period) {
+    const double turn = 2.0 * std::numbers::pi / period;
+    return 0.5 + 0.5 * std::sin(turn * x) * std::sin(turn * y);
+}
+
 TexturePair::TexturePair(int width, int height, const DisplacementField& field, double scale)
+    : TexturePair(width, height, field,
+                  [scale](double x, double y, int channel) { return texture(x, y, channel, scale); }) {}
+
+TexturePair::TexturePair(int width, int height, const DisplacementField& field, const Surface& surface)
     : left(Bitmap::create(width, height)), right(Bitmap::create(width, height)) {
     draw(
-        left.picture(), [](double, double) { return Displacement{}; }, scale);
-    draw(right.picture(), field, scale);
+        left.picture(), [](double, double) { return Displacement{}; }, surface);
+    draw(right.picture(), field, surface);
 }
 
 ParameterSet analysis_parameters() {

@@ -18,10 +18,17 @@ using DisplacementField = std::function<Displacement(double x, double y)>;
 /// A fixed texture without repetition or symmetry, of details from about 4 to 60 pixels at `scale` 1.
 [[nodiscard]] double texture(double x, double y, int channel, double scale = 1.0);
 
+/// Brightness of 0 to 1 at a point, from the middle of the left view in pixels.
+using Surface = std::function<double(double x, double y, int channel)>;
+
+/// Soft light and dark fields of `period` pixels for one of each, in both directions.
+[[nodiscard]] double chequers(double x, double y, double period);
+
 /// A pair of bitmaps with one texture, the right view displaced by the field.
 class TexturePair {
 public:
     TexturePair(int width, int height, const DisplacementField& field, double scale = 1.0);
+    TexturePair(int width, int height, const DisplacementField& field, const Surface& surface);
 
     [[nodiscard]] StereoPicture pictures() const { return {left.picture(), right.picture()}; }
     [[nodiscard]] StereoPicture exchanged() const { return {right.picture(), left.picture()}; }

@@ -1,0 +1,281 @@
+// The estimates out of measured cells: the first grid with false matches, the cells that the fit rejects, and
+// a robust round on a pair.
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+
+#include "analysis/phases.h"
+#include "tests/analysis/texture_pair.h"
+
+namespace zemora {
+namespace {
+
+using testing::analysis_parameters;
+using testing::Displacement;
+using testing::TexturePair;
+
+constexpr int kWidth = 800;
+constexpr int kHeight = 600;
+
+// --- The first grid --------------------------------------------------------------------------------
+
+constexpr float kFirstHeight = -1.5F;
+constexpr float kFirstSize = 0.003F;
+constexpr float kTellingSpread = 0.01F * kWidth;  ///< Pixels; from here on the start counts as doubtful.
+
+/// Nine valid cells of a true correction.
+AnalysisState first_grid() {
+    AnalysisState state(analysis_parameters());
+    for (std::size_t k = 0; k < 9; ++k) {
+        const std::size_t i = k / 3;
+        const std::size_t j = k % 3;
+        state.CQOK3[i][j] = 1;
+        state.middle_x[i][j] = static_cast<int>(134 + 266 * j);
+        state.middle_y[i][j] = static_cast<int>(118 + 182 * i);
+        const auto y = static_cast<float>(state.middle_y[i][j] - kHeight / 2);
+        state.ErrorPixel_y[i][j] = kFirstHeight + kFirstSize * y + (j == 1 ? 0.2F : -0.1F);
+        state.ErrorPixel_x[i][j] = -12.0F;
+    }
+    return state;
+}
+
+void estimate_first(AnalysisState& state) {
+    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, kFirstGrid, kFirstGrid, AnalysePhase::first_grid),
+              EstimateStatus::done);
+}
+
+void expect_first_terms(const AnalysisState& state) {
+    EXPECT_NEAR(state.values.height, kFirstHeight, 0.4);
+    EXPECT_NEAR(state.values.size, kFirstSize, 0.001);
+}
+
+TEST(FirstGrid, TwoFalseCellsOfNineMakeNoSize) {
+    for (const bool robust : {true, false}) {
+        AnalysisState state = first_grid();
+        state.robust = robust;
+        state.ErrorPixel_y[2][0] = -43.0F;
+        state.ErrorPixel_y[1][2] = 18.0F;
+        estimate_first(state);
+        if (robust) {
+            expect_first_terms(state);
+            EXPECT_NEAR(state.first_grid_spread, 42.0F, 1.0F) << "the worst cell is told";
+        } else {
+            EXPECT_LT(state.values.size, -0.03F) << "the plain rule follows them";
+        }
+    }
+}
+
+TEST(FirstGrid, SoundCellsHaveNoSpread) {
+    AnalysisState state = first_grid();
+    estimate_first(state);
+    expect_first_terms(state);
+    EXPECT_LT(state.first_grid_spread, 1.0F);
+}
+
+TEST(FirstGrid, OneFalseCellAnywhereDoesNoHarm) {
+    for (std::size_t k = 0; k < 9; ++k) {
+        for (const float error : {-40.0F, -6.0F, 18.0F, 43.0F}) {
+            AnalysisState state = first_grid();
+            state.ErrorPixel_y[k / 3][k % 3] += error;
+            estimate_first(state);
+            SCOPED_TRACE(::testing::Message() << "cell " << k << " off by " << error);
+            expect_first_terms(state);
+            EXPECT_NEAR(state.first_grid_spread, std::fabs(error), 1.0F);
+        }
+    }
+}
+
+TEST(FirstGrid, TwoFalseCellsDoNoHarmOrAreTold) {
+    int harmless = 0;
+    int told = 0;
+    for (std::size_t a = 0; a < 9; ++a) {
+        for (std::size_t b = 0; b < a; ++b) {
+            for (const float sign : {1.0F, -1.0F}) {
+                AnalysisState state = first_grid();
+                state.ErrorPixel_y[a / 3][a % 3] += 18.0F;
+                state.ErrorPixel_y[b / 3][b % 3] += 18.0F * sign;
+                estimate_first(state);
+                const bool right = std::fabs(state.values.size - kFirstSize) < 0.001F;
+                harmless += right ? 1 : 0;
+                told += state.first_grid_spread > kTellingSpread ? 1 : 0;
+                EXPECT_GT(state.first_grid_spread, kTellingSpread) << a << " and " << b << " " << sign;
+            }
+        }
+    }
+    EXPECT_EQ(told, 72);
+    EXPECT_GE(harmless, 54) << "all but two in one outer row, or two that tilt it";
+}
+
+// --- The cells of phase 3 --------------------------------------------------------------------------
+
+constexpr float kSkew = 0.003F;  ///< Vergence V of the cells, radians.
+
+/// A valid 10 x 10 grid of a true correction; disparities of -9 to 9.
+AnalysisState full_grid(const ParameterSet& parameters) {
+    AnalysisState state(parameters);
+    for (std::size_t i = 0; i < kGeometryGrid; ++i) {
+        for (std::size_t j = 0; j < kGeometryGrid; ++j) {
+            state.CQOK3[i][j] = 1;
+            state.middle_x[i][j] = static_cast<int>(61 + 71 * j);
+            state.middle_y[i][j] = static_cast<int>(51 + 55 * i);
+            const auto x = static_cast<float>(state.middle_x[i][j] - kWidth / 2);
+            const auto y = static_cast<float>(state.middle_y[i][j] - kHeight / 2);
+            state.ErrorPixel_y[i][j] = 3.0F + kSkew * x * y / (kWidth / 2);
+            state.ErrorPixel_x[i][j] = static_cast<float>(2 * static_cast<int>(j) - 9);
+        }
+    }
+    state.corner_coverage = 1;
+    return state;
+}
+
+void estimate_full(AnalysisState& state) {
+    ASSERT_EQ(estimate_geometry(state, kHeight, kWidth, kGeometryGrid, kGeometryGrid, AnalysePhase::geometry),
+              EstimateStatus::done);
+}
+
+int valid_cells(const AnalysisState& state) {
+    int count = 0;
+    for (const auto& row : state.CQOK3) {
+        count += static_cast<int>(std::count(row.begin(), row.end(), 1));
+    }
+    return count;
+}
+
+TEST(RejectedCells, LeaveTheValidOnesAndTheDisparities) {
+    AnalysisState state = full_grid(analysis_parameters());
+    // Two false matches would be near and far point, a third one the right edge.
+    const std::array<std::array<std::size_t, 2>, 3> cells = {{{4, 2}, {6, 7}, {3, 9}}};
+    const std::array<float, 3> disparities = {-60.0F, 80.0F, -40.0F};
+    for (std::size_t k = 0; k < cells.size(); ++k) {
+        state.ErrorPixel_x[cells[k][0]][cells[k][1]] = disparities[k];
+        state.ErrorPixel_y[cells[k][0]][cells[k][1]] += 7.0F;
+    }
+    estimate_full(state);
+    EXPECT_EQ(valid_cells(state), 97);
+    for (const auto& [i, j] : cells) {
+        EXPECT_EQ(state.CQOK3[i][j], 0);
+    }
+    EXPECT_FLOAT_EQ(state.rejected_share, 0.03F);
+    EXPECT_EQ(state.disparity.near_point, -9.0F);
+    EXPECT_EQ(state.disparity.far_point, 9.0F);
+    EXPECT_NEAR(state.values.shift, 0.0F, 0.15F);
+    EXPECT_NEAR(state.values.height, 3.0F, 0.01F);
+
+    state.robust = false;  // the plain rule believes what phase 3 found
+    state.CQOK3[4][2] = 1;
+    estimate_full(state);
+    EXPECT_EQ(valid_cells(state), 98);
+    EXPECT_EQ(state.disparity.near_point, -60.0F);
+}
+
+TEST(RejectedCells, CornersAreAskedAgainWithoutThem) {
+    for (const int wanted : {1, 2}) {
+        ParameterSet parameters = analysis_parameters();
+        parameters.estimate_vergence_v = wanted;
+        AnalysisState sound = full_grid(parameters);
+        estimate_full(sound);
+        EXPECT_NEAR(sound.values.vergence_v, kSkew, 1e-4);
+        EXPECT_EQ(sound.corner_coverage, 1);
+        EXPECT_EQ(sound.rejected_share, 0.0F);
+
+        AnalysisState state = full_grid(parameters);
+        for (std::size_t i = 6; i < kGeometryGrid; ++i) {
+            for (std::size_t j = 6; j < kGeometryGrid; ++j) {
+                state.ErrorPixel_y[i][j] -= 20.0F;
+            }
+        }
+        estimate_full(state);
+        EXPECT_EQ(state.CQOK3[9][9], 0);
+        EXPECT_EQ(state.corner_coverage, 0) << "a corner of false matches is none";
+        if (wanted == 2) {
+            EXPECT_EQ(state.values.vergence_v, 0.0F) << "wanted with all corners only";
+        } else {
+            EXPECT_NEAR(state.values.vergence_v, kSkew, 1e-3);
+        }
+        EXPECT_NEAR(state.values.height, 3.0F, 0.2F);
+        EXPECT_GE(state.rejected_share, 0.16F);
+    }
+}
+
+// --- A robust round of phase 3 ---------------------------------------------------------------------
+
+/// Misaligned by two terms; a plate in front of a corner is another scene, which no correction fits.
+TexturePair pair_with_a_foreign_corner() {
+    return {kWidth, kHeight, [](double x, double y) {
+                const bool foreign = x > 180.0 && y < -100.0;
+                return Displacement{8.0 * std::sin(x / 90.0), 1.0 + 0.01 * x + (foreign ? 5.0 : 0.0)};
+            }};
+}
+
+TEST(RobustRound, IsExactBesideACornerThatFitsNoCorrection) {
+    const TexturePair pair = pair_with_a_foreign_corner();
+    AnalysisState state(analysis_parameters());
+    ASSERT_EQ(analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 1, false, true}, {}),
+              AnalyseStatus::done);
+    estimate_full(state);
+    EXPECT_NEAR(state.values.height, 1.0, 0.05);
+    EXPECT_NEAR(state.values.rotation * kWidth / 2, 4.0, 0.1);
+    EXPECT_NEAR(state.values.size * kHeight / 2, 0.0, 0.1);
+    EXPECT_NEAR(state.values.vergence_v * kHeight / 2, 0.0, 0.1);
+    EXPECT_NEAR(state.values.vergence_h * kHeight / 2, 0.0, 0.1);
+    EXPECT_GT(state.rejected_share, 0.04F);
+    EXPECT_LT(state.rejected_share, 0.2F);
+}
+
+TEST(RobustRound, GivesTheSameNumbersForAnyThreads) {
+    const TexturePair pair = pair_with_a_foreign_corner();
+    const int threads = omp_get_max_threads();
+    const auto measured = [&pair](int count) {
+        omp_set_num_threads(count);
+        AnalysisState state(analysis_parameters());
+        (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 1, false, true}, {});
+        estimate_full(state);
+        return state;
+    };
+    const AnalysisState one = measured(1);
+    const AnalysisState two = measured(2);
+    omp_set_num_threads(threads);
+    EXPECT_EQ(one.ErrorPixel_x, two.ErrorPixel_x);
+    EXPECT_EQ(one.ErrorPixel_y, two.ErrorPixel_y);
+    EXPECT_EQ(one.looseness, two.looseness);
+    EXPECT_EQ(one.CQOK3, two.CQOK3);
+    EXPECT_EQ(one.values.height, two.values.height);
+    EXPECT_EQ(one.values.shift, two.values.shift);
+    EXPECT_EQ(one.values.size, two.values.size);
+    EXPECT_EQ(one.values.rotation, two.values.rotation);
+    EXPECT_EQ(one.values.vergence_v, two.values.vergence_v);
+    EXPECT_EQ(one.values.vergence_h, two.values.vergence_h);
+    EXPECT_EQ(one.residual_rms, two.residual_rms);
+    EXPECT_EQ(one.disparity.near_point, two.disparity.near_point);
+}
+
+TEST(RobustRound, TexturedPicturesGetTilesOfHalfTheSideAtFullSize) {
+    constexpr int kLarge = 1600;
+    const auto first_middle = [](bool robust, bool reduced, double contrast) {
+        const TexturePair pair(
+            kLarge, kLarge / 2,
+            [](double, double) {
+                return Displacement{3.0, 0.0};
+            },
+            [contrast](double x, double y, int channel) {
+                return contrast * testing::texture(x, y, channel, 3.0);
+            });
+        AnalysisState state(analysis_parameters());
+        state.robust = robust;
+        (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 1, false, true}, {});
+        (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 2, false, reduced}, {});
+        return state.middle_x[0][0];
+    };
+    const int whole = first_middle(false, false, 1.0);
+    EXPECT_EQ(first_middle(true, false, 1.0), whole - kLarge * 2 / 21 / 4);
+    EXPECT_EQ(first_middle(true, false, 0.1), whole) << "hardly any texture";
+    EXPECT_EQ(first_middle(true, true, 1.0), first_middle(false, true, 1.0)) << "a reduced picture";
+}
+
+}  // namespace
+}  // namespace zemora
