@@ -24,6 +24,8 @@ constexpr double kDegree = kRadiansPerDegree;
 enum class Demand {
     mount,
     refuse_or_mount,  ///< Nothing tells its height for sure: no picture is right, a wrong one is not.
+    /// Its height shows in few places, or in many at once: it may come out worse, but then that is told.
+    mount_or_tell,
 };
 
 struct HardPair {
@@ -85,8 +87,9 @@ SceneErrors errors_of(double factor, int height) {
 }
 
 void show(const HardPair& pair, const char* variant, const MountedScene& m) {
-    std::printf("%-12s %-6s rounds %2d  status %2d  model %5.2f px", pair.name, variant,
-                std::max(m.iterations, 0), static_cast<int>(m.status),
+    constexpr const char* kTold[] = {"good", "visible", "do not use", "unchecked"};
+    std::printf("%-12s %-6s rounds %2d  status %2d  told %-10s  model %5.2f px", pair.name, variant,
+                std::max(m.iterations, 0), static_cast<int>(m.status), kTold[static_cast<int>(m.told)],
                 static_cast<double>(m.residual_rms_px));
     if (m.mounted) {
         std::printf("  |dy| mean %7.3f  median %7.3f  p95 %7.3f  floor mean %.3f  p95 %.3f px  places %4d",
@@ -102,12 +105,25 @@ MountOptions chosen_rule() {
     return mount;
 }
 
+/// An error that eyes would see must not be told as good. The verdict changes at a thousandth of the height;
+/// its tiles are not those of the truth, so half as much again is allowed.
+void expect_told(const MountedScene& mounted, int height) {
+    constexpr double kVisible = 1.5 / 1000.0;
+    if (mounted.seen_p95_px > kVisible * height) {
+        EXPECT_TRUE(mounted.told != HeightVerdict::good || mounted.status != StatusCode::success);
+    }
+}
+
 /// Mounts, shows and judges one pair.
 void expect_good(const HardPair& pair, const char* variant, double factor, std::uint32_t seed) {
     const MountedScene mounted =
         mount_scene(options_of(pair, seed), errors_of(factor, pair.height), chosen_rule());
     show(pair, variant, mounted);
-    if (pair.demand == Demand::refuse_or_mount && !is_written(mounted.status)) {
+    if (pair.demand != Demand::mount && !is_written(mounted.status)) {
+        return;
+    }
+    if (pair.demand == Demand::mount_or_tell) {
+        expect_told(mounted, pair.height);
         return;
     }
     ASSERT_TRUE(mounted.mounted) << "status " << static_cast<int>(mounted.status);
@@ -123,22 +139,23 @@ constexpr auto kBars = SurfacePattern::bars;
 constexpr auto kBricks = SurfacePattern::bricks;
 constexpr Demand kMount = Demand::mount;
 constexpr Demand kEither = Demand::refuse_or_mount;
+constexpr Demand kTell = Demand::mount_or_tell;
 constexpr HardPair kPairs[] = {
     // name        width height  near  far obj.  flat  text.  pattern  barrel  demand  floor  px
     {"deep_5",      2304, 1728,   -50,   0, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
     {"deep_10",     2304, 1728,  -100,   8, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
-    {"deep_16",     2304, 1728,  -160,   0, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
-    {"deep_16_far", 2304, 1728,  -160,   8, 30, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
-    {"flat",        2000, 1500,   -12,   8, 14, true,  1.00, kNone,     0.00, kMount,  1.25, 0.05},
-    {"flat_crowd",  2000, 1500,   -50,   8, 60, true,  1.00, kNone,     0.00, kMount,  1.25, 0.05},
+    {"deep_16",     2304, 1728,  -160,   0, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.10},
+    {"deep_16_far", 2304, 1728,  -160,   8, 30, false, 1.00, kNone,     0.00, kMount,  1.25, 0.10},
+    {"flat",        2000, 1500,   -12,   8, 14, true,  1.00, kNone,     0.00, kTell,   1.25, 0.05},
+    {"flat_crowd",  2000, 1500,   -50,   8, 60, true,  1.00, kNone,     0.00, kTell,   1.25, 0.05},
     {"chequers",    2000, 1500,   -12,   8, 14, false, 1.00, kChequers, 0.00, kMount,  1.25, 0.05},
-    {"bars",        2000, 1500,   -12,   8, 14, false, 1.00, kBars,     0.00, kMount,  1.25, 0.05},
+    {"bars",        2000, 1500,   -12,   8, 14, false, 1.00, kBars,     0.00, kTell,   1.25, 0.05},
     {"bricks",      2000, 1500,   -12,   8, 14, false, 1.00, kBricks,   0.00, kMount,  1.25, 0.05},
     {"deep_chequer",2000, 1500,  -100,   0, 14, false, 1.00, kChequers, 0.00, kMount,  1.25, 0.05},
     {"deep_bricks", 2000, 1500,  -100,   0, 14, false, 1.00, kBricks,   0.00, kMount,  1.25, 0.05},
     {"barrel",      2304, 1728,   -12,   8, 14, false, 1.00, kNone,     0.05, kMount,  1.25, 0.05},
     {"deep_barrel", 2304, 1728,   -50,   0, 14, false, 1.00, kNone,     0.05, kMount,  1.25, 0.05},
-    {"faint",       2000, 1500,   -12,   8, 14, false, 0.05, kNone,     0.00, kMount,  1.25, 0.05},
+    {"faint",       2000, 1500,   -12,   8, 14, false, 0.05, kNone,     0.00, kTell,   1.25, 0.05},
     {"strip",       3000,  400,   -12,   8, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
     {"small",        300,  200,   -12,   8, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
     {"portrait",    1200, 1600,   -12,   8, 14, false, 1.00, kNone,     0.00, kMount,  1.25, 0.05},
@@ -155,6 +172,18 @@ constexpr Amount kAmounts[] = {{"none", 0.0}, {"plus", 1.0}, {"minus", -1.0}};
 constexpr std::uint32_t kOtherSeeds[] = {3, 5};
 #endif
 // clang-format on
+
+TEST(FlatObjects, WithoutErrorsGetNextToNoCorrection) {
+    const HardPair* flat =
+        std::find_if(std::begin(kPairs), std::end(kPairs), [](const HardPair& p) { return p.flat; });
+    const MountedScene mounted =
+        mount_scene(options_of(*flat, kSeed), errors_of(0.0, flat->height), chosen_rule());
+    show(*flat, "none", mounted);
+    ASSERT_TRUE(mounted.mounted);
+    EXPECT_NEAR(mounted.correction.size, 0.0, 5e-4);
+    EXPECT_NEAR(mounted.correction.vergence_h_rad / kDegree, 0.0, 0.05);
+    EXPECT_LT(mounted.mean_dy_px, 0.12);
+}
 
 class HardPairs : public testing::TestWithParam<std::tuple<HardPair, Amount>> {};
 

@@ -156,6 +156,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     ParameterSet parameters;
     parameters.input_mode = 0;
     parameters.verbose_mode = 0;
+    parameters.report_mode = 0;
     parameters.stop_at_error = 0;
     parameters.meta_transfer = 0;
     parameters.path_of_images = temporary_folder();
@@ -186,6 +187,11 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     result.status = pair.status;
     if (result.mounted && mount.seed_of_right == 0) {
         judge(pipeline.warp, scene, result);
+    }
+    if (result.mounted && measure_result(pipeline, pair)) {
+        settle_trust(pair);
+        result.status = pair.status;
+        result.told = pair.heights ? judge_heights(*pair.heights, pair.deviation).verdict : result.told;
     }
     return result;
 }

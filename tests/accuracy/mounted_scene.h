@@ -6,6 +6,7 @@
 #include <string>
 
 #include "driver/pair_correction.h"
+#include "report/height_judgement.h"
 #include "scene.h"
 
 namespace zemora::test {
@@ -38,6 +39,8 @@ struct MountedScene {
     double floor_median_px = 0.0;
     double floor_p95_px = 0.0;
     float residual_rms_px = 0.0F;
+    /// What the program tells about its own result; unchecked by the plain rule.
+    HeightVerdict told = HeightVerdict::unchecked;
 };
 
 /// Renders, stores, mounts without output files, and measures by the scene's displacements how far
