@@ -10,10 +10,10 @@ namespace zemora {
 
 namespace {
 
-constexpr double kRowWeight = 2.0;       ///< Of the full correlation, in standard deviations of the votes.
-constexpr double kExchanged = -3.0;      ///< Both cues together at most,
-constexpr double kLeastContours = -1.5;  ///< and the contours alone.
-constexpr int kMargin = 4;               ///< Pixels that the range of a line goes beyond that of the cells.
+constexpr double kRowWeight = 2.0;        ///< Of the full correlation, in standard deviations of the votes.
+constexpr double kExchanged = -3.5;       ///< Both cues together at most,
+constexpr double kLeastContours = -1.75;  ///< and the contours alone.
+constexpr int kMargin = 4;                ///< Pixels that the range of a line goes beyond that of the cells.
 constexpr int kFewCells = 8;
 
 /// Calls `visit(row, disparity)` for the valid cells.

@@ -100,9 +100,9 @@ TEST(EyeOrder, ContoursDecideAndRowsOnlyHelp) {
         double rows;
         bool looks_exchanged;
     };
-    for (const Case& c : {Case{{10, 30}, 0.0, true}, Case{{10, 30}, 0.2, false}, Case{{2, 8}, -1.0, true},
-                          Case{{2, 8}, -0.4, false}, Case{{0, 0}, -1.0, false}, Case{{4, 7}, -1.0, false},
-                          Case{{0, 40}, 1.0, true}, Case{{30, 10}, -1.0, false}}) {
+    for (const Case& c : {Case{{9, 33}, 0.0, true}, Case{{9, 33}, 0.2, false}, Case{{2, 8}, -1.0, true},
+                          Case{{2, 8}, -0.7, false}, Case{{0, 0}, -1.0, false}, Case{{2, 7}, -1.0, false},
+                          Case{{0, 40}, 1.0, true}, Case{{33, 9}, -1.0, false}}) {
         EXPECT_EQ((EyeOrder{c.contours, c.rows}.looks_exchanged()), c.looks_exchanged)
             << c.contours.in_order << ":" << c.contours.exchanged << " rows " << c.rows;
     }
