@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
@@ -13,7 +14,6 @@ namespace zemora {
 namespace {
 
 // On the copies of phase 5.
-constexpr int kCopySide = 1024;         ///< Pixels of the longer side.
 constexpr double kHeightReach = 0.025;  ///< Of the copy's height, up and down.
 constexpr int kLeastReach = 8;          ///< Pixels, up and down.
 constexpr int kSideReach = 8;           ///< Pixels on either side of the disparities near by.
@@ -170,17 +170,6 @@ Match match_both_ways(const MeasuredPair& pair, const TileSearch& search, CellTo
     return there;
 }
 
-PictureSize copy_size(const StereoPicture& pair) {
-    const auto shorter = [](int length, int side) {
-        return static_cast<int>(
-            std::max<std::int64_t>(static_cast<std::int64_t>(length) * kCopySide / side, 1));
-    };
-    const int width = pair.left.width;
-    const int height = pair.left.height;
-    return width < height ? PictureSize{shorter(width, height), kCopySide}
-                          : PictureSize{kCopySide, shorter(height, width)};
-}
-
 /// What all tiles have in common.
 struct CheckedPair {
     CheckedPair(const AnalysisState& state_in, const StereoPicture& full_in, const StereoPicture& copy_in)
@@ -256,16 +245,12 @@ TileResult measure_tile(const CheckedPair& pair, int row, int column, CellTools&
 }  // namespace
 
 HeightCheck check_heights(const AnalysisState& state, const StereoPicture& pair, double scale) {
-    const PictureSize size = copy_size(pair);
-    const bool has_copies = state.disparity_width == size.width && state.working_left.width() >= size.width &&
-                            state.working_left.height() >= size.height;
-    if (!has_copies || std::min(size.width, size.height) < kDisparityTile ||
+    const std::optional<StereoPicture> copies = phases::disparity_copies(state, pair);
+    if (!copies || std::min(copies->left.width, copies->left.height) < kDisparityTile ||
         std::min(pair.left.width, pair.left.height) < kLeastFineTile) {
         return {};
     }
-    const StereoPicture copies{state.working_left.picture(size.width, size.height),
-                               state.working_right.picture(size.width, size.height)};
-    const CheckedPair checked(state, pair, copies);
+    const CheckedPair checked(state, pair, *copies);
     std::array<TileResult, kHeightCheckTiles> results;
     for_each_cell(kHeightCheckTiles, CellOrder::shared_out, {}, [&](int cell, CellTools& tools) {
         results[static_cast<std::size_t>(cell)] =

@@ -18,6 +18,8 @@ struct HeightCheck {
     double most_px = 0.0;    ///< |dy| that 95 % of the matched tiles stay below.
     double rough_px = 0.0;   ///< Median distance of a tile's dy from that of its neighbours.
     double height_px = 0.0;  ///< Of the finished picture.
+    double agreement =
+        1.0;  ///< Of the picture with its correction (`WideSearch::agreement`), where it was asked.
     double pixel_px = 1.0;  ///< Side of a pixel of finished picture or input, whichever is larger.
 };
 

@@ -217,6 +217,27 @@ void remove_lonely_extremes(AnalysisState& state) {
     }
 }
 
+PictureSize disparity_copy_size(const StereoPicture& pair) {
+    const auto shorter = [](int length, int side) {
+        return static_cast<int>(
+            std::max<std::int64_t>(static_cast<std::int64_t>(length) * kCopySide / side, 1));
+    };
+    const int width = pair.left.width;
+    const int height = pair.left.height;
+    return width < height ? PictureSize{shorter(width, height), kCopySide}
+                          : PictureSize{kCopySide, shorter(height, width)};
+}
+
+std::optional<StereoPicture> disparity_copies(const AnalysisState& state, const StereoPicture& pair) {
+    const PictureSize size = disparity_copy_size(pair);
+    if (state.disparity_width != size.width || state.working_left.width() < size.width ||
+        state.working_left.height() < size.height) {
+        return std::nullopt;
+    }
+    return StereoPicture{state.working_left.picture(size.width, size.height),
+                         state.working_right.picture(size.width, size.height)};
+}
+
 AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair, double centre_px,
                                 const AnalyseProgress& progress) {
     const int long_side = std::max(pair.left.width, pair.left.height);
@@ -225,11 +246,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
     if (short_side <= 0) {
         return AnalyseStatus::no_disparity;
     }
-    const int across = static_cast<int>(
-        std::max<std::int64_t>(static_cast<std::int64_t>(short_side) * kCopySide / long_side, 1));
-    const bool portrait = pair.left.width < pair.left.height;
-    const WorkingCopies copies =
-        make_copies(state, pair, portrait ? PictureSize{across, kCopySide} : PictureSize{kCopySide, across});
+    const WorkingCopies copies = make_copies(state, pair, disparity_copy_size(pair));
     if (!copies.made) {
         state.memory_failure = MemoryFailure::disparity_copy;
         return AnalyseStatus::no_memory;

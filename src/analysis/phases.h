@@ -1,6 +1,8 @@
 #pragma once
 /// The phases behind `analyse_phase`, one file each.
 
+#include <optional>
+
 #include "analysis/stereo_analyse.h"
 
 namespace zemora::phases {
@@ -35,6 +37,13 @@ struct WorkingCopies {
     bool made = false;
 };
 [[nodiscard]] WorkingCopies make_copies(AnalysisState& state, const StereoPicture& pair, PictureSize size);
+
+/// Size of the copies that phase 5 measures.
+[[nodiscard]] PictureSize disparity_copy_size(const StereoPicture& pair);
+
+/// The copies of `pair` that phase 5 left in `state`; none where they are not there or of another size.
+[[nodiscard]] std::optional<StereoPicture> disparity_copies(const AnalysisState& state,
+                                                            const StereoPicture& pair);
 
 /// Outliers of phase 3 lose their validity: cells far on the near side, and the cells with the
 /// largest and the smallest vertical displacement.

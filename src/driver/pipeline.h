@@ -124,6 +124,7 @@ struct PairRun {
     int output_height = 0;
     DisparityStatistics result;
     std::optional<HeightCheck> heights;  ///< Of the measured pair; none where the check is off.
+    bool looks_exchanged = false;        ///< The views, by near and far of the measured pair.
     std::vector<Doubt> doubts;           ///< What keeps the pair from being a success.
     double deviation = 0.0;
     double projected_deviation = 0.0;

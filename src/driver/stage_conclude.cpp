@@ -35,6 +35,7 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.correction = values_of(pair.correction);
     report.remaining = values_of(pair.remaining);
     report.heights = pair.heights;
+    report.looks_exchanged = pair.looks_exchanged;
     report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());
     report.original_near_px = pair.original_near_px;
     report.original_far_px = pair.original_far_px;

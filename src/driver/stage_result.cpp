@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "analysis/colormap.h"
+#include "analysis/eye_order.h"
 #include "driver/measuring.h"
 #include "numerics/rounding.h"
 #include "report/disparity_matrix.h"
@@ -46,12 +47,16 @@ void show_matrix(const Pipeline& pipeline) {
     voice.report_html(matrix.html);
 }
 
-/// What is left of the vertical errors, from the copies and disparities that the measurement just left.
+/// What is left of the vertical errors, and whether near and far look turned round, from the copies and
+/// disparities that the measurement just left.
 void check_result(const Pipeline& pipeline, PairRun& pair) {
     pair.heights.reset();
+    pair.looks_exchanged = false;
     if (pair.analysed && pipeline.parameters.robust_estimation != 0) {
         const WarpState& warp = pipeline.warp;
         pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.total_scale);
+        pair.heights->agreement = pair.wide_agreement;
+        pair.looks_exchanged = measure_eye_order(pipeline.analysis, warp.pair()).looks_exchanged();
         pair.rejected_share = pipeline.analysis.rejected_share;
     }
 }

@@ -14,6 +14,8 @@ constexpr double kLeastGood = 0.5;
 constexpr double kUnusableParts = 300.0;
 constexpr double kLeastUnusable = 1.5;
 
+constexpr double kLeastAgreement = 0.5;  // below it another correction may be the right one
+
 constexpr int kLeastMatched = 6;  // tiles that make a check
 
 // Facts of the causes.
@@ -73,14 +75,15 @@ HeightVerdict verdict_of(const HeightCheck& check) {
     if (check.most_px > limit(kUnusableParts, kLeastUnusable)) {
         return HeightVerdict::unusable;
     }
-    return check.most_px > limit(kGoodParts, kLeastGood) ? HeightVerdict::visible : HeightVerdict::good;
+    const bool is_good = check.most_px <= limit(kGoodParts, kLeastGood) && check.agreement >= kLeastAgreement;
+    return is_good ? HeightVerdict::good : HeightVerdict::visible;
 }
 
 HeightCause cause_of(const HeightCheck& check, double depth) {
     if (check.tiles < kFewTiles) {
         return HeightCause::sharpness;
     }
-    if (check.ambiguous * kAmbiguousParts >= check.tiles) {
+    if (check.ambiguous * kAmbiguousParts >= check.tiles || check.agreement < kLeastAgreement) {
         return HeightCause::pattern;
     }
     if (depth > kVeryDeep) {

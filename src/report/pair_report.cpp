@@ -206,12 +206,23 @@ std::vector<RowBlock> blocks_of(const PairFacts& facts) {
     return blocks;
 }
 
+std::string exchange_warning(const MessageCatalogue& messages) {
+    return messages.either(
+        "Attention: left and right view may be exchanged, near and far look turned round (InverseInput "
+        "exchanges the views).\n",
+        "Achtung: linke und rechte Ansicht sind vielleicht vertauscht, nah und fern wirken verkehrt "
+        "(InverseInput vertauscht die Ansichten).\n");
+}
+
 /// The judgement, and what a pair that has not quite converged is told.
 std::vector<std::string> sentences_of(const PairFacts& facts) {
     std::vector<std::string> sentences =
         judgement_texts(facts.judgement, facts.settings.projection_ratio, facts.messages);
     if (facts.report.heights && facts.heights().cause != HeightCause::none) {
         sentences.push_back(height_remedy(facts.heights().cause, facts.messages));
+    }
+    if (facts.report.looks_exchanged) {
+        sentences.push_back(exchange_warning(facts.messages));
     }
     if (!facts.report.doubt.empty()) {
         sentences.push_back(facts.report.doubt);
@@ -267,7 +278,8 @@ std::string quiet_text(const PairFacts& facts) {
         return {};
     }
     const RowBlock check = check_block(facts);
-    return text_of(RowBlock{{}, {}, check.rows}) + facts.report.doubt;
+    return text_of(RowBlock{{}, {}, check.rows}) +
+           (facts.report.looks_exchanged ? exchange_warning(facts.messages) : "") + facts.report.doubt;
 }
 
 /// The mount failure and what can be tried against it.

@@ -28,6 +28,7 @@ struct ImageReport {
     double original_far_px = 0.0;
     CorrectionValues remaining;  ///< The last step of the iteration.
     std::optional<HeightCheck> heights = {};  ///< Of the finished pair, where it was checked.
+    bool looks_exchanged = false;            ///< Near and far look turned round; only a warning.
     std::string doubt = {};                  ///< Why a pair that has settled is no success; a line, or empty.
     double near_px = 0.0;        ///< Output pixels, after the correction.
     double far_px = 0.0;

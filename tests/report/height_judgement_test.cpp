@@ -42,6 +42,15 @@ TEST(HeightJudgement, FewTilesAreNoCheckHoweverGoodTheyAre) {
     EXPECT_EQ(judge_heights(check, kFlat).cause, HeightCause::unclear);
 }
 
+TEST(HeightJudgement, WhereThePictureIsDividedNoErrorIsGood) {
+    HeightCheck check = check_of(0.1);
+    check.agreement = 0.51;
+    EXPECT_EQ(judge_heights(check, kFlat).verdict, HeightVerdict::good);
+    check.agreement = 0.49;
+    EXPECT_EQ(judge_heights(check, kFlat).verdict, HeightVerdict::visible);
+    EXPECT_EQ(judge_heights(check, kFlat).cause, HeightCause::pattern);
+}
+
 struct CauseCase {
     HeightCause cause;
     int tiles;

@@ -238,6 +238,23 @@ TEST(PairReport, RemainingHeightStandsInAllThreePlacesAtEveryVerbosity) {
               "der Eingabe): gut\n"));
 }
 
+TEST(PairReport, ExchangedViewsAreAWarningInAllThreePlacesAtEveryVerbosity) {
+    ImageReport report = checked(0.31, 0.8);
+    report.looks_exchanged = true;
+    const std::string warning =
+        "Attention: left and right view may be exchanged, near and far look turned round (InverseInput "
+        "exchanges the views).\n";
+    for (const int verbose : {0, 1, 2}) {
+        const Told told = told_pair(settings_of(verbose), report);
+        EXPECT_TRUE(holds(told.text, warning)) << told.text;
+        EXPECT_EQ(told.console, verbose == 0 ? told.console : told.text);
+        EXPECT_TRUE(verbose > 0 || told.console.ends_with("good\n" + warning)) << told.console;
+        EXPECT_TRUE(holds(told.html, "may be exchanged"));
+    }
+    EXPECT_TRUE(holds(told(write_image_report, settings_of(0), report, Language::german).console,
+                      "Achtung: linke und rechte Ansicht sind vielleicht vertauscht,"));
+}
+
 TEST(PairReport, RemedyAndDoubtStandBeforeTheReserve) {
     ImageReport report = checked(2.0, 4.0);
     report.status = 4;
