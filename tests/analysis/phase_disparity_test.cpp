@@ -134,6 +134,9 @@ TEST(DisparitySearch, ReachesAFifthOfTheWidthFromACentreOfItsOwn) {
         EXPECT_GT(state.disparity.far_point - state.disparity.near_point, 30.0) << "a depth, not a point";
         EXPECT_NEAR(state.disparity.centre_disparity, middle, 6.0);
         EXPECT_FALSE(state.disparity_end_reached);
+        // The match of a left tile there would lie outside: only the right view's tiles can be found.
+        const std::size_t last = middle > 0.0 ? kGridMax - 1 : 0;
+        EXPECT_EQ(state.CQOK5[8][last], 1) << "both directions search round the centre";
         const AnalysisState uncentred = searched(pair, 0.0, status);
         EXPECT_TRUE(status == AnalyseStatus::no_disparity ||
                     std::fabs(uncentred.disparity.centre_disparity - middle) > 60.0)
