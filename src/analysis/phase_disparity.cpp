@@ -191,8 +191,11 @@ void remove_lonely_extremes(AnalysisState& state) {
         }
         return false;
     };
+    const Grid<int> before = state.CQOK5;
+    int left = 0;
     for (bool goes_on = true; goes_on;) {
         goes_on = false;
+        left = 0;
         float low = std::numeric_limits<float>::max();
         float high = std::numeric_limits<float>::lowest();
         for_valid_cells(state, [&](int i, int j) {
@@ -202,11 +205,15 @@ void remove_lonely_extremes(AnalysisState& state) {
         });
         for_valid_cells(state, [&](int i, int j) {
             const float dx = state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+            ++left;
             if ((dx == low || dx == high) && !has_neighbour(i, j)) {
                 state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = 0;
                 goes_on = true;
             }
         });
+    }
+    if (left == 0) {  // each cell stands alone: then none is better than the others
+        state.CQOK5 = before;
     }
 }
 

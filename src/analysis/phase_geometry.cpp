@@ -283,6 +283,12 @@ bool is_textured(const AnalysisState& state) {
     return textured >= kMost;
 }
 
+/// Whether the disparities of the measurement before span much of the width.
+bool is_deep(const AnalysisState& state) {
+    constexpr float kDeep = 0.06F;
+    return state.disparity.far_point - state.disparity.near_point > kDeep * state.previous_width;
+}
+
 }  // namespace
 
 void remove_outliers(AnalysisState& state, int step_x) {
@@ -326,8 +332,10 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     run.step_y = std::min(measured.height / 799 + 1, 2);
     run.step_x = std::min(measured.width / 799 + 1, 3);
     if (state.robust && !request.reduced && is_textured(state)) {
-        run.tile_rows = std::max(run.tile_rows / 2, 1);
-        run.tile_columns = std::max(run.tile_columns / 2, 1);
+        constexpr int kLeastForThird = 180;  // columns
+        const int part = run.tile_columns >= kLeastForThird && is_deep(state) ? 3 : 2;
+        run.tile_rows = std::max(run.tile_rows / part, 1);
+        run.tile_columns = std::max(run.tile_columns / part, 1);
         run.step_y = 1;  // the smaller tile pays for it
     }
     scale_predictions(state, measured.width);

@@ -47,7 +47,7 @@ void remove_outliers(AnalysisState& state, int step_x);
 void remove_isolated_extremes(AnalysisState& state);
 
 /// `CQOK5` of cells at either end of all disparities is cleared, again and again, where no neighbour is valid
-/// with nearly the same disparity.
+/// with nearly the same disparity. Where this would leave no cell, all stay.
 void remove_lonely_extremes(AnalysisState& state);
 
 }  // namespace zemora::phases

@@ -308,6 +308,7 @@ TEST(Progress, GrowsToOneHundredOnTheCallingThread) {
 
 // --- Acceptance over whole grids -------------------------------------------------------------------
 
+/// For the plain rule.
 AnalysisState valid_grid() {
     AnalysisState state(analysis_parameters());
     state.robust = false;
