@@ -254,27 +254,38 @@ TEST(RobustRound, GivesTheSameNumbersForAnyThreads) {
     EXPECT_EQ(one.disparity.near_point, two.disparity.near_point);
 }
 
-TEST(RobustRound, TexturedPicturesGetTilesOfHalfTheSideAtFullSize) {
-    constexpr int kLarge = 1600;
-    const auto first_middle = [](bool robust, bool reduced, double contrast) {
-        const TexturePair pair(
-            kLarge, kLarge / 2,
-            [](double, double) {
-                return Displacement{3.0, 0.0};
-            },
-            [contrast](double x, double y, int channel) {
-                return contrast * testing::texture(x, y, channel, 3.0);
-            });
-        AnalysisState state(analysis_parameters());
-        state.robust = robust;
-        (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 1, false, true}, {});
-        (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 2, false, reduced}, {});
-        return state.middle_x[0][0];
-    };
-    const int whole = first_middle(false, false, 1.0);
-    EXPECT_EQ(first_middle(true, false, 1.0), whole - kLarge * 2 / 21 / 4);
-    EXPECT_EQ(first_middle(true, false, 0.1), whole) << "hardly any texture";
-    EXPECT_EQ(first_middle(true, true, 1.0), first_middle(false, true, 1.0)) << "a reduced picture";
+/// Middle of the first cell's tile, pixels from the left edge, behind two rounds on one picture.
+struct TileCase {
+    int width = 1600;
+    double contrast = 1.0;
+    float depth = 0.0F;  ///< What the first round left as disparities, pixels.
+    bool reduced = false;
+};
+int first_middle(const TileCase& c, bool robust) {
+    const TexturePair pair(
+        c.width, 500,
+        [](double, double) {
+            return Displacement{3.0, 0.0};
+        },
+        [&c](double x, double y, int channel) { return c.contrast * testing::texture(x, y, channel, 3.0); });
+    AnalysisState state(analysis_parameters());
+    state.robust = robust;
+    (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 1, false, true}, {});
+    state.disparity.near_point = -c.depth / 2.0F;
+    state.disparity.far_point = c.depth / 2.0F;
+    (void)analyse_phase(state, pair.pictures(), {AnalysePhase::geometry, 2, false, c.reduced}, {});
+    return state.middle_x[0][0];
+}
+
+TEST(RobustRound, TexturedPicturesGetSmallerTilesAtFullSize) {
+    const auto smaller = [](const TileCase& c) { return first_middle(c, false) - first_middle(c, true); };
+    // Tiles of 152 and of 182 columns; all begin at the same place.
+    EXPECT_EQ(smaller({}), 76 - 38) << "half the side";
+    EXPECT_EQ(smaller({.contrast = 0.1}), 0) << "hardly any texture";
+    EXPECT_EQ(smaller({.reduced = true}), 0) << "a reduced picture";
+    EXPECT_EQ(smaller({.depth = 200.0F}), 76 - 38) << "deep, but too small for a third";
+    EXPECT_EQ(smaller({.width = 1920, .depth = 110.0F}), 91 - 45) << "large, but not deep";
+    EXPECT_EQ(smaller({.width = 1920, .depth = 120.0F}), 91 - 30) << "a third of the side";
 }
 
 }  // namespace

@@ -88,7 +88,27 @@ TEST(LonelyExtremes, CornersOfTheGridAndEmptyGridsAreNoSpecialCases) {
     phases::remove_lonely_extremes(one);
     one.CQOK5[7][7] = 1;
     phases::remove_lonely_extremes(one);
-    EXPECT_TRUE(is_valid(one, 7, 7)) << "one cell is all there is to tell";
+    EXPECT_TRUE(is_valid(one, 7, 7)) << "none is left to be better";
+}
+
+TEST(LonelyExtremes, StayWhereAllCellsStandAlone) {
+    for (const bool couple : {false, true}) {
+        AnalysisState state(analysis_parameters());
+        const auto set = [&state](std::size_t row, std::size_t column, float dx) {
+            state.CQOK5[row][column] = 1;
+            state.ErrorPixel_x[row][column] = dx;
+        };
+        set(2, 2, -20.0F);
+        set(8, 8, 3.0F);
+        set(14, 5, 30.0F);
+        if (couple) {
+            set(8, 9, 4.0F);
+        }
+        phases::remove_lonely_extremes(state);
+        EXPECT_EQ(is_valid(state, 2, 2), !couple);
+        EXPECT_EQ(is_valid(state, 14, 5), !couple);
+        EXPECT_TRUE(is_valid(state, 8, 8));
+    }
 }
 
 TEST(LonelyExtremes, ThePlainRuleAsksTheHistogram) {
@@ -134,6 +154,9 @@ TEST(DisparitySearch, ReachesAFifthOfTheWidthFromACentreOfItsOwn) {
         EXPECT_GT(state.disparity.far_point - state.disparity.near_point, 30.0) << "a depth, not a point";
         EXPECT_NEAR(state.disparity.centre_disparity, middle, 6.0);
         EXPECT_FALSE(state.disparity_end_reached);
+        // The match of a left tile there would lie outside: only the right view's tiles can be found.
+        const std::size_t last = middle > 0.0 ? kGridMax - 1 : 0;
+        EXPECT_EQ(state.CQOK5[8][last], 1) << "both directions search round the centre";
         const AnalysisState uncentred = searched(pair, 0.0, status);
         EXPECT_TRUE(status == AnalyseStatus::no_disparity ||
                     std::fabs(uncentred.disparity.centre_disparity - middle) > 60.0)
