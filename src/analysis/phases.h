@@ -45,14 +45,14 @@ struct WorkingCopies {
 [[nodiscard]] std::optional<StereoPicture> disparity_copies(const AnalysisState& state,
                                                             const StereoPicture& pair);
 
-/// Outliers of phase 3 lose their validity: cells far on the near side, and the cells with the
-/// largest and the smallest vertical displacement.
+/// Outliers of phase 3 lose their validity: cells far on the near side and, by the plain rule, the cells with
+/// the largest and the smallest vertical displacement, which the robust fit judges itself.
 void remove_outliers(AnalysisState& state, int step_x);
 
 /// Whether the valid cells of phase 3 reach into all four corners.
 [[nodiscard]] bool corners_covered(const AnalysisState& state);
 
-/// `CQOK5` of cells whose disparity stands alone at either end of all disparities is cleared.
+/// The plain rule: `CQOK5` of cells whose disparity stands alone at either end of all disparities is cleared.
 void remove_isolated_extremes(AnalysisState& state);
 
 /// `CQOK5` of cells at either end of all disparities is cleared, again and again, where no neighbour is valid

@@ -14,11 +14,22 @@ namespace {
 /// a pattern with a wrong correction 0.36; a sound start has 0.7 and more.
 constexpr double kLeastAgreement = 0.38;
 
-bool is_start_doubtful(const AnalysisState& analysis, int width) {
+/// Why the start of the pair is in doubt; null where it is not.
+const char* reason_of_doubt(const AnalysisState& analysis, int width, const MessageCatalogue& messages) {
     constexpr float kMostSpread = 0.01F;    // of the width
     constexpr float kMostRejected = 0.25F;  // of the cells
-    return analysis.ambiguous_shift || analysis.first_grid_spread > kMostSpread * static_cast<float>(width) ||
-           analysis.rejected_share > kMostRejected;
+    if (analysis.ambiguous_shift) {
+        return messages.either("two shifts fit about as well", "zwei Verschiebungen passen etwa gleich gut");
+    }
+    if (analysis.first_grid_spread > kMostSpread * static_cast<float>(width)) {
+        return messages.either("the heights of the first grid spread far",
+                               "die Hoehen des ersten Gitters streuen stark");
+    }
+    if (analysis.rejected_share > kMostRejected) {
+        return messages.either("many matches contradict the others",
+                               "viele Zuordnungen widersprechen den anderen");
+    }
+    return nullptr;
 }
 
 /// The correction in pixels of the reduced pair.
@@ -109,7 +120,15 @@ Opinion ask_after_round(Pipeline& pipeline, PairRun& pair) {
     if (!analysis.robust) {
         return Opinion::start_stays;
     }
-    if (!pair.wide && pair.iteration == 0 && is_start_doubtful(analysis, pipeline.input.reduced_width())) {
+    const Voice& voice = pipeline.voice;
+    const char* reason = reason_of_doubt(analysis, pipeline.input.reduced_width(), voice.messages());
+    if (!pair.wide && pair.iteration == 0 && reason != nullptr) {
+        if (voice.verbose() > 0) {
+            voice.print(format_text(
+                voice.messages().either("The start is doubtful (%s), it is looked for far and wide.\n",
+                                        "Der Start ist zweifelhaft (%s), er wird weit und breit gesucht.\n"),
+                reason));
+        }
         return ask(pipeline, pair, true);
     }
     if (pair.wide && pair.reduced) {
