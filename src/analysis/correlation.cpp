@@ -92,6 +92,17 @@ void ErrorSurface::reshape(const TileSearch& search) {
     errors_.assign(static_cast<std::size_t>(rows_) * static_cast<std::size_t>(columns_), kNoOverlap);
 }
 
+bool ErrorSurface::is_local_minimum(int i, int j, int reach) const {
+    for (int row = i - reach; row <= i + reach; ++row) {
+        for (int column = j - reach; column <= j + reach; ++column) {
+            if (!valid(row, column) || at(row, column) < at(i, j)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 /// The work of one call. All arrays over the displacements are [offset row][offset column].
 struct Correlator::Work {
     Patch tile;

@@ -64,6 +64,9 @@ public:
         return i >= 0 && j >= 0 && i < rows_ && j < columns_ && at(i, j) < kNoOverlap;
     }
 
+    /// Whether no error within `reach` steps of (i, j) is less; all of these have to be valid.
+    [[nodiscard]] bool is_local_minimum(int i, int j, int reach) const;
+
 private:
     [[nodiscard]] std::size_t index(int i, int j) const {
         return static_cast<std::size_t>(i) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(j);

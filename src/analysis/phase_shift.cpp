@@ -49,20 +49,11 @@ bool has_second_minimum(const ErrorSurface& surface) {
     const auto least = std::min_element(errors.begin(), errors.end());
     const int best_row = static_cast<int>(least - errors.begin()) / surface.columns();
     const int best_column = static_cast<int>(least - errors.begin()) % surface.columns();
-    const auto is_minimum = [&surface](int row, int column) {
-        for (int i = row - 1; i <= row + 1; ++i) {
-            for (int j = column - 1; j <= column + 1; ++j) {
-                if (!surface.valid(i, j) || surface.at(i, j) < surface.at(row, column)) {
-                    return false;
-                }
-            }
-        }
-        return true;
-    };
     for (int row = 1; row < surface.rows() - 1; ++row) {
         for (int column = 1; column < surface.columns() - 1; ++column) {
             const bool apart = std::abs(row - best_row) > kApart || std::abs(column - best_column) > kApart;
-            if (apart && surface.at(row, column) < kNear * *least && is_minimum(row, column)) {
+            if (apart && surface.at(row, column) < kNear * *least &&
+                surface.is_local_minimum(row, column, 1)) {
                 return true;
             }
         }

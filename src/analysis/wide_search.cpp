@@ -19,19 +19,6 @@ constexpr double kSearchHeight = 0.16;  ///< Of the copy's height.
 constexpr double kAgreement = 1.2;      ///< Pixels of the copy within which a place fits a correction.
 constexpr std::size_t kMostPlaces = 12;
 
-/// Whether the error is the least of the 5 x 5 round it, all of which exist.
-bool is_local_minimum(const ErrorSurface& surface, int row, int column) {
-    const float error = surface.at(row, column);
-    for (int i = -2; i <= 2; ++i) {
-        for (int j = -2; j <= 2; ++j) {
-            if (!surface.valid(row + i, column + j) || surface.at(row + i, column + j) < error) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
 double vertex(double before, double least, double after) {
     const double bend = before + after - 2.0 * least;
     return bend > 0.0 ? 0.5 * (before - after) / bend : 0.0;
@@ -46,10 +33,11 @@ struct Minimum {
 /// Local minima whose error is near that of the least, in the order of their errors.
 std::vector<Minimum> minima_of(const ErrorSurface& surface) {
     constexpr double kNear = 2.0;  // times the least error
+    constexpr int kReach = 2;      // steps
     std::vector<Minimum> minima;
-    for (int i = 2; i < surface.rows() - 2; ++i) {
-        for (int j = 2; j < surface.columns() - 2; ++j) {
-            if (is_local_minimum(surface, i, j)) {
+    for (int i = kReach; i < surface.rows() - kReach; ++i) {
+        for (int j = kReach; j < surface.columns() - kReach; ++j) {
+            if (surface.is_local_minimum(i, j, kReach)) {
                 const double error = surface.at(i, j);
                 minima.push_back(
                     {j - surface.centre_column() + vertex(surface.at(i, j - 1), error, surface.at(i, j + 1)),

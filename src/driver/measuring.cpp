@@ -38,6 +38,16 @@ PairCorrection correction_of(const CorrectionValues& values, double scale) {
             values.rotation,       values.vergence_v,    values.vergence_h};
 }
 
+CorrectionValues values_of(const PairCorrection& c, double scale) {
+    return {static_cast<float>(c.height_px * scale),
+            static_cast<float>(c.shift_px * scale),
+            static_cast<float>(c.size),
+            static_cast<float>(c.rotation_rad),
+            static_cast<float>(c.vergence_v_rad),
+            static_cast<float>(c.vergence_h_rad),
+            0.0F};
+}
+
 PairDisparities disparities_of(const AnalysisState& analysis, double scale) {
     const DisparityStatistics& d = analysis.disparity;
     PairDisparities disparities{analysis.values.window, d.near_point,    d.far_point,       d.left_edge_near,

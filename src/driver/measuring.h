@@ -20,6 +20,8 @@ namespace zemora {
 
 /// The analysis' values in input pixels, for values measured at `scale` working pixels per input pixel.
 [[nodiscard]] PairCorrection correction_of(const CorrectionValues& values, double scale);
+/// The way back: a correction in pixels of which `scale` are one of the input. The window is 0.
+[[nodiscard]] CorrectionValues values_of(const PairCorrection& correction, double scale);
 [[nodiscard]] PairDisparities disparities_of(const AnalysisState& analysis, double scale);
 
 /// Warps the pair under work (reduced, or full size) with the present correction for the next

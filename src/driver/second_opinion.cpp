@@ -32,17 +32,13 @@ const char* reason_of_doubt(const AnalysisState& analysis, int width, const Mess
     return nullptr;
 }
 
-/// The correction in pixels of the reduced pair.
+/// Pixels of the reduced pair per input pixel.
+double reduced_scale(const Pipeline& pipeline) {
+    return static_cast<double>(pipeline.input.reduced_height()) / pipeline.input.height();
+}
+
 CorrectionValues reduced_values(const Pipeline& pipeline, const PairRun& pair) {
-    const double scale = static_cast<double>(pipeline.input.reduced_height()) / pipeline.input.height();
-    const PairCorrection& c = pair.correction;
-    return {static_cast<float>(c.height_px * scale),
-            static_cast<float>(c.shift_px * scale),
-            static_cast<float>(c.size),
-            static_cast<float>(c.rotation_rad),
-            static_cast<float>(c.vergence_v_rad),
-            static_cast<float>(c.vergence_h_rad),
-            0.0F};
+    return values_of(pair.correction, reduced_scale(pipeline));
 }
 
 int percent(double share) {
@@ -68,8 +64,7 @@ void take_start(Pipeline& pipeline, PairRun& pair, const CorrectionValues& best)
     analysis.CQOK3 = {};
     pair.wide->guide_cells(analysis, best);
     analysis.previous_width = static_cast<float>(pipeline.input.reduced_width());
-    const double scale = static_cast<double>(pipeline.input.reduced_height()) / pipeline.input.height();
-    pair.correction = correction_of(best, scale);
+    pair.correction = correction_of(best, reduced_scale(pipeline));
     pair.reduced = true;
     pair.started_wide = true;
 }
@@ -104,6 +99,10 @@ Opinion ask(Pipeline& pipeline, PairRun& pair, bool has_start) {
     }
     if (at_best < kClearlyMore * at_start) {
         return Opinion::start_stays;
+    }
+    if (!has_start) {  // the cells have searches of no use, perhaps of the pair before
+        pipeline.analysis.TW_A = {};
+        pipeline.analysis.DONE = {};
     }
     take_start(pipeline, pair, *best);
     return Opinion::new_start;

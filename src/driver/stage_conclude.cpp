@@ -1,5 +1,6 @@
 // The end of a pair: report, stored record, list, progress files.
 
+#include "driver/measuring.h"
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "numerics/rounding.h"
@@ -9,16 +10,6 @@ namespace zemora {
 namespace {
 
 constexpr int kMoveAwayExit = 99;  // of a viewer: the user never wants to see the pair again
-
-CorrectionValues values_of(const PairCorrection& c) {
-    return {static_cast<float>(c.height_px),
-            static_cast<float>(c.shift_px),
-            static_cast<float>(c.size),
-            static_cast<float>(c.rotation_rad),
-            static_cast<float>(c.vergence_v_rad),
-            static_cast<float>(c.vergence_h_rad),
-            0.0F};
-}
 
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
@@ -32,8 +23,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.pre_rotation_left = preset.rotation_left;
     report.pre_rotation_right = preset.rotation_right;
     report.pre_vergence_v = preset.vergence_v;
-    report.correction = values_of(pair.correction);
-    report.remaining = values_of(pair.remaining);
+    report.correction = values_of(pair.correction, 1.0);
+    report.remaining = values_of(pair.remaining, 1.0);
     report.heights = pair.heights;
     report.looks_exchanged = pair.looks_exchanged;
     report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());
@@ -57,7 +48,8 @@ void conclude_pair(Pipeline& pipeline, PairRun& pair) {
         if (pair.status != StatusCode::abandoned) {
             write_image_report(pipeline.parameters, report_of(pipeline, pair), pipeline.voice);
         }
-        // Exiftool was at work beside the stores and the report; what says that the pair is done waits for it.
+        // Exiftool was at work beside the stores and the report; what says that the pair is done waits for
+        // it.
         pair.store_failed = !pipeline.exiftool.settle_transfers() || pair.store_failed;
         if (pair.status == StatusCode::success && !pair.store_failed) {
             write_stored_record(pipeline, pair);

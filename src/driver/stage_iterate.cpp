@@ -98,12 +98,8 @@ void judge_full_size(const Pipeline& pipeline, const PairRun& pair, Iteration& l
     if (!pipeline.analysis.robust) {
         return;
     }
-    const PairCorrection& r = pair.remaining;
     const double step =
-        mean_model_error({static_cast<float>(r.height_px), 0.0F, static_cast<float>(r.size),
-                          static_cast<float>(r.rotation_rad), static_cast<float>(r.vergence_v_rad),
-                          static_cast<float>(r.vergence_h_rad), 0.0F},
-                         pipeline.input.height(), pipeline.input.width());
+        mean_model_error(values_of(pair.remaining, 1.0), pipeline.input.height(), pipeline.input.width());
     ++loop.full_rounds;
     loop.settled = step < kSmallStep || loop.full_rounds >= kMostRounds ||
                    (loop.full_rounds > 1 && step > kFalling * loop.full_step_px);
