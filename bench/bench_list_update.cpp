@@ -21,7 +21,8 @@ std::string list_text(long lines) {
     const std::string values = " OK" + values_text(empty_record());
     std::string text;
     for (long i = 0; i < lines; ++i) {
-        text += '"' + name_of(i, 'l') + "\"   \"" + name_of(i, 'r') + '"' + (i < lines / 2 ? values : "") + '\n';
+        text +=
+            '"' + name_of(i, 'l') + "\"   \"" + name_of(i, 'r') + '"' + (i < lines / 2 ? values : "") + '\n';
     }
     return text;
 }
@@ -52,13 +53,15 @@ void update_line(benchmark::State& state) {
     const long number = state.range(0) - 1;  // the last line is the slowest to find
     const std::string root = temporary_folder() + '/';
     for ([[maybe_unused]] auto round : state) {
-        update_database_line(parameters, voice, path, root + name_of(number, 'l'), root + name_of(number, 'r'),
-                             {"OK", &values});
+        update_database_line(parameters, voice, path, root + name_of(number, 'l'),
+                             root + name_of(number, 'r'), {"OK", &values});
     }
     std::string reason;
     const std::string text = read_list(path, reason).value_or("");
-    const auto place = find_object(text, temporary_folder(), {root + name_of(number, 'l'), root + name_of(number, 'r')});
-    if (!place || text.substr(place->names_end, place->end - place->names_end) != " OK" + values_text(values)) {
+    const auto place =
+        find_object(text, temporary_folder(), {root + name_of(number, 'l'), root + name_of(number, 'r')});
+    if (!place ||
+        text.substr(place->names_end, place->end - place->names_end) != " OK" + values_text(values)) {
         state.SkipWithError("the result does not stand in its line");
     }
 }

@@ -17,8 +17,8 @@ public:
     virtual ~ReportSink() = default;
     virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
     virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
-    virtual void begin_section() {}                     ///< A section begins that belongs together, as a pair.
-    virtual void end_section() {}                       ///< What was told so far is whole.
+    virtual void begin_section() {}  ///< A section begins that belongs together, as a pair.
+    virtual void end_section() {}    ///< What was told so far is whole.
 };
 
 /// Levels of `StopAtError`: what must be confirmed with Enter.

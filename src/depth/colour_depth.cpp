@@ -68,12 +68,8 @@ std::string colour_depth_name(const std::string& name) {
         std::string_view old_ending;
         std::string_view new_ending;
     };
-    static constexpr std::array<Ending, 6> kEndings{{{"_d", "_cd"},
-                                                     {"_D", "_CD"},
-                                                     {"_r", "_cd"},
-                                                     {"_R", "_CD"},
-                                                     {"_rgbd", "_cd"},
-                                                     {"_RGBD", "_CD"}}};
+    static constexpr std::array<Ending, 6> kEndings{
+        {{"_d", "_cd"}, {"_D", "_CD"}, {"_r", "_cd"}, {"_R", "_CD"}, {"_rgbd", "_cd"}, {"_RGBD", "_CD"}}};
     const std::string bare = bare_name_of(name);
     const std::size_t dot = bare.rfind('.');
     const std::string stem = bare.substr(0, dot);

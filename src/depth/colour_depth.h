@@ -16,6 +16,7 @@ void colour_depth(ConstPicture colour, ConstPicture depth, Picture target);
 
 /// Writes the picture as JPEG of quality 100 to `path`; its folder is made. An older file of that name is
 /// replaced. An empty text, or the reason of the failure.
-[[nodiscard]] std::string write_colour_depth(ConstPicture colour, ConstPicture depth, const std::string& path);
+[[nodiscard]] std::string write_colour_depth(ConstPicture colour, ConstPicture depth,
+                                             const std::string& path);
 
 }  // namespace zemora

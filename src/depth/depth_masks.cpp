@@ -70,8 +70,9 @@ MotionVector vector_at(const MotionField& field, int x, int y) {
     const auto weight = [](int a, int b) { return std::sqrt(static_cast<double>(a * a + b * b)); };
     const std::array<double, 4> weights{weight(step - dx, step - dy), weight(dx, step - dy),
                                         weight(step - dx, dy), weight(dx, dy)};
-    const std::array<MotionVector, 4> vectors{field.at(columns.low, rows.low), field.at(columns.high, rows.low),
-                                              field.at(columns.low, rows.high), field.at(columns.high, rows.high)};
+    const std::array<MotionVector, 4> vectors{
+        field.at(columns.low, rows.low), field.at(columns.high, rows.low), field.at(columns.low, rows.high),
+        field.at(columns.high, rows.high)};
     double sum = 0.0;
     double vx = 0.0;
     double vy = 0.0;
@@ -86,12 +87,13 @@ MotionVector vector_at(const MotionField& field, int x, int y) {
 /// Later pixels cover earlier ones.
 void scatter(const MotionField& field, ConstPicture mask, MaskPlane& plane) {
     const int width = mask.width;
-    std::vector<MotionVector> vectors(static_cast<std::size_t>(width) * static_cast<std::size_t>(mask.height));
+    std::vector<MotionVector> vectors(static_cast<std::size_t>(width) *
+                                      static_cast<std::size_t>(mask.height));
 #pragma omp parallel for
     for (int y = 0; y < mask.height; ++y) {
         for (int x = 0; x < width; ++x) {
-            vectors[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)] =
-                vector_at(field, x, y);
+            vectors[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                    static_cast<std::size_t>(x)] = vector_at(field, x, y);
         }
     }
     std::size_t index = 0;
@@ -145,7 +147,8 @@ void fill_from_window(MaskPlane& plane, int x, int y) {
     int sum = 0;
     int count = 0;
     for (int row = std::max(y - kReach, 0); row <= std::min(y + kReach, plane.height() - 1); ++row) {
-        for (int column = std::max(x - kReach, 0); column <= std::min(x + kReach, plane.width() - 1); ++column) {
+        for (int column = std::max(x - kReach, 0); column <= std::min(x + kReach, plane.width() - 1);
+             ++column) {
             if (plane.at(column, row) != kEmpty) {
                 sum += plane.at(column, row);
                 ++count;
@@ -191,7 +194,8 @@ std::string moved_mask_file(std::int64_t index) {
 /// Makes the masks between two that are there.
 class BlockFiller {
 public:
-    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, const Voice& voice)
+    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask,
+                const Voice& voice)
         : step_(plan.photo_step), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
 
     /// Whether all photos of a gap and its masks can be read; false with the reason told.
@@ -216,7 +220,8 @@ public:
         mask = mask ? load(mask_, gap.last, "d3474") : Bitmap();
         for (std::int64_t index = gap.last - step_; mask && index > gap.first; index -= step_) {
             mask = moved(mask, index + step_, index);
-            const double t = static_cast<double>(index - gap.first) / static_cast<double>(gap.last - gap.first);
+            const double t =
+                static_cast<double>(index - gap.first) / static_cast<double>(gap.last - gap.first);
             if (mask && !blend(mask, index, t)) {
                 return false;
             }
@@ -237,8 +242,9 @@ private:
             tell_small_size();
         }
         if (picture.bitmap.width() != size_.width || picture.bitmap.height() != size_.height) {
-            tell(number, voice_.messages().either("Image %s has another size than the others\n",
-                                                  "Bild %s hat eine andere Groesse als die anderen\n"),
+            tell(number,
+                 voice_.messages().either("Image %s has another size than the others\n",
+                                          "Bild %s hat eine andere Groesse als die anderen\n"),
                  path);
             return {};
         }
@@ -269,7 +275,8 @@ private:
         field_.estimate_motion_field(photo_from.picture(), photo_to.picture());
         Bitmap target = Bitmap::create(size_.width, size_.height);
         if (!target) {
-            end_run_without_picture_memory(voice_.console(), "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+            end_run_without_picture_memory(voice_.console(),
+                                           "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
         }
         project_depth_mask(field_, mask.picture(), target.picture());
         return target;
@@ -282,9 +289,10 @@ private:
 
     [[nodiscard]] bool is_written(const std::string& reason, const std::string& path) const {
         if (!reason.empty()) {
-            voice_.print(format_text(voice_.messages().either("d4371: name_i=%s could not be written! (%s)\n",
-                                                              "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"),
-                                     printable(path).c_str(), printable(reason).c_str()));
+            voice_.print(format_text(
+                voice_.messages().either("d4371: name_i=%s could not be written! (%s)\n",
+                                         "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"),
+                printable(path).c_str(), printable(reason).c_str()));
         }
         return reason.empty();
     }
@@ -380,7 +388,8 @@ void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Pi
 bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
                      const std::vector<std::string>& masks, const Voice& voice) {
     BlockFiller filler(plan, photos.front(), masks.front(), voice);
-    if (!std::all_of(plan.gaps.begin(), plan.gaps.end(), [&](const DepthGap& gap) { return filler.check(gap); })) {
+    if (!std::all_of(plan.gaps.begin(), plan.gaps.end(),
+                     [&](const DepthGap& gap) { return filler.check(gap); })) {
         return false;
     }
     int block = 0;

@@ -15,9 +15,9 @@ namespace zemora {
 namespace {
 
 constexpr int kGreys = 256;
-constexpr int kSamples = 16;       // of an output pixel, side by side
-constexpr int kLeastSamples = 2;   // that make a pixel of the picture
-constexpr int kShortGap = 3;       // columns from edge to edge that are interpolated
+constexpr int kSamples = 16;      // of an output pixel, side by side
+constexpr int kLeastSamples = 2;  // that make a pixel of the picture
+constexpr int kShortGap = 3;      // columns from edge to edge that are interpolated
 constexpr std::uint32_t kAllSamples = (1U << kSamples) - 1U;
 
 // The colour of what nothing was written to; a pixel of the picture of this colour counts as such.
@@ -174,7 +174,8 @@ private:
         } else if (right <= left + kShortGap) {
             interpolate(target, left, right);
         } else {
-            const std::uint8_t* far_side = target + kPixelBytes * (is_left_nearer(left, right, depth) ? right : left);
+            const std::uint8_t* far_side =
+                target + kPixelBytes * (is_left_nearer(left, right, depth) ? right : left);
             for (; first < target + kPixelBytes * right; first += kPixelBytes) {
                 std::memcpy(first, far_side, kPixelBytes);
             }

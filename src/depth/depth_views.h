@@ -12,10 +12,10 @@ namespace zemora {
 struct DepthSettings {
     explicit DepthSettings(const ParameterSet& parameters);
 
-    int deviation_target;     ///< Parallax of a table value of 256, per mille of the width.
-    int depth_mask_offset;    ///< Parallax of white, per mille of the width.
-    int depth_mask_nonlin;    ///< Bends the scale; 0 leaves it straight.
-    int depth_mask_nl_type;   ///< 0 a power, 1 a sine.
+    int deviation_target;    ///< Parallax of a table value of 256, per mille of the width.
+    int depth_mask_offset;   ///< Parallax of white, per mille of the width.
+    int depth_mask_nonlin;   ///< Bends the scale; 0 leaves it straight.
+    int depth_mask_nl_type;  ///< 0 a power, 1 a sine.
 };
 
 /// Table value of a grey: 0 for white, which stands in the window, to 255 for black.

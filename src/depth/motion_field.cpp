@@ -80,7 +80,9 @@ double texture_of(ConstPicture picture, int size, int x0, int y0) {
 /// (a + 2b + c + 2) / 4 along rows and then along columns; the border stays.
 void smooth(Picture picture) {
     const int bytes = kPixelBytes * picture.width;
-    const auto blend = [](int a, int b, int c) { return static_cast<std::uint8_t>((a + 2 * b + c + 2) >> 2); };
+    const auto blend = [](int a, int b, int c) {
+        return static_cast<std::uint8_t>((a + 2 * b + c + 2) >> 2);
+    };
     std::vector<std::uint8_t> before(static_cast<std::size_t>(bytes));
     std::vector<std::uint8_t> here(static_cast<std::size_t>(bytes));
     for (int y = 0; y < picture.height; ++y) {
@@ -175,8 +177,8 @@ void fill_line(CellGrid& grid, int count, const CellAt& cell) {
             return;
         } else if (before >= 0 && end <= before + kShortGap) {
             for (int i = start; i < end; ++i) {
-                grid.set(cell(i), interpolated(grid.vectors[cell(before)], grid.vectors[cell(end)], i - before,
-                                               end - before));
+                grid.set(cell(i), interpolated(grid.vectors[cell(before)], grid.vectors[cell(end)],
+                                               i - before, end - before));
             }
         }
         start = end;
@@ -231,8 +233,8 @@ void fill_cells(CellGrid& grid) {
 }
 
 /// Matches all cells within `reach` pixels; the number of clear ones at the border of the search.
-int match_cells(CellGrid& grid, const std::vector<int>& texture, ConstPicture from, ConstPicture to, int block,
-                int reach) {
+int match_cells(CellGrid& grid, const std::vector<int>& texture, ConstPicture from, ConstPicture to,
+                int block, int reach) {
     int at_border = 0;
     const MatchRange range{-reach, reach, -reach, reach};
 #pragma omp parallel for schedule(dynamic) reduction(+ : at_border)
@@ -332,8 +334,9 @@ void MotionField::match_grid(ConstPicture from, ConstPicture smooth_from, ConstP
     fill_cells(grid);
     for (int y = 0; y < height_; ++y) {
         for (int x = 0; x < width_; ++x) {
-            set(x, y, grid.vectors[grid.index(std::min(y / block, grid.rows - 1),
-                                              std::min(x / block, grid.columns - 1))]);
+            set(x, y,
+                grid.vectors[grid.index(std::min(y / block, grid.rows - 1),
+                                        std::min(x / block, grid.columns - 1))]);
         }
     }
 }
@@ -358,8 +361,10 @@ void MotionField::refine(ConstPicture from, ConstPicture to, int half) {
     for (int y = half; y < height_ - 2 * half; y += 2 * half) {
         for (int x = half; x + 2 * half < width_; x += 2 * half) {
             const std::array<MotionVector, 4> corners{corner(x, y), corner(x + 2 * half, y),
-                                                      corner(x, y + 2 * half), corner(x + 2 * half, y + 2 * half)};
-            if (std::all_of(corners.begin(), corners.end(), [&](MotionVector v) { return v == corners[0]; })) {
+                                                      corner(x, y + 2 * half),
+                                                      corner(x + 2 * half, y + 2 * half)};
+            if (std::all_of(corners.begin(), corners.end(),
+                            [&](MotionVector v) { return v == corners[0]; })) {
                 continue;
             }
             refine_node(from, to, half, x, y, corners);

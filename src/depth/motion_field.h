@@ -43,8 +43,8 @@ public:
 
 private:
     void set(int x, int y, MotionVector vector) {
-        vectors_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)] =
-            vector;
+        vectors_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+                 static_cast<std::size_t>(x)] = vector;
     }
     void match_grid(ConstPicture from, ConstPicture smooth_from, ConstPicture smooth_to, int block);
     void widen_search(int stray, int allowed, int width);

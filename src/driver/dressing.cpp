@@ -19,7 +19,8 @@ const std::string& source_of(const Pipeline& pipeline, const PairRun& pair) {
 TextSource text_source(Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     TextSource source{source_of(pipeline, pair), {}, pair.stamp, pair.index};
-    const bool is_tagged = pair.left_suffix == ".jpg" || pair.left_suffix == ".tif" || pair.left_suffix == ".mpo";
+    const bool is_tagged =
+        pair.left_suffix == ".jpg" || pair.left_suffix == ".tif" || pair.left_suffix == ".mpo";
     for (const std::string* setting : {&p.image_text, &p.caption_text, &p.exif_copyright}) {
         if (is_tagged && source.headline.empty() && wants_headline(*setting)) {
             source.headline = pipeline.exiftool.read_headline(source.file);
@@ -67,7 +68,8 @@ void dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
 
 void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const bool stores = p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
+    const bool stores =
+        p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
     if (pair.html_images != kThumbnails || !stores) {
         return;
     }
@@ -76,11 +78,12 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     for (const std::string* file : {&pair.left_thumb, &pair.right_thumb}) {
         if (pipeline.inputs.holds(*file)) {
             pipeline.voice.tell_everywhere("   " + printable(*file) + ": " +
-                                            input_of_run_text(pipeline.voice.messages()) + '\n');
+                                           input_of_run_text(pipeline.voice.messages()) + '\n');
             return;
         }
         if (!make_folders(folder_of(*file), reason)) {
-            pipeline.voice.print("\n Cannot create subdir: " + printable(folder_of(*file)) + " (" + reason + ")\n");
+            pipeline.voice.print("\n Cannot create subdir: " + printable(folder_of(*file)) + " (" + reason +
+                                 ")\n");
             return;
         }
     }

@@ -76,8 +76,8 @@ public:
     /// Gives a name away that an earlier run has written. Without `has_stamp` its stamp of the deviation is
     /// unknown, so nothing gets this name with any stamp.
     void close(const OutputName& name, bool has_stamp);
-    /// An object stands before others in the list that is still open: whether it had its name then, nobody knows.
-    /// What may be the name of a later one is not given while a file has it.
+    /// An object stands before others in the list that is still open: whether it had its name then, nobody
+    /// knows. What may be the name of a later one is not given while a file has it.
     void note_open(const OutputName& name);
 
 private:

@@ -28,12 +28,13 @@ void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& in
     const Voice& voice = pipeline.voice;
     const std::string path = colour_depth_name(input);
     const StereoPicture views = pipeline.input.full();
-    const std::string reason =
-        pipeline.inputs.holds(path) ? input_of_run_text(voice.messages())
-                                    : write_colour_depth(views.left, views.right, path);
+    const std::string reason = pipeline.inputs.holds(path)
+                                   ? input_of_run_text(voice.messages())
+                                   : write_colour_depth(views.left, views.right, path);
     if (!reason.empty()) {
-        voice.tell_everywhere(printable(path) + voice.messages().text<Msg::main_directory_cannot_be_created>() +
-                              "   " + printable(reason) + '\n');
+        voice.tell_everywhere(printable(path) +
+                              voice.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
+                              printable(reason) + '\n');
         voice.wait(WaitAbove::information);
         pair.store_failed = true;
     } else if (voice.verbose() > 0) {
@@ -59,7 +60,8 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     DepthState& depth = pipeline.depth;
     if (!depth.render_view_from_depth(input.left, input.right, DepthView::right) ||
         !depth.render_view_from_depth(input.left, input.right, DepthView::left)) {
-        end_run_without_picture_memory(pipeline.voice.console(), "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+        end_run_without_picture_memory(pipeline.voice.console(),
+                                       "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
     }
     const int width = input.left.width;
     const int height = input.left.height;

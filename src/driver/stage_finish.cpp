@@ -86,8 +86,8 @@ void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     pair.curtains.right = std::min(pair.curtains.right, warp.width / 2);
     floating_bands(warp, pair.curtains, pipeline.parameters.auto_frame_floating);
     const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warp.width); };
-    voice.tell_everywhere(messages.text<Msg::main_floating_windows_included>(
-                              per_mille(pair.curtains.left), per_mille(pair.curtains.right)) +
+    voice.tell_everywhere(messages.text<Msg::main_floating_windows_included>(per_mille(pair.curtains.left),
+                                                                             per_mille(pair.curtains.right)) +
                           '\n');
     if (voice.verbose() > 0) {
         voice.tell_everywhere(
@@ -175,8 +175,9 @@ void check_print_profile(const Pipeline& pipeline) {
     const Bitmap probe = Bitmap::create(1, 1);
     std::string reason;
     if (!cmyk_by_profile(probe.picture(), p.cmyk_profile, reason)) {
-        pipeline.voice.tell_everywhere("   " + printable(reason) +
-                                        pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
+        pipeline.voice.tell_everywhere(
+            "   " + printable(reason) +
+            pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
         pipeline.voice.wait(WaitAbove::warning);
         p.output_format = kPlainTiff;
     }

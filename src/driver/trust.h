@@ -22,7 +22,8 @@ struct TrustFacts {
 };
 
 /// In the order in which they are told. A difference in size above 4 %, a rotation or a vergence above 5
-/// degrees, more than a quarter of the matches rejected, a correction that less than half of the picture fits, a remaining error of height that cannot be used.
+/// degrees, more than a quarter of the matches rejected, a correction that less than half of the picture
+/// fits, a remaining error of height that cannot be used.
 [[nodiscard]] std::vector<Doubt> doubts_of(const TrustFacts& facts);
 
 /// The line that tells them, with its line end; empty without doubts.

@@ -29,8 +29,8 @@ struct DepthGap {
     std::int64_t last = 0;
 };
 
-/// The photos come every `photo_step`. The gaps are those between the masks that are there, whoever made them: a
-/// run that was stopped goes on.
+/// The photos come every `photo_step`. The gaps are those between the masks that are there, whoever made
+/// them: a run that was stopped goes on.
 struct DepthGapPlan {
     std::int64_t photo_step = 0;
     std::vector<DepthGap> gaps;

@@ -15,8 +15,8 @@ namespace {
 constexpr int kFromList = 10;  // of `InputMode`
 
 /// Depth masks that are there for some photos only are made for the others first.
-void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice, const MakeDepthMasks& make_depth_masks,
-                    SelectedFiles& files) {
+void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice,
+                    const MakeDepthMasks& make_depth_masks, SelectedFiles& files) {
     constexpr int kViewFolders = 3;         // of `InputMode`
     constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
     if (parameters.input_mode != kViewFolders || parameters.stereo_image_input != kPhotoAndDepthFiles ||
@@ -30,9 +30,11 @@ void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice, const Ma
     }
     files = select_files(parameters, voice);
     if (files.left.size() != files.right.size()) {
-        voice.print(voice.messages().either(
-            "Error: The interpolation of depth masks has not led to as many files at the left as at the right!\n",
-            "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien links und rechts gefuehrt!\n"));
+        voice.print(
+            voice.messages().either("Error: The interpolation of depth masks has not led to as many files at "
+                                    "the left as at the right!\n",
+                                    "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien "
+                                    "links und rechts gefuehrt!\n"));
         voice.wait(WaitAbove::error);
     }
 }

@@ -24,8 +24,8 @@ struct ImageObject {
 
 /// An object that an earlier run has mounted and the list passes over; its products keep their names.
 struct MountedObject {
-    std::string left;   ///< Absolute; or the stereo file.
-    std::string right;  ///< Empty for a stereo file.
+    std::string left;        ///< Absolute; or the stereo file.
+    std::string right;       ///< Empty for a stereo file.
     int objects_before = 0;  ///< Of the run, in the order of the list.
     bool has_values = false;
     double deviation = 0.0;  ///< Fraction of the width.

@@ -95,7 +95,8 @@ InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry
     corr_left_ = Bitmap::create(kAnalysisSide, kAnalysisSide);
     corr_right_ = Bitmap::create(kAnalysisSide, kAnalysisSide);
     if (!corr_left_ || !corr_right_) {
-        end_run_without_picture_memory(voice.console(), "96: FAILED TO ALLOCATE MEMORY FOR IMAGE (CORRELATION)\n");
+        end_run_without_picture_memory(voice.console(),
+                                       "96: FAILED TO ALLOCATE MEMORY FOR IMAGE (CORRELATION)\n");
     }
 }
 
@@ -137,7 +138,8 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     make_exact(left_);
     make_exact(right_);
     if (!left_.bitmap || !right_.bitmap) {
-        end_run_without_picture_memory(voice_.console(), "3411: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
+        end_run_without_picture_memory(voice_.console(),
+                                       "3411: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
     }
     if (make_correlation) {
         make_correlation_images();
@@ -145,8 +147,8 @@ ReadResult InputPair::read_input_images(const PairFiles& files, bool make_correl
     return result;
 }
 
-bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load, const std::string& left_name,
-                          const std::string& right_name) {
+bool InputPair::load_both(const std::function<LoadedPicture(bool is_left)>& load,
+                          const std::string& left_name, const std::string& right_name) {
     LoadedPicture left;
     LoadedPicture right;
 #pragma omp parallel sections
@@ -228,7 +230,8 @@ bool InputPair::load_mpo_file(const std::string& path) {
 /// The photo at the left, its depth image of the same size at the right.
 bool InputPair::load_phone_photo(const std::string& path) {
     LoadedPicture photo = load_picture(path);
-    LoadedPicture depth = photo.status == LoadStatus::done && find_phone_depth ? find_phone_depth(path) : LoadedPicture{};
+    LoadedPicture depth =
+        photo.status == LoadStatus::done && find_phone_depth ? find_phone_depth(path) : LoadedPicture{};
     for (const LoadedPicture* picture : {&photo, &depth}) {
         if (picture->status != LoadStatus::done) {
             set_failure(path, picture->reason);
@@ -301,7 +304,6 @@ bool InputPair::finish_stereo() {
     return static_cast<bool>(left_.bitmap) && static_cast<bool>(right_.bitmap);
 }
 
-
 Bitmap InputPair::load_through_converter(const std::string& path) {
     const std::string& folder = temporary_folder();
     const std::string target = folder + "/zemora_temp_" + without_suffix(bare_name_of(path)) + ".bmp";
@@ -366,10 +368,14 @@ void InputPair::crop_by_percent() {
     };
     const PreSelection& chosen = pre_selection;
     const Axis axes[] = {
-        {"   LeftImageStartx = ", "   LeftImageWidth  = ", "   LeftImageWidth  = ", chosen.left_start_x, chosen.left_width},
-        {"   LeftImageStarty = ", "   LeftImageHeight = ", "   LeftImageHeight  = ", chosen.left_start_y, chosen.left_height},
-        {"   RightImageStartx = ", "   RightImageWidth  = ", "   RightImageWidth  = ", chosen.right_start_x, chosen.right_width},
-        {"   RightImageStarty = ", "   RightImageHeight = ", "   RightImageHeight  = ", chosen.right_start_y, chosen.right_height},
+        {"   LeftImageStartx = ", "   LeftImageWidth  = ", "   LeftImageWidth  = ", chosen.left_start_x,
+         chosen.left_width},
+        {"   LeftImageStarty = ", "   LeftImageHeight = ", "   LeftImageHeight  = ", chosen.left_start_y,
+         chosen.left_height},
+        {"   RightImageStartx = ", "   RightImageWidth  = ", "   RightImageWidth  = ", chosen.right_start_x,
+         chosen.right_width},
+        {"   RightImageStarty = ", "   RightImageHeight = ", "   RightImageHeight  = ", chosen.right_start_y,
+         chosen.right_height},
     };
     constexpr float kTenths = 10.0F;
     constexpr int kLimit = 1001;  // tenths of a per cent; just above the whole
@@ -384,8 +390,9 @@ void InputPair::crop_by_percent() {
     for (const Axis& axis : axes) {
         if (0L + round_half_up(axis.start * kTenths) + round_half_up(axis.size * kTenths) >= kLimit) {
             voice_.say<Msg::img_input_selection_sum_above_100>();
-            voice_.print(format_text("\n%s%5.1f\n%s%5.1f\n", axis.start_label, static_cast<double>(axis.start),
-                                     axis.size_label, static_cast<double>(axis.size)));
+            voice_.print(format_text("\n%s%5.1f\n%s%5.1f\n", axis.start_label,
+                                     static_cast<double>(axis.start), axis.size_label,
+                                     static_cast<double>(axis.size)));
             return;
         }
     }
@@ -415,8 +422,8 @@ void InputPair::turn_views() {
             continue;
         }
         const bool exchanged = exchanges_sides(mode);
-        Bitmap turned = Bitmap::create(exchanged ? view->height : view->width,
-                                       exchanged ? view->width : view->height);
+        Bitmap turned =
+            Bitmap::create(exchanged ? view->height : view->width, exchanged ? view->width : view->height);
         if (!turned) {
             end_run_without_picture_memory(voice_.console(),
                                            "3109: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (ROT RIGHT) \n");
@@ -433,7 +440,8 @@ void InputPair::warn_of_sizes(int cropp_input) {
     const auto ratio = [](int a, int b) {
         return std::fabs(static_cast<float>(a - b)) / static_cast<float>(a + b);
     };
-    if (ratio(left_.height, right_.height) > kVeryDifferent || ratio(left_.width, right_.width) > kVeryDifferent) {
+    if (ratio(left_.height, right_.height) > kVeryDifferent ||
+        ratio(left_.width, right_.width) > kVeryDifferent) {
         voice_.say<Msg::img_input_sizes_very_different>();
         voice_.wait(WaitAbove::warning);
         if (cropp_input == 2 && parameters_.passepartout >= 3) {
@@ -485,9 +493,11 @@ void InputPair::scale_smaller_view() {
     }
     const double factor = std::min(static_cast<double>(large->height) / small->height,
                                    static_cast<double>(large->width) / small->width);
-    Bitmap scaled = Bitmap::create(round_half_up(small->width * factor), round_half_up(small->height * factor));
+    Bitmap scaled =
+        Bitmap::create(round_half_up(small->width * factor), round_half_up(small->height * factor));
     if (!scaled) {
-        end_run_without_picture_memory(voice_.console(), "3442: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
+        end_run_without_picture_memory(voice_.console(),
+                                       "3442: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (CROPP)\n");
     }
     (void)rescale(small->picture(), scaled.picture(), scratch_, RescaleFilter::bicubic, RescaleFit::stretch);
     small->take(std::move(scaled));
@@ -508,7 +518,8 @@ void InputPair::place_on_canvas() {
         geometry.frame_x = (width - view.width) / 2;
         geometry.frame_y = (height - view.height) / 2;
         fill(canvas.picture(), passe_colour_);
-        copy(view.picture(), canvas.picture().part(geometry.frame_x, geometry.frame_y, view.width, view.height));
+        copy(view.picture(),
+             canvas.picture().part(geometry.frame_x, geometry.frame_y, view.width, view.height));
         view.take(std::move(canvas));
     };
     place(left_, left_geometry_);

@@ -80,7 +80,8 @@ public:
     [[nodiscard]] int width() const { return left_.width; }
     /// The analysis copies.
     [[nodiscard]] StereoPicture reduced() const {
-        return {corr_left_.picture(corr_width_, corr_height_), corr_right_.picture(corr_width_, corr_height_)};
+        return {corr_left_.picture(corr_width_, corr_height_),
+                corr_right_.picture(corr_width_, corr_height_)};
     }
     [[nodiscard]] int reduced_height() const { return corr_height_; }
     [[nodiscard]] int reduced_width() const { return corr_width_; }

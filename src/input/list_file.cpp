@@ -68,10 +68,11 @@ void ListedNames::add(const std::string& left, const std::string& right) {
                                                 (!right.empty() && identity_of(right) == old_list_)));
     const auto line = names_line(parameters_.path_of_images, left, right);
     if (!line) {
-        voice_.print(format_text(
-            voice_.messages().either("%s %s: such a name cannot stand in ListofImages and is left out there.\n",
-                                     "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"),
-            printable(left).c_str(), printable(right).c_str()));
+        voice_.print(
+            format_text(voice_.messages().either(
+                            "%s %s: such a name cannot stand in ListofImages and is left out there.\n",
+                            "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"),
+                        printable(left).c_str(), printable(right).c_str()));
         return;
     }
     if (lines_.empty()) {
@@ -88,8 +89,8 @@ void ListedNames::store() {
     const std::string path = list_path_of(parameters_);
     std::string reason;
     if (is_picture_) {
-        end_without_list(
-            path, voice_.messages().either("it is one of the pictures", "sie ist eines der Bilder"));
+        end_without_list(path,
+                         voice_.messages().either("it is one of the pictures", "sie ist eines der Bilder"));
     }
     if (!make_folders(folder_of(path), reason)) {
         end_without_list(path, reason);

@@ -46,7 +46,8 @@ void read_result(std::string_view rest, ListLine& line) {
         }
         double number = 0.0;
         const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
-        if (word.empty() || error != std::errc() || end != word.data() + word.size() || !std::isfinite(number)) {
+        if (word.empty() || error != std::errc() || end != word.data() + word.size() ||
+            !std::isfinite(number)) {
             return;
         }
         value = number;
@@ -56,7 +57,9 @@ void read_result(std::string_view rest, ListLine& line) {
 
 LineFault find_quoted_pair(std::string_view raw, ListLine& line) {
     const std::size_t right_end = raw.rfind('"');
-    const auto quote_before = [&](std::size_t place) { return place == 0 || place == npos ? npos : raw.rfind('"', place - 1); };
+    const auto quote_before = [&](std::size_t place) {
+        return place == 0 || place == npos ? npos : raw.rfind('"', place - 1);
+    };
     const std::size_t right_start = quote_before(right_end);
     const std::size_t left_end = quote_before(right_start);
     const std::size_t left_start = quote_before(left_end);
@@ -137,7 +140,8 @@ std::string values_text(const StoredCorrectionRecord& values) {
     std::string text;
     for (std::size_t i = 0; i < kRecordFields; ++i) {
         const double value = std::isfinite(values[i]) ? values[i] : 0.0;
-        text += i == kRecordCroppOutput ? format_text(" %d", round_half_up(value)) : format_text(" %g", value);
+        text +=
+            i == kRecordCroppOutput ? format_text(" %d", round_half_up(value)) : format_text(" %g", value);
     }
     return text;
 }

@@ -15,10 +15,10 @@ inline constexpr std::size_t kShortestListLine = 5;
 inline constexpr std::size_t kLongestListLine = 64 * 1024;
 
 struct ListLine {
-    std::string left;    ///< Or the stereo name; in the bytes of the file, "\" as "/".
-    std::string right;   ///< Empty for a stereo file.
-    std::string status;  ///< "", "OK", "IM", "QU", or some other word.
-    int item_count = 0;  ///< Status and values: 36 when whole.
+    std::string left;                 ///< Or the stereo name; in the bytes of the file, "\" as "/".
+    std::string right;                ///< Empty for a stereo file.
+    std::string status;               ///< "", "OK", "IM", "QU", or some other word.
+    int item_count = 0;               ///< Status and values: 36 when whole.
     StoredCorrectionRecord values{};  ///< As far as they stand there; the ratio 1 without one.
     std::size_t names_end = 0;        ///< Bytes of the line up to the end of its names.
 };

@@ -96,7 +96,8 @@ bool has_listed_suffix(const std::string& image_type, const std::string& name) {
     for (std::size_t start = 0; start < types.size();) {
         const std::size_t end = types.find(';', start);
         std::string_view type = trimmed(std::string_view(types).substr(start, end - start));
-        type.remove_prefix(std::min(type.find_first_not_of("*."), type.size()));  // "*.jpg" and ".jpg" are meant too
+        type.remove_prefix(
+            std::min(type.find_first_not_of("*."), type.size()));  // "*.jpg" and ".jpg" are meant too
         if (type == suffix) {
             return true;
         }

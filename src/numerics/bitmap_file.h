@@ -25,8 +25,8 @@ private:
     std::span<const std::uint8_t> bytes_;
 };
 
-/// The format that the suffix of a name stands for. The library's own call takes names apart in a place that all
-/// threads share; this one may be called from any.
+/// The format that the suffix of a name stands for. The library's own call takes names apart in a place that
+/// all threads share; this one may be called from any.
 [[nodiscard]] FREE_IMAGE_FORMAT format_of_name(const std::string& path);
 
 /// Encodes into memory, then writes with every byte checked: the library tells a full disk to nobody.

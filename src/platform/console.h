@@ -7,16 +7,16 @@
 
 namespace zemora {
 
-/// Writes to standard output, each line as soon as it is whole. Overwritten lines and the bell appear only on a terminal; in a pipe
-/// or a file each step is one plain line.
+/// Writes to standard output, each line as soon as it is whole. Overwritten lines and the bell appear only on
+/// a terminal; in a pipe or a file each step is one plain line.
 class Console {
 public:
     Console();
 
     /// Prints the text; control characters other than line ends and tabs are shown as "?".
     void print(std::string_view text);
-    /// Shows one state of a running step: overwrites the line on a terminal, where the name of the step is cut
-    /// to its width. Elsewhere the line appears once, when `percent` has reached 100.
+    /// Shows one state of a running step: overwrites the line on a terminal, where the name of the step is
+    /// cut to its width. Elsewhere the line appears once, when `percent` has reached 100.
     void progress(std::string_view step, double percent);
     /// What stands round the steps in those lines: before them which pair of how many is at work, behind
     /// them, on a terminal, the time that the rest will take.

@@ -40,7 +40,9 @@ std::atomic<InstructionSet>& chosen() {
 
 }  // namespace
 
-InstructionSet usable_instruction_set() { return chosen().load(std::memory_order_relaxed); }
+InstructionSet usable_instruction_set() {
+    return chosen().load(std::memory_order_relaxed);
+}
 
 void limit_instruction_set(InstructionSet limit) {
     chosen().store(std::min(detect(), limit), std::memory_order_relaxed);

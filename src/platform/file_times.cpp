@@ -16,8 +16,12 @@ LocalTime local_time_of(std::int64_t calendar_seconds) {
     const std::time_t seconds = calendar_seconds;
     std::tm parts = {};
     localtime_r(&seconds, &parts);
-    return {parts.tm_year + kFirstYear, parts.tm_mon + 1, parts.tm_mday,
-            parts.tm_hour, parts.tm_min, parts.tm_sec};
+    return {parts.tm_year + kFirstYear,
+            parts.tm_mon + 1,
+            parts.tm_mday,
+            parts.tm_hour,
+            parts.tm_min,
+            parts.tm_sec};
 }
 
 bool calendar_seconds_of(const LocalTime& time, std::int64_t& calendar_seconds) {

@@ -55,8 +55,8 @@ struct FileIdentity {
 [[nodiscard]] std::string program_directory();
 /// A data file of the program: in its folder, else in ../share/zemora; empty when it is in neither.
 [[nodiscard]] std::string find_data_file(const std::string& name);
-/// A page of the documentation: in the folder doc of the program's folder, else in ../share/doc/zemora; empty when it is
-/// in neither.
+/// A page of the documentation: in the folder doc of the program's folder, else in ../share/doc/zemora; empty
+/// when it is in neither.
 [[nodiscard]] std::string find_document(const std::string& name);
 /// Where the program keeps files of its own: its folder when that can be written, else
 /// $XDG_STATE_HOME/zemora or ~/.local/state/zemora, which is made.

@@ -24,6 +24,8 @@ bool silence() {
 
 }  // namespace
 
-void silence_tiff_library() { [[maybe_unused]] static const bool silent = silence(); }
+void silence_tiff_library() {
+    [[maybe_unused]] static const bool silent = silence();
+}
 
 }  // namespace zemora

@@ -9,7 +9,7 @@ namespace zemora {
 
 /// Result of a store: what could not be written, in words for the user; empty when all is well.
 struct StoreResult {
-    int code = 0;  ///< 0 done, else the error code that the driver shows.
+    int code = 0;        ///< 0 done, else the error code that the driver shows.
     std::string reason;  ///< A line for each file that failed.
 };
 

@@ -15,7 +15,8 @@ constexpr int kLevels = 256;
 /// The finished views of a pair, to be changed.
 struct FinishedViews {
     explicit FinishedViews(const WarpState& warp)
-        : left(warp.left.picture(warp.width, warp.height)), right(warp.right.picture(warp.width, warp.height)) {}
+        : left(warp.left.picture(warp.width, warp.height)),
+          right(warp.right.picture(warp.width, warp.height)) {}
     Picture left;
     Picture right;
 };
@@ -47,14 +48,15 @@ int depth_below_black(const FinishedViews& pair, const std::array<std::uint8_t, 
 void blur_row(const std::uint8_t* from, std::uint8_t* to, std::size_t bytes) {
     std::copy_n(from, kPixelBytes, to);
     for (std::size_t i = kPixelBytes; i + kPixelBytes < bytes; ++i) {
-        to[i] = static_cast<std::uint8_t>((from[i - kPixelBytes] + 2 * from[i] + from[i + kPixelBytes] + 2) >> 2);
+        to[i] =
+            static_cast<std::uint8_t>((from[i - kPixelBytes] + 2 * from[i] + from[i + kPixelBytes] + 2) >> 2);
     }
     std::copy_n(from + bytes - kPixelBytes, kPixelBytes, to + bytes - kPixelBytes);
 }
 
 /// One pass across rows.
-void blur_column(const std::uint8_t* below, const std::uint8_t* row, const std::uint8_t* above, std::uint8_t* to,
-                 std::size_t bytes) {
+void blur_column(const std::uint8_t* below, const std::uint8_t* row, const std::uint8_t* above,
+                 std::uint8_t* to, std::size_t bytes) {
     for (std::size_t i = 0; i < bytes; ++i) {
         to[i] = static_cast<std::uint8_t>((below[i] + 2 * row[i] + above[i] + 2) >> 2);
     }
@@ -125,13 +127,15 @@ void add_detail(Picture view, ConstPicture detail, const std::array<int, kLevels
         }
         std::uint8_t* pixel = view.row(y) + kPixelBytes;
         const std::uint8_t* stored = detail.row(y) + kPixelBytes;
-        for (std::size_t x = 1; x + 1 < column_sums.size(); ++x, pixel += kPixelBytes, stored += kPixelBytes) {
+        for (std::size_t x = 1; x + 1 < column_sums.size();
+             ++x, pixel += kPixelBytes, stored += kPixelBytes) {
             if (column_sums[x - 1] + column_sums[x] + column_sums[x + 1] < kVeryDark) {
                 continue;
             }
             for (int channel = 0; channel < kPixelBytes; ++channel) {
                 const int value = pixel[channel];
-                const int more = (stored[channel] - kNothing) * strengths[static_cast<std::size_t>(value)] / kUnit;
+                const int more =
+                    (stored[channel] - kNothing) * strengths[static_cast<std::size_t>(value)] / kUnit;
                 const int sharpened = std::clamp(value + more, 0, kLevels - 1);
                 column_sums[x] += sharpened - value;
                 pixel[channel] = static_cast<std::uint8_t>(sharpened);
@@ -141,7 +145,8 @@ void add_detail(Picture view, ConstPicture detail, const std::array<int, kLevels
 }
 
 [[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(), "w15385: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+    end_run_without_picture_memory(warp.voice.console(),
+                                   "w15385: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
 }
 
 }  // namespace

@@ -13,9 +13,9 @@ namespace zemora {
 
 /// Everything that the report of a pair tells; it computes nothing.
 struct ImageReport {
-    int mode = 1;    ///< `EstimateGeometry` of this pair.
-    /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the views come
-    /// from a depth mask.
+    int mode = 1;  ///< `EstimateGeometry` of this pair.
+    /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the
+    /// views come from a depth mask.
     bool is_analysed = true;
     int status = 0;  ///< `StatusCode` as a number; below 4 the pair cannot be mounted.
     int width = 0;   ///< Output, pixels.
@@ -26,11 +26,11 @@ struct ImageReport {
     CorrectionValues correction;    ///< Accumulated; height in input pixels.
     double original_near_px = 0.0;  ///< Before the correction, input pixels.
     double original_far_px = 0.0;
-    CorrectionValues remaining;  ///< The last step of the iteration.
+    CorrectionValues remaining;               ///< The last step of the iteration.
     std::optional<HeightCheck> heights = {};  ///< Of the finished pair, where it was checked.
-    bool looks_exchanged = false;            ///< Near and far look turned round; only a warning.
-    std::string doubt = {};                  ///< Why a pair that has settled is no success; a line, or empty.
-    double near_px = 0.0;        ///< Output pixels, after the correction.
+    bool looks_exchanged = false;             ///< Near and far look turned round; only a warning.
+    std::string doubt = {};  ///< Why a pair that has settled is no success; a line, or empty.
+    double near_px = 0.0;    ///< Output pixels, after the correction.
     double far_px = 0.0;
     double left_edge_px = 0.0;
     double right_edge_px = 0.0;

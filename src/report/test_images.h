@@ -17,8 +17,8 @@ using AddProfile = std::function<void(const std::string& file)>;
 [[nodiscard]] int write_anaglyph_test_image(int width, const std::string& folder, int green_percent,
                                             const Voice& voice, const AddProfile& add_profile);
 
-/// Numbered bands whose ghosts tell the value of `AutoGhostBust`, as "zemora_alignment.tif" in `PathofImages`.
-/// 0, or 1 when `OutputHeight` or `OutputWidth` is 0 or it cannot be made.
+/// Numbered bands whose ghosts tell the value of `AutoGhostBust`, as "zemora_alignment.tif" in
+/// `PathofImages`. 0, or 1 when `OutputHeight` or `OutputWidth` is 0 or it cannot be made.
 [[nodiscard]] int write_alignment_image(const ParameterSet& parameters, const Voice& voice);
 
 }  // namespace zemora

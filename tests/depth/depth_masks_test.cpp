@@ -8,8 +8,8 @@
 #include "input/picture_file.h"
 #include "numerics/bitmap_file.h"
 #include "platform/paths.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora::test {
 
@@ -19,7 +19,8 @@ constexpr int kWidth = 480;
 constexpr int kHeight = 200;
 
 std::uint8_t noise(int x, int y, int seed) {
-    unsigned h = static_cast<unsigned>(x / 3) * 374761393U + static_cast<unsigned>(y / 3) * 668265263U + static_cast<unsigned>(seed) * 1442695041U;
+    unsigned h = static_cast<unsigned>(x / 3) * 374761393U + static_cast<unsigned>(y / 3) * 668265263U +
+                 static_cast<unsigned>(seed) * 1442695041U;
     h = (h ^ (h >> 13)) * 1274126177U;
     h ^= h >> 16;
     return static_cast<std::uint8_t>(h >> 24);
@@ -43,7 +44,8 @@ Frame frame_at(int number) {
             const int u = is_disc ? x - disc_x + 2000 : x + 2 * number;
             const int v = is_disc ? y - disc_y + 2000 : y;
             for (int c = 0; c < kPixelBytes; ++c) {
-                photo[c] = static_cast<std::uint8_t>(noise(u, v, c + (is_disc ? 9 : 0)) / 2 + (is_disc ? 100 : 20));
+                photo[c] =
+                    static_cast<std::uint8_t>(noise(u, v, c + (is_disc ? 9 : 0)) / 2 + (is_disc ? 100 : 20));
                 mask[c] = static_cast<std::uint8_t>(is_disc ? 220 : 40 + y / 4);
             }
         }
@@ -112,7 +114,8 @@ TEST_F(MaskSequence, AMissingPhotoStopsItAndAnExistingMaskStays) {
     testing::internal::CaptureStdout();
     EXPECT_FALSE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
     EXPECT_NE(testing::internal::GetCapturedStdout().find("photo_0008.png"), std::string::npos);
-    EXPECT_EQ(folder_.files().size(), photos_.size() - 1 + masks_.size() + 1) << "a mask of a sequence with a hole";
+    EXPECT_EQ(folder_.files().size(), photos_.size() - 1 + masks_.size() + 1)
+        << "a mask of a sequence with a hole";
     save(frame_at(8).photo, photos_[8]);
     ASSERT_TRUE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
     EXPECT_EQ(mean_difference_of(load_picture(own).bitmap.picture(), frame_at(0).photo.picture()), 0.0);
@@ -155,7 +158,8 @@ TEST(MotionField, FastMotionWidensTheSearchWithinTheCall) {
 TEST(MotionField, SmallAndPlainFramesGiveNoMotionAndNoHarm) {
     const Speech talk;
     MotionField field(talk.voice);
-    for (const auto& [width, height] : {std::pair{1, 1}, std::pair{59, 3}, std::pair{200, 2}, std::pair{640, 5}}) {
+    for (const auto& [width, height] :
+         {std::pair{1, 1}, std::pair{59, 3}, std::pair{200, 2}, std::pair{640, 5}}) {
         const Bitmap plain = Bitmap::create(width, height);
         field.estimate_motion_field(plain.picture(), plain.picture());
         EXPECT_EQ(field.at(width - 1, height - 1), MotionVector{});

@@ -35,9 +35,13 @@ ParameterSet settings_of(int target, int offset, int nonlin, int type) {
 class PlainView {
 public:
     PlainView(const ParameterSet& p, ConstPicture colour, ConstPicture depth, DepthView view)
-        : width_(colour.width), height_(colour.height), sign_(view == DepthView::left ? -1.0 : 1.0),
-          parallax_(p.deviation_target / 1000.0 * width_), table_(grey_to_shift(DepthSettings(p))),
-          offset_(shift_offset(DepthSettings(p))), result_(Bitmap::create(width_, height_)) {
+        : width_(colour.width),
+          height_(colour.height),
+          sign_(view == DepthView::left ? -1.0 : 1.0),
+          parallax_(p.deviation_target / 1000.0 * width_),
+          table_(grey_to_shift(DepthSettings(p))),
+          offset_(shift_offset(DepthSettings(p))),
+          result_(Bitmap::create(width_, height_)) {
         marks_.assign(static_cast<std::size_t>(width_ * height_), 0);
         for (int y = 0; y < height_; ++y) {
             paint(colour, depth, y);
@@ -55,7 +59,9 @@ public:
 
 private:
     std::uint8_t& mark(int x, int y) { return marks_[static_cast<std::size_t>(y * width_ + x)]; }
-    [[nodiscard]] double units(int g) const { return sign_ * (table_[static_cast<std::size_t>(g)] + offset_); }
+    [[nodiscard]] double units(int g) const {
+        return sign_ * (table_[static_cast<std::size_t>(g)] + offset_);
+    }
 
     void paint(ConstPicture colour, ConstPicture depth, int y) {
         std::vector<Pixel> samples(static_cast<std::size_t>(16 * width_), kHoleColour);
@@ -209,8 +215,9 @@ int differing_pixels(ConstPicture a, ConstPicture b) {
 
 TEST(DepthViews, EqualThePlainPainter) {
     const Scene scene = noisy_scene(203, 40);
-    for (const ParameterSet& p : {settings_of(30, 0, 0, 0), settings_of(60, -20, 3, 0), settings_of(90, 15, -4, 0),
-                                  settings_of(50, 5, 9, 1), settings_of(-40, 0, 0, 0), settings_of(0, 30, 0, 0)}) {
+    for (const ParameterSet& p :
+         {settings_of(30, 0, 0, 0), settings_of(60, -20, 3, 0), settings_of(90, 15, -4, 0),
+          settings_of(50, 5, 9, 1), settings_of(-40, 0, 0, 0), settings_of(0, 30, 0, 0)}) {
         DepthState state(p);
         for (const DepthView view : {DepthView::right, DepthView::left}) {
             ASSERT_TRUE(state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), view));
@@ -226,7 +233,8 @@ TEST(DepthViews, TheWallMovesByHalfTheParallaxAndShowsBesideTheSquare) {
     const Scene scene = square_scene();
     const ParameterSet p = settings_of(125, 0, 0, 0);  // 32 pixels: 16 a view for black
     DepthState state(p);
-    ASSERT_TRUE(state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), DepthView::right));
+    ASSERT_TRUE(
+        state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), DepthView::right));
     ASSERT_TRUE(state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), DepthView::left));
     constexpr int kRow = 128;
     const ConstPicture right = state.view_b.picture();

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "driver/pair_correction.h"
-#include "input/stored_record.h"
 #include "driver/window_placement.h"
+#include "input/stored_record.h"
 
 namespace zemora {
 namespace {

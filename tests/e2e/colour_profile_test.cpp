@@ -77,12 +77,14 @@ INSTANTIATE_TEST_SUITE_P(
                    {kViews},
                    "cr/foo_cr.jpg",
                    "RGB |Compatible with Adobe RGB (1998)"},
-        ProfileRow{
-            "only_uncalibrated", {"-ColorSpace=65535"}, {kViews}, "cr/foo_cr.jpg", "|"},
+        ProfileRow{"only_uncalibrated", {"-ColorSpace=65535"}, {kViews}, "cr/foo_cr.jpg", "|"},
         ProfileRow{
             "own", {"-ICC_Profile<=@rgb.icc", "-InteropIndex=R03"}, {kViews}, "cl/foo_cl.jpg", "RGB |Own"},
-        ProfileRow{
-            "of_a_printer", {"-ICC_Profile<=@inks.icc", "-ColorSpace="}, {kViews}, "cl/foo_cl.jpg", "RGB |sRGB built-in"},
+        ProfileRow{"of_a_printer",
+                   {"-ICC_Profile<=@inks.icc", "-ColorSpace="},
+                   {kViews},
+                   "cl/foo_cl.jpg",
+                   "RGB |sRGB built-in"},
         ProfileRow{"inks_by_formula", {}, {kViews, "--OutputFormat=8"}, "cl/foo_cl.tif", "|"},
         ProfileRow{"dome_among_inks",
                    {},

@@ -16,9 +16,9 @@ using Names = std::set<std::string>;
 
 constexpr int kWidth = 400;
 constexpr int kHeight = 300;
-const std::vector<std::string> kDepthSettings{"--EstimateGeometry=0", "--DeviationTarget=40", "--StereoOutput=0",
-                                              "--AutoOutputContrast=0", "--OutputFormat=3",
-                                              "--WindowOffset=0",       "--CroppOutput=0"};
+const std::vector<std::string> kDepthSettings{
+    "--EstimateGeometry=0", "--DeviationTarget=40", "--StereoOutput=0", "--AutoOutputContrast=0",
+    "--OutputFormat=3",     "--WindowOffset=0",     "--CroppOutput=0"};
 
 std::vector<std::string> with(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), kDepthSettings.begin(), kDepthSettings.end());
@@ -74,8 +74,8 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     const Bitmap mask = mask_picture(255, 0);
     workshop.save("a_rgb.png", photo.picture());
     workshop.save("a_d.png", mask.picture());
-    Outcome outcome = workshop.run(
-        with({"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png", "--ReportMode=1"}));
+    Outcome outcome = workshop.run(with(
+        {"--InputMode=1", "--StereoImageInput=5", "--ExtraOutput=9", "--ImageType=png", "--ReportMode=1"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_NE(read_text(workshop.path("zemora_report.txt")).find("Far point disparity"), std::string::npos);
     expect_depth(workshop, "cl/a_cl.bmp", "cr/a_cr.bmp");
@@ -89,7 +89,8 @@ TEST(DepthLayouts, PhotoAndMaskInTwoFilesOrOneBecomeAPair) {
     copy(photo.picture(), both.picture().part(0, 0, kWidth, kHeight));
     copy(mask.picture(), both.picture().part(kWidth, 0, kWidth, kHeight));
     workshop.save("two/b.png", both.picture());
-    outcome = workshop.run(with({"--InputMode=4", "--StereoImageInput=6", "--PathofImages=two", "--ImageType=png"}));
+    outcome = workshop.run(
+        with({"--InputMode=4", "--StereoImageInput=6", "--PathofImages=two", "--ImageType=png"}));
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     expect_depth(workshop, "two/cl/b_cl.bmp", "two/cr/b_cr.bmp");
 }
@@ -191,7 +192,8 @@ TEST(DepthLayouts, MissingMasksOfASequenceAreMadeAndAMissingPhotoIsNamed) {
 }
 
 /// A photo with a map of `width` x `height` in the trailer of that maker's files.
-std::string samsung_photo(const Bitmap& photo, const FileBytes& map, std::uint32_t width, std::uint32_t height) {
+std::string samsung_photo(const Bitmap& photo, const FileBytes& map, std::uint32_t width,
+                          std::uint32_t height) {
     FileBytes blocks;
     FileBytes directory{'S', 'E', 'F', 'H'};
     NumberWriter listed(directory, false);
@@ -234,8 +236,8 @@ std::string samsung_photo(const Bitmap& photo, const FileBytes& map, std::uint32
 }
 
 void set_maker(const Workshop& workshop, const std::string& file, const std::string& maker) {
-    const std::string call = "exiftool -q -overwrite_original -m '-EXIF:Make=" + maker + "' '-EXIF:Orientation#=1' '" +
-                             workshop.path(file) + "'";
+    const std::string call = "exiftool -q -overwrite_original -m '-EXIF:Make=" + maker +
+                             "' '-EXIF:Orientation#=1' '" + workshop.path(file) + "'";
     ASSERT_EQ(std::system(call.c_str()), 0) << call;
 }
 
@@ -284,8 +286,8 @@ TEST(PhoneDepth, APhotoWithoutDepthIsSkippedWithTheReason) {
         const char* maker;
         const char* told;
     };
-    for (const Row& row : {Row{"Apple", "does not contain a depth mask"}, Row{"samsung", "does not contain a depth mask"},
-                           Row{"Other", "other_D.jpg"}}) {
+    for (const Row& row : {Row{"Apple", "does not contain a depth mask"},
+                           Row{"samsung", "does not contain a depth mask"}, Row{"Other", "other_D.jpg"}}) {
         Workshop workshop;
         workshop.write("other.jpg", bytes_of(aligned_views().left));
         set_maker(workshop, "other.jpg", row.maker);

@@ -33,7 +33,8 @@ protected:
         for (std::string raw; std::getline(text, raw);) {
             ListLine line;
             EXPECT_EQ(parse_list_line(raw, true, line), LineFault::none) << raw;
-            EXPECT_TRUE(line.status.empty() ? line.item_count == 0 : line.status != "OK" || line.item_count == 36)
+            EXPECT_TRUE(line.status.empty() ? line.item_count == 0
+                                            : line.status != "OK" || line.item_count == 36)
                 << "half a line: " << raw;
             found.push_back(line);
         }
@@ -41,8 +42,8 @@ protected:
     }
     [[nodiscard]] int count_of(const std::string& status) const {
         const auto all = lines();
-        return static_cast<int>(
-            std::count_if(all.begin(), all.end(), [&](const ListLine& line) { return line.status == status; }));
+        return static_cast<int>(std::count_if(all.begin(), all.end(),
+                                              [&](const ListLine& line) { return line.status == status; }));
     }
 
     Workshop workshop;
@@ -53,11 +54,13 @@ TEST_F(ListOfImages, IsWrittenEditedWorkedThroughAndGoneOnWith) {
     Outcome outcome = run({"--InputMode=1", "--WriteDataBase=1"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("Only [ListofImages] written")) << outcome.text;
-    EXPECT_EQ(read_text(workshop.path(kList)), "\"a_l.jpg\"   \"a_r.jpg\"\n\"b_l.jpg\"   \"b_r.jpg\"\n"
-                                               "\"c_l.jpg\"   \"c_r.jpg\"\n\"d_l.jpg\"   \"d_r.jpg\"\n");
+    EXPECT_EQ(read_text(workshop.path(kList)),
+              "\"a_l.jpg\"   \"a_r.jpg\"\n\"b_l.jpg\"   \"b_r.jpg\"\n"
+              "\"c_l.jpg\"   \"c_r.jpg\"\n\"d_l.jpg\"   \"d_r.jpg\"\n");
     EXPECT_FALSE(std::filesystem::exists(workshop.path("cl")));
 
-    workshop.write(kList, "\"d_l.jpg\"   \"d_r.jpg\"\r\n\"b_l.jpg\"   \"b_r.jpg\" QU\r\n\"a_l.jpg\"   \"a_r.jpg\"\r\n");
+    workshop.write(
+        kList, "\"d_l.jpg\"   \"d_r.jpg\"\r\n\"b_l.jpg\"   \"b_r.jpg\" QU\r\n\"a_l.jpg\"   \"a_r.jpg\"\r\n");
     outcome = run({"--InputMode=10"});
     EXPECT_EQ(outcome.exit_code, 0) << outcome.text;
     EXPECT_TRUE(outcome.tells("processed images: 2/2")) << outcome.text;
@@ -91,11 +94,12 @@ TEST_F(ListOfImages, AFailedPairIsTriedAgainAndTheOthersAreNot) {
 TEST_F(ListOfImages, StoredCorrectionsGiveThePictureOfTheMeasuringRun) {
     add_pairs("a", misaligned_views());
     // Tone is adapted by the picture before the final warp in one run and behind it in the other.
-    for (const auto& [contrast, levels] : {std::pair{"--AutoOutputContrast=0", 0}, std::pair{"--AutoOutputContrast=3", 3}}) {
+    for (const auto& [contrast, levels] :
+         {std::pair{"--AutoOutputContrast=0", 0}, std::pair{"--AutoOutputContrast=3", 3}}) {
         Outcome outcome = run({"--InputMode=1", "--OutputFormat=3", "--PathofOutput=first", contrast});
         ASSERT_EQ(count_of("OK"), 1) << outcome.text;
-        outcome =
-            run({"--InputMode=10", "--EstimateGeometry=2", "--OutputFormat=3", "--PathofOutput=second", contrast});
+        outcome = run({"--InputMode=10", "--EstimateGeometry=2", "--OutputFormat=3", "--PathofOutput=second",
+                       contrast});
         EXPECT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
         EXPECT_FALSE(outcome.tells("iterative")) << "measured again: " << outcome.text;
         for (const char* name : {"cl/a_cl.bmp", "cr/a_cr.bmp"}) {
@@ -179,8 +183,8 @@ TEST_F(ListOfImages, CorrectionsGoFromTheListIntoTheImages) {
     EXPECT_FALSE(outcome.tells("iterative")) << outcome.text;
     const ListLine after = lines().at(0);
     EXPECT_EQ(after.status, "OK");
-    for (const RecordField field : {kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV, kRecordPureShift,
-                                    kRecordWindowShift, kRecordNearPoint}) {
+    for (const RecordField field : {kRecordHeight, kRecordSize, kRecordRotation, kRecordVergenceV,
+                                    kRecordPureShift, kRecordWindowShift, kRecordNearPoint}) {
         EXPECT_EQ(after.values[field], before.values[field]) << field;
     }
     for (const char* name : {"a_l.jpg", "a_r.jpg"}) {
@@ -213,8 +217,8 @@ TEST_F(ListOfImages, ARunThatIsKilledLosesAtMostThePairAtWork) {
         for (const char* seconds : {"0.05", "0.2", "0.3"}) {
             const int before = count_of("OK");
             workshop.is_killed = true;
-            workshop.around = std::string("shift 2; \"$@\" & pid=$!; sleep ") + seconds + "; kill -" + signal +
-                              " $pid 2>/dev/null; wait $pid";
+            workshop.around = std::string("shift 2; \"$@\" & pid=$!; sleep ") + seconds + "; kill -" +
+                              signal + " $pid 2>/dev/null; wait $pid";
             (void)run({"--InputMode=10", "--OutputFormat=3"});
             ASSERT_EQ(lines().size(), 6U) << "the list is whole";
             int stored = 0;

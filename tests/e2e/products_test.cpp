@@ -15,8 +15,9 @@ class Products : public testing::Test {
 protected:
     Products() { save_pair(workshop, aligned_views(), "foo_l.bmp", "foo_r.bmp"); }
     [[nodiscard]] Outcome run(std::vector<std::string> settings) const {
-        settings.insert(settings.begin(), {"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--LeftRightOutput=0",
-                                           "--StereoOutput=0", "--OutputFormat=3", "--AutoOutputContrast=0"});
+        settings.insert(settings.begin(),
+                        {"foo_l.bmp", "foo_r.bmp", "--EstimateGeometry=-1", "--LeftRightOutput=0",
+                         "--StereoOutput=0", "--OutputFormat=3", "--AutoOutputContrast=0"});
         return workshop.run(settings);
     }
     [[nodiscard]] Bitmap product(const std::string& name) const { return workshop.load(name); }
@@ -64,11 +65,14 @@ struct ExtraCase {
 
 TEST_F(Products, ExtraFormatsLieInTheirFoldersInTheirSizes) {
     // Frame 10 above, 20 below, 5 at the sides, a line of 1: a cell is 412 by 332.
-    for (const ExtraCase& c : {ExtraCase{1, "ce_lrq/foo_ce-lrq.bmp", 412, 332}, {2, "ce_ab/foo_ce-ab.bmp", 412, 664},
-                               {3, "ce_abq/foo_ce-abq.bmp", 412, 332}, {4, "ce_oe/foo_ce-oe.bmp", 410, 330},
-                               {6, "ce_lrl/foo_ce-lrl.bmp", 1236, 332}, {7, "ce_lrrl/foo_ce-lrrl.bmp", 824, 644}}) {
-        const Outcome outcome = run({"--ExtraOutput=" + std::to_string(c.format), "--FrameTop=10", "--FrameBottom=20",
-                                     "--FrameLeftRight=5", "--ThinBlackLine=1"});
+    for (const ExtraCase& c : {ExtraCase{1, "ce_lrq/foo_ce-lrq.bmp", 412, 332},
+                               {2, "ce_ab/foo_ce-ab.bmp", 412, 664},
+                               {3, "ce_abq/foo_ce-abq.bmp", 412, 332},
+                               {4, "ce_oe/foo_ce-oe.bmp", 410, 330},
+                               {6, "ce_lrl/foo_ce-lrl.bmp", 1236, 332},
+                               {7, "ce_lrrl/foo_ce-lrrl.bmp", 824, 644}}) {
+        const Outcome outcome = run({"--ExtraOutput=" + std::to_string(c.format), "--FrameTop=10",
+                                     "--FrameBottom=20", "--FrameLeftRight=5", "--ThinBlackLine=1"});
         ASSERT_TRUE(workshop.files().contains(c.name)) << c.name << outcome.text;
         const Bitmap picture = product(c.name);
         EXPECT_EQ(picture.width(), c.width) << c.name;
@@ -115,14 +119,16 @@ TEST_F(Products, ThumbnailsStandInTheirFolderAndInTheReport) {
         const Bitmap thumb = product(name);
         EXPECT_TRUE(thumb.width() == 267 || thumb.height() == 178) << name;
     }
-    EXPECT_NE(read_text(workshop.path("zemora_report.html")).find("<img src=\"ct/foo_l.jpg\""), std::string::npos);
+    EXPECT_NE(read_text(workshop.path("zemora_report.html")).find("<img src=\"ct/foo_l.jpg\""),
+              std::string::npos);
 }
 
 TEST_F(Products, AStepWithoutSixteenBitsSavesEightAndSaysSo) {
     const Outcome outcome = run({"--LeftRightOutput=2", "--OutputFormat=7", "--SharpenIntensity=60"});
     EXPECT_TRUE(outcome.tells("8 bits are saved: sharpening")) << outcome.text;
     (void)run({"--LeftRightOutput=2", "--IdentOutputDir=sharp", "--SharpenIntensity=60"});
-    EXPECT_EQ(greatest_difference(product("cl/foo_cl.tif").picture(), product("clsharp/foo_cl.bmp").picture()), 0);
+    EXPECT_EQ(
+        greatest_difference(product("cl/foo_cl.tif").picture(), product("clsharp/foo_cl.bmp").picture()), 0);
     const Outcome extra = run({"--LeftRightOutput=2", "--OutputFormat=7", "--ExtraOutput=4"});
     EXPECT_TRUE(extra.tells("8 bits are saved: the extra format")) << extra.text;
 }
@@ -185,17 +191,19 @@ TEST(ProductTags, AllProductsCarryThePictureOfTheirSource) {
     Workshop workshop;
     save_pair(workshop, aligned_views(), "foo_l.jpg", "foo_r.jpg");
     for (const char* name : {"foo_l.jpg", "foo_r.jpg"}) {
-        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Model=Twin", "-IPTC:Headline=A garden",
-                               "-DateTimeOriginal=2024:05:01 10:00:00", "-Exif:Orientation=6", "-Exif:ColorSpace=1", "-n", workshop.path(name)})
+        ASSERT_TRUE(run_child({"exiftool", "-q", "-overwrite_original", "-Exif:Model=Twin",
+                               "-IPTC:Headline=A garden", "-DateTimeOriginal=2024:05:01 10:00:00",
+                               "-Exif:Orientation=6", "-Exif:ColorSpace=1", "-n", workshop.path(name)})
                         .succeeded());
     }
-    const Outcome outcome =
-        workshop.run({"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=-1", "--LeftRightOutput=2", "--StereoOutput=2",
-                      "--AnaglyphOutput=2", "--ExtraOutput=2", "--RotMirInputLeft=0", "--RotMirInputRight=0", "--MetaTransfer=2", "--ExifCopyright=(c) me", "--DotsPerInch_x=300",
-                      "--DotsPerInch_y=300", "--FrameBottom=60", "--CaptionText=__IPTC__"});
+    const Outcome outcome = workshop.run(
+        {"foo_l.jpg", "foo_r.jpg", "--EstimateGeometry=-1", "--LeftRightOutput=2", "--StereoOutput=2",
+         "--AnaglyphOutput=2", "--ExtraOutput=2", "--RotMirInputLeft=0", "--RotMirInputRight=0",
+         "--MetaTransfer=2", "--ExifCopyright=(c) me", "--DotsPerInch_x=300", "--DotsPerInch_y=300",
+         "--FrameBottom=60", "--CaptionText=__IPTC__"});
     ASSERT_TRUE(outcome.tells("processed images: 1/1")) << outcome.text;
-    for (const char* name : {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg",
-                             "ce_ab/foo_ce-ab.jpg"}) {
+    for (const char* name :
+         {"cl/foo_cl.jpg", "cr/foo_cr.jpg", "cs/foo_cs.jpg", "ca/foo_ca.jpg", "ce_ab/foo_ce-ab.jpg"}) {
         const ChildResult tags = run_child({"exiftool", "-n", "-s", "-s", "-s", "-p",
                                             "$Model|$Headline|$Copyright|$XResolution|$Orientation|$Software|"
                                             "$FileModifyDate|$ProfileDescription",

@@ -48,7 +48,8 @@ TEST_P(UnreadableView, IsNamedAndSkippedOnEitherSide) {
         const bool told_as_no_file = outcome.tells("cannot be read.") ||
                                      outcome.tells("there is no such file") ||
                                      outcome.tells("this is no file");
-        EXPECT_TRUE(GetParam().is_file ? outcome.tells("Could not read file") : told_as_no_file) << outcome.text;
+        EXPECT_TRUE(GetParam().is_file ? outcome.tells("Could not read file") : told_as_no_file)
+            << outcome.text;
         EXPECT_TRUE(outcome.tells("bad_l.jpg: ")) << outcome.text;
         EXPECT_EQ(outcome.tells("processed images: 0/1"), GetParam().is_file) << outcome.text;
         EXPECT_EQ(workshop.files(), before);

@@ -188,7 +188,8 @@ TEST_P(Interrupted, RunLeavesNoTemporaryFolderAndHasSaidWhatItDidSoFar) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, Interrupted,
-                         testing::Values(EndSignal{"TERM", 143}, EndSignal{"INT", 130}, EndSignal{"HUP", 129}));
+                         testing::Values(EndSignal{"TERM", 143}, EndSignal{"INT", 130},
+                                         EndSignal{"HUP", 129}));
 
 }  // namespace
 }  // namespace zemora::test

@@ -262,16 +262,21 @@ TEST_F(Viewers, SwapOfAPhotoWithDepthExchangesTheRenderedViews) {
     workshop.save("a_rgb.bmp", aligned_views().left.picture());
     workshop.save("a_d.bmp", mask.picture());
     plan(kPost, {kGood + "0", "exit 100", kGood + "0"});
-    const std::vector<std::string> call{
-        "a_rgb.bmp",      "a_d.bmp", "--PostViewerActive=1", "--StereoImageInput=5", "--DeviationTarget=40",
-        "--CroppOutput=0", "--WindowOffset=0"};
+    const std::vector<std::string> call{"a_rgb.bmp",
+                                        "a_d.bmp",
+                                        "--PostViewerActive=1",
+                                        "--StereoImageInput=5",
+                                        "--DeviationTarget=40",
+                                        "--CroppOutput=0",
+                                        "--WindowOffset=0"};
     EXPECT_TRUE(workshop.run(call).tells("processed images: 1/1"));
     const Bitmap left = workshop.load("cl/a_cl.bmp");
     const Bitmap right = workshop.load("cr/a_cr.bmp");
     EXPECT_GT(mean_difference(left.picture(), right.picture()), 1.0);
     const Outcome swapped = workshop.run(call);
     EXPECT_TRUE(swapped.tells("processed images: 1/1"));
-    EXPECT_EQ(greatest_difference(workshop.load("cl/a_cl.bmp").picture(), right.picture()), 0) << swapped.text;
+    EXPECT_EQ(greatest_difference(workshop.load("cl/a_cl.bmp").picture(), right.picture()), 0)
+        << swapped.text;
     EXPECT_EQ(greatest_difference(workshop.load("cr/a_cr.bmp").picture(), left.picture()), 0);
 }
 

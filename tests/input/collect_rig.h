@@ -10,9 +10,9 @@
 
 #include "input/image_list.h"
 #include "platform/paths.h"
+#include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
 #include "tests/support/timed_pictures.h"
-#include "tests/support/speech.h"
 
 namespace zemora::test {
 

@@ -109,7 +109,9 @@ TEST(ImageListModes, LeftOverFilesArePassedOverAndStay) {
     rig.parameters.verbose_mode = 1;
     rig.add({"zemora_temp_a_l.jpg", "zemora_temp_a_r.jpg", "ZEMORATEMP_b_l.jpg", "c_l.jpg", "c_r.jpg"});
     EXPECT_EQ(rig.build(), Names{"c_l.jpg c_r.jpg"});
-    EXPECT_TRUE(rig.has_told("Temporary File ignored (will be deleted): " + rig.folder / "zemora_temp_a_l.jpg")) << rig.told;
+    EXPECT_TRUE(
+        rig.has_told("Temporary File ignored (will be deleted): " + rig.folder / "zemora_temp_a_l.jpg"))
+        << rig.told;
     EXPECT_EQ(rig.folder.files().size(), 5U);
 }
 

@@ -5,8 +5,8 @@
 
 #include "input/list_file.h"
 #include "input/list_scan.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
@@ -15,8 +15,9 @@ using test::read_text;
 using test::TestFolder;
 using test::write_text;
 
-const std::string kValues = " 0 0 0 0 0 100 100 0 0 100 100 -3.25 0.5 0.125 0.0625 -0.25 1.5 12.5 0.031 -4.5 "
-                            "7.25 0 0 0 0 0 0 0 0 0 0 0 0 1 2";
+const std::string kValues =
+    " 0 0 0 0 0 100 100 0 0 100 100 -3.25 0.5 0.125 0.0625 -0.25 1.5 12.5 0.031 -4.5 "
+    "7.25 0 0 0 0 0 0 0 0 0 0 0 0 1 2";
 
 struct LineCase {
     const char* name;
@@ -117,8 +118,9 @@ TEST_F(Listed, AResultGoesBehindTheNamesOfItsOwnLine) {
     set_list("\"11.jpg\"   \"12.jpg\"\r\n\"BROOK_l.jpg\"   \"BROOK_r.jpg\"\r\n\"1.jpg\"   \"2.jpg\"");
     update("1.jpg", "2.jpg", {"IM"});
     update("BROOK_r.jpg", "BROOK_l.jpg", {"QU"});
-    EXPECT_EQ(read_text(list()), "\"11.jpg\"   \"12.jpg\"\r\n\"BROOK_l.jpg\"   \"BROOK_r.jpg\" QU\r\n"
-                                 "\"1.jpg\"   \"2.jpg\" IM");
+    EXPECT_EQ(read_text(list()),
+              "\"11.jpg\"   \"12.jpg\"\r\n\"BROOK_l.jpg\"   \"BROOK_r.jpg\" QU\r\n"
+              "\"1.jpg\"   \"2.jpg\" IM");
     StoredCorrectionRecord values{};
     values[kRecordHeight] = -1.5;
     update("BROOK_l.jpg", "BROOK_r.jpg", {"OK", &values});
@@ -134,7 +136,8 @@ TEST_F(Listed, OfEqualLinesTheFirstWithoutAResultIsTaken) {
 }
 
 TEST_F(Listed, NamesAreComparedAsFiles) {
-    const std::string absolute = '"' + folder.path() + "/x/../M\xC3\xBChle.jpg\" \"" + folder.path() + "/b.jpg\"";
+    const std::string absolute =
+        '"' + folder.path() + "/x/../M\xC3\xBChle.jpg\" \"" + folder.path() + "/b.jpg\"";
     set_list(absolute + "\n\"s\\M\xFChle.JPG\"\n");
     update("M\xC3\xBChle.jpg", "b.jpg", {"IM"});
     update("s/M\xC3\xBChle.jpg", "", {"QU"});
@@ -155,7 +158,8 @@ TEST_F(Listed, AnUpdateKeepsALinkAndThePermissions) {
     write_text(folder / "real.txt", "\"a.jpg\" \"b.jpg\"\n");
     ASSERT_EQ(chmod((folder / "real.txt").c_str(), 0640), 0);
     std::filesystem::create_symlink("real.txt", list());
-    update_database_line(parameters, voice, list_path_of(parameters), folder / "a.jpg", folder / "b.jpg", {"IM"});
+    update_database_line(parameters, voice, list_path_of(parameters), folder / "a.jpg", folder / "b.jpg",
+                         {"IM"});
     EXPECT_TRUE(std::filesystem::is_symlink(list()));
     EXPECT_EQ(read_text(folder / "real.txt"), "\"a.jpg\" \"b.jpg\" IM\n");
     EXPECT_EQ(static_cast<int>(std::filesystem::status(folder / "real.txt").permissions()), 0640);
@@ -249,9 +253,9 @@ protected:
 struct MarkCase {
     const char* name;
     std::string behind;
-    bool taken;          ///< By a run that measures.
-    bool taken_again;    ///< By a run that applies stored values.
-    bool has_values;     ///< There.
+    bool taken;        ///< By a run that measures.
+    bool taken_again;  ///< By a run that applies stored values.
+    bool has_values;   ///< There.
     const char* told_again;
 };
 
@@ -278,7 +282,8 @@ INSTANTIATE_TEST_SUITE_P(
     Table, MarksOfLines,
     testing::Values(MarkCase{"none", "", true, true, false, "will be tried again: a_l.jpg <-> a_r.jpg"},
                     MarkCase{"whole", " OK" + kValues, false, true, true, ""},
-                    MarkCase{"a_value_missing", " OK" + kValues.substr(0, kValues.size() - 2), false, false, false, "case: 2!"},
+                    MarkCase{"a_value_missing", " OK" + kValues.substr(0, kValues.size() - 2), false, false,
+                             false, "case: 2!"},
                     MarkCase{"imperfect", " IM", false, false, false, "IMPERFECT"},
                     MarkCase{"quit", " QU", false, false, false, "QUIT"},
                     MarkCase{"word", " done", false, false, false, "case: 2!"}),

@@ -8,8 +8,8 @@
 
 #include "input/input_pair.h"
 #include "tests/support/pictures.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora::test {
 

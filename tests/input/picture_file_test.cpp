@@ -201,7 +201,8 @@ TEST(LoadPicture, JpegBringsNoTint) {
     Bitmap picture = Bitmap::create(256, 256);
     for (int y = 0; y < 256; ++y) {
         for (int x = 0; x < 256; ++x) {
-            std::fill_n(picture.picture().pixel(x, y), 3, static_cast<std::uint8_t>(60 + (x * 7 + y * y) % 120));
+            std::fill_n(picture.picture().pixel(x, y), 3,
+                        static_cast<std::uint8_t>(60 + (x * 7 + y * y) % 120));
         }
     }
     const LoadedPicture loaded =

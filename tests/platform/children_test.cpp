@@ -77,10 +77,11 @@ TEST(ChildDialog, AnswersThatArriveTogetherAreGivenOutOneByOne) {
 
 TEST(ChildDialog, ErrorsBelongToTheirAnswerAndNeverBlockTheProgram) {
     ChildDialog dialog;
-    ASSERT_TRUE(dialog.start({"sh", "-c",
-                              "while read -r line; do head -c 300000 /dev/zero >&2; printf '%s.end' \"$line\" >&2; "
-                              "printf '%s.end' \"$line\"; done"},
-                             ""));
+    ASSERT_TRUE(
+        dialog.start({"sh", "-c",
+                      "while read -r line; do head -c 300000 /dev/zero >&2; printf '%s.end' \"$line\" >&2; "
+                      "printf '%s.end' \"$line\"; done"},
+                     ""));
     ASSERT_TRUE(dialog.write("one\ntwo\n"));
     for (const std::string request : {"one", "two"}) {
         std::vector<std::uint8_t> answer;
@@ -90,7 +91,8 @@ TEST(ChildDialog, ErrorsBelongToTheirAnswerAndNeverBlockTheProgram) {
         ASSERT_EQ(errors.size(), 300'000U + request.size() + 4);
         EXPECT_EQ(std::string(errors.begin() + 300'000, errors.end()), request + ".end");
     }
-    const ChildResult both = run_child_and_keep_errors({"sh", "-c", "head -c 300000 /dev/zero >&2; printf out; exit 3"});
+    const ChildResult both =
+        run_child_and_keep_errors({"sh", "-c", "head -c 300000 /dev/zero >&2; printf out; exit 3"});
     EXPECT_EQ(both.exit_code, 3);
     EXPECT_EQ(text_of(both.output), "out");
     EXPECT_EQ(both.errors.size(), 300'000U);

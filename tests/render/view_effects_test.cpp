@@ -71,7 +71,8 @@ std::vector<int> plain_sharpen(std::vector<int> view, int width, int height, int
                     const int dy = 1 - dx;
                     for (int c = 0; c < 3; ++c) {
                         at(blurred, x, y, c) = (at(before, x - dx, y - dy, c) + 2 * at(before, x, y, c) +
-                                                at(before, x + dx, y + dy, c) + 2) >> 2;
+                                                at(before, x + dx, y + dy, c) + 2) >>
+                                               2;
                     }
                 }
             }
@@ -83,7 +84,8 @@ std::vector<int> plain_sharpen(std::vector<int> view, int width, int height, int
             int sum = 0;
             for (int dy = -1; dy <= 1; ++dy) {
                 for (int dx = -1; dx <= 1; ++dx) {
-                    sum += at(view, x + dx, y + dy, 0) + at(view, x + dx, y + dy, 1) + at(view, x + dx, y + dy, 2);
+                    sum += at(view, x + dx, y + dy, 0) + at(view, x + dx, y + dy, 1) +
+                           at(view, x + dx, y + dy, 2);
                 }
             }
             for (int c = 0; c < 3 && sum >= 72; ++c) {
@@ -92,7 +94,8 @@ std::vector<int> plain_sharpen(std::vector<int> view, int width, int height, int
                 const int w = v < 16 ? 0 : v >= 32 ? intensity : k * v - 16 * k;
                 const int index = (y * width + x) * 3 + c;
                 const int stored = std::clamp(original[static_cast<std::size_t>(index)] -
-                                                  blurred[static_cast<std::size_t>(index)] + 128, 0, 255);
+                                                  blurred[static_cast<std::size_t>(index)] + 128,
+                                              0, 255);
                 at(view, x, y, c) = std::clamp(v + (stored - 128) * w / 50, 0, 255);
             }
         }
@@ -173,7 +176,8 @@ TEST_P(ViewEffects, SharpeningIsTheDefinitionForAllThreads) {
             omp_set_num_threads(threads);
             const int rounds = intensity / 30 + 1;
             sharpen(*rig.warp, intensity, rounds);
-            EXPECT_EQ(bytes_of(rig.warp->pair().left), plain_sharpen(before.left, width, height, intensity, rounds))
+            EXPECT_EQ(bytes_of(rig.warp->pair().left),
+                      plain_sharpen(before.left, width, height, intensity, rounds))
                 << intensity;
             EXPECT_EQ(bytes_of(rig.warp->pair().right),
                       plain_sharpen(before.right, width, height, intensity, rounds))

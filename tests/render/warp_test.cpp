@@ -199,17 +199,16 @@ const float kSineLimit = std::asin(0.125F);
 
 INSTANTIATE_TEST_SUITE_P(
     Limits, WarpLimits,
-    ::testing::Values(LimitCase{"size_at_limit", correction(0, 0.125F, 0, 0, 0, 0), WarpStatus::done},
-                      LimitCase{"size_beyond", correction(0, -0.1251F, 0, 0, 0, 0),
-                                WarpStatus::beyond_limits},
-                      LimitCase{"size_beyond_all", correction(0, -1e30F, 0, 0, 0, 0),
-                                WarpStatus::beyond_limits},
-                      LimitCase{"rotation_at_limit", correction(0, 0, kSineLimit, 0, 0, 0), WarpStatus::done},
-                      LimitCase{"rotation_beyond", correction(0, 0, kSineLimit + 1e-4F, 0, 0, 0),
-                                WarpStatus::beyond_limits},
-                      LimitCase{"vergence_v_beyond", correction(0, 0, 0, -0.2F, 0, 0), WarpStatus::done},
-                      LimitCase{"vergence_h_beyond", correction(0, 0, 0, 0, 0.1F, 0), WarpStatus::done},
-                      LimitCase{"not_a_number", correction(NAN, NAN, NAN, NAN, NAN, NAN), WarpStatus::done}),
+    ::testing::Values(
+        LimitCase{"size_at_limit", correction(0, 0.125F, 0, 0, 0, 0), WarpStatus::done},
+        LimitCase{"size_beyond", correction(0, -0.1251F, 0, 0, 0, 0), WarpStatus::beyond_limits},
+        LimitCase{"size_beyond_all", correction(0, -1e30F, 0, 0, 0, 0), WarpStatus::beyond_limits},
+        LimitCase{"rotation_at_limit", correction(0, 0, kSineLimit, 0, 0, 0), WarpStatus::done},
+        LimitCase{"rotation_beyond", correction(0, 0, kSineLimit + 1e-4F, 0, 0, 0),
+                  WarpStatus::beyond_limits},
+        LimitCase{"vergence_v_beyond", correction(0, 0, 0, -0.2F, 0, 0), WarpStatus::done},
+        LimitCase{"vergence_h_beyond", correction(0, 0, 0, 0, 0.1F, 0), WarpStatus::done},
+        LimitCase{"not_a_number", correction(NAN, NAN, NAN, NAN, NAN, NAN), WarpStatus::done}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(WarpStill, FramesAboveTheLargestSideAreRefusedBeforeAnyAllocation) {

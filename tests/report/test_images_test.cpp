@@ -9,8 +9,8 @@
 #include <set>
 
 #include "tests/support/pictures.h"
-#include "tests/support/test_folder.h"
 #include "tests/support/speech.h"
+#include "tests/support/test_folder.h"
 
 namespace zemora {
 namespace {
