@@ -16,7 +16,7 @@ bool names_phase(int setting, AnalysePhase phase) {
 }  // namespace
 
 AnalysisDump::AnalysisDump(const ParameterSet& parameters, std::string working_folder,
-                           std::string program_folder, const Voice& voice)
+                           std::string program_folder, Voice& voice)
     : parameters_(parameters),
       working_folder_(std::move(working_folder)),
       program_folder_(std::move(program_folder)),

@@ -24,7 +24,7 @@ public:
     /// `working_folder` takes surfaces and tables, `PathofImages` profiles and pieces; `program_folder`
     /// may hold the viewer of the pieces.
     AnalysisDump(const ParameterSet& parameters, std::string working_folder, std::string program_folder,
-                 const Voice& voice);
+                 Voice& voice);
 
     [[nodiscard]] bool wants_surfaces(AnalysePhase phase) const;  ///< `GnuErrorOutput`
     [[nodiscard]] bool wants_segments(AnalysePhase phase) const;  ///< `ImageSegmentOutput`
@@ -87,7 +87,7 @@ private:
     const ParameterSet& parameters_;
     std::string working_folder_;
     std::string program_folder_;
-    const Voice& voice_;
+    Voice& voice_;
 };
 
 /// The order in which the cells of a phase are measured: a fixed one where single cells are laid open.

@@ -54,7 +54,7 @@ CodecSettings preset_for(const VideoCodecRow& row, const ParameterSet& p) {
     return settings;
 }
 
-void tell_encoding(const CodecSettings& settings, const Voice& voice) {
+void tell_encoding(const CodecSettings& settings, Voice& voice) {
     if (voice.verbose() <= 1) {
         return;
     }
@@ -65,12 +65,12 @@ void tell_encoding(const CodecSettings& settings, const Voice& voice) {
     voice.say<Msg::parameters_encoding_quality>(settings.quality_percent);
     voice.say<Msg::parameters_encoding_bit_rate>(settings.bytes_per_second / kBytesPerKilobit);
     voice.say<Msg::parameters_encoding_key_frames>(static_cast<long>(settings.key_frame_distance));
-    voice.wait(WaitAbove::information);
+    voice.wait(Severity::information);
 }
 
 /// The text that names the chosen codec: with its file, or with its values where none can be written.
 std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& surroundings,
-                        const Voice& voice) {
+                        Voice& voice) {
     const std::string path = join_path(surroundings.own_folder(), codec_file_name(settings.code));
     const std::string text = codec_file_text(settings);
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
@@ -87,12 +87,12 @@ std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& s
                                        settings.key_frame_distance);
 }
 
-void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, const Voice& voice) {
+void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     voice.say<Msg::parameters_codec_dialog_waiting>();
     const VideoCodecRow* chosen = surroundings.can_ask ? ask_for_codec(voice) : nullptr;
     if (chosen == nullptr) {
         voice.say<Msg::parameters_codec_dialog_open_failed>();
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
         end_process(kExitFailure);
     }
     const CodecSettings settings = preset_for(*chosen, parameters);
@@ -104,7 +104,7 @@ void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings
     parameters.video_codec = kept_choice(settings, surroundings, voice) + std::string(rest);
 }
 
-void choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundings, const Voice& voice) {
+void choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     if (parameters.video_codec.starts_with('?') && parameters.write_data_base != kListOnly &&
         writes_video(parameters)) {
         choose_codec(parameters, surroundings, voice);
@@ -112,20 +112,20 @@ void choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundi
 }
 
 /// A codec file that is gone must be made again.
-void check_codec_file(ParameterSet& parameters, const RuleSurroundings& surroundings, const Voice& voice) {
+void check_codec_file(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     const std::string code = codec_code_of(parameters.video_codec);
     if (!find_codec_file(code, surroundings.program_folder, surroundings.own_folder()).empty()) {
         return;
     }
     voice.say<Msg::parameters_codec_file_missing_use_dialog>(
         printable(join_path(surroundings.program_folder, codec_file_name(code))));
-    voice.wait(WaitAbove::error);
+    voice.wait(Severity::error);
     parameters.video_codec = "????" + std::string(parts_of(parameters.video_codec).rest);
     choose_if_asked(parameters, surroundings, voice);
 }
 
 /// Three values stand behind the code, each behind a bar.
-void check_values(const ParameterSet& parameters, const RuleSurroundings& surroundings, const Voice& voice) {
+void check_values(const ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     constexpr int kValues = 3;
     const std::string& codec = parameters.video_codec;
     const auto bars = std::count(codec.begin(), codec.end(), '|');
@@ -143,7 +143,7 @@ void check_values(const ParameterSet& parameters, const RuleSurroundings& surrou
 
 }  // namespace
 
-const VideoCodecRow* ask_for_codec(const Voice& voice) {
+const VideoCodecRow* ask_for_codec(Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     for (int i = 0; i < kVideoCodecCount; ++i) {
         const VideoCodecRow& row = kVideoCodecs[i];
@@ -165,7 +165,7 @@ const VideoCodecRow* ask_for_codec(const Voice& voice) {
     }
 }
 
-void settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, const Voice& voice) {
+void settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     if (parameters.video_mode == 0 && parameters.make_av == 0) {
         return;
     }

@@ -202,18 +202,18 @@ std::string shown_text(const RuleText& text, const ParameterSet& p, const Messag
     return shown.ends_with('\n') ? shown : shown + '\n';
 }
 
-void conclude(const ConsistencyRule& rule, const RuleSurroundings& surroundings, const Voice& voice) {
+void conclude(const ConsistencyRule& rule, const RuleSurroundings& surroundings, Voice& voice) {
     switch (rule.outcome) {
         case RuleOutcome::stop:
             stop_for_settings(std::span(rule.keys.list, rule.keys.count), surroundings, voice);
-        case RuleOutcome::wait_above_0: voice.wait(WaitAbove::error); break;
-        case RuleOutcome::wait_above_1: voice.wait(WaitAbove::warning); break;
+        case RuleOutcome::wait_above_0: voice.wait(Severity::error); break;
+        case RuleOutcome::wait_above_1: voice.wait(Severity::warning); break;
         case RuleOutcome::go: break;
     }
 }
 
 void apply_rule(const ConsistencyRule& rule, ParameterSet& parameters, const RuleSurroundings& surroundings,
-                const Voice& voice) {
+                Voice& voice) {
     const ParameterSet before = parameters;
     rule.change(parameters);
     for (const RuleText& text : rule.texts) {
@@ -236,7 +236,7 @@ int derived_video_mode(const ParameterSet& p) {
 }  // namespace
 
 void apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings,
-                             const Voice& voice) {
+                             Voice& voice) {
     parameters.video_mode = derived_video_mode(parameters);
     settle_video_codec(parameters, surroundings, voice);
     const auto& encoder = surroundings.encoder_settings;

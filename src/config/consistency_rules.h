@@ -9,6 +9,6 @@ namespace zemora {
 /// through the table of rules, in its order; each rule sees what those before it changed. A stop ends
 /// the process with code 1. To be called once, after the parameter file and the options.
 void apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings,
-                             const Voice& voice);
+                             Voice& voice);
 
 }  // namespace zemora

@@ -91,7 +91,7 @@ EncoderLatency encoder_latency(const EncoderSettings& settings, int threads) {
     return latency;
 }
 
-void settle_encoder_latency(ParameterSet& parameters, const Voice& voice, const EncoderSettings* settings) {
+void settle_encoder_latency(ParameterSet& parameters, Voice& voice, const EncoderSettings* settings) {
     constexpr int kAviContainer = 1;
     parameters.encoder_latency = 0;
     const bool is_x264 =
@@ -103,7 +103,7 @@ void settle_encoder_latency(ParameterSet& parameters, const Voice& voice, const 
     const EncoderLatency latency = encoder_latency(*settings, encoder_threads(processors));
     if (voice.verbose() > 1 && latency.frames > 0) {
         voice.print(latency_text(*settings, latency, voice.messages()));
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
     }
     parameters.encoder_latency = latency.frames;
     const int highest = std::numeric_limits<int>::max() - latency.frames;

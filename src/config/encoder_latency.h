@@ -33,6 +33,6 @@ struct EncoderLatency {
 
 /// Sets `EncoderLatency`, and moves `LastFrameIndex` by it. Without settings of an encoder that keeps
 /// frames back (null, as here: the writers drain their encoders) there is no latency.
-void settle_encoder_latency(ParameterSet& parameters, const Voice& voice, const EncoderSettings* settings);
+void settle_encoder_latency(ParameterSet& parameters, Voice& voice, const EncoderSettings* settings);
 
 }  // namespace zemora

@@ -291,7 +291,7 @@ void apply_options(const CommandLine& line, ParameterSet& parameters, Voice& voi
         set_field(parameters, setting);
         parameters.given.emplace(setting.row->key);
         if (setting.row == &row_of(Parameter::language)) {
-            voice.messages().set_language(language_of(parameters.language));
+            voice.set_language(language_of(parameters.language));
         }
         std::string key(setting.row->key);
         key.resize(std::max(key.size(), kKeyWidth), '.');

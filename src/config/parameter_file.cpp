@@ -83,7 +83,7 @@ bool ParameterFileReader::read() {
         }
     }
     read_batch();
-    if (stop_level_ > static_cast<int>(WaitAbove::warning) && default_used_) {
+    if (stop_level_ > static_cast<int>(Severity::warning) && default_used_) {
         voice_.console().wait_for_enter();
     }
     return default_used_;
@@ -92,7 +92,7 @@ bool ParameterFileReader::read() {
 void ParameterFileReader::read_language() {
     stop_level_ = early_.stop_at_error.value_or(parameters_.stop_at_error);
     read_row(row_of(Parameter::language));
-    voice_.messages().set_language(early_.language.value_or(language_of(parameters_.language)));
+    voice_.set_language(early_.language.value_or(language_of(parameters_.language)));
 }
 
 void ParameterFileReader::read_version() {
@@ -223,7 +223,7 @@ void ParameterFileReader::tell_faulty_line(const ParameterLine& line, std::strin
     voice_.print(messages.either("Error in parameterfile\n", "Fehler in der Parameterdatei\n"));
     voice_.print(messages.either("line: ", "Zeile: ") + line.text + "\n");
     voice_.print(messages.either("searched for: ", "gesucht wurde: ") + std::string(key) + "\n");
-    if (stop_level_ > static_cast<int>(WaitAbove::error)) {
+    if (stop_level_ > static_cast<int>(Severity::error)) {
         voice_.console().wait_for_enter();
     }
 }
@@ -282,18 +282,18 @@ void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice&
     }
     const int level = early.stop_at_error.value_or(parameters.stop_at_error);
     const bool is_usual_name = path.find("zemora.ini") != std::string::npos;
-    if (level > static_cast<int>(is_usual_name ? WaitAbove::warning : WaitAbove::error)) {
+    if (level > static_cast<int>(is_usual_name ? Severity::warning : Severity::error)) {
         voice.console().wait_for_enter();
     }
 }
 
 [[noreturn]] void stop_unreadable(const std::string& path, const std::string& reason,
-                                  const ParameterSet& parameters, const Voice& voice,
+                                  const ParameterSet& parameters, Voice& voice,
                                   const EarlySettings& early) {
     voice.print(format_text(voice.messages().either("The parameter file %s cannot be read: %s\n",
                                                     "Die Parameterdatei %s kann nicht gelesen werden: %s\n"),
                             printable(path).c_str(), reason.c_str()));
-    if (early.stop_at_error.value_or(parameters.stop_at_error) > static_cast<int>(WaitAbove::error)) {
+    if (early.stop_at_error.value_or(parameters.stop_at_error) > static_cast<int>(Severity::error)) {
         voice.console().wait_for_enter();
     }
     end_process(kExitFailure);

@@ -99,14 +99,14 @@ std::string parameter_listing(const ParameterSet& parameters, const MessageCatal
     return text;
 }
 
-void list_parameters(const ParameterSet& parameters, const Voice& voice) {
+void list_parameters(const ParameterSet& parameters, Voice& voice) {
     if (voice.verbose() > 1) {
         voice.print(parameter_listing(parameters, voice.messages(), ListingForm::console));
-        voice.wait(WaitAbove::information);
+        voice.wait(Severity::information);
     }
 }
 
-void report_parameters(const ParameterSet& parameters, const Voice& voice) {
+void report_parameters(const ParameterSet& parameters, Voice& voice) {
     if (voice.verbose() > 1) {
         voice.report_text(parameter_listing(parameters, voice.messages(), ListingForm::report));
     }

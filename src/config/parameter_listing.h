@@ -15,8 +15,8 @@ enum class ListingForm { console, report };
                                             ListingForm form);
 
 /// On the console, followed by a wait; nothing unless `VerboseMode` is above 1.
-void list_parameters(const ParameterSet& parameters, const Voice& voice);
+void list_parameters(const ParameterSet& parameters, Voice& voice);
 /// Into the text report, likewise without the wait.
-void report_parameters(const ParameterSet& parameters, const Voice& voice);
+void report_parameters(const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

@@ -20,7 +20,7 @@ std::string key_list(std::span<const Parameter> settings, const MessageCatalogue
 }  // namespace
 
 void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
-                       const Voice& voice) {
+                       Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     std::string place;
     if (file_exists(surroundings.parameter_file)) {

@@ -24,6 +24,6 @@ struct RuleSurroundings {
 
 /// Names the settings to look at, and their file, and ends the process with code 1.
 [[noreturn]] void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
-                                    const Voice& voice);
+                                    Voice& voice);
 
 }  // namespace zemora

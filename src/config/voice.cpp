@@ -6,79 +6,68 @@
 
 namespace zemora {
 
-void Voice::report_text(std::string_view text) const {
-    if (report_ != nullptr) {
-        report_->text_line(text);
+namespace {
+
+/// A text as a paragraph of the HTML report, without the line ends round it.
+std::string html_paragraph_of(std::string_view text) {
+    const std::size_t first = std::min(text.find_first_not_of('\n'), text.size());
+    const std::size_t last = text.find_last_not_of('\n') + 1;
+    return "<p>" + html_text(text.substr(first, last - std::min(first, last))) + "</p>\n";
+}
+
+}  // namespace
+
+bool Voice::is_news(const Note& note) {
+    if (note.repeat == Repeat::always) {
+        return true;
+    }
+    auto& told = note.repeat == Repeat::once_a_pair ? told_in_section_ : told_in_run_;
+    return told.emplace(note.matter.empty() ? note.text : note.matter).second;
+}
+
+void Voice::report(const Note& note) {
+    if (report_ == nullptr) {
+        return;
+    }
+    if (note.audience == Audience::html_report) {
+        report_->html_line(note.text);
+    } else if (note.audience != Audience::console) {
+        report_->text_line(note.text);
+    }
+    if (note.audience == Audience::everywhere) {
+        report_->html_line(html_paragraph_of(note.text));
     }
 }
 
-void Voice::report_html(std::string_view html) const {
-    if (report_ != nullptr) {
-        report_->html_line(html);
+void Voice::add(Note note) {
+    if (!is_news(note)) {
+        return;
+    }
+    if (note.audience != Audience::text_report && note.audience != Audience::html_report &&
+        !note.text.empty()) {
+        console_.print(note.text);
+    }
+    report(note);
+    if (note.waits && parameters_.stop_at_error > static_cast<int>(note.severity)) {
+        console_.wait_for_enter();
     }
 }
 
-bool Voice::print_once(std::string_view text, OnceIn scope) const {
-    auto& told = scope == OnceIn::section ? told_in_section_ : told_in_run_;
-    const bool is_news = told.emplace(text).second;
-    if (is_news) {
-        print(text);
-    }
-    return is_news;
-}
-
-void Voice::begin_report_section() const {
+void Voice::begin_report_section() {
     told_in_section_.clear();
     if (report_ != nullptr) {
         report_->begin_section();
     }
 }
 
-void Voice::end_report_section() const {
+void Voice::end_report_section() {
     if (report_ != nullptr) {
         report_->end_section();
     }
 }
 
-void Voice::print_and_report(std::string_view text) const {
-    print(text);
-    report_text(text);
-}
-
-void Voice::tell_everywhere(std::string_view text) const {
-    print(text);
-    report_everywhere(text);
-}
-
-bool Voice::tell_everywhere_once(std::string_view text) const {
-    const bool is_news = print_once(text);
-    if (is_news) {
-        report_everywhere(text);
-    }
-    return is_news;
-}
-
-void Voice::report_everywhere(std::string_view text) const {
-    report_text(text);
-    const std::size_t first = std::min(text.find_first_not_of('\n'), text.size());
-    const std::size_t last = text.find_last_not_of('\n') + 1;
-    report_html("<p>" + html_text(text.substr(first, last - std::min(first, last))) + "</p>\n");
-}
-
-void Voice::wait(WaitAbove level) const {
-    if (parameters_.stop_at_error > static_cast<int>(level)) {
-        console_.wait_for_enter();
-    }
-}
-
-void Voice::wait_once(WaitAbove level, std::string_view matter) const {
-    if (waited_for_.emplace(matter).second) {
-        wait(level);
-    }
-}
-
-void Voice::progress(std::string_view step, double percent) const {
-    if (parameters_.verbose_mode > 0) {
+void Voice::progress(std::string_view step, double percent) {
+    if (verbose() > 0) {
         console_.progress(step, percent);
     }
 }

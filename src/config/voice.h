@@ -1,11 +1,11 @@
 #pragma once
-/// How a module speaks to the user: console, catalogue, reports, verbosity and waiting level in one.
+/// The one who speaks to the user: tells notes at once on the console and in the reports.
 
 #include <set>
 #include <string>
 #include <string_view>
 
-#include "config/messages.h"
+#include "config/notes.h"
 #include "config/parameter_set.h"
 #include "platform/console.h"
 
@@ -21,70 +21,37 @@ public:
     virtual void end_section() {}    ///< What was told so far is whole.
 };
 
-/// Levels of `StopAtError`: what must be confirmed with Enter.
-enum class WaitAbove { error = 0, warning = 1, information = 2 };
-
-/// In what a text is told but once.
-enum class OnceIn { section, run };
-
-class Voice {
+class Voice : public Notes {
 public:
     Voice(Console& console, MessageCatalogue& messages, const ParameterSet& parameters)
-        : console_(console), messages_(messages), parameters_(parameters) {}
+        : Notes(messages, parameters.verbose_mode),
+          console_(console),
+          catalogue_(messages),
+          parameters_(parameters) {}
 
     [[nodiscard]] Console& console() const { return console_; }
-    [[nodiscard]] MessageCatalogue& messages() const { return messages_; }
-    [[nodiscard]] int verbose() const { return parameters_.verbose_mode; }
+    void set_language(Language language) { catalogue_.set_language(language); }
 
     void set_report(ReportSink* report) { report_ = report; }
 
-    /// Prints a text on the console.
-    void print(std::string_view text) const { console_.print(text); }
-    /// Prints a catalogue row on the console.
-    template <Msg message, class... Values>
-    void say(const Values&... values) const {
-        console_.print(messages_.text<message>(values...));
-    }
-    /// Prints a text that a pair, or the run, may come to many times, the first time only; whether it was
-    /// that.
-    bool print_once(std::string_view text, OnceIn scope = OnceIn::section) const;
-    /// The same for a catalogue row.
-    template <Msg message, class... Values>
-    bool say_once(const Values&... values) const {
-        return print_once(messages_.text<message>(values...));
-    }
-    /// Writes into the reports, if they are open.
-    void report_text(std::string_view text) const;
-    void report_html(std::string_view html) const;
-    /// Console and text report.
-    void print_and_report(std::string_view text) const;
-    /// Console and both reports; a paragraph in the HTML report.
-    void tell_everywhere(std::string_view text) const;
-    /// The same for a text that a pair may come to many times, the first time only; whether it was that.
-    bool tell_everywhere_once(std::string_view text) const;
+    void add(Note note) override;
+    /// Shown when `VerboseMode` is above 0.
+    void progress(std::string_view step, double percent) override;
 
     /// A pair's section begins; the section at work is whole.
-    void begin_report_section() const;
-    void end_report_section() const;
-
-    /// Waits for Enter when `StopAtError` is above the level.
-    void wait(WaitAbove level) const;
-    /// The same, but once in a run for the same `matter`.
-    void wait_once(WaitAbove level, std::string_view matter) const;
-
-    /// Shows the progress of a step when `VerboseMode` is above 0.
-    void progress(std::string_view step, double percent) const;
+    void begin_report_section();
+    void end_report_section();
 
 private:
-    void report_everywhere(std::string_view text) const;
+    [[nodiscard]] bool is_news(const Note& note);
+    void report(const Note& note);
 
     Console& console_;
-    MessageCatalogue& messages_;
+    MessageCatalogue& catalogue_;
     const ParameterSet& parameters_;
     ReportSink* report_ = nullptr;
-    mutable std::set<std::string, std::less<>> told_in_section_;
-    mutable std::set<std::string, std::less<>> told_in_run_;
-    mutable std::set<std::string, std::less<>> waited_for_;
+    std::set<std::string, std::less<>> told_in_section_;
+    std::set<std::string, std::less<>> told_in_run_;
 };
 
 /// The text with the five HTML characters escaped and line ends as "<br>".

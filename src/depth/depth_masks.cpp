@@ -195,7 +195,7 @@ std::string moved_mask_file(std::int64_t index) {
 class BlockFiller {
 public:
     BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask,
-                const Voice& voice)
+                Voice& voice)
         : step_(plan.photo_step), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
 
     /// Whether all photos of a gap and its masks can be read; false with the reason told.
@@ -344,7 +344,7 @@ private:
     std::int64_t step_;
     const std::string& photo_;
     const std::string& mask_;
-    const Voice& voice_;
+    Voice& voice_;
     MotionField field_;
     PictureSize size_;
 };
@@ -386,7 +386,7 @@ void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Pi
 }
 
 bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
-                     const std::vector<std::string>& masks, const Voice& voice) {
+                     const std::vector<std::string>& masks, Voice& voice) {
     BlockFiller filler(plan, photos.front(), masks.front(), voice);
     if (!std::all_of(plan.gaps.begin(), plan.gaps.end(),
                      [&](const DepthGap& gap) { return filler.check(gap); })) {

@@ -23,6 +23,6 @@ void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Pi
 /// format of the first mask. A mask that exists already is never written. False, with the reason told,
 /// when a frame cannot be read, which is found out before the first mask is made, or a mask not be written.
 [[nodiscard]] bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
-                                   const std::vector<std::string>& masks, const Voice& voice);
+                                   const std::vector<std::string>& masks, Voice& voice);
 
 }  // namespace zemora

@@ -25,7 +25,7 @@ struct MotionVector {
 /// One per sequence; keeps its memory and the search width from call to call.
 class MotionField {
 public:
-    explicit MotionField(const Voice& voice) : voice_(voice) {}
+    explicit MotionField(Voice& voice) : voice_(voice) {}
 
     /// Finds for each pixel of `from` its place in `to`, of the same size. The result does not depend on
     /// the number of threads.
@@ -52,7 +52,7 @@ private:
     void refine_node(ConstPicture from, ConstPicture to, int half, int x, int y,
                      const std::array<MotionVector, 4>& corners);
 
-    const Voice& voice_;
+    Voice& voice_;
     int width_ = 0;
     int height_ = 0;
     int fine_step_ = 0;

@@ -120,14 +120,14 @@ int rot_mir_of_orientation(int orientation) {
                : 0;
 }
 
-ExifTool::ExifTool(const ParameterSet& parameters, const Voice& voice)
+ExifTool::ExifTool(const ParameterSet& parameters, Voice& voice)
     : parameters_(parameters), voice_(voice), run_start_(std::time(nullptr)) {}
 
 void ExifTool::require() {
     // Started now, it is ready when the first picture is stored.
     if (!is_available()) {
         voice_.say<Msg::main_exiftool_missing>();
-        voice_.wait(WaitAbove::warning);
+        voice_.wait(Severity::warning);
     }
 }
 

@@ -36,7 +36,7 @@ struct SoftwareTagValues {
 
 class ExifTool {
 public:
-    ExifTool(const ParameterSet& parameters, const Voice& voice);
+    ExifTool(const ParameterSet& parameters, Voice& voice);
 
     /// Looks for the program; warns once, in the words of the catalogue, when it is missing.
     void require();
@@ -103,7 +103,7 @@ private:
     void remove_left_over(const std::string& path) const;
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     long long run_start_;  ///< Calendar seconds.
     bool transfer_failed_ = false;
     std::set<std::string> unreadable_;  ///< Files that were told.

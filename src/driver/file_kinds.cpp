@@ -20,12 +20,12 @@ bool holds(const std::array<std::string_view, kSize>& list, std::string_view suf
     return std::find(list.begin(), list.end(), suffix) != list.end();
 }
 
-void warn(const ParameterSet& parameters, const Voice& voice, const std::string& text) {
+void warn(const ParameterSet& parameters, Voice& voice, const std::string& text) {
     if (parameters.video_mode == 0) {
         if (voice.verbose() > 0) {
             voice.print(text);
         }
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
     }
 }
 
@@ -35,7 +35,7 @@ bool asks_for_iptc(const std::string& text) {
 
 }  // namespace
 
-std::string checked_suffix(const std::string& name, const Voice& voice) {
+std::string checked_suffix(const std::string& name, Voice& voice) {
     const std::string suffix = suffix_of(name);
     std::string text = "Zemora: ";
     if (suffix.empty()) {
@@ -50,7 +50,7 @@ std::string checked_suffix(const std::string& name, const Voice& voice) {
 }
 
 std::string output_suffix(const ParameterSet& parameters, const std::string& input_suffix,
-                          bool both_multi_picture, const Voice& voice) {
+                          bool both_multi_picture, Voice& voice) {
     static constexpr std::array<std::string_view, 10> kByFormat{"",     ".jpg", ".tga", ".bmp", ".png",
                                                                 ".tif", ".tif", ".tif", ".tif", ".tif"};
     const int format = parameters.output_format;
@@ -71,7 +71,7 @@ std::string output_suffix(const ParameterSet& parameters, const std::string& inp
     if (voice.verbose() > 0 && parameters.video_mode == 0 && any_output) {
         voice.tell_everywhere(voice.messages().text<Msg::main_output_type_replaced_by_bmp>(input_suffix));
     }
-    voice.wait(WaitAbove::warning);
+    voice.wait(Severity::warning);
     return ".bmp";
 }
 
@@ -88,7 +88,7 @@ InputClass input_class_of(const std::string& left_suffix, const std::string& rig
 
 TagPermissions tag_permissions(const ParameterSet& parameters, const std::string& left_input,
                                const std::string& right_input, const std::string& left_output,
-                               const std::string& right_output, const Voice& voice) {
+                               const std::string& right_output, Voice& voice) {
     const auto both = [&](std::string_view suffix) {
         return left_output == suffix && right_output == suffix;
     };

@@ -11,7 +11,7 @@
 namespace zemora {
 
 Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
-                   const Voice& voice_in)
+                   Voice& voice_in)
     : parameters(parameters_in),
       run(run_in),
       list(list_in),
@@ -30,7 +30,7 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
     report_mount_failure(pipeline.voice);
-    pipeline.voice.wait(WaitAbove::information);
+    pipeline.voice.wait(Severity::information);
     rename_refused(pipeline, pair);
     pair.status = status;
     pair.failure_told = true;
@@ -63,7 +63,7 @@ struct BeforeViewer {
 /// Puts back what the stores of the first time have changed.
 void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& before) {
     pipeline.voice.say<Msg::main_same_image_repeated>();
-    pipeline.voice.wait(WaitAbove::warning);
+    pipeline.voice.wait(Severity::warning);
     pair.failure_told = pair.store_failed = false;
     pair.status = before.status;
     pair.target = before.target;

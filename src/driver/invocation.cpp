@@ -112,7 +112,7 @@ const char* layout_text(LayoutSign sign, const MessageCatalogue& messages) {
 }
 
 /// The answer to form 7's question: 1 stereo files, 2 left and right files.
-int ask_for_layout(const Voice& voice) {
+int ask_for_layout(Voice& voice) {
     for (;;) {
         voice.say<Msg::main_whole_directory_will_be_processed>();
         voice.say<Msg::main_question_stereo_images_answer_1>();
@@ -164,7 +164,7 @@ std::optional<Invocation> classify_call(const std::vector<std::string>& position
     }
 }
 
-void announce_call(const Invocation& invocation, const Voice& voice) {
+void announce_call(const Invocation& invocation, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const std::string file = printable(invocation.parameter_file);
     const auto argument = [&](std::size_t i) { return printable(invocation.arguments[i]); };
@@ -193,7 +193,7 @@ void announce_call(const Invocation& invocation, const Voice& voice) {
     voice.say<Msg::main_uses_exiftool>();
 }
 
-FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, const Voice& voice) {
+FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, Voice& voice) {
     const FolderLayout found = find_folder_layout(parameters, absolute_name(invocation.arguments[0]));
     if (!found.is_certain() && voice.console().can_ask()) {
         constexpr int kConsecutive = 4;  // of `InputMode`
@@ -277,7 +277,7 @@ const std::string* find_missing_picture(const Invocation& invocation, const Para
     return nullptr;
 }
 
-void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call, const std::string& reason,
+void end_with_usage(Voice& voice, const std::vector<std::string>& whole_call, const std::string& reason,
                     bool waits) {
     voice.print("\n");
     for (const Msg line :

@@ -23,12 +23,12 @@ struct Invocation {
 [[nodiscard]] std::optional<Invocation> classify_call(const std::vector<std::string>& positional);
 
 /// "Start Zemora with ..." for the form.
-void announce_call(const Invocation& invocation, const Voice& voice);
+void announce_call(const Invocation& invocation, Voice& voice);
 
 /// How the pictures of form 7's folder are arranged: by its files, which a line tells. Where they do not
 /// decide, the question is asked on a terminal; the run ends with code 1 at the end of input.
 [[nodiscard]] FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters,
-                                         const Voice& voice);
+                                         Voice& voice);
 
 /// The values that the form forces over file and options. Names of the command line are relative to
 /// the working directory. `layout` is that of form 7.
@@ -45,7 +45,7 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, const 
                                                       const ParameterSet& parameters);
 
 /// The usage block with the call as it was, `reason` behind it, and the end of the run with code 1.
-[[noreturn]] void end_with_usage(const Voice& voice, const std::vector<std::string>& whole_call,
+[[noreturn]] void end_with_usage(Voice& voice, const std::vector<std::string>& whole_call,
                                  const std::string& reason, bool waits);
 
 }  // namespace zemora

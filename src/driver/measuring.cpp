@@ -33,12 +33,12 @@ AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const
     return status;
 }
 
-PairCorrection correction_of(const CorrectionValues& values, double scale) {
+Correction correction_of(const CorrectionValues& values, double scale) {
     return {values.height / scale, values.shift / scale, values.size,
             values.rotation,       values.vergence_v,    values.vergence_h};
 }
 
-CorrectionValues values_of(const PairCorrection& c, double scale) {
+CorrectionValues values_of(const Correction& c, double scale) {
     return {static_cast<float>(c.height_px * scale),
             static_cast<float>(c.shift_px * scale),
             static_cast<float>(c.size),
@@ -73,7 +73,7 @@ bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& st
         scale = static_cast<double>(warp.scaled_height) / pipeline.input.height();
         warp.total_scale = static_cast<float>(scale);
     }
-    const PairCorrection& c = pair.correction;
+    const Correction& c = pair.correction;
     request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),
                           static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
                           static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
@@ -91,7 +91,7 @@ bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& st
     return true;
 }
 
-std::string correction_line(const MessageCatalogue& messages, const char* label, const PairCorrection& c,
+std::string correction_line(const MessageCatalogue& messages, const char* label, const Correction& c,
                             bool with_shift) {
     std::string line = label + measure_text(c.height_px);
     if (with_shift) {

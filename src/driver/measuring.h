@@ -19,9 +19,9 @@ namespace zemora {
                                       const PhaseRequest& request, const AnalyseProgress& progress);
 
 /// The analysis' values in input pixels, for values measured at `scale` working pixels per input pixel.
-[[nodiscard]] PairCorrection correction_of(const CorrectionValues& values, double scale);
+[[nodiscard]] Correction correction_of(const CorrectionValues& values, double scale);
 /// The way back: a correction in pixels of which `scale` are one of the input. The window is 0.
-[[nodiscard]] CorrectionValues values_of(const PairCorrection& correction, double scale);
+[[nodiscard]] CorrectionValues values_of(const Correction& correction, double scale);
 [[nodiscard]] PairDisparities disparities_of(const AnalysisState& analysis, double scale);
 
 /// Warps the pair under work (reduced, or full size) with the present correction for the next
@@ -30,6 +30,6 @@ namespace zemora {
 
 /// "%s Height = ..., Size = ..." in pixels, percent and degrees, behind a label.
 [[nodiscard]] std::string correction_line(const MessageCatalogue& messages, const char* label,
-                                          const PairCorrection& correction, bool with_shift);
+                                          const Correction& correction, bool with_shift);
 
 }  // namespace zemora

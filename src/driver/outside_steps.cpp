@@ -93,13 +93,13 @@ std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::s
 
 /// The corrections of the record that was read.
 void tell_stored_record(const Pipeline& pipeline, const PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (voice.verbose() == 0) {
         return;
     }
     const MessageCatalogue& messages = voice.messages();
     const StoredCorrectionRecord& r = pair.stored;
-    const PairCorrection correction{r[kRecordHeight],
+    const Correction correction{r[kRecordHeight],
                                     0.0,
                                     r[kRecordSize] / 100.0,
                                     r[kRecordRotation] * kRadiansPerDegree,
@@ -182,7 +182,7 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     if (drop_foreign_selection(pair.stored, pipeline.parameters)) {
         pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
                                  : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
-        pipeline.voice.wait(WaitAbove::error);
+        pipeline.voice.wait(Severity::error);
     }
     return true;
 }
@@ -213,7 +213,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
 
 StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) {
     const PreSelection& preset = pipeline.input.pre_selection;
-    const PairCorrection& c = pair.correction;
+    const Correction& c = pair.correction;
     const SelectionBox& box = pair.selection;
     const ParameterSet& p = pipeline.parameters;
     return {preset.rotation_left,

@@ -17,7 +17,7 @@ constexpr double kLooseAngleDegrees = 0.228;
 
 }  // namespace
 
-StopVerdict judge_iteration(const PairCorrection& remaining, int input_height, int reduced_height) {
+StopVerdict judge_iteration(const Correction& remaining, int input_height, int reduced_height) {
     const double unit = std::max(1.0, input_height / kRowsPerHeightUnit);
     const double height = std::fabs(remaining.height_px);
     const double size = std::fabs(100.0 * remaining.size);

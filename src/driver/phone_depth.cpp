@@ -32,10 +32,10 @@ LoadedPicture failed(const std::string& reason) {
     return {LoadStatus::unreadable, {}, reason};
 }
 
-LoadedPicture without_depth(const Voice& voice) {
+LoadedPicture without_depth(Voice& voice) {
     const std::string text = voice.messages().text<Msg::img_input_no_depth_mask_in_image>();
     voice.print(text + '\n');
-    voice.wait(WaitAbove::error);
+    voice.wait(Severity::error);
     return failed(text.substr(0, text.find('\n')));
 }
 
@@ -55,7 +55,7 @@ LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&&
 }
 
 /// Apple's second picture, which may be of another kind.
-LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, const Voice& voice) {
+LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Voice& voice) {
     const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "MPImage2");
     if (file.empty() || is_gain_map(file)) {
         return without_depth(voice);
@@ -69,7 +69,7 @@ LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, const Voi
 }
 
 /// Samsung's map is dark near.
-LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, const Voice& voice) {
+LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Voice& voice) {
     const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "DepthMapTiff");
     if (file.empty()) {
         return without_depth(voice);
@@ -86,7 +86,7 @@ LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, const V
 }
 
 /// A depth image that somebody put beside the photo moves to its place; an earlier run may have done so.
-LoadedPicture read_beside(const std::string& photo, const Voice& voice) {
+LoadedPicture read_beside(const std::string& photo, Voice& voice) {
     const std::string kept = kept_depth_name(photo);
     const std::string beside = join_path(folder_of(photo), bare_name_of(kept));
     if (!file_exists(beside)) {
@@ -109,7 +109,7 @@ std::string kept_depth_name(const std::string& photo) {
     return join_path(folder_of(photo), "cd/" + without_suffix(bare_name_of(photo)) + "_D.jpg");
 }
 
-LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, const Voice& voice) {
+LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, Voice& voice) {
     const std::string maker = exiftool.read_maker(photo);
     if (maker.find("Apple") != std::string::npos) {
         return read_apple(exiftool, photo, voice);

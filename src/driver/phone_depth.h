@@ -16,6 +16,6 @@ namespace zemora {
 /// else the file "<name>_D.jpg" beside the photo. It is kept below "cd", upright as the photo. Without one
 /// the reason stands in the result; a photo of a known maker without depth is told.
 [[nodiscard]] LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo,
-                                             const Voice& voice);
+                                             Voice& voice);
 
 }  // namespace zemora

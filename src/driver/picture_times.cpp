@@ -7,7 +7,7 @@
 
 namespace zemora {
 
-bool copy_capture_time(const std::string& image_path, const std::string& other_path, const Voice& voice) {
+bool copy_capture_time(const std::string& image_path, const std::string& other_path, Voice& voice) {
     const std::string shown = printable(image_path);
     LocalTime taken;
     const std::string text = capture_time_text(image_path);

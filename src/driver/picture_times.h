@@ -9,6 +9,6 @@ namespace zemora {
 
 /// Gives `other_path` the access and modification time of "DateTimeOriginal" of `image_path`, taken as
 /// local time of the machine. False, with the failure told, when it cannot be had.
-bool copy_capture_time(const std::string& image_path, const std::string& other_path, const Voice& voice);
+bool copy_capture_time(const std::string& image_path, const std::string& other_path, Voice& voice);
 
 }  // namespace zemora

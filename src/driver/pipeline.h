@@ -33,7 +33,7 @@ namespace zemora {
 /// What lives for the whole run of the pipeline.
 struct Pipeline {
     Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
-             const Voice& voice_in);
+             Voice& voice_in);
     Pipeline(const Pipeline&) = delete;  // `input` calls back into it
     Pipeline& operator=(const Pipeline&) = delete;
 
@@ -41,7 +41,7 @@ struct Pipeline {
     RunContext& run;
     ImageList& list;
     ExifTool& exiftool;
-    const Voice& voice;
+    Voice& voice;
     ViewGeometry left_geometry;
     ViewGeometry right_geometry;
     InputPair input;
@@ -99,8 +99,8 @@ struct PairRun {
     StoredCorrectionRecord stored = empty_record();
     bool has_stored = false;
     TargetSize target;
-    PairCorrection correction;
-    PairCorrection remaining;     ///< The latest iteration's values.
+    Correction correction;
+    Correction remaining;     ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
     bool reduced = true;
     std::optional<WideSearch> wide;  ///< Asked where the start is in doubt.

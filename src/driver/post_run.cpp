@@ -92,7 +92,7 @@ std::string batch_script(const std::string& text, const BatchNames& names) {
     return script;
 }
 
-void start_batch(const std::string& script, const Voice& voice) {
+void start_batch(const std::string& script, Voice& voice) {
     const std::string name = temporary_folder() + "/dopostzemora.sh";
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(script.data());  // NOLINT: text as bytes
     if (temporary_folder().empty() || !write_file_whole(name, std::span(bytes, script.size())).empty()) {
@@ -102,7 +102,7 @@ void start_batch(const std::string& script, const Voice& voice) {
     if (voice.verbose() > 1) {
         voice.say<Msg::main_batch_file_called>();
     }
-    voice.wait(WaitAbove::information);
+    voice.wait(Severity::information);
     voice.console().flush();
     if (!start_child({"/bin/sh", name})) {
         return;

@@ -21,6 +21,6 @@ struct BatchNames {
 [[nodiscard]] std::string batch_script(const std::string& text, const BatchNames& names);
 
 /// Starts the script and does not wait for its end.
-void start_batch(const std::string& script, const Voice& voice);
+void start_batch(const std::string& script, Voice& voice);
 
 }  // namespace zemora

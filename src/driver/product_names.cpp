@@ -16,7 +16,7 @@ std::string output_root(const ParameterSet& parameters) {
 }
 
 /// Names, suffixes and stamps as the run that mounted the pair had them; `voice` is not heard.
-NamedPair named_pair_of(const ParameterSet& parameters, const Voice& voice, bool two_files,
+NamedPair named_pair_of(const ParameterSet& parameters, Voice& voice, bool two_files,
                         const MountedObject& object) {
     NamedPair pair;
     pair.two_files = two_files;
@@ -98,7 +98,7 @@ double projected_deviation(const ParameterSet& parameters, double image_ratio, d
     return image_ratio / projection_ratio * deviation;
 }
 
-void give_away_mounted_names(const ParameterSet& parameters, const Voice& voice, const ImageList& list,
+void give_away_mounted_names(const ParameterSet& parameters, Voice& voice, const ImageList& list,
                              GivenNames& given) {
     constexpr int kTime = 2;  // of `StampFiles`, and above: no other run has the same names
     if (parameters.stamp_files >= kTime) {

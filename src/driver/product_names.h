@@ -40,7 +40,7 @@ struct ProductNames {
 
 /// The names of the pairs that an earlier run has mounted and this one passes over are given away before the
 /// first pair of this run is stored.
-void give_away_mounted_names(const ParameterSet& parameters, const Voice& voice, const ImageList& list,
+void give_away_mounted_names(const ParameterSet& parameters, Voice& voice, const ImageList& list,
                              GivenNames& given);
 
 }  // namespace zemora

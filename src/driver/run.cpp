@@ -52,7 +52,7 @@ struct Run {
     bool all_mounted = true;
 
     [[noreturn]] static void end(int exit_code) { end_process(exit_code); }
-    void wait(WaitAbove level) const { voice.wait(level); }
+    void wait(Severity level) const { voice.wait(level); }
 };
 
 /// Help, version and calls that cannot be meant end here.
@@ -207,7 +207,7 @@ void settle_parameters(Run& run) {
 
 [[noreturn]] void refuse_run(Run& run, const char* english, const char* german) {
     run.console.print(run.messages.either(english, german));
-    run.wait(WaitAbove::error);
+    run.wait(Severity::error);
     run.end(kExitFailure);
 }
 
@@ -256,7 +256,7 @@ void open_reports(Run& run) {
     if (!failed.empty()) {
         run.console.print("Zemora: " + printable(failed) +
                           run.messages.text<Msg::main_report_cannot_be_opened>());
-        run.wait(WaitAbove::error);
+        run.wait(Severity::error);
         run.end(kExitFailure);
     }
     run.voice.set_report(&run.report);
@@ -293,7 +293,7 @@ void collect_input(Run& run) {
                                 });
     if (p.write_data_base == 1 && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
-        run.wait(WaitAbove::error);
+        run.wait(Severity::error);
         run.end(kExitDone);
     }
     if (run.list.count() == 0) {
@@ -306,7 +306,7 @@ void collect_input(Run& run) {
         } else if (!hint.empty()) {
             run.voice.tell_everywhere(hint);
         }
-        run.wait(WaitAbove::error);
+        run.wait(Severity::error);
         run.end(kExitFailure);
     }
 }
@@ -360,7 +360,7 @@ void mount_all(Run& run) {
         start_batch(batch_script(batch, pipeline.last_stored), run.voice);
     }
     tell_end(run, pipeline.processed);
-    run.wait(WaitAbove::information);
+    run.wait(Severity::information);
 }
 
 }  // namespace

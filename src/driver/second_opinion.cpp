@@ -46,7 +46,7 @@ int percent(double share) {
     return round_half_up(kPercent * share);
 }
 
-void tell_no_correction(const Voice& voice, double agreement) {
+void tell_no_correction(Voice& voice, double agreement) {
     voice.tell_everywhere(format_text(
         voice.messages().either(
             "Left and right view match in several ways or not at all: the best correction fits %d %% of the\n"
@@ -78,7 +78,7 @@ bool is_shift_too_large(const CorrectionValues& values, int width) {
 /// `has_start`: there is a correction to compare with.
 Opinion ask(Pipeline& pipeline, PairRun& pair, bool has_start) {
     constexpr double kClearlyMore = 1.05;
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const std::string step =
         voice.messages().either("Zemora::analyse:  phase 2: search far and wide           ",
                                 "Zemora::Analyse:    Phase 2: Suche weit und breit             ");
@@ -119,7 +119,7 @@ Opinion ask_after_round(Pipeline& pipeline, PairRun& pair) {
     if (!analysis.robust) {
         return Opinion::start_stays;
     }
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const char* reason = reason_of_doubt(analysis, pipeline.input.reduced_width(), voice.messages());
     if (!pair.wide && pair.iteration == 0 && reason != nullptr) {
         if (voice.verbose() > 0) {

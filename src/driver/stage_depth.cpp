@@ -25,7 +25,7 @@ void blank_sides(Picture view, int strip_px, Colour background) {
 
 /// The mask in colours, beside each input file.
 void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& input) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const std::string path = colour_depth_name(input);
     const StereoPicture views = pipeline.input.full();
     const std::string reason = pipeline.inputs.holds(path)
@@ -35,7 +35,7 @@ void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& in
         voice.tell_everywhere(printable(path) +
                               voice.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
                               printable(reason) + '\n');
-        voice.wait(WaitAbove::information);
+        voice.wait(Severity::information);
         pair.store_failed = true;
     } else if (voice.verbose() > 0) {
         voice.print("   " + printable(path) + '\n');

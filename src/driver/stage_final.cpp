@@ -121,9 +121,9 @@ void adapt_tone(Pipeline& pipeline) {
 }
 
 void no_convergence(const Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     voice.tell_everywhere(voice.messages().text<Msg::main_no_convergence_with_crop_1>());
-    voice.wait(WaitAbove::warning);
+    voice.wait(Severity::warning);
     pair.status = StatusCode::usable;
 }
 
@@ -197,7 +197,7 @@ void force_side_of_window(WarpState& warp, const PairRun& pair, const SizeRepeat
 
 WarpRequest output_request(Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const PairCorrection& c = pair.correction;
+    const Correction& c = pair.correction;
     WarpRequest request;
     request.source = pipeline.input.full();
     request.size_step = pair.target.size_flag;

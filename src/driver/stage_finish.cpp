@@ -30,7 +30,7 @@ bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
     constexpr int kSoftKernel = 3;  // what it chose
     constexpr int kUsualIntensity = 40;
     constexpr int kRowsPerRound = 640;
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     WarpState& warp = pipeline.warp;
     int intensity = pipeline.parameters.sharpen_intensity;
     if (intensity == 0 && pipeline.parameters.interpolation_mode == kByScale &&
@@ -75,7 +75,7 @@ Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 void hang_curtains(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
     WarpState& warp = pipeline.warp;
     pair.curtains = find_curtains(pipeline, pair);
@@ -118,11 +118,11 @@ void tell_shallow_products(const Pipeline& pipeline) {
     const bool is_shallow_extra = p.extra_output == 4 || p.extra_output == 6 || p.extra_output == 7;
     if (p.anaglyph_output != 0) {
         const char* what = messages.either("the anaglyph", "das Anaglyphenbild");
-        pipeline.voice.print_once(eight_bits_text(messages, what), OnceIn::run);
+        pipeline.voice.print_once(eight_bits_text(messages, what), Repeat::once_a_run);
     }
     if (is_shallow_extra) {
         const char* what = messages.either("the extra format", "das weitere Format");
-        pipeline.voice.print_once(eight_bits_text(messages, what), OnceIn::run);
+        pipeline.voice.print_once(eight_bits_text(messages, what), Repeat::once_a_run);
     }
 }
 
@@ -178,7 +178,7 @@ void check_print_profile(const Pipeline& pipeline) {
         pipeline.voice.tell_everywhere(
             "   " + printable(reason) +
             pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
-        pipeline.voice.wait(WaitAbove::warning);
+        pipeline.voice.wait(Severity::warning);
         p.output_format = kPlainTiff;
     }
 }

@@ -20,7 +20,7 @@ struct Iteration {
     double full_step_px = 0.0;  ///< What the latest of them added, mean over the picture, input pixels.
     bool settled = true;        ///< Another round would add next to nothing.
     bool has_best = false;
-    PairCorrection best;
+    Correction best;
     PairDisparities best_disparities;
 };
 
@@ -52,7 +52,7 @@ void add_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
         std::fabs(pair.remaining.shift_px) <= static_cast<double>(width) / kShiftParts) {
         loop.shift_frozen = true;
     }
-    PairCorrection step = pair.remaining;
+    Correction step = pair.remaining;
     if (loop.shift_frozen) {
         step.shift_px = 0.0;
     }
@@ -64,7 +64,7 @@ void add_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
 }
 
 void show_round(const Pipeline& pipeline, const PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
     if (pipeline.parameters.progress_output == 1 && voice.verbose() > 1) {
         voice.print(

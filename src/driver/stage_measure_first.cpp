@@ -30,7 +30,7 @@ void show_first_shift(const Pipeline& pipeline) {
 
 /// Success, or what the pair fails with.
 StatusCode measure_shift(Pipeline& pipeline, const PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const char* step = voice.messages().either("Zemora::analyse:  phase 1: correlation                  ",
                                                "Zemora::Analyse:    Phase 1: Korrelation                  ");
     voice.progress(step, 0.0);
@@ -85,7 +85,7 @@ bool find_start(Pipeline& pipeline, PairRun& pair) {
 }  // namespace
 
 bool measure_first(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     colormap_adapt(pipeline.analysis, pipeline.input.reduced(), nullptr, kColormapForGeometry);
     pair.reduced = true;
     if (!find_start(pipeline, pair)) {

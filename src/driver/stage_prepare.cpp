@@ -64,7 +64,7 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
     if (!pipeline.list.two_files && pair.left_suffix == ".jpg" &&
         pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
         pair.left_suffix = pair.right_suffix = ".mpo";
-        const Voice& voice = pipeline.voice;
+        Voice& voice = pipeline.voice;
         voice.tell_everywhere(format_text(
             voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
                                     "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
@@ -75,7 +75,7 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
 
 /// The head of the pair on the console and in the reports.
 void announce(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
     const std::string count = format_text("%d/%d", pair.index + 1, pipeline.list.count());
     const std::string head = messages.text<Msg::main_image_number>() + count;
@@ -99,7 +99,7 @@ void announce(Pipeline& pipeline, PairRun& pair) {
 
 void classify_files(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const bool both_mpo = pair.left_suffix == ".mpo" && pair.right_suffix == ".mpo";
     pair.left_output_suffix = output_suffix(p, pair.left_suffix, both_mpo, voice);
     pair.right_output_suffix = pair.right_suffix == pair.left_suffix
@@ -186,7 +186,7 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
     if (turns_unasked(pipeline, pair)) {
         input.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
         input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
-        const Voice& voice = pipeline.voice;
+        Voice& voice = pipeline.voice;
         voice.tell_everywhere(voice.messages().either(
             "   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
             "RotMirInputRight = -1 do it.\n",
@@ -213,7 +213,7 @@ void read_record(Pipeline& pipeline, PairRun& pair) {
     if (pair.exchanged) {
         pair.mode = 3;
     } else if (!read_stored_record(pipeline, pair)) {
-        pipeline.voice.wait(WaitAbove::error);
+        pipeline.voice.wait(Severity::error);
         pair.mode = 3;
     }
 }
@@ -244,7 +244,7 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
 
 /// TIFF files of one program carry forms that nobody else reads.
 void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
         voice.tell_everywhere(
             voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
@@ -252,7 +252,7 @@ void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
 }
 
 bool load_pair(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
     const ReadResult result = pipeline.input.read_input_images(pair.files, true);
     std::string names = "   " + printable(pair.left_relative) + '\n';
@@ -263,7 +263,7 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
         voice.tell_everywhere(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
                               pipeline.input.failure() + '\n');
         tell_photoshop_tiff(pipeline, pipeline.input.failed_file());
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
         return false;
     }
     if (result == ReadResult::converted) {
@@ -271,7 +271,7 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
             voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
                                   messages.text<Msg::main_conversion_tried_block>() + '\n');
         }
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
     }
     return true;
 }

@@ -18,7 +18,7 @@ bool no_disparity(Pipeline& pipeline, PairRun& pair) {
     pair.result = {};
     pair.deviation = 0.0;
     if (pair.mode == 0) {
-        pipeline.voice.wait(WaitAbove::information);
+        pipeline.voice.wait(Severity::information);
         return true;
     }
     return fail_to_mount(pipeline, pair, StatusCode::failed);
@@ -34,14 +34,14 @@ void tell_evaluated_area(const Pipeline& pipeline) {
     }
     constexpr double kCellsPerPercent = kGridMax * kGridMax / 100.0;
     const int percent = round_half_up(valid / kCellsPerPercent);
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (voice.verbose() > 0) {
         voice.tell_everywhere(voice.messages().text<Msg::stereo_analyse_disparity_area_percent>(percent));
     }
 }
 
 void show_matrix(const Pipeline& pipeline) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     const DisparityMatrix matrix = disparity_matrix(pipeline.analysis, voice.messages());
     voice.print_and_report(matrix.text);
     voice.report_html(matrix.html);
@@ -79,7 +79,7 @@ double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
     return reaches_end ? (near_px + far_px) / 2.0 : 0.0;
 }
 
-void tell_end_of_search(const Voice& voice) {
+void tell_end_of_search(Voice& voice) {
     voice.tell_everywhere(voice.messages().either(
         "Near or far point lie at the end of the search for disparities; the real ones may lie beyond it.\n",
         "Nah- oder Fernpunkt liegen am Ende der Disparitaetssuche; die wirklichen koennen dahinter "
@@ -89,7 +89,7 @@ void tell_end_of_search(const Voice& voice) {
 }  // namespace
 
 bool measure_result(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     AnalysisState& analysis = pipeline.analysis;
     const WarpState& warp = pipeline.warp;
     pair.output_width = warp.width;

@@ -71,7 +71,7 @@ NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
 
 /// Gives the name away once in a run, and shows it.
 void claim_and_show(Pipeline& pipeline, OutputName& name) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     make_output_folder(pipeline, name);
     if (pipeline.given_names.claim(name)) {
         voice.print(format_text(
@@ -98,7 +98,7 @@ std::vector<std::string> printable_lines(const std::string& text) {
 
 bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& name, const StoreResult& result,
                   const ProductWords& words) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
     std::string html =
         html_text(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
@@ -110,7 +110,7 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
     if (voice.verbose() > 1) {
         voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
     }
-    voice.wait(WaitAbove::information);
+    voice.wait(Severity::information);
     pair.store_failed = true;
     return false;
 }
@@ -215,7 +215,7 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
 }  // namespace
 
 void store_outputs(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (voice.verbose() > 0) {
         voice.print(voice.messages().text<Msg::main_now_storing_images>() +
                     voice.messages().text<Msg::main_now_storing_rule>());

@@ -62,7 +62,7 @@ void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipelin
 }
 
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     WarpState& warp = pipeline.warp;
     const InputPair& input = pipeline.input;
     voice.progress(

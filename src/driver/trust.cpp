@@ -31,7 +31,7 @@ static_assert(std::size(kReasons) == static_cast<std::size_t>(Doubt::height) + 1
 }  // namespace
 
 std::vector<Doubt> doubts_of(const TrustFacts& facts) {
-    const PairCorrection& c = facts.correction;
+    const Correction& c = facts.correction;
     std::vector<Doubt> doubts;
     const auto add_if = [&doubts](bool doubtful, Doubt doubt) {
         if (doubtful) {

@@ -15,7 +15,7 @@ enum class Doubt { size, angle, rejected, pattern, height };
 
 /// What is known of a pair that was measured and checked.
 struct TrustFacts {
-    PairCorrection correction;
+    Correction correction;
     double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
     HeightVerdict heights = HeightVerdict::good;
     double agreement = 1.0;  ///< Of the picture with the correction, 0 to 1, where the wide search was asked.

@@ -49,7 +49,7 @@ constexpr HelpLine kHelpLines[] = {
 };
 
 /// Shows the keys of a program before it covers the console.
-void show_help(const Voice& voice, Program program) {
+void show_help(Voice& voice, Program program) {
     for (const HelpLine& line : kHelpLines) {
         if (line.program == program) {
             voice.print(voice.messages().either(line.english, line.german));
@@ -125,7 +125,7 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
         unchanged = *bytes == latest ? unchanged + 1 : 0;
         latest = *bytes;
     }
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     voice.tell_everywhere(format_text(voice.messages().either("%s holds no answer that can be used.\n",
                                                               "%s enthaelt keine brauchbare Antwort.\n"),
                                       printable(path).c_str()));
@@ -138,7 +138,7 @@ void abandon(const Pipeline& pipeline, PairRun& pair, int exit_code) {
     pair.viewer_exit_code = exit_code;
 }
 
-void list_answer(const Voice& voice, const PreSelection& selection) {
+void list_answer(Voice& voice, const PreSelection& selection) {
     struct Row {
         const char* english;
         const char* german;
@@ -315,7 +315,7 @@ std::vector<std::string> colour_script(const RunContext& run) {
 
 bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     ParameterSet& p = pipeline.parameters;
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (p.pre_viewer_active == 0 || p.video_mode != 0) {
         return true;
     }
@@ -390,7 +390,7 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
 
 void adjust_anaglyph_colours(Pipeline& pipeline) {
     const ParameterSet& p = pipeline.parameters;
-    const Voice& voice = pipeline.voice;
+    Voice& voice = pipeline.voice;
     if (!calls_colour_script(p)) {
         return;
     }
@@ -416,7 +416,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     }
 }
 
-void provide_colour_file(const ParameterSet& parameters, const RunContext& run, const Voice& voice) {
+void provide_colour_file(const ParameterSet& parameters, const RunContext& run, Voice& voice) {
     const std::string file = join_path(parameters.path_of_images, parameters.ecm_file_name);
     const bool is_called = parameters.anaglyph_output != 0 && calls_colour_script(parameters);
     if (!is_called || file_exists(file) || colour_script(run).empty()) {

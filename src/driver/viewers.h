@@ -28,7 +28,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline);
 
 /// Before the first pair: where that script will be called and its file is missing, the shipped example is
 /// put in its place.
-void provide_colour_file(const ParameterSet& parameters, const RunContext& run, const Voice& voice);
+void provide_colour_file(const ParameterSet& parameters, const RunContext& run, Voice& voice);
 
 /// Whether the views are mounted in another order than settings and names give: their record would not fit
 /// a later run.

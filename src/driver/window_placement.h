@@ -2,15 +2,9 @@
 /// Placing the stereo window: from the measured window value to the shift of the views.
 
 #include "config/parameter_set.h"
+#include "numerics/pair_geometry.h"
 
 namespace zemora {
-
-/// The shifts of a pair. `window_shift` + `pure_shift` is the shift of the correction.
-struct WindowPlacement {
-    double output_window_px = 0.0;  ///< Output pixels.
-    double window_shift_px = 0.0;   ///< Input pixels.
-    double pure_shift_px = 0.0;     ///< Input pixels; what the warp applies.
-};
 
 /// `shift_px` and `window_px` in input pixels, the window relative to the shift; `scale` output
 /// pixels per input pixel; the working size in pixels serves the unit of `WindowOffset`.

@@ -38,7 +38,7 @@ constexpr SideTexts kRightTexts{"2896: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE
 class Conditioner {
 public:
     Conditioner(const ConditionedView& target, const SideTexts& texts, const ParameterSet& parameters,
-                const Voice& voice)
+                Voice& voice)
         : target_(target),
           texts_(texts),
           parameters_(parameters),
@@ -110,7 +110,7 @@ private:
         const std::string file = target_.mask_stem + "_pass_in.bmp";
         if (!file_exists(file)) {
             voice_.say<Msg::img_input_file_cannot_be_opened>(printable(file));
-            voice_.wait(WaitAbove::error);
+            voice_.wait(Severity::error);
             end_process(kExitFailure);
         }
         const LoadedPicture mask = load_picture(file);
@@ -118,7 +118,7 @@ private:
             mask.bitmap.height() != target_.view.height) {
             voice_.say<Msg::img_input_error_in_file>(printable(file));
             voice_.say<Msg::img_input_must_have_size_of_originals>();
-            voice_.wait(WaitAbove::error);
+            voice_.wait(Severity::error);
             end_process(kExitFailure);
         }
         paint_by_mask(target_.view.picture(), mask.bitmap.picture(), colour_);
@@ -141,21 +141,21 @@ private:
                 voice_.messages().either("The mask file %s couldn't be written: %s\n",
                                          "Die Maskendatei %s konnte nicht geschrieben werden: %s\n"),
                 printable(file).c_str(), reason.c_str()));
-            voice_.wait(WaitAbove::error);
+            voice_.wait(Severity::error);
         }
     }
 
     const ConditionedView& target_;
     const SideTexts& texts_;
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     Colour colour_;
 };
 
 }  // namespace
 
 void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, const Voice& voice) {
+                     const ParameterSet& parameters, Voice& voice) {
     Conditioner(left, kLeftTexts, parameters, voice).run();
     Conditioner(right, kRightTexts, parameters, voice).run();
 }

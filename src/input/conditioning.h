@@ -22,6 +22,6 @@ struct ConditionedView {
 /// Treats both views by `Passepartout`, so that only what is no picture has the passepartout colour, and
 /// writes the masks of `PasseOutput`. A mask file that is missing or of another size ends the run.
 void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, const Voice& voice);
+                     const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

@@ -17,7 +17,7 @@ std::string usable_converter(const std::string& setting) {
     return file_exists(setting) ? setting : find_data_file("resource/convert");
 }
 
-void await_target(const std::string& target, const Voice& voice) {
+void await_target(const std::string& target, Voice& voice) {
     for (int attempt = 0; attempt < kTriesForTarget && !file_exists(target); ++attempt) {
         if (attempt == 0) {
             voice.print("waiting for conversion to " + printable(target) + '\n');
@@ -29,7 +29,7 @@ void await_target(const std::string& target, const Voice& voice) {
 }  // namespace
 
 Conversion convert_picture(const std::string& converter, const std::string& source, const std::string& target,
-                           const Voice& voice) {
+                           Voice& voice) {
     const std::string program = usable_converter(converter);
     voice.console().flush();
     constexpr int kWrapperWithoutProgram = 3;  // exit code
@@ -38,7 +38,7 @@ Conversion convert_picture(const std::string& converter, const std::string& sour
     if (program.empty() || !result.succeeded()) {
         voice.say<Msg::img_input_irfanview_call_failed>();
         voice.print(printable(program.empty() ? converter : program) + '\n');
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
         const bool is_wrapper = program != converter;
         return program.empty() || (is_wrapper && result.exit_code == kWrapperWithoutProgram)
                    ? Conversion::no_converter

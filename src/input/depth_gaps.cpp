@@ -11,13 +11,13 @@ namespace zemora {
 
 namespace {
 
-[[noreturn]] void end_run(const Voice& voice, const std::string& text) {
+[[noreturn]] void end_run(Voice& voice, const std::string& text) {
     voice.print(text);
-    voice.wait(WaitAbove::error);
+    voice.wait(Severity::error);
     end_process(kExitFailure);
 }
 
-[[noreturn]] void end_run_at_first(const Voice& voice, const std::vector<std::string>& photos,
+[[noreturn]] void end_run_at_first(Voice& voice, const std::vector<std::string>& photos,
                                    const std::vector<std::string>& masks) {
     const auto first = [](const std::vector<std::string>& files) {
         return files.empty() ? std::string() : printable(files[0]);
@@ -31,7 +31,7 @@ namespace {
 }
 
 /// The counters of all names, which must have as many digits as the first one's.
-std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, const Voice& voice) {
+std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, Voice& voice) {
     const int digits = file_counter(files[0], '_').digits;
     std::vector<std::int64_t> counters;
     for (const std::string& file : files) {
@@ -48,7 +48,7 @@ std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, con
 
 /// The gaps between the masks. Each mask must come behind the one before it, at the counter of a photo.
 std::vector<DepthGap> gaps_between(const std::vector<std::int64_t>& counters, std::int64_t step,
-                                   const std::vector<std::string>& masks, const Voice& voice) {
+                                   const std::vector<std::string>& masks, Voice& voice) {
     std::vector<DepthGap> gaps;
     for (std::size_t i = 1; i < counters.size(); ++i) {
         const std::int64_t distance = counters[i] - counters[i - 1];
@@ -119,7 +119,7 @@ std::string with_counter(const std::string& path, std::int64_t value) {
 }
 
 DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::vector<std::string>& masks,
-                             const Voice& voice) {
+                             Voice& voice) {
     if (photos.size() < 2 || masks.size() < 2) {
         end_run_at_first(voice, photos, masks);
     }
@@ -141,7 +141,7 @@ DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::
                                     "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
                                     "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"),
             static_cast<long long>(left.back()), static_cast<long long>(right.back())));
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
     }
     return plan;
 }

@@ -38,6 +38,6 @@ struct DepthGapPlan {
 
 /// Ends the run with code 1, with the reason told, where the sequences do not fit together.
 [[nodiscard]] DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos,
-                                           const std::vector<std::string>& masks, const Voice& voice);
+                                           const std::vector<std::string>& masks, Voice& voice);
 
 }  // namespace zemora

@@ -34,7 +34,7 @@ int depth_of_walk(const ParameterSet& parameters) {
 
 class Selector {
 public:
-    Selector(const ParameterSet& parameters, const Voice& voice)
+    Selector(const ParameterSet& parameters, Voice& voice)
         : parameters_(parameters),
           voice_(voice),
           two_files_(takes_two_files(parameters.stereo_image_input)),
@@ -61,7 +61,7 @@ private:
     [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter);
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     bool two_files_;
     bool goes_by_marker_;
     int depth_;
@@ -118,7 +118,7 @@ bool Selector::is_passed_over(const std::string& path) const {
     if (voice_.verbose() > 0) {
         voice_.say<Msg::files_input_temporary_file_ignored>();
         voice_.print(printable(path) + '\n');
-        voice_.wait(WaitAbove::information);
+        voice_.wait(Severity::information);
     }
     return true;
 }
@@ -226,7 +226,7 @@ void Selector::tell_unreadable_root() {
 
 }  // namespace
 
-SelectedFiles select_files(const ParameterSet& parameters, const Voice& voice) {
+SelectedFiles select_files(const ParameterSet& parameters, Voice& voice) {
     Selector selector(parameters, voice);
     const std::string& root = parameters.path_of_images;
     switch (parameters.input_mode) {

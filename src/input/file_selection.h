@@ -29,7 +29,7 @@ struct SelectedFiles {
 /// The files of `InputMode` 0 to 9. Tells what it passes over and which folders it cannot read.
 /// In mode 9 a folder whose files stand on one side only is passed over: an empty or missing side tells
 /// nothing about partners.
-[[nodiscard]] SelectedFiles select_files(const ParameterSet& parameters, const Voice& voice);
+[[nodiscard]] SelectedFiles select_files(const ParameterSet& parameters, Voice& voice);
 
 /// Whether `ImageType` names the suffix of the file, in any case, as "jpg", ".jpg" or "*.jpg".
 [[nodiscard]] bool has_listed_suffix(const std::string& image_type, const std::string& name);
@@ -48,7 +48,7 @@ struct SelectedFiles {
 /// Whether the bare name of a stereo file says that it is none: one view, or a depth mask. Then a hint is
 /// told with the name and the file is passed over. Photo and depth mask side by side are called "_d"
 /// themselves, where the input goes by names.
-[[nodiscard]] bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice,
+[[nodiscard]] bool is_dropped_with_hint(const ParameterSet& parameters, Voice& voice,
                                         const std::string& name);
 
 /// The partner of a left name by its marker directly before the suffix: "_l." becomes "_r.", "_L."

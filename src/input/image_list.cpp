@@ -15,7 +15,7 @@ namespace {
 constexpr int kFromList = 10;  // of `InputMode`
 
 /// Depth masks that are there for some photos only are made for the others first.
-void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice,
+void fill_mask_gaps(const ParameterSet& parameters, Voice& voice,
                     const MakeDepthMasks& make_depth_masks, SelectedFiles& files) {
     constexpr int kViewFolders = 3;         // of `InputMode`
     constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
@@ -25,7 +25,7 @@ void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice,
     }
     const DepthGapPlan plan = plan_depth_gaps(files.left, files.right, voice);
     if (!make_depth_masks || !make_depth_masks(plan, files.left, files.right)) {
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
         end_process(kExitFailure);
     }
     files = select_files(parameters, voice);
@@ -35,12 +35,12 @@ void fill_mask_gaps(const ParameterSet& parameters, const Voice& voice,
                                     "the left as at the right!\n",
                                     "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien "
                                     "links und rechts gefuehrt!\n"));
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
     }
 }
 
 /// Ends the run where no object can come of the files, or too many.
-void check_expectation(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files) {
+void check_expectation(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files) {
     const long long objects = expected_objects(parameters, files);
     const int objects_a_pair = parameters.interlaced_mode == 0 ? 1 : 2;
     if (objects == 0) {
@@ -52,7 +52,7 @@ void check_expectation(const ParameterSet& parameters, const Voice& voice, const
 }
 
 /// Returns the characters of the longest left name.
-int collect_files(const ParameterSet& parameters, const Voice& voice, const MakeDepthMasks& make_depth_masks,
+int collect_files(const ParameterSet& parameters, Voice& voice, const MakeDepthMasks& make_depth_masks,
                   ImageList& list) {
     SelectedFiles files = select_files(parameters, voice);
     fill_mask_gaps(parameters, voice, make_depth_masks, files);
@@ -68,7 +68,7 @@ int collect_files(const ParameterSet& parameters, const Voice& voice, const Make
     return left_name_width;
 }
 
-int collect_listed(const ParameterSet& parameters, const Voice& voice, ImageList& list) {
+int collect_listed(const ParameterSet& parameters, Voice& voice, ImageList& list) {
     int left_name_width = 0;
     if (read_listed_objects(parameters, voice, list, left_name_width) == 0) {
         end_without_files(parameters, voice);
@@ -78,7 +78,7 @@ int collect_listed(const ParameterSet& parameters, const Voice& voice, ImageList
 
 }  // namespace
 
-ImageList build_image_list(const ParameterSet& parameters, const Voice& voice,
+ImageList build_image_list(const ParameterSet& parameters, Voice& voice,
                            const MakeDepthMasks& make_depth_masks) {
     ImageList list;
     list.two_files = takes_two_files(parameters.stereo_image_input);

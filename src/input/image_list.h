@@ -85,7 +85,7 @@ using MakeDepthMasks = std::function<bool(const DepthGapPlan& plan, const std::v
 /// names into `ListofImages` where `WriteDataBase` asks for it. Ends the run with code 1 where there is
 /// nothing to collect from. An empty list means that every object was passed over.
 /// Where a sequence has masks at some of its photos only, the others are made first.
-[[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, const Voice& voice,
+[[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, Voice& voice,
                                          const MakeDepthMasks& make_depth_masks = {});
 
 }  // namespace zemora

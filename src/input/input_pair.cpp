@@ -84,7 +84,7 @@ KeptRange kept_range(float start_percent, float size_percent, int side) {
 }  // namespace
 
 InputPair::InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry,
-                     ViewGeometry& right_geometry, const Voice& voice)
+                     ViewGeometry& right_geometry, Voice& voice)
     : parameters_(parameters),
       voice_(voice),
       left_geometry_(left_geometry),
@@ -443,14 +443,14 @@ void InputPair::warn_of_sizes(int cropp_input) {
     if (ratio(left_.height, right_.height) > kVeryDifferent ||
         ratio(left_.width, right_.width) > kVeryDifferent) {
         voice_.say<Msg::img_input_sizes_very_different>();
-        voice_.wait(WaitAbove::warning);
+        voice_.wait(Severity::warning);
         if (cropp_input == 2 && parameters_.passepartout >= 3) {
             voice_.say<Msg::img_input_better_cropp_input_2>();
-            voice_.wait(WaitAbove::error);
+            voice_.wait(Severity::error);
         }
         if (cropp_input != 2 && has_pre_selection) {
             voice_.say<Msg::img_input_better_cropp_input_0>();
-            voice_.wait(WaitAbove::error);
+            voice_.wait(Severity::error);
         }
     }
 }
@@ -529,7 +529,7 @@ void InputPair::place_on_canvas() {
 void InputPair::crop_to_smaller() {
     voice_.say<Msg::img_input_sizes_differ>();
     voice_.say<Msg::img_input_cropped_without_scaling>();
-    voice_.wait(WaitAbove::information);
+    voice_.wait(Severity::information);
     const int width = std::min(left_.width, right_.width);
     const int height = std::min(left_.height, right_.height);
     const auto crop = [&](LoadedView& view, ViewGeometry& geometry) {

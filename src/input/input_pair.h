@@ -13,24 +13,10 @@
 #include "input/picture_file.h"
 #include "input/view_geometry.h"
 #include "numerics/bitmap.h"
+#include "numerics/pair_geometry.h"
 #include "numerics/rescale.h"
 
 namespace zemora {
-
-/// A fixed selection and pre-correction of both views.
-struct PreSelection {
-    float rotation_left = 0.0F;   ///< Degrees.
-    float rotation_right = 0.0F;  ///< Degrees.
-    float vergence_v = 0.0F;      ///< Degrees.
-    float left_start_x = 0.0F;    ///< This and the following in percent of the view.
-    float left_start_y = 0.0F;
-    float left_width = 100.0F;
-    float left_height = 100.0F;
-    float right_start_x = 0.0F;
-    float right_start_y = 0.0F;
-    float right_width = 100.0F;
-    float right_height = 100.0F;
-};
 
 /// Result of `read_input_images`.
 enum class ReadResult {
@@ -49,7 +35,7 @@ struct PairFiles {
 class InputPair {
 public:
     InputPair(const ParameterSet& parameters, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
-              const Voice& voice);
+              Voice& voice);
 
     // Set by the driver before each call.
     int inverse_input = 0;
@@ -116,7 +102,7 @@ private:
     void set_failure(const std::string& path, const std::string& reason);
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     ViewGeometry& left_geometry_;
     ViewGeometry& right_geometry_;
     LoadedView left_;

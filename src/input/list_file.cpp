@@ -36,7 +36,7 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     return lines;
 }
 
-std::string cannot_be_opened(const Voice& voice, const std::string& path) {
+std::string cannot_be_opened(Voice& voice, const std::string& path) {
     return "\nzemora: " + printable(path) + voice.messages().text<Msg::main_check_path_of_images>();
 }
 
@@ -46,7 +46,7 @@ std::string list_path_of(const ParameterSet& parameters) {
     return target_of_link(join_path(parameters.path_of_images, parameters.list_of_images));
 }
 
-ListedNames::ListedNames(const ParameterSet& parameters, const Voice& voice)
+ListedNames::ListedNames(const ParameterSet& parameters, Voice& voice)
     : parameters_(parameters),
       voice_(voice),
       wanted_(parameters.write_data_base > 0 && parameters.input_mode != kFromList),
@@ -150,11 +150,11 @@ void ListedNames::write(const std::string& path, const std::string& text) const 
 void ListedNames::end_without_list(const std::string& path, const std::string& reason) const {
     voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
     voice_.print("   " + reason + '\n');
-    voice_.wait(WaitAbove::error);
+    voice_.wait(Severity::error);
     end_process(kExitFailure);
 }
 
-void update_database_line(const ParameterSet& parameters, const Voice& voice, const std::string& list_path,
+void update_database_line(const ParameterSet& parameters, Voice& voice, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result) {
     const std::string& root = parameters.path_of_images;
     if (!names_line(root, left, right)) {
@@ -173,7 +173,7 @@ void update_database_line(const ParameterSet& parameters, const Voice& voice, co
                                                         "Zemora Fehler: %s %d, Datenbank nicht lesbar"),
                                 "zemora", static_cast<int>(lines)) +
                     ": " + printable(list_path) + '\n');
-        voice.wait(WaitAbove::error);
+        voice.wait(Severity::error);
         return;
     }
     const StoredCorrectionRecord* values = place->is_reversed ? result.reversed_values : result.values;

@@ -18,7 +18,7 @@ namespace zemora {
 /// The names of a run on their way into a new list. Nothing of the old list is touched before `store`.
 class ListedNames {
 public:
-    ListedNames(const ParameterSet& parameters, const Voice& voice);
+    ListedNames(const ParameterSet& parameters, Voice& voice);
     /// In the order in which the names are to stand in the line.
     void add_stereo(const std::string& file);
     void add_pair(const std::string& left, const std::string& right);
@@ -35,7 +35,7 @@ private:
     [[noreturn]] void end_without_list(const std::string& path, const std::string& reason) const;
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     bool wanted_;
     std::optional<FileIdentity> old_list_;
     bool is_picture_ = false;  ///< The name of the list leads to one of the files.
@@ -47,7 +47,7 @@ private:
 /// `InputMode` 10: the objects of the list, without those that its marks rule out, with their values
 /// where the run applies stored ones. Ends the run with code 1 when the list cannot be opened or a line's
 /// quotes are wrong. Returns the number of lines that name an object.
-int read_listed_objects(const ParameterSet& parameters, const Voice& voice, ImageList& list,
+int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list,
                         int& left_name_width);
 
 /// What became of an object, for its line.
@@ -61,7 +61,7 @@ struct ListResult {
 /// Writes the result behind the names of the object's line, in place of an older result. The names are
 /// compared as files, in any order; of equal lines the first without a result is taken. `right` is empty
 /// for a stereo file. A failure leaves the list as it was and is told.
-void update_database_line(const ParameterSet& parameters, const Voice& voice, const std::string& list_path,
+void update_database_line(const ParameterSet& parameters, Voice& voice, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result);
 
 }  // namespace zemora

@@ -25,7 +25,7 @@ bool applies_stored_values(const ParameterSet& p) {
 
 class ListReader {
 public:
-    ListReader(const ParameterSet& parameters, const Voice& voice, ImageList& list)
+    ListReader(const ParameterSet& parameters, Voice& voice, ImageList& list)
         : parameters_(parameters),
           voice_(voice),
           list_(list),
@@ -46,7 +46,7 @@ private:
     [[nodiscard]] std::string as_on_disk(const std::string& name);
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     ImageList& list_;
     PairAdder adder_;
     NameFinder finder_;
@@ -62,7 +62,7 @@ int ListReader::read(int& left_name_width) {
     if (!text) {
         voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
         voice_.print("   " + reason + '\n');
-        voice_.wait(WaitAbove::warning);
+        voice_.wait(Severity::warning);
         end_process(kExitFailure);
     }
     for_each_line(*text, [&](std::string_view raw, std::size_t) {
@@ -85,7 +85,7 @@ void ListReader::read_line(std::string_view raw) {
     if (fault == LineFault::wrong_quotes) {
         voice_.say<Msg::files_input_list_line_wrong_settings>(line_number_);
         voice_.print("   " + printable(list_path_of(parameters_)) + '\n');
-        voice_.wait(WaitAbove::error);
+        voice_.wait(Severity::error);
         end_process(kExitFailure);
     }
     if (fault == LineFault::no_name) {
@@ -148,7 +148,7 @@ bool ListReader::is_taken(ListLine& line, std::string_view raw) {
     }
     if (drop_foreign_selection(line.values, parameters_)) {
         voice_.say<Msg::files_input_stored_selection_ignored>();
-        voice_.wait(WaitAbove::error);
+        voice_.wait(Severity::error);
     }
     return true;
 }
@@ -158,7 +158,7 @@ void ListReader::tell_second_try(const ListLine& line) const {
     voice_.say<Msg::files_input_pair_will_be_tried_again>();
     voice_.print(printable(utf8_text(line.left)) +
                  (list_.two_files ? " <-> " + printable(utf8_text(line.right)) : "") + "\n\n");
-    voice_.wait(WaitAbove::information);
+    voice_.wait(Severity::information);
 }
 
 void ListReader::tell_done(const ListLine& line) const {
@@ -182,7 +182,7 @@ void ListReader::object_to(std::string_view raw, const char* line_case) const {
     voice_.print(printable(utf8_text(raw.substr(0, kShown))) + " ...\n");
     voice_.say<Msg::files_input_list_result_unexpected>();
     voice_.print(std::string(line_case) + "\n\n");
-    voice_.wait(WaitAbove::information);
+    voice_.wait(Severity::information);
 }
 
 /// A name that is no valid UTF-8 may be one of this disk as it is, or come from another system.
@@ -228,7 +228,7 @@ void ListReader::add(ListLine& line) {
 
 }  // namespace
 
-int read_listed_objects(const ParameterSet& parameters, const Voice& voice, ImageList& list,
+int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list,
                         int& left_name_width) {
     return ListReader(parameters, voice, list).read(left_name_width);
 }

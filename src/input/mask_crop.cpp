@@ -63,7 +63,7 @@ PictureSize apply_mask_crop(Picture left, Picture right, const MaskFrame& mask) 
 }
 
 void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
-                       const std::optional<MaskFrame>& mask, const Voice& voice) {
+                       const std::optional<MaskFrame>& mask, Voice& voice) {
     const PictureSize size = size_in_thumb(views.left.width, views.left.height);
     const Bitmap thumb = Bitmap::create(kThumbWidth, kThumbHeight);
     if (!thumb) {

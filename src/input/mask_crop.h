@@ -40,6 +40,6 @@ struct MaskWindow {
 /// Writes "zemora_thumb_l.bmp" and "zemora_thumb_r.bmp" of both views into the folder, with the lines of a
 /// mask where one is given.
 void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
-                       const std::optional<MaskFrame>& mask, const Voice& voice);
+                       const std::optional<MaskFrame>& mask, Voice& voice);
 
 }  // namespace zemora

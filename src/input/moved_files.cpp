@@ -39,13 +39,13 @@ std::string with_name_start(const std::string& file, const char* start) {
     return path_in(folder_of(file), start + bare_name_of(file));
 }
 
-void tell_staying(const Voice& voice, const std::string& file, const std::string& reason) {
+void tell_staying(Voice& voice, const std::string& file, const std::string& reason) {
     voice.tell_everywhere(format_text(voice.messages().either("The file %s stays where it is: %s\n",
                                                               "Die Datei %s bleibt, wo sie ist: %s\n"),
                                       printable(file).c_str(), reason.c_str()));
 }
 
-void tell_staying_without_folder(const Voice& voice, const std::string& file) {
+void tell_staying_without_folder(Voice& voice, const std::string& file) {
     tell_staying(
         voice, file,
         voice.messages().either("its folder is none of l, r and s", "ihr Ordner ist keiner von l, r und s"));
@@ -56,7 +56,7 @@ struct Move {
     std::string to;
 };
 
-void tell_move(const Voice& voice, const Move& move) {
+void tell_move(Voice& voice, const Move& move) {
     if (voice.verbose() > 1) {
         voice.tell_everywhere(
             voice.messages().text<Msg::files_input_renaming>(printable(move.from), printable(move.to)));
@@ -85,7 +85,7 @@ std::size_t move_in_turn(const std::vector<Move>& moves, std::string& reason) {
 }
 
 /// Makes all moves or none.
-void move_together(const Voice& voice, const std::vector<Move>& moves) {
+void move_together(Voice& voice, const std::vector<Move>& moves) {
     std::string reason;
     std::size_t failed = 0;
     while (failed < moves.size() && (reason = obstacle_of(moves[failed])).empty()) {
@@ -110,13 +110,13 @@ void move_together(const Voice& voice, const std::vector<Move>& moves) {
     }
 }
 
-void move(const Voice& voice, const std::string& from, const std::string& to) {
+void move(Voice& voice, const std::string& from, const std::string& to) {
     move_together(voice, {{from, to}});
 }
 
 }  // namespace
 
-void rename_orphan(const ParameterSet& parameters, const Voice& voice, const std::string& file,
+void rename_orphan(const ParameterSet& parameters, Voice& voice, const std::string& file,
                    FileSide side) {
     constexpr char kOrphan = 'o';
     const char letter = static_cast<char>(side);
@@ -133,7 +133,7 @@ void rename_orphan(const ParameterSet& parameters, const Voice& voice, const std
     }
 }
 
-void rename_refused_files(const ParameterSet& parameters, const Voice& voice,
+void rename_refused_files(const ParameterSet& parameters, Voice& voice,
                           const std::vector<SidedFile>& files) {
     constexpr char kRefused = 'u';
     const int mode = parameters.rename_refused;
@@ -154,7 +154,7 @@ void rename_refused_files(const ParameterSet& parameters, const Voice& voice,
     move_together(voice, moves);
 }
 
-void move_quit_files(const Voice& voice, const std::vector<SidedFile>& files) {
+void move_quit_files(Voice& voice, const std::vector<SidedFile>& files) {
     std::vector<Move> moves;
     for (const auto& [file, side] : files) {
         const std::string folder = path_in(folder_of(file), std::string{static_cast<char>(side), 'q'});

@@ -94,7 +94,7 @@ std::optional<std::size_t> entries_by_tag(const NumberReader& numbers, std::size
     return std::nullopt;
 }
 
-void tell_irregular(const MpoIndex& index, const Voice& voice) {
+void tell_irregular(const MpoIndex& index, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const char* mail = messages.either("unforeseen error, please mail software supplier",
                                        "unerwarteter Fehler, bitte an den Hersteller schreiben");
@@ -113,7 +113,7 @@ void tell_irregular(const MpoIndex& index, const Voice& voice) {
     }
 }
 
-void tell_missing_picture(const Voice& voice) {
+void tell_missing_picture(Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     voice.print(format_text(messages.either("i1217: unforeseen error, please mail details to %s\n",
                                             "i1217: unerwarteter Fehler, bitte Einzelheiten senden an %s\n"),
@@ -172,7 +172,7 @@ MpoIndex read_mpo_index(Bytes content) {
     return index;
 }
 
-std::optional<MpoPictures> cut_mpo(Bytes content, const Voice& voice) {
+std::optional<MpoPictures> cut_mpo(Bytes content, Voice& voice) {
     const MpoIndex index = read_mpo_index(content);
     if (index.found) {
         tell_irregular(index, voice);
@@ -211,7 +211,7 @@ MpoCutNames mpo_cut_names(const std::string& stereo, int input_mode) {
     return {base + "l/" + name + "_mpo_l.jpg", base + "r/" + name + "_mpo_r.jpg"};
 }
 
-void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, const Voice& voice) {
+void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const auto keep = [&](Bytes picture, const std::string& file, const std::string& failure) {
         const CutResult result = keep_picture(picture, file);

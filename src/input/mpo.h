@@ -41,7 +41,7 @@ struct MpoPictures {
 
 /// The first two pictures; tells what is irregular. Nothing, with a message, when the second is not
 /// found.
-[[nodiscard]] std::optional<MpoPictures> cut_mpo(std::span<const std::uint8_t> content, const Voice& voice);
+[[nodiscard]] std::optional<MpoPictures> cut_mpo(std::span<const std::uint8_t> content, Voice& voice);
 
 /// Whether the pictures are left as files of their own, by `EstimateGeometry`.
 [[nodiscard]] bool leaves_cut_pictures(int estimate_geometry);
@@ -56,6 +56,6 @@ struct MpoCutNames {
 
 /// Leaves both pictures as files of those names. A file that is there already and differs stays as it is,
 /// and a line says so.
-void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, const Voice& voice);
+void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Voice& voice);
 
 }  // namespace zemora

@@ -125,7 +125,7 @@ bool is_left_over(const std::string& name) {
     return matches_one_of(kLeftOvers, name);
 }
 
-bool is_dropped_with_hint(const ParameterSet& parameters, const Voice& voice, const std::string& name) {
+bool is_dropped_with_hint(const ParameterSet& parameters, Voice& voice, const std::string& name) {
     if (has_marker(name, "_l") || has_marker(name, "_r")) {
         voice.print(voice.messages().either(
             "Hint: Files with identifiers \"_l\", \"_L\", \"_r\" and \"_R\" are NOT to be assumed as stereo "

@@ -65,14 +65,14 @@ std::string text_of(Line line, const ParameterSet& parameters, const MessageCata
     return {};
 }
 
-[[noreturn]] void end_run(const Voice& voice) {
-    voice.wait(WaitAbove::error);
+[[noreturn]] void end_run(Voice& voice) {
+    voice.wait(Severity::error);
     end_process(kExitFailure);
 }
 
 }  // namespace
 
-void end_without_files(const ParameterSet& parameters, const Voice& voice) {
+void end_without_files(const ParameterSet& parameters, Voice& voice) {
     const int mode = parameters.input_mode;
     const int layout = parameters.stereo_image_input;
     voice.say<Msg::files_input_no_suited_files>();
@@ -90,7 +90,7 @@ void end_without_files(const ParameterSet& parameters, const Voice& voice) {
     end_run(voice);
 }
 
-void end_with_too_many_pairs(const Voice& voice, long long pairs) {
+void end_with_too_many_pairs(Voice& voice, long long pairs) {
     voice.print(format_text(voice.messages().either("%lld pairs are too many for one run.\n",
                                                     "%lld Paare sind zu viele fuer einen Lauf.\n"),
                             pairs));

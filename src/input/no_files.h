@@ -7,9 +7,9 @@
 namespace zemora {
 
 /// Tells what was looked for and ends the process with code 1.
-[[noreturn]] void end_without_files(const ParameterSet& parameters, const Voice& voice);
+[[noreturn]] void end_without_files(const ParameterSet& parameters, Voice& voice);
 
 /// Ends the process with code 1: more pairs than a run can number.
-[[noreturn]] void end_with_too_many_pairs(const Voice& voice, long long pairs);
+[[noreturn]] void end_with_too_many_pairs(Voice& voice, long long pairs);
 
 }  // namespace zemora

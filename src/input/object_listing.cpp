@@ -35,7 +35,7 @@ std::string object_line(const ParameterSet& parameters, const ImageList& list, i
 
 }  // namespace
 
-void tell_objects(const ParameterSet& parameters, const Voice& voice, const ImageList& list,
+void tell_objects(const ParameterSet& parameters, Voice& voice, const ImageList& list,
                   int left_name_width) {
     if (voice.verbose() <= 1) {
         return;
@@ -49,10 +49,10 @@ void tell_objects(const ParameterSet& parameters, const Voice& voice, const Imag
         voice.report_html("<span style=\"font-family:'Lucida Console', monospace\">" + html_text(line) +
                           "</span><br>\n");
     }
-    voice.wait(WaitAbove::information);
+    voice.wait(Severity::information);
 }
 
-void tell_object_count(const Voice& voice, const ImageList& list) {
+void tell_object_count(Voice& voice, const ImageList& list) {
     if (voice.verbose() > 0) {
         voice.tell_everywhere('\n' + voice.messages().text<Msg::files_input_objects_found>(list.count()) +
                               "\n\n");

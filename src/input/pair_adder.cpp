@@ -16,7 +16,7 @@ constexpr int kLeftOfPairBefore = 3;
 
 }  // namespace
 
-FoundName find_and_tell(NameFinder& finder, const Voice& voice, const std::string& file) {
+FoundName find_and_tell(NameFinder& finder, Voice& voice, const std::string& file) {
     FoundName found = finder.find(file);
     if (found.match == NameMatch::several) {
         voice.print(
@@ -62,7 +62,7 @@ PairAdder::CheckedFile PairAdder::look_up(const std::string& file) {
         voice_.say<Msg::files_input_file_missing_cause_names>();
         voice_.say<Msg::files_input_file_missing_cause_characters>();
         voice_.print("   " + printable(checked.path) + ": " + why_unreadable(checked.path) + '\n');
-        voice_.wait(WaitAbove::information);
+        voice_.wait(Severity::information);
     }
     return checked;
 }
@@ -115,14 +115,14 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
     has_pair_before_ = true;
 }
 
-void add_stereo_object(const ParameterSet& parameters, const Voice& voice, const std::string& file,
+void add_stereo_object(const ParameterSet& parameters, Voice& voice, const std::string& file,
                        const StoredCorrectionRecord* stored, ImageList& list) {
     constexpr int kFields = 1;
     constexpr int kFieldsWithMotion = 4;
     const int mode = parameters.interlaced_mode;
     if (mode != kProgressive && mode != kFields && mode != kFieldsWithMotion) {
         voice.say<Msg::files_input_stereo_input_1_with_time_shift>();
-        voice.wait(WaitAbove::information);
+        voice.wait(Severity::information);
         return;
     }
     const std::uint32_t number = list.add_name(file);

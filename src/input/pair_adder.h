@@ -16,7 +16,7 @@ namespace zemora {
 /// Adds an accepted pair to the list as `InterlacedMode` and `InverseInput` say. One adder serves a run.
 class PairAdder {
 public:
-    PairAdder(const ParameterSet& parameters, const Voice& voice, ImageList& list)
+    PairAdder(const ParameterSet& parameters, Voice& voice, ImageList& list)
         : parameters_(parameters), voice_(voice), list_(list) {}
     /// False when a file cannot be read, which is told once a file; `left` and `right` take the names as the
     /// disk spells them. An empty name is passed over without a word.
@@ -36,7 +36,7 @@ private:
     [[nodiscard]] std::uint32_t number_of(const std::string& file);
 
     const ParameterSet& parameters_;
-    const Voice& voice_;
+    Voice& voice_;
     ImageList& list_;
     NameFinder finder_;
     std::unordered_map<std::string, CheckedFile> checked_;
@@ -49,12 +49,12 @@ private:
 };
 
 /// Adds a stereo file; a message in place of it where `InterlacedMode` has no meaning for one.
-void add_stereo_object(const ParameterSet& parameters, const Voice& voice, const std::string& file,
+void add_stereo_object(const ParameterSet& parameters, Voice& voice, const std::string& file,
                        const StoredCorrectionRecord* stored, ImageList& list);
 
 /// The name as the disk spells it, which may differ in case. The name itself where there is no such file;
 /// where there are several a line says so.
-[[nodiscard]] FoundName find_and_tell(NameFinder& finder, const Voice& voice, const std::string& file);
+[[nodiscard]] FoundName find_and_tell(NameFinder& finder, Voice& voice, const std::string& file);
 
 /// Characters of a text in UTF-8.
 [[nodiscard]] int character_count(const std::string& text);

@@ -14,7 +14,7 @@ namespace zemora {
 
 class PairFormer {
 public:
-    PairFormer(const ParameterSet& parameters_in, const Voice& voice_in, ImageList& list_in,
+    PairFormer(const ParameterSet& parameters_in, Voice& voice_in, ImageList& list_in,
                ListedNames& names)
         : parameters(parameters_in),
           voice(voice_in),
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] int left_name_width() const { return adder_.left_name_width(); }
 
     const ParameterSet& parameters;
-    const Voice& voice;
+    Voice& voice;
     ImageList& list;
 
 private:

@@ -103,7 +103,7 @@ void Lockstep::switch_off_without_times() {
     control_.switch_off();
     if (former_.voice.verbose() > 0) {
         former_.voice.say<Msg::files_input_no_exif_time_in_type>();
-        former_.voice.wait(WaitAbove::warning);
+        former_.voice.wait(Severity::warning);
     }
 }
 

@@ -47,7 +47,7 @@ void form_marked_pairs(const std::vector<std::string>& files, PairFormer& former
         if (right.empty()) {
             former.voice.say<Msg::files_input_name_convention_violated>();
             former.voice.print(printable(left) + '\n');
-            former.voice.wait(WaitAbove::information);
+            former.voice.wait(Severity::information);
         } else {
             former.add(left, std::move(right));
         }
@@ -74,7 +74,7 @@ long long expected_objects(const ParameterSet& parameters, const SelectedFiles& 
     }
 }
 
-int form_pairs(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files,
+int form_pairs(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files,
                ImageList& list, ListedNames& names) {
     PairFormer former(parameters, voice, list, names);
     if (!files.left.empty()) {
@@ -99,7 +99,7 @@ int form_pairs(const ParameterSet& parameters, const Voice& voice, const Selecte
     return former.left_name_width();
 }
 
-void take_stereo_files(const ParameterSet& parameters, const Voice& voice, const SelectedFiles& files,
+void take_stereo_files(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files,
                        ImageList& list, ListedNames& names) {
     NameFinder finder;
     for (const std::string& file : files.left) {

@@ -43,7 +43,7 @@ void TimeControl::tell_missing_time(const std::string& left) {
     voice_.print(voice_.messages().either(
         "Exiv2 is found on https://exiv2.org and among the packages of most systems.\n",
         "Exiv2 gibt es auf https://exiv2.org und als Paket der meisten Systeme.\n"));
-    voice_.wait(WaitAbove::error);
+    voice_.wait(Severity::error);
 }
 
 void TimeControl::set_reference(int seconds, const std::string& left, const std::string& right) {

@@ -21,7 +21,7 @@ struct TimeComparison {
 
 class TimeControl {
 public:
-    TimeControl(const ParameterSet& parameters, const Voice& voice)
+    TimeControl(const ParameterSet& parameters, Voice& voice)
         : voice_(voice), tolerance_s_(parameters.exif_time_tolerance) {}
 
     /// False with `ExifTimeTolerance` 0, and after `switch_off`.
@@ -48,7 +48,7 @@ public:
 private:
     void tell_missing_time(const std::string& left);
 
-    const Voice& voice_;
+    Voice& voice_;
     CaptureClock clock_;
     int tolerance_s_;
     int reference_s_ = 0;  ///< Difference left minus right of the pair that opened the folder.

@@ -14,7 +14,7 @@ namespace {
 constexpr int kStoreFailed = 2;
 
 /// The settings, with what the mix needs from its file.
-AnaglyphSettings settings_of(const ParameterSet& p, const Voice& voice, MixNeeds needs) {
+AnaglyphSettings settings_of(const ParameterSet& p, Voice& voice, MixNeeds needs) {
     AnaglyphSettings settings;
     settings.type = p.anaglyph_type;
     settings.brightness = p.brightness;
@@ -31,7 +31,7 @@ AnaglyphSettings settings_of(const ParameterSet& p, const Voice& voice, MixNeeds
     return settings;
 }
 
-[[noreturn]] void end_for_unstable_calibration(const Voice& voice) {
+[[noreturn]] void end_for_unstable_calibration(Voice& voice) {
     voice.print(voice.messages().either(
         "Calibration values not stable!\n"
         "Please send the 14 calibration values of the test image to the makers of Zemora.\n",
@@ -50,7 +50,7 @@ void warn_of_views(const WarpState& warp) {
                             "RotMirOutputRight): they do not match in the anaglyph.\n",
                             "Warnung: Die Ansichten sind verschieden gedreht (RotMirOutputLeft, "
                             "RotMirOutputRight): im Anaglyphen passen sie nicht zusammen.\n"),
-            OnceIn::run);
+            Repeat::once_a_run);
     }
     if (warp.inverse_output == 1) {
         warp.voice.print_once(
@@ -58,7 +58,7 @@ void warn_of_views(const WarpState& warp) {
                 "Warning: the views are exchanged (InverseOutput): turn the glasses of the anaglyph.\n",
                 "Warnung: Die Ansichten sind vertauscht (InverseOutput): fuer den Anaglyphen die "
                 "Brille umdrehen.\n"),
-            OnceIn::run);
+            Repeat::once_a_run);
     }
 }
 

@@ -74,26 +74,26 @@ std::size_t read_rows(std::span<const TextLine> lines, const ValueRow<Values> (&
 }
 
 template <class Values, std::size_t count>
-void list_values(const Voice& voice, const ValueRow<Values> (&rows)[count], const Values& values) {
+void list_values(Voice& voice, const ValueRow<Values> (&rows)[count], const Values& values) {
     for (const auto& row : rows) {
         voice.print(row.label + number_text(values.*row.value) + '\n');
     }
 }
 
 /// The lines of the file; nothing, with the message, when it cannot be read.
-std::optional<std::vector<TextLine>> read_lines(const std::string& path, const Voice& voice) {
+std::optional<std::vector<TextLine>> read_lines(const std::string& path, Voice& voice) {
     std::string reason;
     const auto bytes = read_file_whole(path, reason);
     if (!bytes) {
         voice.print(printable(path));
         voice.say<Msg::warpimage_anaglyph_values_missing>();
-        voice.wait_once(WaitAbove::error, path);
+        voice.wait_once(Severity::error, path);
         return std::nullopt;
     }
     return text_lines(*bytes);
 }
 
-void tell_faulty_line(const Voice& voice, const std::string& path, std::size_t line) {
+void tell_faulty_line(Voice& voice, const std::string& path, std::size_t line) {
     voice.print(printable(path) +
                 format_text(voice.messages().either(": line %d holds no number. Standard values are used.\n",
                                                     ": Zeile %d enthaelt keine Zahl. Standardwerte werden "
@@ -103,7 +103,7 @@ void tell_faulty_line(const Voice& voice, const std::string& path, std::size_t l
 
 }  // namespace
 
-MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, const Voice& voice) {
+MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, Voice& voice) {
     const std::string path = join_path(parameters.path_of_images, kMonitorFile);
     const auto lines = read_lines(path, voice);
     if (!lines) {
@@ -112,7 +112,7 @@ MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, cons
     MonitorCalibration values;
     if (const std::size_t faulty = read_rows(*lines, kMonitorRows, values)) {
         tell_faulty_line(voice, path, faulty);
-        voice.wait_once(WaitAbove::error, path);
+        voice.wait_once(Severity::error, path);
         return {};
     }
     if (voice.verbose() > 1) {
@@ -122,7 +122,7 @@ MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, cons
     return values;
 }
 
-PrintCalibration read_print_calibration(const ParameterSet& parameters, const Voice& voice) {
+PrintCalibration read_print_calibration(const ParameterSet& parameters, Voice& voice) {
     const std::string path = join_path(parameters.path_of_images, kPrintFile);
     const auto lines = read_lines(path, voice);
     if (!lines) {
@@ -142,7 +142,7 @@ PrintCalibration read_print_calibration(const ParameterSet& parameters, const Vo
             voice.print("\n");
         }
         voice.say<Msg::warpimage_anaglyph_make_new_print_file>();
-        voice.wait_once(WaitAbove::error, path);
+        voice.wait_once(Severity::error, path);
         return {};
     }
     if (voice.verbose() > 1) {

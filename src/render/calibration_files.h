@@ -36,7 +36,7 @@ struct PrintCalibration {
 
 /// A file that is missing or damaged is told and gives the standard values; values that were read are listed
 /// with `VerboseMode` above 1.
-[[nodiscard]] MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, const Voice& voice);
-[[nodiscard]] PrintCalibration read_print_calibration(const ParameterSet& parameters, const Voice& voice);
+[[nodiscard]] MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, Voice& voice);
+[[nodiscard]] PrintCalibration read_print_calibration(const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

@@ -45,15 +45,15 @@ private:
     std::span<const TextLine> lines_;
 };
 
-[[noreturn]] void end_with_wait(const Voice& voice) {
-    voice.wait(WaitAbove::error);
+[[noreturn]] void end_with_wait(Voice& voice) {
+    voice.wait(Severity::error);
     end_process(kExitFailure);
 }
 
 /// Reads and checks; every fault ends the run.
 class Reader {
 public:
-    Reader(const ParameterSet& parameters, const Voice& voice, DataLines lines)
+    Reader(const ParameterSet& parameters, Voice& voice, DataLines lines)
         : name_(parameters.ecm_file_name), voice_(voice), lines_(lines) {}
 
     void read_matrix(ColorManagement::Matrix& matrix) {
@@ -125,11 +125,11 @@ private:
     }
 
     const std::string& name_;
-    const Voice& voice_;
+    Voice& voice_;
     DataLines lines_;
 };
 
-std::vector<TextLine> lines_of(const std::string& path, const Voice& voice) {
+std::vector<TextLine> lines_of(const std::string& path, Voice& voice) {
     std::string reason;
     const auto bytes = read_file_whole(path, reason);
     if (!bytes) {
@@ -147,7 +147,7 @@ bool uses_color_management(const ParameterSet& parameters) {
            is_matrix_anaglyph(parameters);
 }
 
-ColorManagement read_color_management_file(const ParameterSet& parameters, const Voice& voice) {
+ColorManagement read_color_management_file(const ParameterSet& parameters, Voice& voice) {
     ColorManagement colours;
     if (!uses_color_management(parameters)) {
         return colours;

@@ -28,6 +28,6 @@ struct ColorManagement {
 [[nodiscard]] bool uses_color_management(const ParameterSet& parameters);
 
 /// Reads the file in `PathofImages`. A missing file or a faulty value is told and ends the run with code 1.
-[[nodiscard]] ColorManagement read_color_management_file(const ParameterSet& parameters, const Voice& voice);
+[[nodiscard]] ColorManagement read_color_management_file(const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

@@ -86,7 +86,7 @@ void ColourChange::apply(bool is_left, Sample* samples, int count) const {
     }
 }
 
-std::optional<ColourChange> read_colour_change(const ParameterSet& parameters, const Voice& voice) {
+std::optional<ColourChange> read_colour_change(const ParameterSet& parameters, Voice& voice) {
     if (!uses_color_management(parameters)) {
         return std::nullopt;
     }

@@ -38,6 +38,6 @@ private:
 /// What `ExtColorManagement` asks for, from its file; nothing with 0. A faulty file ends the run, also when
 /// only an anaglyph wants it.
 [[nodiscard]] std::optional<ColourChange> read_colour_change(const ParameterSet& parameters,
-                                                             const Voice& voice);
+                                                             Voice& voice);
 
 }  // namespace zemora

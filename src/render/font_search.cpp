@@ -111,7 +111,7 @@ std::string default_font() {
     return file.empty() ? program_directory() + '/' + kDefaultFont : file;
 }
 
-ChosenFont choose_font(const std::string& name, int style, const Voice& voice) {
+ChosenFont choose_font(const std::string& name, int style, Voice& voice) {
     if (is_absolute(name) && file_exists(name)) {
         return {name, style};
     }

@@ -221,7 +221,7 @@ bool is_sound(const TiffEditor& block, std::size_t limit) {
            (!exif || sound(block.find_directory(*exif, kTagInteropDirectory)));
 }
 
-void set_size(TiffEditor& block, const MpoMetadata& metadata, const Voice& voice) {
+void set_size(TiffEditor& block, const MpoMetadata& metadata, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const auto exif = block.find_directory(block.first_directory(), kTagExifDirectory);
     if (!exif) {
@@ -281,7 +281,7 @@ bool begins_with(const FileBytes& bytes, std::size_t at, std::string_view text) 
 }
 
 /// The changed segment of the source; nothing, told, when there is none that can be used.
-std::optional<FileBytes> source_segment(const MpoMetadata& metadata, const Voice& voice) {
+std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     std::string reason;
     const auto file = read_file_whole(metadata.source, reason);
@@ -302,7 +302,7 @@ std::optional<FileBytes> source_segment(const MpoMetadata& metadata, const Voice
 }  // namespace
 
 std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata,
-                                              const Voice& voice) {
+                                              Voice& voice) {
     if (!begins_with(segment, kLengthSize, kExifName) || !begins_with(segment, kTiffStart, kLittleEndian)) {
         return std::nullopt;
     }
@@ -331,7 +331,7 @@ std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetada
     return segment;
 }
 
-FileBytes mpo_exif_segment(const MpoMetadata& metadata, const Voice& voice) {
+FileBytes mpo_exif_segment(const MpoMetadata& metadata, Voice& voice) {
     if (!metadata.source.empty()) {
         if (auto segment = source_segment(metadata, voice)) {
             return std::move(*segment);

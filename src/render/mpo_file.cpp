@@ -141,7 +141,7 @@ void add_picture(TiffBytes& file, const FileBytes& exif, const FileBytes& index,
 }  // namespace
 
 std::optional<FileBytes> join_as_mpo(Bytes left_jpeg, Bytes right_jpeg, const MpoMetadata& metadata,
-                                     const Voice& voice) {
+                                     Voice& voice) {
     const auto left = picture_of(left_jpeg);
     const auto right = picture_of(right_jpeg);
     if (!left || !right) {

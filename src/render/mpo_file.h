@@ -14,6 +14,6 @@ namespace zemora {
 /// Puts two JPEG files together; nothing when one of them is no JPEG with tables and an end.
 [[nodiscard]] std::optional<FileBytes> join_as_mpo(std::span<const std::uint8_t> left_jpeg,
                                                    std::span<const std::uint8_t> right_jpeg,
-                                                   const MpoMetadata& metadata, const Voice& voice);
+                                                   const MpoMetadata& metadata, Voice& voice);
 
 }  // namespace zemora

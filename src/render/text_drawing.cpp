@@ -6,21 +6,21 @@ namespace zemora {
 
 namespace {
 
-void tell_fault(const LetterFont& letters, const std::string& file, const Voice& voice) {
+void tell_fault(const LetterFont& letters, const std::string& file, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const std::string told = letters.fault() == TextFault::library
                                  ? messages.text<Msg::warpimage_ttf_init_failed>() + letters.reason()
                                  : messages.text<Msg::warpimage_font_load_failed>(
                                        letters.pixels(), printable(file), letters.reason());
     voice.print_once(told + '\n');
-    voice.wait_once(WaitAbove::error, file);
+    voice.wait_once(Severity::error, file);
 }
 
 template <Msg message>
-void tell_misfit(const std::string& text, const Voice& voice) {
+void tell_misfit(const std::string& text, Voice& voice) {
     const std::string told = voice.messages().text<message>();
     voice.print_once(told + '\'' + printable(text) + "'\n");
-    voice.wait_once(WaitAbove::warning, told);
+    voice.wait_once(Severity::warning, told);
 }
 
 /// A text that stands at an edge by intention is only too large when it is larger than the picture.
@@ -44,7 +44,7 @@ std::uint8_t blended(int ground, int cover, int colour) {
 }  // namespace
 
 std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
-                                    const Voice& voice) {
+                                    Voice& voice) {
     LetterFont letters(font);
     LetterMask mask;
     if (letters.fault() == TextFault::none) {
@@ -58,13 +58,13 @@ std::optional<LetterMask> told_mask(const std::string& text, const TextFont& fon
         voice.print_once(format_text(voice.messages().either("No font here has the letters '%s'.\n",
                                                              "Keine Schrift hat hier die Zeichen '%s'.\n"),
                                      printable(letters.missing()).c_str()),
-                         OnceIn::run);
+                         Repeat::once_a_run);
     }
     return mask;
 }
 
 Picture text_ground(Picture picture, const LetterMask& mask, int row, int column, const std::string& text,
-                    const Voice& voice) {
+                    Voice& voice) {
     if (!fits(row, mask.height, picture.height)) {
         tell_misfit<Msg::warpimage_frame_too_narrow_for_text>(text, voice);
     }
@@ -93,7 +93,7 @@ void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool i
 }
 
 bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
-               Colour colour, const Voice& voice) {
+               Colour colour, Voice& voice) {
     const std::optional<LetterMask> mask = told_mask(text, font, picture.width, voice);
     if (!mask) {
         return false;

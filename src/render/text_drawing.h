@@ -22,12 +22,12 @@ struct TextPlace {
 
 /// The mask of `text`, without pixels when it has no width. Nothing when it failed, which is told.
 [[nodiscard]] std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
-                                                  const Voice& voice);
+                                                  Voice& voice);
 
 /// The part of the picture that a text of the mask's size with that lower left pixel covers, moved in at the
 /// left and the bottom and cut at the right and the top. Tells a text that does not fit.
 [[nodiscard]] Picture text_ground(Picture picture, const LetterMask& mask, int row, int column,
-                                  const std::string& text, const Voice& voice);
+                                  const std::string& text, Voice& voice);
 
 /// Blends a colour over one pixel by a cover of 0 to 255.
 void blend(std::uint8_t* pixel, int cover, Colour colour);
@@ -36,6 +36,6 @@ void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool i
 
 /// Draws the text; false when it failed, which is told.
 bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
-               Colour colour, const Voice& voice);
+               Colour colour, Voice& voice);
 
 }  // namespace zemora

@@ -35,30 +35,30 @@ std::string directory_name(const std::string& file) {
     return bare_name_of(folder_of(folder_of(file)));
 }
 
-std::string headline_text(const TextSource& source, const Voice& /*voice*/) {
+std::string headline_text(const TextSource& source, Voice& /*voice*/) {
     return source.headline;
 }
 
-std::string file_text(const TextSource& source, const Voice& /*voice*/) {
+std::string file_text(const TextSource& source, Voice& /*voice*/) {
     return bare_name_of(source.file);
 }
 
-std::string directory_text(const TextSource& source, const Voice& /*voice*/) {
+std::string directory_text(const TextSource& source, Voice& /*voice*/) {
     return directory_name(source.file);
 }
 
-std::string date_text(const TextSource& source, const Voice& /*voice*/) {
+std::string date_text(const TextSource& source, Voice& /*voice*/) {
     return source.date_text.empty() ? std::string() : source.date_text.substr(1);
 }
 
 /// The number of an entry: that of the folder and the place of the pair in it.
-std::string award_text(const TextSource& source, const Voice& voice) {
+std::string award_text(const TextSource& source, Voice& voice) {
     const std::string name = directory_name(source.file);
     const int number = scan_integer(name).value_or(0);
     if (number == 0) {
         voice.say<Msg::warpimage_directory_name_must_be_digits>();
         voice.print('\'' + printable(name) + "'\n");
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
     }
     const long long entry = static_cast<long long>(number) + source.index;
     return number_text(static_cast<int>(std::clamp<long long>(entry, INT_MIN, INT_MAX)));
@@ -67,7 +67,7 @@ std::string award_text(const TextSource& source, const Voice& voice) {
 struct Keyword {
     std::string_view mark;
     std::string_view word;  ///< What is left of it before the fields.
-    std::string (*text)(const TextSource& source, const Voice& voice);
+    std::string (*text)(const TextSource& source, Voice& voice);
 };
 /// In the order in which they are looked for.
 constexpr Keyword kKeywords[] = {

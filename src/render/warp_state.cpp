@@ -48,7 +48,7 @@ void record_frame(const FrameSettings& frame, int floating_share, ViewGeometry& 
 }  // namespace
 
 WarpState::WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
-                     const Voice& speaker)
+                     Voice& speaker)
     : cropp_output(set.cropp_output),
       apply_left_right(set.apply_left_right),
       interpolation_mode(set.interpolation_mode),

@@ -53,7 +53,7 @@ struct FixedCorrection {
 
 struct WarpState {
     WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
-              const Voice& speaker);
+              Voice& speaker);
 
     /// The two working pictures: the latest result of a warp, `width` by `height` pixels in the
     /// lower left of bitmaps of one pitch.
@@ -139,7 +139,7 @@ struct WarpState {
     ViewGeometry& left_record;
     ViewGeometry& right_record;
     const ParameterSet& parameters;
-    const Voice& voice;
+    Voice& voice;
 };
 
 }  // namespace zemora

@@ -206,17 +206,17 @@ void draw_alignment(const Halves& halves, const std::vector<LetterMask>& numbers
 
 }  // namespace
 
-int write_alignment_image(const ParameterSet& parameters, const Voice& voice) {
+int write_alignment_image(const ParameterSet& parameters, Voice& voice) {
     const int width = parameters.output_width;
     const int height = parameters.output_height;
     if (width <= 0 || height <= 0) {
         voice.say<Msg::main_alignment_image_needs_size>();
-        voice.wait(WaitAbove::warning);
+        voice.wait(Severity::warning);
         return 1;
     }
     const std::string file = join_path(parameters.path_of_images, "zemora_alignment.tif");
     voice.say<Msg::main_alignment_image_will_be_written>(printable(file));
-    voice.wait(WaitAbove::information);
+    voice.wait(Severity::information);
     const std::vector<LetterMask> numbers = label_masks(number_labels(), kNumberFont, voice);
     const std::vector<LetterMask> offset =
         numbers.empty() ? numbers : label_masks({format_text("1/%d", kOffsetPart)}, kOffsetFont, voice);

@@ -120,7 +120,7 @@ void draw_labels(Picture picture, int unit, const std::vector<LetterMask>& masks
 
 }  // namespace
 
-int write_anaglyph_test_image(int width, const std::string& folder, int green_percent, const Voice& voice,
+int write_anaglyph_test_image(int width, const std::string& folder, int green_percent, Voice& voice,
                               const AddProfile& add_profile) {
     const int unit = width / kUnits;
     if (unit < 1) {

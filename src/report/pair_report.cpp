@@ -283,7 +283,7 @@ std::string quiet_text(const PairFacts& facts) {
 }
 
 /// The mount failure and what can be tried against it.
-void tell_failure(const Voice& voice, const std::string& advice, bool on_console) {
+void tell_failure(Voice& voice, const std::string& advice, bool on_console) {
     const MessageCatalogue& messages = voice.messages();
     const std::string text = messages.raw(Msg::stereo_analyse_cannot_be_mounted) + ('\n' + advice);
     if (on_console) {
@@ -306,11 +306,11 @@ std::string time_text(const PairFacts& facts) {
 
 }  // namespace
 
-void report_mount_failure(const Voice& voice) {
+void report_mount_failure(Voice& voice) {
     tell_failure(voice, {}, true);
 }
 
-void write_image_report(const ParameterSet& settings, const ImageReport& report, const Voice& voice) {
+void write_image_report(const ParameterSet& settings, const ImageReport& report, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const bool on_console = settings.verbose_mode > 0;
     if (report.status < kUsable) {
@@ -318,7 +318,7 @@ void write_image_report(const ParameterSet& settings, const ImageReport& report,
         tell_failure(voice, settings.iterative_warp < kManyIterations ? messages.raw(advice) : "",
                      on_console);
         if (on_console) {
-            voice.wait(WaitAbove::information);
+            voice.wait(Severity::information);
         }
         return;
     }

@@ -40,10 +40,10 @@ struct ImageReport {
 };
 
 /// Tells the result of a pair on the console and in both reports.
-void write_image_report(const ParameterSet& settings, const ImageReport& report, const Voice& voice);
+void write_image_report(const ParameterSet& settings, const ImageReport& report, Voice& voice);
 
 /// The mount failure on the console and in both reports.
-void report_mount_failure(const Voice& voice);
+void report_mount_failure(Voice& voice);
 
 /// Mean values of all frames of a sequence.
 struct SequenceReport {
@@ -53,6 +53,6 @@ struct SequenceReport {
 };
 
 /// Tells the mean values of a sequence on the console and in both reports.
-void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, const Voice& voice);
+void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, Voice& voice);
 
 }  // namespace zemora

@@ -34,7 +34,7 @@ RowBlock mean_block(const SequenceReport& report, bool measured, const MessageCa
 
 }  // namespace
 
-void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, const Voice& voice) {
+void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const std::string rule = messages.raw(Msg::main_separator);
     const RowBlock block = mean_block(report, counts_as_measured(settings.estimate_geometry), messages);

@@ -9,7 +9,7 @@ namespace zemora {
 
 namespace {
 
-void tell_fault(const LetterFont& font, const std::string& file, const Voice& voice) {
+void tell_fault(const LetterFont& font, const std::string& file, Voice& voice) {
     if (font.fault() == TextFault::library) {
         voice.say<Msg::main_ttf_init_failed>(font.reason());
     } else {
@@ -20,7 +20,7 @@ void tell_fault(const LetterFont& font, const std::string& file, const Voice& vo
 
 }  // namespace
 
-std::vector<LetterMask> label_masks(const std::vector<std::string>& labels, int font_px, const Voice& voice) {
+std::vector<LetterMask> label_masks(const std::vector<std::string>& labels, int font_px, Voice& voice) {
     constexpr int kAnyWidth = 1 << 14;  // pixels
     const std::string file = default_font();
     LetterFont font({file, font_px, 0});
@@ -45,7 +45,7 @@ LabelPart label_part(Picture picture, const LetterMask& mask, int x, int y) {
     return {picture.part(left, bottom, right - left, top - bottom), left - x, bottom - y};
 }
 
-Bitmap test_bitmap(int width, int height, const char* reason, const Voice& voice) {
+Bitmap test_bitmap(int width, int height, const char* reason, Voice& voice) {
     Bitmap bitmap = Bitmap::create(width, height);
     if (!bitmap) {
         end_run_without_picture_memory(voice.console(), reason);
@@ -53,7 +53,7 @@ Bitmap test_bitmap(int width, int height, const char* reason, const Voice& voice
     return bitmap;
 }
 
-bool store_test_image(const Bitmap& picture, const std::string& file, const Voice& voice) {
+bool store_test_image(const Bitmap& picture, const std::string& file, Voice& voice) {
     const std::string reason = encode_and_write(picture.handle(), FIF_TIFF, TIFF_LZW, file);
     if (!reason.empty()) {
         voice.print(format_text(voice.messages().either("The file %s cannot be written: %s\n",

@@ -15,7 +15,7 @@ inline constexpr Colour kWhite{255, 255, 255};
 
 /// The masks of labels in the default font. Empty when the font cannot be used: that is told and waited for.
 [[nodiscard]] std::vector<LetterMask> label_masks(const std::vector<std::string>& labels, int font_px,
-                                                  const Voice& voice);
+                                                  Voice& voice);
 
 /// The part of a mask whose lower left pixel is at (x, y) of a picture that lies inside it.
 struct LabelPart {
@@ -29,9 +29,9 @@ struct LabelPart {
 [[nodiscard]] LabelPart label_part(Picture picture, const LetterMask& mask, int x, int y);
 
 /// A bitmap of that size, black; ends the run with `reason` when the memory is not there.
-[[nodiscard]] Bitmap test_bitmap(int width, int height, const char* reason, const Voice& voice);
+[[nodiscard]] Bitmap test_bitmap(int width, int height, const char* reason, Voice& voice);
 
 /// Stores as TIFF; a failure is told.
-[[nodiscard]] bool store_test_image(const Bitmap& picture, const std::string& file, const Voice& voice);
+[[nodiscard]] bool store_test_image(const Bitmap& picture, const std::string& file, Voice& voice);
 
 }  // namespace zemora

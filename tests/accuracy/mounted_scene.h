@@ -24,7 +24,7 @@ struct MountedScene {
     bool mounted = false;
     StatusCode status = StatusCode::no_result;
     int iterations = 0;         ///< Measurements of the iteration.
-    PairCorrection correction;  ///< What the program applied.
+    Correction correction;  ///< What the program applied.
     /// Vertical errors of the output pair, in output pixels, over a lattice of 39 x 39 places of the left
     /// view.
     double median_dy_px = 0.0;

@@ -89,7 +89,7 @@ class StopTest : public testing::TestWithParam<StopCase> {};
 TEST_P(StopTest, JudgesByTheLimitsOnBothSigns) {
     const StopCase& c = GetParam();
     for (const double sign : {1.0, -1.0}) {
-        PairCorrection remaining;
+        Correction remaining;
         remaining.height_px = sign * c.height_px;
         remaining.size = sign * c.size_percent / 100.0;
         remaining.rotation_rad = sign * c.rotation_deg * kRadiansPerDegree;

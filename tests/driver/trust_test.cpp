@@ -11,7 +11,7 @@ constexpr double kJustBelow = 4.999 * kRadiansPerDegree;
 constexpr double kJustAbove = 5.001 * kRadiansPerDegree;
 
 TEST(Trust, EachFactHasItsLimitOnBothSides) {
-    const PairCorrection most = {900.0, 900.0, -0.04, -kJustBelow, kJustBelow, -kJustBelow};
+    const Correction most = {900.0, 900.0, -0.04, -kJustBelow, kJustBelow, -kJustBelow};
     EXPECT_TRUE(doubts_of({most, 0.25, HeightVerdict::visible}).empty());
     EXPECT_TRUE(doubts_of({most, 0.0, HeightVerdict::unchecked}).empty());
     using Doubts = std::vector<Doubt>;

@@ -9,17 +9,17 @@ namespace {
 
 using test::CollectRig;
 
-void refuse_one(const ParameterSet& parameters, const Voice& voice, const std::string& file, FileSide side) {
+void refuse_one(const ParameterSet& parameters, Voice& voice, const std::string& file, FileSide side) {
     rename_refused_files(parameters, voice, {{file, side}});
 }
 
-void quit_one(const ParameterSet& /*parameters*/, const Voice& voice, const std::string& file,
+void quit_one(const ParameterSet& /*parameters*/, Voice& voice, const std::string& file,
               FileSide side) {
     move_quit_files(voice, {{file, side}});
 }
 
 struct MoveRow {
-    void (*move)(const ParameterSet&, const Voice&, const std::string&, FileSide);
+    void (*move)(const ParameterSet&, Voice&, const std::string&, FileSide);
     int value;  ///< Of `RenameOrphans` or `RenameRefused`.
     FileSide side;
     const char* from;

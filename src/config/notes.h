@@ -1,0 +1,90 @@
+#pragma once
+/// What happens to a pair, as values. The modules tell it to a `Notes`; whoever hands that in decides who
+/// hears of it, when and how often.
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "config/messages.h"
+#include "numerics/result.h"
+
+namespace zemora {
+
+class Notes {
+public:
+    Notes(const MessageCatalogue& messages, const int& verbosity)
+        : messages_(messages), verbosity_(verbosity) {}
+    virtual ~Notes() = default;
+
+    virtual void add(Note note) = 0;
+    /// One state of a running step, 0 to 100 percent.
+    virtual void progress(std::string_view step, double percent) = 0;
+
+    /// The texts in the language of the user.
+    [[nodiscard]] const MessageCatalogue& messages() const { return messages_; }
+    /// `VerboseMode`, so that a text nobody asked for need not be made.
+    [[nodiscard]] int verbose() const { return verbosity_; }
+
+    // Short forms of `add`.
+
+    /// For the console.
+    void print(std::string_view text) { add(Note{.text = std::string(text)}); }
+    /// A catalogue row for the console.
+    template <Msg message, class... Values>
+    void say(const Values&... values) {
+        print(messages_.text<message>(values...));
+    }
+    /// What a pair, or the run, may come to many times.
+    void print_once(std::string_view text, Repeat repeat = Repeat::once_a_pair) {
+        add(Note{.text = std::string(text), .repeat = repeat});
+    }
+    template <Msg message, class... Values>
+    void say_once(const Values&... values) {
+        print_once(messages_.text<message>(values...));
+    }
+    void report_text(std::string_view text) {
+        add(Note{.text = std::string(text), .audience = Audience::text_report});
+    }
+    void report_html(std::string_view html) {
+        add(Note{.text = std::string(html), .audience = Audience::html_report});
+    }
+    void print_and_report(std::string_view text) {
+        add(Note{.text = std::string(text), .audience = Audience::console_and_text_report});
+    }
+    /// Console and both reports; a paragraph in the HTML report.
+    void tell_everywhere(std::string_view text) {
+        add(Note{.text = std::string(text), .audience = Audience::everywhere});
+    }
+    void tell_everywhere_once(std::string_view text) {
+        add(Note{.text = std::string(text), .audience = Audience::everywhere, .repeat = Repeat::once_a_pair});
+    }
+    /// Asks for Enter where `StopAtError` wants that for `severity`.
+    void wait(Severity severity) { add(Note{.severity = severity, .waits = true}); }
+    /// The same, but once in a run for the same `matter`.
+    void wait_once(Severity severity, std::string_view matter) {
+        add(Note{.severity = severity,
+                 .repeat = Repeat::once_a_run,
+                 .waits = true,
+                 .matter = std::string(matter)});
+    }
+
+private:
+    const MessageCatalogue& messages_;
+    const int& verbosity_;
+};
+
+/// Keeps what happens, to be told later in its order. Steps leave no trace.
+class KeptNotes : public Notes {
+public:
+    using Notes::Notes;
+    void add(Note note) override { notes_.push_back(std::move(note)); }
+    void progress(std::string_view /*step*/, double /*percent*/) override {}
+    /// Tells all of it to `listener` and forgets it.
+    void tell(Notes& listener);
+
+private:
+    std::vector<Note> notes_;
+};
+
+}  // namespace zemora
