@@ -13,7 +13,6 @@ namespace zemora {
 namespace {
 
 constexpr std::string_view kFileMark = "|file";
-constexpr int kListOnly = 1;  // of `WriteDataBase`: the run ends before any picture
 constexpr long kBytesPerKilobit = 125;
 
 /// The code, and all that stands behind it.
@@ -69,8 +68,7 @@ void tell_encoding(const CodecSettings& settings, Voice& voice) {
 }
 
 /// The text that names the chosen codec: with its file, or with its values where none can be written.
-std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& surroundings,
-                        Voice& voice) {
+std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& surroundings, Voice& voice) {
     const std::string path = join_path(surroundings.own_folder(), codec_file_name(settings.code));
     const std::string text = codec_file_text(settings);
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
@@ -79,8 +77,8 @@ std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& s
         return settings.code + std::string(kFileMark);
     }
     voice.print(
-        format_text(voice.messages().either("The codec file %s could not be written: %s\n",
-                                            "Die Codec-Datei %s konnte nicht geschrieben werden: %s\n"),
+        format_text(voice.messages().either({"The codec file %s could not be written: %s\n",
+                                             "Die Codec-Datei %s konnte nicht geschrieben werden: %s\n"}),
                     printable(path).c_str(), reason.c_str()));
     return settings.code + format_text("|%d|%ld|%d", settings.quality_percent,
                                        settings.bytes_per_second / kBytesPerKilobit,
@@ -105,8 +103,8 @@ void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings
 }
 
 void choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
-    if (parameters.video_codec.starts_with('?') && parameters.write_data_base != kListOnly &&
-        writes_video(parameters)) {
+    if (parameters.video_codec.starts_with('?') &&
+        parameters.write_data_base != setting::write_data_base::list_only && writes_video(parameters)) {
         choose_codec(parameters, surroundings, voice);
     }
 }
@@ -147,11 +145,11 @@ const VideoCodecRow* ask_for_codec(Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     for (int i = 0; i < kVideoCodecCount; ++i) {
         const VideoCodecRow& row = kVideoCodecs[i];
-        voice.print(format_text("%2d  %s  %s\n", i + 1, std::string(row.code).c_str(),
-                                messages.either(row.english, row.german)));
+        voice.print(
+            format_text("%2d  %s  %s\n", i + 1, std::string(row.code).c_str(), messages.either(row.meaning)));
     }
     for (;;) {
-        voice.print(messages.either("Number of the codec: ", "Nummer des Codecs: "));
+        voice.print(messages.either({"Number of the codec: ", "Nummer des Codecs: "}));
         voice.console().flush();
         const auto line = voice.console().read_line();
         if (!line) {
@@ -176,7 +174,7 @@ void settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surrou
     choose_if_asked(parameters, surroundings, voice);
     if (!holds_file_mark(codec)) {
         check_values(parameters, surroundings, voice);
-    } else if (parameters.write_data_base != kListOnly && !codec.starts_with('?')) {
+    } else if (parameters.write_data_base != setting::write_data_base::list_only && !codec.starts_with('?')) {
         check_codec_file(parameters, surroundings, voice);
     }
 }

@@ -28,8 +28,7 @@ struct RuleText {
     enum class Kind { none, row, either, both, name };
     Kind kind = Kind::none;
     Msg message{};
-    const char* english = "";
-    const char* german = "";
+    BothTexts text{"", ""};
     std::variant<std::monostate, int ParameterSet::*, std::string ParameterSet::*> value{};
     int ParameterSet::*only_if_set = nullptr;  ///< Shown when this was not 0 before the change.
 };
@@ -38,16 +37,16 @@ constexpr RuleText row(Msg message) {
     return {RuleText::Kind::row, message};
 }
 constexpr RuleText row(Msg message, int ParameterSet::*value) {
-    return {RuleText::Kind::row, message, "", "", value};
+    return {RuleText::Kind::row, message, {"", ""}, value};
 }
-constexpr RuleText either(const char* english, const char* german) {
-    return {RuleText::Kind::either, {}, english, german};
+consteval RuleText either(const char* english, const char* german) {
+    return {RuleText::Kind::either, {}, {english, german}};
 }
-constexpr RuleText both(const char* german, const char* english) {
-    return {RuleText::Kind::both, {}, english, german};
+consteval RuleText both(const char* german, const char* english) {
+    return {RuleText::Kind::both, {}, {english, german}};
 }
-constexpr RuleText name(const char* label, std::string ParameterSet::*value) {
-    return {RuleText::Kind::name, {}, label, label, value};
+consteval RuleText name(const char* label, std::string ParameterSet::*value) {
+    return {RuleText::Kind::name, {}, {label, label}, value};
 }
 constexpr RuleText if_set(int ParameterSet::*field, RuleText text) {
     text.only_if_set = field;
@@ -193,10 +192,10 @@ std::string shown_text(const RuleText& text, const ParameterSet& p, const Messag
     switch (text.kind) {
         case RuleText::Kind::none: return {};
         case RuleText::Kind::row: shown = row_text(text, p, messages); break;
-        case RuleText::Kind::either: shown = messages.either(text.english, text.german); break;
-        case RuleText::Kind::both: shown = std::string(text.german) + text.english; break;
+        case RuleText::Kind::either: shown = messages.either(text.text); break;
+        case RuleText::Kind::both: shown = std::string(text.text.german) + text.text.english; break;
         case RuleText::Kind::name:
-            shown = text.english + printable(p.*std::get<std::string ParameterSet::*>(text.value));
+            shown = text.text.english + printable(p.*std::get<std::string ParameterSet::*>(text.value));
             break;
     }
     return shown.ends_with('\n') ? shown : shown + '\n';
@@ -235,8 +234,7 @@ int derived_video_mode(const ParameterSet& p) {
 
 }  // namespace
 
-void apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings,
-                             Voice& voice) {
+void apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     parameters.video_mode = derived_video_mode(parameters);
     settle_video_codec(parameters, surroundings, voice);
     const auto& encoder = surroundings.encoder_settings;

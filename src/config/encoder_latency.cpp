@@ -49,8 +49,9 @@ std::string latency_text(const EncoderSettings& settings, const EncoderLatency& 
         int value;
     };
     std::string text = format_text(
-        messages.either("Due to X264 encoder latency a frame offset of %d frames has been included.\n",
-                        "Wegen der Latenz des X264-Encoders ist ein Frameoffset von %d Frames enthalten.\n"),
+        messages.either(
+            {"Due to X264 encoder latency a frame offset of %d frames has been included.\n",
+             "Wegen der Latenz des X264-Encoders ist ein Frameoffset von %d Frames enthalten.\n"}),
         latency.frames);
     text += "   - preset         = " + settings.preset + "\n   - tuning         = " + settings.tuning + '\n';
     for (const Line& line :

@@ -113,6 +113,18 @@ requires std::is_arithmetic_v<T> T plain(T value) {
 }
 }  // namespace detail
 
+/// A text in both languages. One whose placeholders differ does not compile.
+struct BothTexts {
+    consteval BothTexts(const char* in_english, const char* in_german)
+        : english(in_english), german(in_german) {
+        if (!(placeholders_of(in_english) == placeholders_of(in_german))) {
+            throw "the two languages take different values";
+        }
+    }
+    const char* english;
+    const char* german;
+};
+
 /// Gives the texts in the current language.
 class MessageCatalogue {
 public:
@@ -143,8 +155,8 @@ public:
     [[nodiscard]] std::string find(MessageModule module, int number) const;
 
     /// A text that is no catalogue row but exists in both languages.
-    [[nodiscard]] const char* either(const char* english, const char* german) const {
-        return is_german() ? german : english;
+    [[nodiscard]] const char* either(const BothTexts& text) const {
+        return is_german() ? text.german : text.english;
     }
 
 private:

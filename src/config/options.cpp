@@ -208,13 +208,14 @@ std::string wrong_value_text(const CommandLine& line, const MessageCatalogue& me
     const std::string key(row.key);
     const bool is_whole = row.type == ParameterType::integer;
     std::string text = printable(line.wrong_argument) + ": " + key +
-                       (is_whole ? messages.either(" takes a whole number", " verlangt eine ganze Zahl")
-                                 : messages.either(" takes a number", " verlangt eine Zahl"));
+                       (is_whole ? messages.either({" takes a whole number", " verlangt eine ganze Zahl"})
+                                 : messages.either({" takes a number", " verlangt eine Zahl"}));
     if (row.has_limits()) {
-        text += messages.either(" from ", " von ") + number_text(row.low) + messages.either(" to ", " bis ") +
-                number_text(row.high);
+        text += messages.either({" from ", " von "}) + number_text(row.low) +
+                messages.either({" to ", " bis "}) + number_text(row.high);
     }
-    return text + (is_whole ? ".\n" : messages.either(", with a decimal point.\n", ", mit Dezimalpunkt.\n"));
+    return text +
+           (is_whole ? ".\n" : messages.either({", with a decimal point.\n", ", mit Dezimalpunkt.\n"}));
 }
 
 void set_field(ParameterSet& parameters, const OptionSetting& setting) {
@@ -258,17 +259,18 @@ std::string call_error_text(const CommandLine& line, const MessageCatalogue& mes
         return wrong_value_text(line, messages);
     }
     const bool unknown = line.error == CallError::unknown_option;
-    std::string text = unknown ? messages.either("Unknown option: ", "Unbekannte Option: ")
-                               : messages.either("Option without value: ", "Option ohne Wert: ");
+    std::string text = unknown ? messages.either({"Unknown option: ", "Unbekannte Option: "})
+                               : messages.either({"Option without value: ", "Option ohne Wert: "});
     text += printable(line.wrong_argument);
-    const char* before = unknown ? messages.either(", perhaps meant: ", ", vielleicht gemeint: ")
-                                 : messages.either(", please write: ", ", bitte so schreiben: ");
+    const char* before = unknown ? messages.either({", perhaps meant: ", ", vielleicht gemeint: "})
+                                 : messages.either({", please write: ", ", bitte so schreiben: "});
     for (const std::string& spelling : line.nearest) {
         text += before + spelling;
         before = ", ";
     }
     if (line.nearest.empty()) {
-        text += messages.either(". zemora --help shows all options.", ". zemora --help zeigt alle Optionen.");
+        text +=
+            messages.either({". zemora --help shows all options.", ". zemora --help zeigt alle Optionen."});
     }
     return text + "\n";
 }

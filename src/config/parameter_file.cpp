@@ -220,9 +220,9 @@ std::string ParameterFileReader::value_in_line(std::size_t line) const {
 
 void ParameterFileReader::tell_faulty_line(const ParameterLine& line, std::string_view key) const {
     const MessageCatalogue& messages = voice_.messages();
-    voice_.print(messages.either("Error in parameterfile\n", "Fehler in der Parameterdatei\n"));
-    voice_.print(messages.either("line: ", "Zeile: ") + line.text + "\n");
-    voice_.print(messages.either("searched for: ", "gesucht wurde: ") + std::string(key) + "\n");
+    voice_.print(messages.either({"Error in parameterfile\n", "Fehler in der Parameterdatei\n"}));
+    voice_.print(messages.either({"line: ", "Zeile: "}) + line.text + "\n");
+    voice_.print(messages.either({"searched for: ", "gesucht wurde: "}) + std::string(key) + "\n");
     if (stop_level_ > static_cast<int>(Severity::error)) {
         voice_.console().wait_for_enter();
     }
@@ -274,9 +274,9 @@ void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice&
     }
     if (path.empty()) {
         voice.print(
-            voice.messages().either("No parameter file belongs to this call. All parameters default.\n\n",
-                                    "Zu diesem Aufruf gehoert keine Parameterdatei. Alle Parameter "
-                                    "default.\n\n"));
+            voice.messages().either({"No parameter file belongs to this call. All parameters default.\n\n",
+                                     "Zu diesem Aufruf gehoert keine Parameterdatei. Alle Parameter "
+                                     "default.\n\n"}));
     } else {
         voice.say<Msg::parameters_file_not_found>(printable(path));
     }
@@ -288,11 +288,11 @@ void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice&
 }
 
 [[noreturn]] void stop_unreadable(const std::string& path, const std::string& reason,
-                                  const ParameterSet& parameters, Voice& voice,
-                                  const EarlySettings& early) {
-    voice.print(format_text(voice.messages().either("The parameter file %s cannot be read: %s\n",
-                                                    "Die Parameterdatei %s kann nicht gelesen werden: %s\n"),
-                            printable(path).c_str(), reason.c_str()));
+                                  const ParameterSet& parameters, Voice& voice, const EarlySettings& early) {
+    voice.print(
+        format_text(voice.messages().either({"The parameter file %s cannot be read: %s\n",
+                                             "Die Parameterdatei %s kann nicht gelesen werden: %s\n"}),
+                    printable(path).c_str(), reason.c_str()));
     if (early.stop_at_error.value_or(parameters.stop_at_error) > static_cast<int>(Severity::error)) {
         voice.console().wait_for_enter();
     }

@@ -4,6 +4,8 @@
 #include <set>
 #include <string>
 
+#include "config/setting_values.h"
+
 namespace zemora {
 
 /// Set from the defaults, then the parameter file, the options, the form of the call and the
@@ -12,7 +14,8 @@ namespace zemora {
 struct ParameterSet {  // NOLINT(clang-analyzer-optin.performance.Padding): the order of the table
     using text = std::string;
     using path = std::string;
-#define ROW(type, field, key, low, high, standard, missing, option, english, german) type field = standard;
+#define ROW(type, field, key, low, high, standard, missing, option, english, german, ...) \
+    type field = standard;
 #include "config/parameter_table.inc"
 #undef ROW
     int encoder_latency = 0;      ///< Frames that the video encoder keeps back.

@@ -70,7 +70,7 @@ static_assert(longer_keys_stand_behind());
 
 using detail::unlimited_high;
 using detail::unlimited_low;
-#define ROW(type, field, key, low, high, standard, missing, option, english, german)              \
+#define ROW(type, field, key, low, high, standard, missing, option, english, german, ...)         \
     static_assert(within(low, standard, high), "the default of " key " lies outside its limits"); \
     static_assert((english)[0] != '\0' && (german)[0] != '\0', key " has no meaning");
 #include "config/parameter_table.inc"

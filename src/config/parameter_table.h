@@ -67,7 +67,7 @@ inline constexpr auto option_only = MissingKey::option_only;
 inline constexpr auto derived = MissingKey::derived;
 
 inline constexpr ParameterRow kParameterRows[] = {
-#define ROW(type, field, key, low, high, standard, missing, option, english, german) \
+#define ROW(type, field, key, low, high, standard, missing, option, english, german, ...) \
     {&ParameterSet::field, key, low, high, parameter_type(#type), missing, option, english, german},
 #include "config/parameter_table.inc"
 #undef ROW
@@ -79,7 +79,7 @@ inline constexpr int kParameterCount = static_cast<int>(std::size(kParameterRows
 
 /// The rows by name: `row_of(Parameter::output_height)`.
 enum class Parameter : int {
-#define ROW(type, field, key, low, high, standard, missing, option, english, german) field,
+#define ROW(type, field, key, low, high, standard, missing, option, english, german, ...) field,
 #include "config/parameter_table.inc"
 #undef ROW
 };
@@ -107,7 +107,7 @@ struct ParameterListingItem {
 
 inline constexpr ParameterListingItem kParameterListing[] = {
 #define GROUP(english, german) {english, german, -1},
-#define ROW(type, field, key, low, high, standard, missing, option, english, german) \
+#define ROW(type, field, key, low, high, standard, missing, option, english, german, ...) \
     {nullptr, nullptr, static_cast<int>(Parameter::field)},
 #include "config/parameter_table.inc"
 #undef ROW

@@ -11,7 +11,7 @@ std::string key_list(std::span<const Parameter> settings, const MessageCatalogue
     std::string list;
     for (std::size_t i = 0; i < settings.size(); ++i) {
         const bool is_last = i + 1 == settings.size();
-        list += i == 0 ? "" : is_last ? messages.either(" and ", " und ") : ", ";
+        list += i == 0 ? "" : is_last ? messages.either({" and ", " und "}) : ", ";
         list += row_of(settings[i]).key;
     }
     return list;
@@ -26,7 +26,7 @@ void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundin
     if (file_exists(surroundings.parameter_file)) {
         place = " in " + printable(surroundings.parameter_file);
     }
-    voice.print(format_text(messages.either("Please check %s%s.\n", "Bitte %s%s pruefen.\n"),
+    voice.print(format_text(messages.either({"Please check %s%s.\n", "Bitte %s%s pruefen.\n"}),
                             key_list(settings, messages).c_str(), place.c_str()));
     end_process(kExitFailure);
 }

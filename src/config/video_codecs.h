@@ -12,12 +12,11 @@ struct VideoCodecRow {
     std::string_view code;     ///< Four characters.
     std::string_view aliases;  ///< Other names, a blank between them.
     const char* encoder;       ///< As libavcodec calls it.
-    const char* english;
-    const char* german;
+    BothTexts meaning;
 };
 
 inline constexpr VideoCodecRow kVideoCodecs[] = {
-#define ROW(code, aliases, encoder, english, german) {code, aliases, encoder, english, german},
+#define ROW(code, aliases, encoder, english, german) {code, aliases, encoder, {english, german}},
 #include "config/video_codec_table.inc"
 };
 inline constexpr int kVideoCodecCount = static_cast<int>(std::size(kVideoCodecs));

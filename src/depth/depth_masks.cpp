@@ -194,8 +194,7 @@ std::string moved_mask_file(std::int64_t index) {
 /// Makes the masks between two that are there.
 class BlockFiller {
 public:
-    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask,
-                Voice& voice)
+    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, Voice& voice)
         : step_(plan.photo_step), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
 
     /// Whether all photos of a gap and its masks can be read; false with the reason told.
@@ -234,7 +233,8 @@ private:
         const std::string path = with_counter(name, index);
         LoadedPicture picture = load_picture(path);
         if (picture.status != LoadStatus::done) {
-            tell(number, voice_.messages().either("Image %s not found\n", "Bild %s nicht gefunden\n"), path);
+            tell(number, voice_.messages().either({"Image %s not found\n", "Bild %s nicht gefunden\n"}),
+                 path);
             return {};
         }
         if (size_.width == 0) {
@@ -243,8 +243,8 @@ private:
         }
         if (picture.bitmap.width() != size_.width || picture.bitmap.height() != size_.height) {
             tell(number,
-                 voice_.messages().either("Image %s has another size than the others\n",
-                                          "Bild %s hat eine andere Groesse als die anderen\n"),
+                 voice_.messages().either({"Image %s has another size than the others\n",
+                                           "Bild %s hat eine andere Groesse als die anderen\n"}),
                  path);
             return {};
         }
@@ -255,8 +255,8 @@ private:
         if (size_.width < kLeastRefinedWidth) {
             voice_.print(format_text(
                 voice_.messages().either(
-                    "The images are less than %d pixels wide: the edges of the masks will be coarse.\n",
-                    "Die Bilder sind weniger als %d Pixel breit: die Kanten der Masken werden grob.\n"),
+                    {"The images are less than %d pixels wide: the edges of the masks will be coarse.\n",
+                     "Die Bilder sind weniger als %d Pixel breit: die Kanten der Masken werden grob.\n"}),
                 kLeastRefinedWidth));
         }
     }
@@ -290,8 +290,8 @@ private:
     [[nodiscard]] bool is_written(const std::string& reason, const std::string& path) const {
         if (!reason.empty()) {
             voice_.print(format_text(
-                voice_.messages().either("d4371: name_i=%s could not be written! (%s)\n",
-                                         "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"),
+                voice_.messages().either({"d4371: name_i=%s could not be written! (%s)\n",
+                                          "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"}),
                 printable(path).c_str(), printable(reason).c_str()));
         }
         return reason.empty();
@@ -395,10 +395,10 @@ bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& p
     int block = 0;
     for (const DepthGap& gap : plan.gaps) {
         voice.print(format_text(
-            voice.messages().either("*** Interpolation of depth masks block %3d, image no. %05lld to %05lld "
-                                    "(please be patient)!\n",
-                                    "*** Interpolation Tiefenmasken Block %3d, Bild Nr. %05lld bis %05lld "
-                                    "(bitte Geduld)!\n"),
+            voice.messages().either({"*** Interpolation of depth masks block %3d, image no. %05lld to %05lld "
+                                     "(please be patient)!\n",
+                                     "*** Interpolation Tiefenmasken Block %3d, Bild Nr. %05lld bis %05lld "
+                                     "(bitte Geduld)!\n"}),
             block++, static_cast<long long>(gap.first), static_cast<long long>(gap.last)));
         if (!filler.fill(gap)) {
             return false;

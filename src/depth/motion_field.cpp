@@ -344,10 +344,11 @@ void MotionField::match_grid(ConstPicture from, ConstPicture smooth_from, ConstP
 void MotionField::widen_search(int stray, int allowed, int width) {
     shift_h_ = width;
     if (voice_.verbose() > 1) {
-        voice_.print(format_text(
-            voice_.messages().either("d2431: ShiftHM1=%d, allowed are: %d, ShiftH too small -> ShiftH=%d\n",
-                                     "d2431: ShiftHM1=%d, erlaubt sind: %d, ShiftH zu klein -> ShiftH=%d\n"),
-            stray, allowed, shift_h_));
+        voice_.print(
+            format_text(voice_.messages().either(
+                            {"d2431: ShiftHM1=%d, allowed are: %d, ShiftH too small -> ShiftH=%d\n",
+                             "d2431: ShiftHM1=%d, erlaubt sind: %d, ShiftH zu klein -> ShiftH=%d\n"}),
+                        stray, allowed, shift_h_));
     }
 }
 

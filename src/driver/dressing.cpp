@@ -9,8 +9,6 @@ namespace zemora {
 
 namespace {
 
-constexpr int kThumbnails = 4;  // of `HtmlImages`
-
 /// The left input, which the texts speak of.
 const std::string& source_of(const Pipeline& pipeline, const PairRun& pair) {
     return pipeline.list.two_files ? pair.files.left : pair.files.stereo;
@@ -70,7 +68,7 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool stores =
         p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
-    if (pair.html_images != kThumbnails || !stores) {
+    if (pair.html_images != setting::html_images::thumbnails || !stores) {
         return;
     }
     name_thumbs(pipeline, pair);

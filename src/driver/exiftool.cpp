@@ -241,10 +241,10 @@ void ExifTool::tell_failure(const std::string& path, const Answer& answer) const
     if (const std::string left_over = left_over_name(path); file_exists(left_over)) {
         voice_.tell_everywhere(format_text(
             messages.either(
-                "   Another run was broken off, or is at work: please remove %s when nothing works on it.\n",
-                "   Ein anderer Lauf wurde abgebrochen oder arbeitet noch: bitte %s loeschen, wenn nichts "
-                "damit "
-                "arbeitet.\n"),
+                {"   Another run was broken off, or is at work: please remove %s when nothing works on it.\n",
+                 "   Ein anderer Lauf wurde abgebrochen oder arbeitet noch: bitte %s loeschen, wenn nichts "
+                 "damit "
+                 "arbeitet.\n"}),
             printable(left_over).c_str()));
     }
 }
@@ -253,8 +253,8 @@ void ExifTool::remove_left_over(const std::string& path) const {
     const std::string left_over = left_over_name(path);
     if (is_file_older_than(left_over, run_start_) && std::remove(left_over.c_str()) == 0) {
         voice_.tell_everywhere(format_text(
-            voice_.messages().either("   %s was left by a run that was broken off, and is removed.\n",
-                                     "   %s ist von einem abgebrochenen Lauf uebrig und wird geloescht.\n"),
+            voice_.messages().either({"   %s was left by a run that was broken off, and is removed.\n",
+                                      "   %s ist von einem abgebrochenen Lauf uebrig und wird geloescht.\n"}),
             printable(left_over).c_str()));
     }
 }

@@ -127,7 +127,7 @@ void tell_course(const Pipeline& pipeline, int index, std::chrono::steady_clock:
     if (index > 0) {
         const double seconds = std::chrono::duration<double>(spent).count();
         const int left = round_half_up(seconds / index * (count - index));
-        behind = format_text(pipeline.voice.messages().either("%d:%02d:%02d left", "noch %d:%02d:%02d"),
+        behind = format_text(pipeline.voice.messages().either({"%d:%02d:%02d left", "noch %d:%02d:%02d"}),
                              left / kHour, left / kMinute % kMinute, left % kMinute);
     }
     pipeline.voice.console().set_course(format_text("%d/%d  ", index + 1, count), behind);
@@ -163,7 +163,6 @@ void run_pair(Pipeline& pipeline, int index) {
 }  // namespace
 
 void run_image_pipeline(Pipeline& pipeline) {
-    constexpr int kStopAfterFirst = 3;  // of `CorrInputOutput`
     give_away_mounted_names(pipeline.parameters, pipeline.voice, pipeline.list, pipeline.given_names);
     const auto start = std::chrono::steady_clock::now();
     for (int index = 0; index < pipeline.list.count(); ++index) {
@@ -173,7 +172,7 @@ void run_image_pipeline(Pipeline& pipeline) {
         pipeline.voice.end_report_section();
         pipeline.input.release_images();
         pipeline.exiftool.forget_pair();
-        if (pipeline.parameters.corr_input_output == kStopAfterFirst) {
+        if (pipeline.parameters.corr_input_output == setting::corr_input_output::from_file) {
             break;
         }
     }

@@ -86,29 +86,29 @@ const char* layout_text(LayoutSign sign, const MessageCatalogue& messages) {
     switch (sign) {
         case LayoutSign::marked_pairs:
             return messages.either(
-                "The names end in _l and _r: left and right views are mounted as pairs.\n",
-                "Die Namen enden auf _l und _r: linke und rechte Ansichten werden paarweise "
-                "montiert.\n");
+                {"The names end in _l and _r: left and right views are mounted as pairs.\n",
+                 "Die Namen enden auf _l und _r: linke und rechte Ansichten werden paarweise "
+                 "montiert.\n"});
         case LayoutSign::view_folders:
-            return messages.either("The folders l and r hold the left and the right views.\n",
-                                   "Die Ordner l und r enthalten die linken und die rechten Ansichten.\n");
+            return messages.either({"The folders l and r hold the left and the right views.\n",
+                                    "Die Ordner l und r enthalten die linken und die rechten Ansichten.\n"});
         case LayoutSign::stereo_names:
-            return messages.either("The names end in _s: each file holds both views.\n",
-                                   "Die Namen enden auf _s: jede Datei enthaelt beide Ansichten.\n");
+            return messages.either({"The names end in _s: each file holds both views.\n",
+                                    "Die Namen enden auf _s: jede Datei enthaelt beide Ansichten.\n"});
         case LayoutSign::multi_pictures:
-            return messages.either("All files are multi-picture files: each holds both views.\n",
-                                   "Alle Dateien sind Mehrbilddateien: jede enthaelt beide Ansichten.\n");
+            return messages.either({"All files are multi-picture files: each holds both views.\n",
+                                    "Alle Dateien sind Mehrbilddateien: jede enthaelt beide Ansichten.\n"});
         case LayoutSign::no_pictures: return "";
         case LayoutSign::wide_pictures:
             return messages.either(
-                "The first picture is at least twice as wide as high: each file is taken for both "
-                "views side by side.\n",
-                "Das erste Bild ist mindestens doppelt so breit wie hoch: jede Datei gilt als "
-                "beide Ansichten nebeneinander.\n");
+                {"The first picture is at least twice as wide as high: each file is taken for both "
+                 "views side by side.\n",
+                 "Das erste Bild ist mindestens doppelt so breit wie hoch: jede Datei gilt als "
+                 "beide Ansichten nebeneinander.\n"});
         case LayoutSign::single_views: break;
     }
-    return messages.either("The files are taken for left and right views in turn (L-R-L-R).\n",
-                           "Die Dateien gelten abwechselnd als linke und rechte Ansichten (L-R-L-R).\n");
+    return messages.either({"The files are taken for left and right views in turn (L-R-L-R).\n",
+                            "Die Dateien gelten abwechselnd als linke und rechte Ansichten (L-R-L-R).\n"});
 }
 
 /// The answer to form 7's question: 1 stereo files, 2 left and right files.
@@ -196,15 +196,13 @@ void announce_call(const Invocation& invocation, Voice& voice) {
 FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, Voice& voice) {
     const FolderLayout found = find_folder_layout(parameters, absolute_name(invocation.arguments[0]));
     if (!found.is_certain() && voice.console().can_ask()) {
-        constexpr int kConsecutive = 4;  // of `InputMode`
-        return {found.sign, ask_for_layout(voice), kConsecutive};
+        return {found.sign, ask_for_layout(voice), setting::input_mode::consecutive};
     }
     voice.print(layout_text(found.sign, voice.messages()));
     return found;
 }
 
 void force_values(const Invocation& invocation, ParameterSet& parameters, const FolderLayout& layout) {
-    constexpr int kByNames = 1;  // of `InputMode`
     constexpr int kByNamesInTree = 2;
     const auto& arguments = invocation.arguments;
     const int told = parameters.stereo_image_input;  // a photo with a depth mask is not seen at its name
@@ -227,7 +225,7 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, const 
         case InvocationForm::folder:
             parameters.stereo_image_input = layout.stereo_image_input;
             parameters.input_mode = layout.input_mode;
-            if (layout.input_mode == kByNames && parameters.include_subdirs != 0) {
+            if (layout.input_mode == setting::input_mode::by_names && parameters.include_subdirs != 0) {
                 parameters.input_mode = kByNamesInTree;
             }
             if (layout.stereo_image_input == 1) {
@@ -290,11 +288,11 @@ void end_with_usage(Voice& voice, const std::vector<std::string>& whole_call, co
     for (const std::string& word : whole_call) {
         call += (call.empty() ? "" : " ") + printable(word);
     }
-    voice.print(voice.messages().either("Your call: ", "Ihr Aufruf: ") + call + '\n');
+    voice.print(voice.messages().either({"Your call: ", "Ihr Aufruf: "}) + call + '\n');
     if (std::count_if(whole_call.begin(), whole_call.end(), is_directory) > 1) {
         voice.print(
-            voice.messages().either("Two folders must stand side by side and be called l and r.\n",
-                                    "Zwei Ordner muessen nebeneinander liegen und l und r heissen.\n"));
+            voice.messages().either({"Two folders must stand side by side and be called l and r.\n",
+                                     "Zwei Ordner muessen nebeneinander liegen und l und r heissen.\n"}));
     }
     voice.print(reason);
     if (waits) {

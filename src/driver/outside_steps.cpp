@@ -21,10 +21,6 @@ namespace zemora {
 
 namespace {
 
-// Values of `EstimateWindow`.
-constexpr int kWindowAtFarPoint = 4;
-constexpr int kWindowWithinLimit = 5;
-
 /// Writes one of the small files that a front end watches; a front end that is gone is no failure.
 void write_progress_file(const std::string& name, const std::string& text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
@@ -60,9 +56,9 @@ StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, con
     const double near_px = pair.analysed ? -pair.disparities.far_px : shift_px - pair.original_far_px;
     const double far_px = pair.analysed ? -pair.disparities.near_px : shift_px - pair.original_near_px;
     double window_px = near_px;  // also for the edges, whose far points nobody measured
-    if (p.estimate_window == kWindowAtFarPoint) {
+    if (p.estimate_window == setting::estimate_window::far_point) {
         window_px = far_px;
-    } else if (p.estimate_window == kWindowWithinLimit) {
+    } else if (p.estimate_window == setting::estimate_window::within_limit) {
         const double limit_px = pixels_from_reference(p.far_point_limit, p.win_off_reference,
                                                       pair.working_height, pair.working_width);
         window_px = std::max(near_px, far_px - limit_px / pair.scale);
@@ -100,11 +96,11 @@ void tell_stored_record(const Pipeline& pipeline, const PairRun& pair) {
     const MessageCatalogue& messages = voice.messages();
     const StoredCorrectionRecord& r = pair.stored;
     const Correction correction{r[kRecordHeight],
-                                    0.0,
-                                    r[kRecordSize] / 100.0,
-                                    r[kRecordRotation] * kRadiansPerDegree,
-                                    r[kRecordVergenceV] * kRadiansPerDegree,
-                                    r[kRecordVergenceH] * kRadiansPerDegree};
+                                0.0,
+                                r[kRecordSize] / 100.0,
+                                r[kRecordRotation] * kRadiansPerDegree,
+                                r[kRecordVergenceV] * kRadiansPerDegree,
+                                r[kRecordVergenceH] * kRadiansPerDegree};
     voice.say<Msg::main_stored_values_read>();
     voice.print(correction_line(messages, messages.raw(Msg::main_label_height), correction, false));
 }
@@ -116,9 +112,8 @@ long long current_seconds() {
 }
 
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
-    constexpr int kViewFolders = 9;  // of `InputMode`
     const ParameterSet& p = pipeline.parameters;
-    if (p.input_mode == kViewFolders && p.rename_refused != 0) {
+    if (p.input_mode == setting::input_mode::view_folders && p.rename_refused != 0) {
         rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
     }
 }
@@ -128,10 +123,9 @@ void move_quit_pair(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
-    constexpr int kWithResults = 2;  // of `WriteDataBase`
     const ParameterSet& p = pipeline.parameters;
     const bool is_second_field = p.interlaced_mode != 0 && pair.index % 2 != 0;
-    if (p.write_data_base != kWithResults || is_second_field) {
+    if (p.write_data_base != setting::write_data_base::with_results || is_second_field) {
         return;
     }
     const StoredCorrectionRecord record = record_of(pipeline, pair);
@@ -194,8 +188,9 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
     }
     if (has_exchanged_views(pipeline, pair)) {
         pipeline.voice.tell_everywhere(pipeline.voice.messages().either(
-            "   The views were exchanged by hand: no values are stored for a later run.\n",
-            "   Die Ansichten wurden von Hand vertauscht: fuer spaetere Laeufe wird nichts gespeichert.\n"));
+            {"   The views were exchanged by hand: no values are stored for a later run.\n",
+             "   Die Ansichten wurden von Hand vertauscht: fuer spaetere Laeufe wird nichts "
+             "gespeichert.\n"}));
         return;
     }
     const std::string text = record_text(record_of(pipeline, pair));

@@ -14,7 +14,6 @@ struct StopVerdict {
 
 /// Judges the remaining errors of an iteration for a pair of `input_height` rows, analysed in the
 /// first instance at `reduced_height` rows.
-[[nodiscard]] StopVerdict judge_iteration(const Correction& remaining, int input_height,
-                                          int reduced_height);
+[[nodiscard]] StopVerdict judge_iteration(const Correction& remaining, int input_height, int reduced_height);
 
 }  // namespace zemora

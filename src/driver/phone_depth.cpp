@@ -90,10 +90,11 @@ LoadedPicture read_beside(const std::string& photo, Voice& voice) {
     const std::string kept = kept_depth_name(photo);
     const std::string beside = join_path(folder_of(photo), bare_name_of(kept));
     if (!file_exists(beside)) {
-        return file_exists(kept) ? load_picture(kept)
-                                 : failed(format_text(voice.messages().either("there is no depth image %s",
-                                                                              "das Tiefenbild %s fehlt"),
-                                                      beside.c_str()));
+        return file_exists(kept)
+                   ? load_picture(kept)
+                   : failed(format_text(
+                         voice.messages().either({"there is no depth image %s", "das Tiefenbild %s fehlt"}),
+                         beside.c_str()));
     }
     LoadedPicture depth = load_picture(beside);
     std::string reason;

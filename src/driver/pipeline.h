@@ -100,7 +100,7 @@ struct PairRun {
     bool has_stored = false;
     TargetSize target;
     Correction correction;
-    Correction remaining;     ///< The latest iteration's values.
+    Correction remaining;         ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
     bool reduced = true;
     std::optional<WideSearch> wide;  ///< Asked where the start is in doubt.

@@ -100,14 +100,14 @@ double projected_deviation(const ParameterSet& parameters, double image_ratio, d
 
 void give_away_mounted_names(const ParameterSet& parameters, Voice& voice, const ImageList& list,
                              GivenNames& given) {
-    constexpr int kTime = 2;  // of `StampFiles`, and above: no other run has the same names
-    if (parameters.stamp_files >= kTime) {
+    if (parameters.stamp_files >= setting::stamp_files::time) {
         return;
     }
     ParameterSet quiet = parameters;
     quiet.verbose_mode = 0;
     quiet.stop_at_error = 0;
-    const Voice silence(voice.console(), voice.messages(), quiet);
+    MessageCatalogue messages = voice.messages();
+    Voice silence(voice.console(), messages, quiet);
     int open = 0;
     for (const MountedObject& object : list.mounted) {
         for (; open < object.objects_before; ++open) {

@@ -52,7 +52,7 @@ struct Run {
     bool all_mounted = true;
 
     [[noreturn]] static void end(int exit_code) { end_process(exit_code); }
-    void wait(Severity level) const { voice.wait(level); }
+    void wait(Severity level) { voice.wait(level); }
 };
 
 /// Help, version and calls that cannot be meant end here.
@@ -78,9 +78,9 @@ void answer_simple_calls(Run& run, const CommandLine& line) {
 [[noreturn]] void refuse_drive(Run& run, const std::string& what, bool waits) {
     run.console.print(
         printable(what) +
-        run.messages.either(": a drive letter has no meaning here. Please give a path of this system.\n",
-                            ": ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
-                            "Systems angeben.\n"));
+        run.messages.either({": a drive letter has no meaning here. Please give a path of this system.\n",
+                             ": ein Laufwerksbuchstabe hat hier keine Bedeutung. Bitte einen Pfad dieses "
+                             "Systems angeben.\n"}));
     if (waits) {
         run.console.wait_for_enter();
     }
@@ -111,10 +111,10 @@ void refuse_missing(Run& run, const WholeCall& call, const std::string* word) {
     if (word != nullptr) {
         const bool is_something = !word->empty() && identity_of(join_path(working_directory(), *word));
         const char* reason =
-            is_something
-                ? run.messages.either("%s: this is no file.\n", "%s: das ist keine Datei.\n")
-                : run.messages.either("%s: there is no such file or directory.\n",
-                                      "%s: eine solche Datei oder ein solches Verzeichnis gibt es nicht.\n");
+            is_something ? run.messages.either({"%s: this is no file.\n", "%s: das ist keine Datei.\n"})
+                         : run.messages.either(
+                               {"%s: there is no such file or directory.\n",
+                                "%s: eine solche Datei oder ein solches Verzeichnis gibt es nicht.\n"});
         const std::string shown = word->empty() ? "\"\"" : printable(*word);
         end_with_usage(run.voice, call.words, format_text(reason, shown.c_str()), call.waits);
     }
@@ -143,8 +143,8 @@ void drop_untrusted_commands(Run& run, const Invocation& invocation, const Param
     }
     run.console.print(format_text(
         run.messages.either(
-            "DoPostZemora and PathofIrfanView of %s are left out: others can write that file.\n",
-            "DoPostZemora und PathofIrfanView aus %s bleiben weg: andere koennen die Datei schreiben.\n"),
+            {"DoPostZemora and PathofIrfanView of %s are left out: others can write that file.\n",
+             "DoPostZemora und PathofIrfanView aus %s bleiben weg: andere koennen die Datei schreiben.\n"}),
         printable(invocation.parameter_file).c_str()));
 }
 
@@ -205,8 +205,8 @@ void settle_parameters(Run& run) {
     apply_consistency_rules(run.parameters, surroundings, run.voice);
 }
 
-[[noreturn]] void refuse_run(Run& run, const char* english, const char* german) {
-    run.console.print(run.messages.either(english, german));
+[[noreturn]] void refuse_run(Run& run, const BothTexts& text) {
+    run.console.print(run.messages.either(text));
     run.wait(Severity::error);
     run.end(kExitFailure);
 }
@@ -228,8 +228,8 @@ void make_calibration_image(Run& run) {
 /// Lists of videos and sequences are written; their pictures are not processed.
 void refuse_video(Run& run) {
     if (run.parameters.video_mode != 0) {
-        refuse_run(run, "Videos are not processed by this version.\n",
-                   "Videos werden von dieser Version nicht bearbeitet.\n");
+        refuse_run(run, {"Videos are not processed by this version.\n",
+                         "Videos werden von dieser Version nicht bearbeitet.\n"});
     }
 }
 
@@ -239,8 +239,8 @@ void write_calculator(Run& run) {
     const std::string page = join_path(run.parameters.path_of_images, calculator_file_name(language));
     if (const std::string reason = write_comfort_calculator(page, language); !reason.empty()) {
         run.voice.tell_everywhere(
-            format_text(run.messages.either("The comfort calculator could not be written: %s\n",
-                                            "Der Comfort Calculator konnte nicht geschrieben werden: %s\n"),
+            format_text(run.messages.either({"The comfort calculator could not be written: %s\n",
+                                             "Der Comfort Calculator konnte nicht geschrieben werden: %s\n"}),
                         printable(reason).c_str()));
     }
 }
@@ -331,10 +331,10 @@ void tell_end(Run& run, int processed) {
     const std::string broken = run.report.close();
     run.voice.set_report(nullptr);
     if (!broken.empty()) {
-        run.console.print(
-            format_text(run.messages.either("The report %s could not be written completely.\n",
-                                            "Der Bericht %s konnte nicht vollstaendig geschrieben werden.\n"),
-                        printable(broken).c_str()));
+        run.console.print(format_text(
+            run.messages.either({"The report %s could not be written completely.\n",
+                                 "Der Bericht %s konnte nicht vollstaendig geschrieben werden.\n"}),
+            printable(broken).c_str()));
     }
 }
 
@@ -342,9 +342,9 @@ void tell_end(Run& run, int processed) {
 void tell_missing_shows(Run& run) {
     if (run.parameters.make_av != 0) {
         run.voice.tell_everywhere(run.messages.either(
-            "MakeAV: this version makes no video show of the images; they are stored as pictures.\n",
-            "MakeAV: diese Version macht keine Bilderschau als Video; die Bilder werden einzeln "
-            "gespeichert.\n"));
+            {"MakeAV: this version makes no video show of the images; they are stored as pictures.\n",
+             "MakeAV: diese Version macht keine Bilderschau als Video; die Bilder werden einzeln "
+             "gespeichert.\n"}));
     }
 }
 

@@ -11,7 +11,7 @@ namespace zemora {
 
 /// Why an output whose name is that of an input is not written.
 [[nodiscard]] inline const char* input_of_run_text(const MessageCatalogue& messages) {
-    return messages.either("It is an input of this run.", "Das ist eine Eingabedatei dieses Laufs.");
+    return messages.either({"It is an input of this run.", "Das ist eine Eingabedatei dieses Laufs."});
 }
 
 class RunInputs {

@@ -19,15 +19,16 @@ const char* reason_of_doubt(const AnalysisState& analysis, int width, const Mess
     constexpr float kMostSpread = 0.01F;    // of the width
     constexpr float kMostRejected = 0.25F;  // of the cells
     if (analysis.ambiguous_shift) {
-        return messages.either("two shifts fit about as well", "zwei Verschiebungen passen etwa gleich gut");
+        return messages.either(
+            {"two shifts fit about as well", "zwei Verschiebungen passen etwa gleich gut"});
     }
     if (analysis.first_grid_spread > kMostSpread * static_cast<float>(width)) {
-        return messages.either("the heights of the first grid spread far",
-                               "die Hoehen des ersten Gitters streuen stark");
+        return messages.either(
+            {"the heights of the first grid spread far", "die Hoehen des ersten Gitters streuen stark"});
     }
     if (analysis.rejected_share > kMostRejected) {
-        return messages.either("many matches contradict the others",
-                               "viele Zuordnungen widersprechen den anderen");
+        return messages.either(
+            {"many matches contradict the others", "viele Zuordnungen widersprechen den anderen"});
     }
     return nullptr;
 }
@@ -49,11 +50,13 @@ int percent(double share) {
 void tell_no_correction(Voice& voice, double agreement) {
     voice.tell_everywhere(format_text(
         voice.messages().either(
-            "Left and right view match in several ways or not at all: the best correction fits %d %% of the\n"
-            "picture. Are they views of one scene? Is a repeating pattern in front?\n",
-            "Linke und rechte Ansicht passen auf mehrere Arten oder gar nicht zueinander: Die beste "
-            "Korrektur\n"
-            "passt zu %d %% des Bildes. Zeigen sie dieselbe Szene? Steht ein regelmaessiges Muster davor?\n"),
+            {"Left and right view match in several ways or not at all: the best correction fits %d %% of "
+             "the\n"
+             "picture. Are they views of one scene? Is a repeating pattern in front?\n",
+             "Linke und rechte Ansicht passen auf mehrere Arten oder gar nicht zueinander: Die beste "
+             "Korrektur\n"
+             "passt zu %d %% des Bildes. Zeigen sie dieselbe Szene? Steht ein regelmaessiges Muster "
+             "davor?\n"}),
         percent(agreement)));
 }
 
@@ -80,8 +83,8 @@ Opinion ask(Pipeline& pipeline, PairRun& pair, bool has_start) {
     constexpr double kClearlyMore = 1.05;
     Voice& voice = pipeline.voice;
     const std::string step =
-        voice.messages().either("Zemora::analyse:  phase 2: search far and wide           ",
-                                "Zemora::Analyse:    Phase 2: Suche weit und breit             ");
+        voice.messages().either({"Zemora::analyse:  phase 2: search far and wide           ",
+                                 "Zemora::Analyse:    Phase 2: Suche weit und breit             "});
     pair.wide.emplace(pipeline.analysis, pipeline.input.reduced(), progress_of(pipeline, step));
     const std::optional<CorrectionValues> best = pair.wide->best_correction();
     if (!best) {
@@ -123,10 +126,11 @@ Opinion ask_after_round(Pipeline& pipeline, PairRun& pair) {
     const char* reason = reason_of_doubt(analysis, pipeline.input.reduced_width(), voice.messages());
     if (!pair.wide && pair.iteration == 0 && reason != nullptr) {
         if (voice.verbose() > 0) {
-            voice.print(format_text(
-                voice.messages().either("The start is doubtful (%s), it is looked for far and wide.\n",
-                                        "Der Start ist zweifelhaft (%s), er wird weit und breit gesucht.\n"),
-                reason));
+            voice.print(
+                format_text(voice.messages().either(
+                                {"The start is doubtful (%s), it is looked for far and wide.\n",
+                                 "Der Start ist zweifelhaft (%s), er wird weit und breit gesucht.\n"}),
+                            reason));
         }
         return ask(pipeline, pair, true);
     }

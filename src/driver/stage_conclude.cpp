@@ -14,9 +14,9 @@ constexpr int kMoveAwayExit = 99;  // of a viewer: the user never wants to see t
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
     const PreSelection& preset = pipeline.input.pre_selection;
-    constexpr int kFirstDepthLayout = 5;  // of `StereoImageInput`
     report.mode = pair.mode;
-    report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >= kFirstDepthLayout;
+    report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >=
+                                               setting::stereo_image_input::photo_and_depth_files;
     report.status = static_cast<int>(pair.status);
     report.width = pair.output_width;
     report.height = pair.output_height;

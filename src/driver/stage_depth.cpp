@@ -12,9 +12,6 @@ namespace zemora {
 
 namespace {
 
-constexpr int kColourDepth = 9;  // of `ExtraOutput`
-constexpr int kCropped = 2;      // of `CroppOutput`, and above
-
 /// What lies so near to a side of a view that the other view may have nothing for it: no picture in either,
 /// so that the common area ends there.
 void blank_sides(Picture view, int strip_px, Colour background) {
@@ -49,7 +46,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     if (!holds_depth_mask(p.stereo_image_input)) {
         return true;
     }
-    if (p.extra_output == kColourDepth) {
+    if (p.extra_output == setting::extra_output::depth_image) {
         const bool two = pipeline.list.two_files;
         store_colour_depth(pipeline, pair, two ? pair.files.left : pair.files.stereo);
         if (two) {
@@ -66,7 +63,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     const int width = input.left.width;
     const int height = input.left.height;
     StereoPicture views{depth.view_a.picture(width, height), depth.view_b.picture(width, height)};
-    if (p.cropp_output >= kCropped) {
+    if (p.cropp_output >= setting::cropp_output::common_area) {
         const int strip_px = largest_shift_px(DepthSettings(p), input.right);
         for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
             blank_sides(view->picture(width, height), strip_px, pipeline.warp.passe_colour);

@@ -131,8 +131,8 @@ void no_convergence(const Pipeline& pipeline, PairRun& pair) {
 /// with the tone of the first result.
 bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
     const char* step =
-        pipeline.voice.messages().either("Zemora::equalize: phase 4: force size/color            ",
-                                         "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen");
+        pipeline.voice.messages().either({"Zemora::equalize: phase 4: force size/color            ",
+                                          "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen"});
     for (int round = 0; round < kForcedRounds; ++round) {
         const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
         if (!repeat.needed() && !(round == 0 && colour_round)) {
@@ -162,7 +162,6 @@ double kept_width(const PairRun& pair) {
 /// Target over present size before the final warp: of the selected window, of the whole frame where nothing
 /// is cropped, or of what is kept of it.
 SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
-    constexpr int kCropped = 2;  // of `CroppOutput`, and above
     const ParameterSet& p = pipeline.parameters;
     const SelectionBox& selection = pair.selection;
     double height = std::max(pair.common_area.height(), 1);
@@ -170,7 +169,7 @@ SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
     if (selection.mode != 0) {
         height = (static_cast<double>(selection.top) - selection.bottom) * pair.working_height;
         width = (static_cast<double>(selection.right) - selection.left) * pair.working_width;
-    } else if (p.cropp_output < kCropped) {
+    } else if (p.cropp_output < setting::cropp_output::common_area) {
         height = pair.working_height;
         width = pair.working_width;
     } else if (p.post_viewer_active != 0) {
@@ -243,10 +242,10 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const SizeRepeat first = first_size(pipeline, pair);
     force_side_of_window(warp, pair, first);
     // Also without any product to store: the result is measured on this warp.
-    if (!warp_once(
-            pipeline, pair, first,
-            pipeline.voice.messages().either("Zemora::equalize: phase 4: final correction            ",
-                                             "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "))) {
+    if (!warp_once(pipeline, pair, first,
+                   pipeline.voice.messages().either(
+                       {"Zemora::equalize: phase 4: final correction            ",
+                        "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "}))) {
         return false;
     }
     if (tone_of_result) {

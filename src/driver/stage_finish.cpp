@@ -26,14 +26,14 @@ void reduce_ghosts(Pipeline& pipeline) {
 
 /// A picture that was interpolated softly for its scale is sharpened without being asked to. Whether it was.
 bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
-    constexpr int kByScale = 5;     // of `InterpolationMode`
     constexpr int kSoftKernel = 3;  // what it chose
     constexpr int kUsualIntensity = 40;
     constexpr int kRowsPerRound = 640;
     Voice& voice = pipeline.voice;
     WarpState& warp = pipeline.warp;
     int intensity = pipeline.parameters.sharpen_intensity;
-    if (intensity == 0 && pipeline.parameters.interpolation_mode == kByScale &&
+    if (intensity == 0 &&
+        pipeline.parameters.interpolation_mode == setting::interpolation_mode::by_scale_sharpened &&
         pair.final_interpolation == kSoftKernel) {
         intensity = kUsualIntensity;
         if (voice.verbose() > 1) {
@@ -106,8 +106,8 @@ void refuse_unknown_extra_output(const Pipeline& pipeline) {
 }
 
 std::string eight_bits_text(const MessageCatalogue& messages, const char* what) {
-    return format_text(messages.either("   8 bits are saved: %s has no form with 16 bits.\n",
-                                       "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"),
+    return format_text(messages.either({"   8 bits are saved: %s has no form with 16 bits.\n",
+                                        "   8 Bit werden gespeichert: %s gibt es nicht mit 16 Bit.\n"}),
                        what);
 }
 
@@ -117,59 +117,55 @@ void tell_shallow_products(const Pipeline& pipeline) {
     const MessageCatalogue& messages = pipeline.voice.messages();
     const bool is_shallow_extra = p.extra_output == 4 || p.extra_output == 6 || p.extra_output == 7;
     if (p.anaglyph_output != 0) {
-        const char* what = messages.either("the anaglyph", "das Anaglyphenbild");
+        const char* what = messages.either({"the anaglyph", "das Anaglyphenbild"});
         pipeline.voice.print_once(eight_bits_text(messages, what), Repeat::once_a_run);
     }
     if (is_shallow_extra) {
-        const char* what = messages.either("the extra format", "das weitere Format");
+        const char* what = messages.either({"the extra format", "das weitere Format"});
         pipeline.voice.print_once(eight_bits_text(messages, what), Repeat::once_a_run);
     }
 }
 
 /// The 16-bit output repeats the warp from the source file, not what is done to the finished views.
 void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharpened) {
-    constexpr int kDeepFormat = 7;  // of `OutputFormat`
     struct Step {
         bool taken;
-        const char* english;
-        const char* german;
+        BothTexts what;
     };
     const ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
     // Camera raw and the converter give 8 bits.
     const bool from_elsewhere =
-        p.output_format == kDeepFormat &&
+        p.output_format == setting::output_format::tif_16_bits &&
         is_loaded_upright(pipeline.list.two_files ? pair.files.left : pair.files.stereo);
     const Step steps[] = {
-        {from_elsewhere, "developing or converting the input", "das Entwickeln oder Umwandeln der Eingabe"},
-        {p.auto_ghost_bust != 0, "ghost reduction", "die Geisterbildminderung"},
-        {sharpened, "sharpening", "das Schaerfen"},
-        {pair.curtains.left != 0 || pair.curtains.right != 0, "the floating window",
-         "das schwebende Fenster"},
-        {static_cast<bool>(warp.texts.image_text), "the text in the picture", "den Text im Bild"},
-        {pair.target.final_rescale != FinalRescale::none, "scaling below 250 pixels",
-         "das Skalieren unter 250 Pixel"},
+        {from_elsewhere, {"developing or converting the input", "das Entwickeln oder Umwandeln der Eingabe"}},
+        {p.auto_ghost_bust != 0, {"ghost reduction", "die Geisterbildminderung"}},
+        {sharpened, {"sharpening", "das Schaerfen"}},
+        {pair.curtains.left != 0 || pair.curtains.right != 0,
+         {"the floating window", "das schwebende Fenster"}},
+        {static_cast<bool>(warp.texts.image_text), {"the text in the picture", "den Text im Bild"}},
+        {pair.target.final_rescale != FinalRescale::none,
+         {"scaling below 250 pixels", "das Skalieren unter 250 Pixel"}},
     };
     warp.eight_bits_only = false;
     for (const Step& step : steps) {
-        if (p.output_format == kDeepFormat && step.taken) {
+        if (p.output_format == setting::output_format::tif_16_bits && step.taken) {
             warp.eight_bits_only = true;
             const MessageCatalogue& messages = pipeline.voice.messages();
-            pipeline.voice.tell_everywhere(
-                eight_bits_text(messages, messages.either(step.english, step.german)));
+            pipeline.voice.tell_everywhere(eight_bits_text(messages, messages.either(step.what)));
         }
     }
-    if (p.output_format == kDeepFormat && !warp.eight_bits_only) {
+    if (p.output_format == setting::output_format::tif_16_bits && !warp.eight_bits_only) {
         tell_shallow_products(pipeline);
     }
 }
 
 /// Without a usable profile for print the run stores plain TIFF pictures.
 void check_print_profile(const Pipeline& pipeline) {
-    constexpr int kCmykByProfile = 9;  // of `OutputFormat`
     constexpr int kPlainTiff = 5;
     ParameterSet& p = pipeline.parameters;
-    if (p.output_format != kCmykByProfile) {
+    if (p.output_format != setting::output_format::cmyk_by_profile) {
         return;
     }
     const Bitmap probe = Bitmap::create(1, 1);
@@ -177,7 +173,7 @@ void check_print_profile(const Pipeline& pipeline) {
     if (!cmyk_by_profile(probe.picture(), p.cmyk_profile, reason)) {
         pipeline.voice.tell_everywhere(
             "   " + printable(reason) +
-            pipeline.voice.messages().either("; RGB is saved.\n", "; RGB wird gespeichert.\n"));
+            pipeline.voice.messages().either({"; RGB is saved.\n", "; RGB wird gespeichert.\n"}));
         pipeline.voice.wait(Severity::warning);
         p.output_format = kPlainTiff;
     }

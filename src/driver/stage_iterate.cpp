@@ -27,8 +27,8 @@ struct Iteration {
 /// Measures the warped pair. Success, or what the pair fails with.
 StatusCode measure_round(Pipeline& pipeline, const PairRun& pair, const Iteration& loop) {
     const std::string step = format_text(
-        pipeline.voice.messages().either("Zemora::analyse:  phase 3: iterative correlation no. %2d",
-                                         "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"),
+        pipeline.voice.messages().either({"Zemora::analyse:  phase 3: iterative correlation no. %2d",
+                                          "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"}),
         loop.number);
     const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced, pair.started_wide};
     const WarpState& warp = pipeline.warp;
@@ -73,8 +73,8 @@ void show_round(const Pipeline& pipeline, const PairRun& pair) {
                                     pair.correction, true));
     }
     if (voice.verbose() > 1) {
-        voice.print(format_text(messages.either("   Residual error of the model: %5.2f pixels\n",
-                                                "   Restfehler des Modells: %5.2f Pixel\n"),
+        voice.print(format_text(messages.either({"   Residual error of the model: %5.2f pixels\n",
+                                                 "   Restfehler des Modells: %5.2f Pixel\n"}),
                                 static_cast<double>(pair.residual_rms)));
     }
 }
@@ -125,8 +125,8 @@ void judge_round(Pipeline& pipeline, PairRun& pair, Iteration& loop) {
 
 bool warp_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
     const std::string step = format_text(
-        pipeline.voice.messages().either("Zemora::equalize: phase 3: iterative correction no.  %2d",
-                                         "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"),
+        pipeline.voice.messages().either({"Zemora::equalize: phase 3: iterative correction no.  %2d",
+                                          "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"}),
         loop.number);
     return warp_for_measuring(pipeline, pair, step) || fail_to_mount(pipeline, pair, StatusCode::failed);
 }
@@ -135,7 +135,8 @@ bool warp_round(Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
 bool is_finished(const Pipeline& pipeline, PairRun& pair, const Iteration& loop) {
     const ParameterSet& p = pipeline.parameters;
     if (p.iterative_warp == loop.number && pipeline.voice.verbose() > 0) {
-        pipeline.voice.print(pipeline.voice.messages().either(" --- LAST TRY!\n", " --- LETZTER VERSUCH!\n"));
+        pipeline.voice.print(
+            pipeline.voice.messages().either({" --- LAST TRY!\n", " --- LETZTER VERSUCH!\n"}));
     }
     if (pair.status == StatusCode::success && p.iterative_min <= loop.number && loop.settled) {
         return true;
@@ -160,8 +161,8 @@ bool iterate_geometry(Pipeline& pipeline, PairRun& pair) {
         pair.disparities.subtract(pair.correction.shift_px);
         move_to_full_size(pipeline, pair);
         const char* step =
-            pipeline.voice.messages().either("Zemora::equalize: phase 3: correction at full size     ",
-                                             "Zemora::Entzerrung: Phase 3: Korrektur in voller Groesse ");
+            pipeline.voice.messages().either({"Zemora::equalize: phase 3: correction at full size     ",
+                                              "Zemora::Entzerrung: Phase 3: Korrektur in voller Groesse "});
         return warp_for_measuring(pipeline, pair, step) || fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     for (Iteration loop;;) {

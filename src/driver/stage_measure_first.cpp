@@ -31,8 +31,9 @@ void show_first_shift(const Pipeline& pipeline) {
 /// Success, or what the pair fails with.
 StatusCode measure_shift(Pipeline& pipeline, const PairRun& pair) {
     Voice& voice = pipeline.voice;
-    const char* step = voice.messages().either("Zemora::analyse:  phase 1: correlation                  ",
-                                               "Zemora::Analyse:    Phase 1: Korrelation                  ");
+    const char* step =
+        voice.messages().either({"Zemora::analyse:  phase 1: correlation                  ",
+                                 "Zemora::Analyse:    Phase 1: Korrelation                  "});
     voice.progress(step, 0.0);
     const PhaseRequest request{AnalysePhase::shift, 1, false, true};
     if (run_phase(pipeline, pipeline.input.reduced(), request, {}) != AnalyseStatus::done) {
@@ -48,8 +49,8 @@ StatusCode measure_shift(Pipeline& pipeline, const PairRun& pair) {
 
 StatusCode measure_grid(Pipeline& pipeline) {
     const std::string step =
-        pipeline.voice.messages().either("Zemora::analyse:  phase 2: correlation                  ",
-                                         "Zemora::Analyse:    Phase 2: Korrelation                  ");
+        pipeline.voice.messages().either({"Zemora::analyse:  phase 2: correlation                  ",
+                                          "Zemora::Analyse:    Phase 2: Korrelation                  "});
     const PhaseRequest request{AnalysePhase::first_grid, 1, false, true};
     const InputPair& input = pipeline.input;
     if (run_phase(pipeline, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
@@ -102,11 +103,11 @@ bool measure_first(Pipeline& pipeline, PairRun& pair) {
         voice.print(correction_line(voice.messages(), voice.messages().raw(Msg::main_result_height),
                                     pair.correction, false));
     }
-    const char* step = voice.messages().either("Zemora::equalize: phase 2: correction                  ",
-                                               "Zemora::Entzerrung: Phase 2: Korrektur                   ");
+    const char* step = voice.messages().either({"Zemora::equalize: phase 2: correction                  ",
+                                                "Zemora::Entzerrung: Phase 2: Korrektur                   "});
     if (!warp_for_measuring(pipeline, pair, step)) {
-        voice.print(voice.messages().either("c2711: 0: Should not happen any more\n",
-                                            "c2711: 0: Sollte nicht mehr vorkommen\n"));
+        voice.print(voice.messages().either(
+            {"c2711: 0: Should not happen any more\n", "c2711: 0: Sollte nicht mehr vorkommen\n"}));
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     return true;

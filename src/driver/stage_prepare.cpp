@@ -66,8 +66,8 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
         pair.left_suffix = pair.right_suffix = ".mpo";
         Voice& voice = pipeline.voice;
         voice.tell_everywhere(format_text(
-            voice.messages().either("   %s holds two pictures and is read as a multi-picture file.\n",
-                                    "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"),
+            voice.messages().either({"   %s holds two pictures and is read as a multi-picture file.\n",
+                                     "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"}),
             printable(pair.left_relative).c_str()));
     }
     return !pair.left_suffix.empty() && !pair.right_suffix.empty();
@@ -188,10 +188,10 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
         input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
         Voice& voice = pipeline.voice;
         voice.tell_everywhere(voice.messages().either(
-            "   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
-            "RotMirInputRight = -1 do it.\n",
-            "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
-            "RotMirInputRight = -1 gedreht.\n"));
+            {"   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
+             "RotMirInputRight = -1 do it.\n",
+             "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
+             "RotMirInputRight = -1 gedreht.\n"}));
     } else {
         input.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true);
         input.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false);

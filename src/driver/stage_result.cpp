@@ -81,9 +81,9 @@ double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
 
 void tell_end_of_search(Voice& voice) {
     voice.tell_everywhere(voice.messages().either(
-        "Near or far point lie at the end of the search for disparities; the real ones may lie beyond it.\n",
-        "Nah- oder Fernpunkt liegen am Ende der Disparitaetssuche; die wirklichen koennen dahinter "
-        "liegen.\n"));
+        {"Near or far point lie at the end of the search for disparities; the real ones may lie beyond it.\n",
+         "Nah- oder Fernpunkt liegen am Ende der Disparitaetssuche; die wirklichen koennen dahinter "
+         "liegen.\n"}));
 }
 
 }  // namespace
@@ -98,8 +98,8 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
         pair.original_near_px = pair.window.window_shift_px;
     }
     const std::string step =
-        voice.messages().either("Zemora::analyse:  phase 4: EstimateDeviation           ",
-                                "Zemora::Analyse:    Phase 4: EstimateDeviation           ");
+        voice.messages().either({"Zemora::analyse:  phase 4: EstimateDeviation           ",
+                                 "Zemora::Analyse:    Phase 4: EstimateDeviation           "});
     const ToneTables left_tone = analysis.Colormap_l;
     const ToneTables right_tone = analysis.Colormap_r;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);

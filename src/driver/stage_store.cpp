@@ -20,27 +20,13 @@ namespace zemora {
 
 namespace {
 
-// Values of `HtmlImages`.
-constexpr int kShowViews = 1;
-constexpr int kShowStereo = 2;
-constexpr int kShowAnaglyph = 3;
-
-// Values of `ExtraOutput` that are stored here.
-constexpr int kFirstExtra = 1;
-constexpr int kLastExtra = 7;
-
 /// What the console calls a product that failed.
-struct ProductWords {
-    const char* english;
-    const char* german;
-};
-constexpr ProductWords kStereoWords{"your error code is (stereo image): ",
-                                    "Ihr Fehlercode ist (Stereobild): "};
-constexpr ProductWords kAnaglyphWords{"your error code is (anaglyph image): ",
-                                      "Ihr Fehlercode ist (Anaglyphenbild): "};
-constexpr ProductWords kExtraWords{"your error code is (extra image): ", "Ihr Fehlercode ist (Extrabild): "};
-constexpr ProductWords kLeftRightWords{"your error code is (left/right image): ",
-                                       "Ihr Fehlercode ist (linkes/rechtes Bild): "};
+constexpr BothTexts kStereoWords{"your error code is (stereo image): ", "Ihr Fehlercode ist (Stereobild): "};
+constexpr BothTexts kAnaglyphWords{"your error code is (anaglyph image): ",
+                                   "Ihr Fehlercode ist (Anaglyphenbild): "};
+constexpr BothTexts kExtraWords{"your error code is (extra image): ", "Ihr Fehlercode ist (Extrabild): "};
+constexpr BothTexts kLeftRightWords{"your error code is (left/right image): ",
+                                    "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
 SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
     const InputPair& input = pipeline.input;
@@ -75,8 +61,8 @@ void claim_and_show(Pipeline& pipeline, OutputName& name) {
     make_output_folder(pipeline, name);
     if (pipeline.given_names.claim(name)) {
         voice.print(format_text(
-            voice.messages().either("   The name was taken in this run: %s is written instead.\n",
-                                    "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"),
+            voice.messages().either({"   The name was taken in this run: %s is written instead.\n",
+                                     "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"}),
             printable(name.bare()).c_str()));
     }
     if (voice.verbose() > 0) {
@@ -97,7 +83,7 @@ std::vector<std::string> printable_lines(const std::string& text) {
 }
 
 bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& name, const StoreResult& result,
-                  const ProductWords& words) {
+                  const BothTexts& words) {
     Voice& voice = pipeline.voice;
     voice.print_and_report(printable(name) + voice.messages().text<Msg::main_directory_cannot_be_created>());
     std::string html =
@@ -108,14 +94,14 @@ bool tell_failure(const Pipeline& pipeline, PairRun& pair, const std::string& na
     }
     voice.report_html("<b>" + html + "</b><br>\n");
     if (voice.verbose() > 1) {
-        voice.print(voice.messages().either(words.english, words.german) + format_text("%d\n", result.code));
+        voice.print(voice.messages().either(words) + format_text("%d\n", result.code));
     }
     voice.wait(Severity::information);
     pair.store_failed = true;
     return false;
 }
 
-void tell_input(const Pipeline& pipeline, PairRun& pair, const std::string& name, const ProductWords& words) {
+void tell_input(const Pipeline& pipeline, PairRun& pair, const std::string& name, const BothTexts& words) {
     constexpr int kNotWritten = 2;
     tell_failure(pipeline, pair, name, {kNotWritten, input_of_run_text(pipeline.voice.messages())}, words);
 }
@@ -129,9 +115,8 @@ SoftwareTagValues tag_values(const PairRun& pair) {
 /// Metadata and times of a stored file.
 void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file,
                 bool is_extra = false) {
-    constexpr int kWithTimes = 2;  // of `MetaTransfer`
     pipeline.exiftool.start_transfer(source, file, pair.permissions, tag_values(pair), is_extra);
-    if (pipeline.parameters.meta_transfer == kWithTimes) {
+    if (pipeline.parameters.meta_transfer == setting::meta_transfer::tags_and_times) {
         pipeline.exiftool.finish();
         copy_capture_time(source, file, pipeline.voice);
     }
@@ -140,7 +125,7 @@ void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, co
 /// A product in one file.
 struct SingleProduct {
     ProductKind kind;
-    ProductWords words;
+    BothTexts words;
     int shown_by;                        ///< The value of `HtmlImages` that shows it; 0 for none.
     std::string BatchNames::*last_name;  ///< Where the post-run batch finds its name.
 };
@@ -178,9 +163,10 @@ void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& produc
     }
 }
 
-constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, kShowAnaglyph,
+constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, setting::html_images::anaglyph,
                                   &BatchNames::anaglyph};
-constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, kShowStereo, &BatchNames::stereo};
+constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, setting::html_images::stereo,
+                                &BatchNames::stereo};
 constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
 
 void store_left_right(Pipeline& pipeline, PairRun& pair) {
@@ -207,7 +193,7 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
     }
     dress_file(pipeline, pair, sources.left, left);
     dress_file(pipeline, pair, sources.right, right);
-    if (pair.html_images == kShowViews) {
+    if (pair.html_images == setting::html_images::views) {
         pair.picture_tag = pair_tag(left, right, pipeline.parameters.path_of_images);
     }
 }
@@ -223,7 +209,7 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     const bool lists_files = voice.verbose() > 0;
     if (lists_files) {
         voice.report_html(std::string("<p class=\"a4\"><b>") +
-                          voice.messages().either("Output files:", "Ausgabedateien:") + "</b></p>\n<p>");
+                          voice.messages().either({"Output files:", "Ausgabedateien:"}) + "</b></p>\n<p>");
     }
     const ParameterSet& p = pipeline.parameters;
     if (p.anaglyph_output != 0) {
@@ -233,7 +219,8 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     if (p.stereo_output != 0) {
         store_single(pipeline, pair, kStereo);
     }
-    if (p.extra_output >= kFirstExtra && p.extra_output <= kLastExtra) {
+    if (p.extra_output >= setting::extra_output::squeezed_side_by_side &&
+        p.extra_output <= setting::extra_output::left_right_right_left) {
         store_single(pipeline, pair, kExtra);
     }
     store_left_right(pipeline, pair);

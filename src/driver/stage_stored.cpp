@@ -65,9 +65,9 @@ void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
     WarpState& warp = pipeline.warp;
     const InputPair& input = pipeline.input;
-    voice.progress(
-        voice.messages().either("Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"),
-        100.0);
+    voice.progress(voice.messages().either(
+                       {"Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"}),
+                   100.0);
     colormap_identity(pipeline.analysis);
     pair.reduced = false;
     pair.scale = static_cast<double>(warp.scaled_height) / input.height();

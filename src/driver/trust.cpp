@@ -11,12 +11,7 @@ constexpr double kMostAngle = 5.0 * kRadiansPerDegree;
 constexpr double kMostRejected = 0.25;
 constexpr double kLeastAgreement = 0.5;
 
-struct Reason {
-    const char* english;
-    const char* german;
-};
-
-constexpr Reason kReasons[] = {
+constexpr BothTexts kReasons[] = {
     {"the views differ in size by more than 4 percent",
      "die Ansichten sind um mehr als 4 Prozent verschieden gross"},
     {"a rotation or vergence is above 5 degrees", "eine Drehung oder Vergenz liegt ueber 5 Grad"},
@@ -51,9 +46,10 @@ std::vector<Doubt> doubts_of(const TrustFacts& facts) {
 std::string doubt_text(const std::vector<Doubt>& doubts, const MessageCatalogue& messages) {
     std::string text;
     for (const Doubt doubt : doubts) {
-        const Reason& reason = kReasons[static_cast<std::size_t>(doubt)];
-        text += text.empty() ? messages.either("Not told as success: ", "Nicht als Erfolg gewertet: ") : ", ";
-        text += messages.either(reason.english, reason.german);
+        const BothTexts& reason = kReasons[static_cast<std::size_t>(doubt)];
+        text +=
+            text.empty() ? messages.either({"Not told as success: ", "Nicht als Erfolg gewertet: "}) : ", ";
+        text += messages.either(reason);
     }
     return text.empty() ? text : text + ".\n";
 }

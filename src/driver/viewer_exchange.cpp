@@ -248,7 +248,6 @@ PreviewSize preview_size(int height, int width, int max_viewer_size, int screen_
 
 ViewerFrame viewer_frame(const ParameterSet& p, bool free_size, const PreviewSize& preview,
                          const std::optional<ViewerBox>& box) {
-    constexpr int kCutToTarget = 3;  // of `CroppOutput`
     constexpr int kTurnedRatio = 5;
     ViewerFrame frame;
     frame.box = box.value_or(ViewerBox());
@@ -266,7 +265,7 @@ ViewerFrame viewer_frame(const ParameterSet& p, bool free_size, const PreviewSiz
     }
     const double ratio = static_cast<double>(frame.ratio_width) / frame.ratio_height;
     if (!box) {
-        if (p.cropp_output != kCutToTarget) {
+        if (p.cropp_output != setting::cropp_output::fitted) {
             shrink_to_ratio(frame.box, ratio, preview.height, preview.width, preview);
         }
         return frame;

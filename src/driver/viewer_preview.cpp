@@ -67,7 +67,7 @@ std::string save_view(Pipeline& pipeline, const Bitmap& view, const char* name) 
     }
     const Bitmap shown = Bitmap::create(warp.width, warp.height);
     if (!shown) {
-        return path + ": " + pipeline.voice.messages().either("out of memory", "kein Speicher");
+        return path + ": " + pipeline.voice.messages().either({"out of memory", "kein Speicher"});
     }
     copy(view.picture(warp.width, warp.height), shown.picture());
     const std::string reason = encode_and_write(shown.handle(), FIF_BMP, BMP_DEFAULT, path);

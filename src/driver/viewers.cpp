@@ -38,12 +38,11 @@ enum class Program { previewer, post_viewer, colour_script };
 
 struct HelpLine {
     Program program;
-    const char* english;
-    const char* german;
+    BothTexts line;
 };
 
 constexpr HelpLine kHelpLines[] = {
-#define TEXT(program, english, german) {Program::program, english, german},
+#define TEXT(program, english, german) {Program::program, {english, german}},
 #include "driver/viewer_texts.inc"
 #undef TEXT
 };
@@ -52,7 +51,7 @@ constexpr HelpLine kHelpLines[] = {
 void show_help(Voice& voice, Program program) {
     for (const HelpLine& line : kHelpLines) {
         if (line.program == program) {
-            voice.print(voice.messages().either(line.english, line.german));
+            voice.print(voice.messages().either(line.line));
         }
     }
     voice.console().flush();
@@ -126,8 +125,8 @@ std::optional<Answer> await_answer(const Pipeline& pipeline, const char* name,
         latest = *bytes;
     }
     Voice& voice = pipeline.voice;
-    voice.tell_everywhere(format_text(voice.messages().either("%s holds no answer that can be used.\n",
-                                                              "%s enthaelt keine brauchbare Antwort.\n"),
+    voice.tell_everywhere(format_text(voice.messages().either({"%s holds no answer that can be used.\n",
+                                                               "%s enthaelt keine brauchbare Antwort.\n"}),
                                       printable(path).c_str()));
     return std::nullopt;
 }
@@ -140,35 +139,33 @@ void abandon(const Pipeline& pipeline, PairRun& pair, int exit_code) {
 
 void list_answer(Voice& voice, const PreSelection& selection) {
     struct Row {
-        const char* english;
-        const char* german;
-        const char* const* unit;
+        BothTexts label;
+        const BothTexts* unit;
         float PreSelection::*value;
     };
-    static constexpr const char* kDegrees[] = {"degree", "Grad"};
-    static constexpr const char* kPercent[] = {"percent", "Prozent"};
+    static constexpr BothTexts kDegrees = {"degree", "Grad"};
+    static constexpr BothTexts kPercent = {"percent", "Prozent"};
     // clang-format off
     static constexpr Row kRows[] = {
-        {"Rotation left:     ", "Drehung links:     ", kDegrees, &PreSelection::rotation_left},
-        {"Rotation right:    ", "Drehung rechts:    ", kDegrees, &PreSelection::rotation_right},
-        {"Vergence:          ", "Vergenz:           ", kDegrees, &PreSelection::vergence_v},
-        {"LeftImageStartx:   ", "LeftImageStartx:   ", kPercent, &PreSelection::left_start_x},
-        {"LeftImageWidth:    ", "LeftImageWidth:    ", kPercent, &PreSelection::left_width},
-        {"LeftImageStarty:   ", "LeftImageStarty:   ", kPercent, &PreSelection::left_start_y},
-        {"LeftImageHeight:   ", "LeftImageHeight:   ", kPercent, &PreSelection::left_height},
-        {"RightImageStartx:  ", "RightImageStartx:  ", kPercent, &PreSelection::right_start_x},
-        {"RightImageWidth:   ", "RightImageWidth:   ", kPercent, &PreSelection::right_width},
-        {"RightImageStarty:  ", "RightImageStarty:  ", kPercent, &PreSelection::right_start_y},
-        {"RightImageHeight:  ", "RightImageHeight:  ", kPercent, &PreSelection::right_height},
+        {{"Rotation left:     ", "Drehung links:     "}, &kDegrees, &PreSelection::rotation_left},
+        {{"Rotation right:    ", "Drehung rechts:    "}, &kDegrees, &PreSelection::rotation_right},
+        {{"Vergence:          ", "Vergenz:           "}, &kDegrees, &PreSelection::vergence_v},
+        {{"LeftImageStartx:   ", "LeftImageStartx:   "}, &kPercent, &PreSelection::left_start_x},
+        {{"LeftImageWidth:    ", "LeftImageWidth:    "}, &kPercent, &PreSelection::left_width},
+        {{"LeftImageStarty:   ", "LeftImageStarty:   "}, &kPercent, &PreSelection::left_start_y},
+        {{"LeftImageHeight:   ", "LeftImageHeight:   "}, &kPercent, &PreSelection::left_height},
+        {{"RightImageStartx:  ", "RightImageStartx:  "}, &kPercent, &PreSelection::right_start_x},
+        {{"RightImageWidth:   ", "RightImageWidth:   "}, &kPercent, &PreSelection::right_width},
+        {{"RightImageStarty:  ", "RightImageStarty:  "}, &kPercent, &PreSelection::right_start_y},
+        {{"RightImageHeight:  ", "RightImageHeight:  "}, &kPercent, &PreSelection::right_height},
     };
     // clang-format on
     const MessageCatalogue& messages = voice.messages();
-    voice.print(messages.either("\nThe following values will be taken from the Zemora Image PreViewer:\n",
-                                "\nDie folgenden Werte werden vom Zemora Image PreViewer uebernommen:\n"));
+    voice.print(messages.either({"\nThe following values will be taken from the Zemora Image PreViewer:\n",
+                                 "\nDie folgenden Werte werden vom Zemora Image PreViewer uebernommen:\n"}));
     for (const Row& row : kRows) {
-        voice.print(format_text("%s%5.1f %s\n", messages.either(row.english, row.german),
-                                static_cast<double>(selection.*row.value),
-                                messages.either(row.unit[0], row.unit[1])));
+        voice.print(format_text("%s%5.1f %s\n", messages.either(row.label),
+                                static_cast<double>(selection.*row.value), messages.either(*row.unit)));
     }
 }
 
@@ -213,9 +210,8 @@ bool has_stored_values(int mode) {
 /// The sides of a ratio that the user chose. A cut takes them as they are; a size stays inside what was
 /// wanted of it.
 void take_ratio(Pipeline& pipeline, const PairRun& pair, const RatioSides& ratio) {
-    constexpr int kCutToRatio = 4;  // of `CroppOutput`, with 5
     ParameterSet& p = pipeline.parameters;
-    const RatioSides sides = p.cropp_output >= kCutToRatio
+    const RatioSides sides = p.cropp_output >= setting::cropp_output::ratio
                                  ? ratio
                                  : fit_ratio(ratio, {pair.target.work_height, pair.target.work_width});
     p.work_height = pipeline.warp.work_height = sides.height;
@@ -249,9 +245,8 @@ ViewerDecision end_without_answer(const Pipeline& pipeline, PairRun& pair) {
 }
 
 int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const ViewerPreview& preview) {
-    constexpr int kWithBell = 2;  // of `PostViewerActive`
     const ParameterSet& p = pipeline.parameters;
-    if (p.post_viewer_active == kWithBell) {
+    if (p.post_viewer_active == setting::post_viewer_active::with_bell) {
         pipeline.voice.console().bell();
     }
     show_help(pipeline.voice, Program::post_viewer);
@@ -266,9 +261,8 @@ int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const Viewer
 
 /// From now on the pairs are stored with the time in their names, so that a repeat has a name of its own.
 void stamp_with_time(ParameterSet& p) {
-    constexpr int kTime = 2;  // of `StampFiles`
-    if (p.stamp_files < kTime) {
-        p.stamp_files += kTime;
+    if (p.stamp_files < setting::stamp_files::time) {
+        p.stamp_files += setting::stamp_files::time;
     }
 }
 
@@ -295,8 +289,7 @@ std::string save_side_by_side(const Pipeline& pipeline) {
 }
 
 bool calls_colour_script(const ParameterSet& p) {
-    constexpr int kSetByUser = 8;  // of `AnaglyphType`
-    return p.anaglyph_type == kSetByUser && p.video_mode == 0;
+    return p.anaglyph_type == setting::anaglyph_type::by_matrices && p.video_mode == 0;
 }
 
 /// The script with its interpreter, or a program of its name; empty when there is neither.
@@ -398,8 +391,8 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
     if (call.empty()) {
         voice.tell_everywhere(
             format_text(voice.messages().either(
-                            "   zemora_anamatrix is missing: the colours of %s are taken as they are.\n",
-                            "   zemora_anamatrix fehlt: die Farben aus %s gelten, wie sie sind.\n"),
+                            {"   zemora_anamatrix is missing: the colours of %s are taken as they are.\n",
+                             "   zemora_anamatrix fehlt: die Farben aus %s gelten, wie sie sind.\n"}),
                         printable(p.ecm_file_name).c_str()));
         return;
     }
@@ -428,8 +421,8 @@ void provide_colour_file(const ParameterSet& parameters, const RunContext& run, 
         return;  // the reader tells that the file is missing
     }
     voice.tell_everywhere(
-        format_text(voice.messages().either("   %s was missing: zemora_anamatrix starts from the example.\n",
-                                            "   %s fehlte: zemora_anamatrix beginnt mit dem Beispiel.\n"),
+        format_text(voice.messages().either({"   %s was missing: zemora_anamatrix starts from the example.\n",
+                                             "   %s fehlte: zemora_anamatrix beginnt mit dem Beispiel.\n"}),
                     printable(file).c_str()));
 }
 

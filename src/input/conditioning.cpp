@@ -138,8 +138,8 @@ private:
         const std::string reason = encode_and_write(mask.handle(), FIF_BMP, BMP_DEFAULT, file);
         if (!reason.empty()) {
             voice_.print(format_text(
-                voice_.messages().either("The mask file %s couldn't be written: %s\n",
-                                         "Die Maskendatei %s konnte nicht geschrieben werden: %s\n"),
+                voice_.messages().either({"The mask file %s couldn't be written: %s\n",
+                                          "Die Maskendatei %s konnte nicht geschrieben werden: %s\n"}),
                 printable(file).c_str(), reason.c_str()));
             voice_.wait(Severity::error);
         }

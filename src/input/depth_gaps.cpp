@@ -23,10 +23,10 @@ namespace {
         return files.empty() ? std::string() : printable(files[0]);
     };
     end_run(voice, format_text(voice.messages().either(
-                                   "The two FIRST images in the subdirectories must match:\n"
-                                   "left:  %s\nright: %s\n",
-                                   "Die beiden ERSTEN Bilder in den Unterverzeichnissen muessen zueinander "
-                                   "passen:\nlinks:  %s\nrechts: %s\n"),
+                                   {"The two FIRST images in the subdirectories must match:\n"
+                                    "left:  %s\nright: %s\n",
+                                    "Die beiden ERSTEN Bilder in den Unterverzeichnissen muessen zueinander "
+                                    "passen:\nlinks:  %s\nrechts: %s\n"}),
                                first(photos).c_str(), first(masks).c_str()));
 }
 
@@ -37,8 +37,8 @@ std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, Voi
     for (const std::string& file : files) {
         const FrameCounter counter = file_counter(file, '_');
         if (counter.digits != digits) {
-            end_run(voice, format_text(voice.messages().either("Wrong length of the counter in %s\n",
-                                                               "Counterlaenge falsch in %s\n"),
+            end_run(voice, format_text(voice.messages().either({"Wrong length of the counter in %s\n",
+                                                                "Counterlaenge falsch in %s\n"}),
                                        printable(file).c_str()));
         }
         counters.push_back(counter.value);
@@ -54,8 +54,8 @@ std::vector<DepthGap> gaps_between(const std::vector<std::int64_t>& counters, st
         const std::int64_t distance = counters[i] - counters[i - 1];
         if (distance <= 0 || distance % step != 0) {
             end_run(voice,
-                    format_text(voice.messages().either("The depth mask %s fits none of the images.\n",
-                                                        "Die Tiefenmaske %s passt zu keinem der Bilder.\n"),
+                    format_text(voice.messages().either({"The depth mask %s fits none of the images.\n",
+                                                         "Die Tiefenmaske %s passt zu keinem der Bilder.\n"}),
                                 printable(masks[i]).c_str()));
         }
         if (distance > step) {
@@ -135,12 +135,13 @@ DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::
     }
     plan.gaps = gaps_between(right, plan.photo_step, masks, voice);
     if (left.back() != right.back()) {
-        voice.print(format_text(
-            voice.messages().either("The two LAST images in the subdirectories must match:\n"
-                                    "left index:  %lld\nright index: %lld\n",
-                                    "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
-                                    "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"),
-            static_cast<long long>(left.back()), static_cast<long long>(right.back())));
+        voice.print(
+            format_text(voice.messages().either(
+                            {"The two LAST images in the subdirectories must match:\n"
+                             "left index:  %lld\nright index: %lld\n",
+                             "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
+                             "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"}),
+                        static_cast<long long>(left.back()), static_cast<long long>(right.back())));
         voice.wait(Severity::error);
     }
     return plan;

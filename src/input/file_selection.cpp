@@ -13,23 +13,16 @@ namespace zemora {
 
 namespace {
 
-// Values of `InputMode`.
-constexpr int kNamedFiles = 0;
-constexpr int kMarkedInFolder = 1;
-constexpr int kMarkedInTree = 2;
-constexpr int kViewFolders = 3;
-constexpr int kViewFoldersInTree = 9;
-
-constexpr std::size_t kShortestName = 5;      // characters
-constexpr int kTreeWithoutOutputFolders = 1;  // of `IncludeSubdirs`
+constexpr std::size_t kShortestName = 5;  // characters
 
 /// `IncludeSubdirs` as the way of the input forces it.
 int depth_of_walk(const ParameterSet& parameters) {
-    if (parameters.input_mode == kMarkedInFolder) {
+    if (parameters.input_mode == setting::input_mode::by_names) {
         return 0;
     }
-    const bool forced = parameters.input_mode == kMarkedInTree && parameters.include_subdirs == 0;
-    return forced ? kTreeWithoutOutputFolders : parameters.include_subdirs;
+    const bool forced =
+        parameters.input_mode == setting::input_mode::by_names_in_tree && parameters.include_subdirs == 0;
+    return forced ? setting::include_subdirs::tree_without_outputs : parameters.include_subdirs;
 }
 
 class Selector {
@@ -38,7 +31,8 @@ public:
         : parameters_(parameters),
           voice_(voice),
           two_files_(takes_two_files(parameters.stereo_image_input)),
-          goes_by_marker_(parameters.input_mode == kMarkedInFolder || parameters.input_mode == kMarkedInTree),
+          goes_by_marker_(parameters.input_mode == setting::input_mode::by_names ||
+                          parameters.input_mode == setting::input_mode::by_names_in_tree),
           depth_(depth_of_walk(parameters)) {}
 
     void take_named_files();
@@ -74,8 +68,8 @@ FolderContents Selector::read(const std::string& folder) {
         return contents;
     }
     if (told_unreadable_.insert(folder).second) {
-        voice_.print(format_text(voice_.messages().either("The folder %s cannot be read: %s\n",
-                                                          "Der Ordner %s kann nicht gelesen werden: %s\n"),
+        voice_.print(format_text(voice_.messages().either({"The folder %s cannot be read: %s\n",
+                                                           "Der Ordner %s kann nicht gelesen werden: %s\n"}),
                                  printable(folder).c_str(), contents.reason.c_str()));
     }
     return {};
@@ -85,14 +79,15 @@ bool Selector::is_walked(const std::string& folder, const std::string& name) con
     if (depth_ == 0) {
         return false;
     }
-    if (depth_ != kTreeWithoutOutputFolders || !is_output_folder_name(name, parameters_.ident_output_dir)) {
+    if (depth_ != setting::include_subdirs::tree_without_outputs ||
+        !is_output_folder_name(name, parameters_.ident_output_dir)) {
         return true;
     }
     const std::string path = path_in(folder, name);
     if (voice_.verbose() > 0 && holds_pictures(path)) {
         voice_.print(format_text(
-            voice_.messages().either("Folder of products by its name, passed over: %s\n",
-                                     "Ordner fuer Ergebnisse nach seinem Namen, nicht beachtet: %s\n"),
+            voice_.messages().either({"Folder of products by its name, passed over: %s\n",
+                                      "Ordner fuer Ergebnisse nach seinem Namen, nicht beachtet: %s\n"}),
             printable(path).c_str()));
     }
     return false;
@@ -197,8 +192,8 @@ void Selector::take_view_folders(const std::string& folder) {
     std::vector<std::string> right = files_of_side(folder, 'r');
     if (left.empty() != right.empty() && voice_.verbose() > 0) {
         voice_.print(format_text(
-            voice_.messages().either("Images on one side only (l or r), passed over: %s\n",
-                                     "Bilder nur auf einer Seite (l oder r), nicht beachtet: %s\n"),
+            voice_.messages().either({"Images on one side only (l or r), passed over: %s\n",
+                                      "Bilder nur auf einer Seite (l oder r), nicht beachtet: %s\n"}),
             printable(folder).c_str()));
     }
     if (!left.empty() && !right.empty()) {
@@ -230,14 +225,14 @@ SelectedFiles select_files(const ParameterSet& parameters, Voice& voice) {
     Selector selector(parameters, voice);
     const std::string& root = parameters.path_of_images;
     switch (parameters.input_mode) {
-        case kNamedFiles: selector.take_named_files(); break;
-        case kViewFolders:
+        case setting::input_mode::single: selector.take_named_files(); break;
+        case setting::input_mode::video_folders:
             selector.take_view_folders(root);
             if (selector.selected.left.empty()) {
                 selector.tell_unreadable_root();
             }
             break;
-        case kViewFoldersInTree: selector.walk_view_folders(root, true); break;
+        case setting::input_mode::view_folders: selector.walk_view_folders(root, true); break;
         default: selector.walk(root); break;
     }
     return std::move(selector.selected);

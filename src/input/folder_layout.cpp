@@ -14,19 +14,17 @@ namespace zemora {
 
 namespace {
 
-constexpr int kStereoFiles = 1;  // of `StereoImageInput`
 constexpr int kTwoFiles = 2;
-constexpr int kByNames = 1;  // of `InputMode`
 constexpr int kConsecutive = 4;
 constexpr int kViewFolders = 9;
 
 constexpr std::array kLayouts{
-    FolderLayout{LayoutSign::marked_pairs, kTwoFiles, kByNames},
+    FolderLayout{LayoutSign::marked_pairs, kTwoFiles, setting::input_mode::by_names},
     FolderLayout{LayoutSign::view_folders, kTwoFiles, kViewFolders},
-    FolderLayout{LayoutSign::stereo_names, kStereoFiles, kConsecutive},
-    FolderLayout{LayoutSign::multi_pictures, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::stereo_names, setting::stereo_image_input::side_by_side, kConsecutive},
+    FolderLayout{LayoutSign::multi_pictures, setting::stereo_image_input::side_by_side, kConsecutive},
     FolderLayout{LayoutSign::no_pictures, kTwoFiles, kConsecutive},
-    FolderLayout{LayoutSign::wide_pictures, kStereoFiles, kConsecutive},
+    FolderLayout{LayoutSign::wide_pictures, setting::stereo_image_input::side_by_side, kConsecutive},
     FolderLayout{LayoutSign::single_views, kTwoFiles, kConsecutive},
 };
 

@@ -12,14 +12,11 @@ namespace zemora {
 
 namespace {
 
-constexpr int kFromList = 10;  // of `InputMode`
-
 /// Depth masks that are there for some photos only are made for the others first.
-void fill_mask_gaps(const ParameterSet& parameters, Voice& voice,
-                    const MakeDepthMasks& make_depth_masks, SelectedFiles& files) {
-    constexpr int kViewFolders = 3;         // of `InputMode`
-    constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
-    if (parameters.input_mode != kViewFolders || parameters.stereo_image_input != kPhotoAndDepthFiles ||
+void fill_mask_gaps(const ParameterSet& parameters, Voice& voice, const MakeDepthMasks& make_depth_masks,
+                    SelectedFiles& files) {
+    if (parameters.input_mode != setting::input_mode::video_folders ||
+        parameters.stereo_image_input != setting::stereo_image_input::photo_and_depth_files ||
         files.left.empty() || files.left.size() == files.right.size()) {
         return;
     }
@@ -30,11 +27,11 @@ void fill_mask_gaps(const ParameterSet& parameters, Voice& voice,
     }
     files = select_files(parameters, voice);
     if (files.left.size() != files.right.size()) {
-        voice.print(
-            voice.messages().either("Error: The interpolation of depth masks has not led to as many files at "
-                                    "the left as at the right!\n",
-                                    "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien "
-                                    "links und rechts gefuehrt!\n"));
+        voice.print(voice.messages().either(
+            {"Error: The interpolation of depth masks has not led to as many files at "
+             "the left as at the right!\n",
+             "Fehler: Die Tiefenmaskeninterpolation hat nicht zu gleich viel Dateien "
+             "links und rechts gefuehrt!\n"}));
         voice.wait(Severity::error);
     }
 }
@@ -82,7 +79,7 @@ ImageList build_image_list(const ParameterSet& parameters, Voice& voice,
                            const MakeDepthMasks& make_depth_masks) {
     ImageList list;
     list.two_files = takes_two_files(parameters.stereo_image_input);
-    const int left_name_width = parameters.input_mode == kFromList
+    const int left_name_width = parameters.input_mode == setting::input_mode::from_list
                                     ? collect_listed(parameters, voice, list)
                                     : collect_files(parameters, voice, make_depth_masks, list);
     tell_objects(parameters, voice, list, left_name_width);

@@ -14,11 +14,6 @@ namespace zemora {
 
 namespace {
 
-// Values of `WriteDataBase` and `InputMode`.
-constexpr int kNamesOnly = 1;
-constexpr int kNamedObject = 0;
-constexpr int kFromList = 10;
-
 std::string write_text(const std::string& path, const std::string& text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());  // NOLINT: text as bytes
     return write_file_whole(path, std::span(bytes, text.size()));
@@ -49,7 +44,7 @@ std::string list_path_of(const ParameterSet& parameters) {
 ListedNames::ListedNames(const ParameterSet& parameters, Voice& voice)
     : parameters_(parameters),
       voice_(voice),
-      wanted_(parameters.write_data_base > 0 && parameters.input_mode != kFromList),
+      wanted_(parameters.write_data_base > 0 && parameters.input_mode != setting::input_mode::from_list),
       old_list_(wanted_ ? identity_of(list_path_of(parameters)) : std::nullopt) {}
 
 void ListedNames::add_stereo(const std::string& file) {
@@ -70,8 +65,8 @@ void ListedNames::add(const std::string& left, const std::string& right) {
     if (!line) {
         voice_.print(
             format_text(voice_.messages().either(
-                            "%s %s: such a name cannot stand in ListofImages and is left out there.\n",
-                            "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"),
+                            {"%s %s: such a name cannot stand in ListofImages and is left out there.\n",
+                             "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"}),
                         printable(left).c_str(), printable(right).c_str()));
         return;
     }
@@ -90,7 +85,7 @@ void ListedNames::store() {
     std::string reason;
     if (is_picture_) {
         end_without_list(path,
-                         voice_.messages().either("it is one of the pictures", "sie ist eines der Bilder"));
+                         voice_.messages().either({"it is one of the pictures", "sie ist eines der Bilder"}));
     }
     if (!make_folders(folder_of(path), reason)) {
         end_without_list(path, reason);
@@ -103,14 +98,15 @@ void ListedNames::store() {
         }
     }
     const bool is_text = old && old->find('\0') == std::string::npos;
-    if (is_text && parameters_.input_mode == kNamedObject) {
+    if (is_text && parameters_.input_mode == setting::input_mode::single) {
         if (!holds_named_object(*old)) {
             write(path, *old + (old->empty() || old->back() == '\n' ? "" : "\n") + lines_);
         }
         return;
     }
     // Results, and what the user has put out, added or put into another order, would be lost.
-    if (old && (parameters_.write_data_base == kNamesOnly || lines_of(*old) != lines_of(lines_))) {
+    if (old && (parameters_.write_data_base == setting::write_data_base::list_only ||
+                lines_of(*old) != lines_of(lines_))) {
         keep_old_list(path, *old);
     }
     write(path, lines_);
@@ -132,13 +128,13 @@ void ListedNames::keep_old_list(const std::string& path, const std::string& old_
             end_without_list(name, kept.reason);
         }
         if (kept.is_done()) {
-            voice_.print(format_text(voice_.messages().either("The old list was saved as %s\n",
-                                                              "Die alte Liste wurde gesichert als %s\n"),
+            voice_.print(format_text(voice_.messages().either({"The old list was saved as %s\n",
+                                                               "Die alte Liste wurde gesichert als %s\n"}),
                                      printable(name).c_str()));
             return;
         }
     }
-    end_without_list(path, voice_.messages().either("too many saved lists", "zu viele gesicherte Listen"));
+    end_without_list(path, voice_.messages().either({"too many saved lists", "zu viele gesicherte Listen"}));
 }
 
 void ListedNames::write(const std::string& path, const std::string& text) const {
@@ -169,8 +165,8 @@ void update_database_line(const ParameterSet& parameters, Voice& voice, const st
     const auto place = find_object(*text, root, {left, right});
     if (!place) {
         const auto lines = std::count(text->begin(), text->end(), '\n');
-        voice.print(format_text(voice.messages().either("Zemora Error: %s %d, database not readable",
-                                                        "Zemora Fehler: %s %d, Datenbank nicht lesbar"),
+        voice.print(format_text(voice.messages().either({"Zemora Error: %s %d, database not readable",
+                                                         "Zemora Fehler: %s %d, Datenbank nicht lesbar"}),
                                 "zemora", static_cast<int>(lines)) +
                     ": " + printable(list_path) + '\n');
         voice.wait(Severity::error);

@@ -47,8 +47,7 @@ private:
 /// `InputMode` 10: the objects of the list, without those that its marks rule out, with their values
 /// where the run applies stored ones. Ends the run with code 1 when the list cannot be opened or a line's
 /// quotes are wrong. Returns the number of lines that name an object.
-int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list,
-                        int& left_name_width);
+int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list, int& left_name_width);
 
 /// What became of an object, for its line.
 struct ListResult {

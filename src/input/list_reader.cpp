@@ -77,7 +77,7 @@ int ListReader::read(int& left_name_width) {
 
 void ListReader::read_line(std::string_view raw) {
     if (raw.size() > kLongestListLine) {
-        object_to(raw, voice_.messages().either("the line is too long", "die Zeile ist zu lang"));
+        object_to(raw, voice_.messages().either({"the line is too long", "die Zeile ist zu lang"}));
         return;
     }
     ListLine line;
@@ -199,13 +199,13 @@ std::string ListReader::as_on_disk(const std::string& name) {
 bool ListReader::complete_names(ListLine& line, std::string_view raw) {
     for (const std::string* name : {&line.left, &line.right}) {
         if (name->find('\0') != std::string::npos) {  // the system would read the name only up to there
-            object_to(raw,
-                      voice_.messages().either("a name holds a zero byte", "ein Name enthaelt ein Nullbyte"));
+            object_to(raw, voice_.messages().either(
+                               {"a name holds a zero byte", "ein Name enthaelt ein Nullbyte"}));
             return false;
         }
         if (has_drive(*name)) {
-            object_to(raw, voice_.messages().either("a drive letter has no meaning here",
-                                                    "ein Laufwerksbuchstabe hat hier keine Bedeutung"));
+            object_to(raw, voice_.messages().either({"a drive letter has no meaning here",
+                                                     "ein Laufwerksbuchstabe hat hier keine Bedeutung"}));
             return false;
         }
     }
@@ -228,8 +228,7 @@ void ListReader::add(ListLine& line) {
 
 }  // namespace
 
-int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list,
-                        int& left_name_width) {
+int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list, int& left_name_width) {
     return ListReader(parameters, voice, list).read(left_name_width);
 }
 

@@ -87,10 +87,10 @@ void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
         const std::string file = folder + (is_left ? "/zemora_thumb_l.bmp" : "/zemora_thumb_r.bmp");
         const std::string reason = encode_and_write(thumb.handle(), FIF_BMP, BMP_DEFAULT, file);
         if (!reason.empty()) {
-            voice.print(
-                format_text(voice.messages().either("The preview %s couldn't be written: %s\n",
-                                                    "Die Vorschau %s konnte nicht geschrieben werden: %s\n"),
-                            printable(file).c_str(), reason.c_str()));
+            voice.print(format_text(
+                voice.messages().either({"The preview %s couldn't be written: %s\n",
+                                         "Die Vorschau %s konnte nicht geschrieben werden: %s\n"}),
+                printable(file).c_str(), reason.c_str()));
         }
     };
     write(views.left, true);

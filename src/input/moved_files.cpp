@@ -11,12 +11,6 @@ namespace zemora {
 
 namespace {
 
-// Values of `RenameOrphans` and `RenameRefused`.
-constexpr int kToFolder = 1;
-constexpr int kMarkName = 2;
-constexpr int kUnderscoreFirst = 3;
-constexpr int kLetterFirst = 4;
-
 /// The letter of the view folder in which the file stands; 0 when it is in none.
 char view_folder_letter(const std::string& file) {
     const std::string folder = lower_case(bare_name_of(folder_of(file)));
@@ -40,15 +34,15 @@ std::string with_name_start(const std::string& file, const char* start) {
 }
 
 void tell_staying(Voice& voice, const std::string& file, const std::string& reason) {
-    voice.tell_everywhere(format_text(voice.messages().either("The file %s stays where it is: %s\n",
-                                                              "Die Datei %s bleibt, wo sie ist: %s\n"),
+    voice.tell_everywhere(format_text(voice.messages().either({"The file %s stays where it is: %s\n",
+                                                               "Die Datei %s bleibt, wo sie ist: %s\n"}),
                                       printable(file).c_str(), reason.c_str()));
 }
 
 void tell_staying_without_folder(Voice& voice, const std::string& file) {
-    tell_staying(
-        voice, file,
-        voice.messages().either("its folder is none of l, r and s", "ihr Ordner ist keiner von l, r und s"));
+    tell_staying(voice, file,
+                 voice.messages().either(
+                     {"its folder is none of l, r and s", "ihr Ordner ist keiner von l, r und s"}));
 }
 
 struct Move {
@@ -104,8 +98,8 @@ void move_together(Voice& voice, const std::vector<Move>& moves) {
             tell_staying(voice, moves[i].from,
                          i == failed
                              ? reason
-                             : voice.messages().either("the other file of the pair cannot move",
-                                                       "die andere Datei des Paars kann nicht umziehen"));
+                             : voice.messages().either({"the other file of the pair cannot move",
+                                                        "die andere Datei des Paars kann nicht umziehen"}));
         }
     }
 }
@@ -116,8 +110,7 @@ void move(Voice& voice, const std::string& from, const std::string& to) {
 
 }  // namespace
 
-void rename_orphan(const ParameterSet& parameters, Voice& voice, const std::string& file,
-                   FileSide side) {
+void rename_orphan(const ParameterSet& parameters, Voice& voice, const std::string& file, FileSide side) {
     constexpr char kOrphan = 'o';
     const char letter = static_cast<char>(side);
     if (parameters.rename_orphans != 0 && view_folder_letter(file) == '\0') {
@@ -125,16 +118,19 @@ void rename_orphan(const ParameterSet& parameters, Voice& voice, const std::stri
         return;
     }
     switch (parameters.rename_orphans) {
-        case kToFolder: move(voice, file, in_sibling_folder(file, letter, kOrphan)); break;
-        case kMarkName: move(voice, file, with_marked_name(file, letter, kOrphan)); break;
-        case kUnderscoreFirst: move(voice, file, with_name_start(file, "_")); break;
-        case kLetterFirst: move(voice, file, with_name_start(file, "z")); break;
+        case setting::rename_orphans::to_folders:
+            move(voice, file, in_sibling_folder(file, letter, kOrphan));
+            break;
+        case setting::rename_orphans::with_ending:
+            move(voice, file, with_marked_name(file, letter, kOrphan));
+            break;
+        case setting::rename_orphans::with_underscore: move(voice, file, with_name_start(file, "_")); break;
+        case setting::rename_orphans::with_z: move(voice, file, with_name_start(file, "z")); break;
         default: break;
     }
 }
 
-void rename_refused_files(const ParameterSet& parameters, Voice& voice,
-                          const std::vector<SidedFile>& files) {
+void rename_refused_files(const ParameterSet& parameters, Voice& voice, const std::vector<SidedFile>& files) {
     constexpr char kRefused = 'u';
     const int mode = parameters.rename_refused;
     std::vector<Move> moves;
@@ -142,13 +138,14 @@ void rename_refused_files(const ParameterSet& parameters, Voice& voice,
         // With exchanged views the folder, and not the view, says where the file belongs.
         const char folder = view_folder_letter(file);
         const char letter = folder == '\0' ? static_cast<char>(side) : folder;
-        if (mode == kToFolder && folder == '\0') {
+        if (mode == setting::rename_orphans::to_folders && folder == '\0') {
             tell_staying_without_folder(voice, file);
             return;
         }
-        if (mode == kToFolder || mode == kMarkName) {
-            moves.push_back({file, mode == kToFolder ? in_sibling_folder(file, letter, kRefused)
-                                                     : with_marked_name(file, letter, kRefused)});
+        if (mode == setting::rename_orphans::to_folders || mode == setting::rename_orphans::with_ending) {
+            moves.push_back({file, mode == setting::rename_orphans::to_folders
+                                       ? in_sibling_folder(file, letter, kRefused)
+                                       : with_marked_name(file, letter, kRefused)});
         }
     }
     move_together(voice, moves);

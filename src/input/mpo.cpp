@@ -96,12 +96,12 @@ std::optional<std::size_t> entries_by_tag(const NumberReader& numbers, std::size
 
 void tell_irregular(const MpoIndex& index, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
-    const char* mail = messages.either("unforeseen error, please mail software supplier",
-                                       "unerwarteter Fehler, bitte an den Hersteller schreiben");
+    const char* mail = messages.either({"unforeseen error, please mail software supplier",
+                                        "unerwarteter Fehler, bitte an den Hersteller schreiben"});
     if (!index.known_order) {
         voice.print(format_text("i883: %s %s\n", mail, kSupport));
-        voice.print(format_text(messages.either("i883: MP Endian not recognized, Counter = %zu\n",
-                                                "i883: MP-Bytefolge nicht erkannt, Counter = %zu\n"),
+        voice.print(format_text(messages.either({"i883: MP Endian not recognized, Counter = %zu\n",
+                                                 "i883: MP-Bytefolge nicht erkannt, Counter = %zu\n"}),
                                 index.origin + index.order_mark.size()));
         for (std::size_t i = 0; i < index.order_mark.size(); ++i) {
             voice.print(
@@ -115,11 +115,12 @@ void tell_irregular(const MpoIndex& index, Voice& voice) {
 
 void tell_missing_picture(Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
-    voice.print(format_text(messages.either("i1217: unforeseen error, please mail details to %s\n",
-                                            "i1217: unerwarteter Fehler, bitte Einzelheiten senden an %s\n"),
-                            kSupport));
-    voice.print(messages.either("i1218: jpg-header of second image couldn't be found\n",
-                                "i1218: der JPG-Kopf des zweiten Bildes wurde nicht gefunden\n"));
+    voice.print(
+        format_text(messages.either({"i1217: unforeseen error, please mail details to %s\n",
+                                     "i1217: unerwarteter Fehler, bitte Einzelheiten senden an %s\n"}),
+                    kSupport));
+    voice.print(messages.either({"i1218: jpg-header of second image couldn't be found\n",
+                                 "i1218: der JPG-Kopf des zweiten Bildes wurde nicht gefunden\n"}));
     voice.console().wait_for_enter();
 }
 
@@ -180,8 +181,8 @@ std::optional<MpoPictures> cut_mpo(Bytes content, Voice& voice) {
     const std::size_t start2 = index.origin + index.offset2;
     if (index.found && start2 != index.size1 && voice.verbose() >= 2) {
         voice.print(voice.messages().either(
-            "   MPO image not according to spec, smart size evaluation and crossing fingers ;-)\n",
-            "   MPO-Bild nicht nach der Norm, die Groesse wird abgeschaetzt, Daumen druecken ;-)\n"));
+            {"   MPO image not according to spec, smart size evaluation and crossing fingers ;-)\n",
+             "   MPO-Bild nicht nach der Norm, die Groesse wird abgeschaetzt, Daumen druecken ;-)\n"}));
     }
     const auto behind_head = index.found ? end_of(content, start2, kPictureHead) : std::nullopt;
     const std::size_t found2 = behind_head ? *behind_head - kPictureHead.size() : content.size();
@@ -217,8 +218,9 @@ void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Vo
         const CutResult result = keep_picture(picture, file);
         if (result == CutResult::differs) {
             voice.print(format_text(
-                messages.either("   The file %s is not from this mpo-file and stays as it is.\n",
-                                "   Die Datei %s ist nicht aus dieser mpo-Datei und bleibt, wie sie ist.\n"),
+                messages.either(
+                    {"   The file %s is not from this mpo-file and stays as it is.\n",
+                     "   Die Datei %s ist nicht aus dieser mpo-Datei und bleibt, wie sie ist.\n"}),
                 printable(file).c_str()));
         } else if (result == CutResult::failed) {
             voice.print(failure);

@@ -73,11 +73,6 @@ bool matches_one_of(const Table& table, const std::string& name) {
     });
 }
 
-// Values of `StereoImageInput`.
-constexpr int kTwoFiles = 2;
-constexpr int kPhotoAndDepthFiles = 5;
-constexpr int kPhotoAndDepthInOne = 6;
-
 /// A list may hold what an earlier run chose by its names.
 bool goes_by_names(int input_mode) {
     return input_mode == 1 || input_mode == 2 || input_mode == 10;
@@ -128,19 +123,20 @@ bool is_left_over(const std::string& name) {
 bool is_dropped_with_hint(const ParameterSet& parameters, Voice& voice, const std::string& name) {
     if (has_marker(name, "_l") || has_marker(name, "_r")) {
         voice.print(voice.messages().either(
-            "Hint: Files with identifiers \"_l\", \"_L\", \"_r\" and \"_R\" are NOT to be assumed as stereo "
-            "images!\n\n",
-            "Hinweis: Dateien mit den Kennungen \"_l\", \"_L\", \"_r\" und \"_R\" gelten NICHT als "
-            "Stereobilder!\n\n"));
+            {"Hint: Files with identifiers \"_l\", \"_L\", \"_r\" and \"_R\" are NOT to be assumed as stereo "
+             "images!\n\n",
+             "Hinweis: Dateien mit den Kennungen \"_l\", \"_L\", \"_r\" und \"_R\" gelten NICHT als "
+             "Stereobilder!\n\n"}));
         voice.print("   " + printable(name) + '\n');
         return true;
     }
     const bool may_be_depth =
-        parameters.stereo_image_input == kPhotoAndDepthInOne && goes_by_names(parameters.input_mode);
+        parameters.stereo_image_input == setting::stereo_image_input::photo_and_depth_side_by_side &&
+        goes_by_names(parameters.input_mode);
     if (has_marker(name, "_d") && !may_be_depth) {
         voice.print(voice.messages().either(
-            "Hint: Files with identifier \"_d\" or \"_D\" are assumed to be depth masks!\n\n",
-            "Hinweis: Dateien mit der Kennung \"_d\" oder \"_D\" gelten als Tiefenmasken!\n\n"));
+            {"Hint: Files with identifier \"_d\" or \"_D\" are assumed to be depth masks!\n\n",
+             "Hinweis: Dateien mit der Kennung \"_d\" oder \"_D\" gelten als Tiefenmasken!\n\n"}));
         voice.print("   " + printable(name) + '\n');
         return true;
     }
@@ -160,9 +156,9 @@ std::string partner_name(const std::string& left, bool depth_masks) {
 
 const char* name_marker(int stereo_image_input) {
     switch (stereo_image_input) {
-        case kTwoFiles: return "_l";
-        case kPhotoAndDepthFiles: return "_rgb";
-        case kPhotoAndDepthInOne: return "_d";
+        case setting::stereo_image_input::two_files: return "_l";
+        case setting::stereo_image_input::photo_and_depth_files: return "_rgb";
+        case setting::stereo_image_input::photo_and_depth_side_by_side: return "_d";
         default: return "_s";
     }
 }

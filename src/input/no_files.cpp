@@ -91,8 +91,8 @@ void end_without_files(const ParameterSet& parameters, Voice& voice) {
 }
 
 void end_with_too_many_pairs(Voice& voice, long long pairs) {
-    voice.print(format_text(voice.messages().either("%lld pairs are too many for one run.\n",
-                                                    "%lld Paare sind zu viele fuer einen Lauf.\n"),
+    voice.print(format_text(voice.messages().either({"%lld pairs are too many for one run.\n",
+                                                     "%lld Paare sind zu viele fuer einen Lauf.\n"}),
                             pairs));
     end_run(voice);
 }

@@ -17,7 +17,6 @@ std::string padded(std::string text, int width) {
 
 std::string object_line(const ParameterSet& parameters, const ImageList& list, int object,
                         int left_name_width) {
-    constexpr int kAlternating = 6;  // of `InputMode`: every second pair faces the other way
     const auto shown = [&](const std::string& file) {
         return printable(relative_to(file, parameters.path_of_images));
     };
@@ -27,7 +26,7 @@ std::string object_line(const ParameterSet& parameters, const ImageList& list, i
     }
     std::string left = shown(list.left(object));
     std::string right = shown(list.right(object));
-    if (parameters.input_mode == kAlternating && object % 2 != 0) {
+    if (parameters.input_mode == setting::input_mode::alternating && object % 2 != 0) {
         std::swap(left, right);
     }
     return number + padded(std::move(left), left_name_width) + " <---> " + right;
@@ -35,8 +34,7 @@ std::string object_line(const ParameterSet& parameters, const ImageList& list, i
 
 }  // namespace
 
-void tell_objects(const ParameterSet& parameters, Voice& voice, const ImageList& list,
-                  int left_name_width) {
+void tell_objects(const ParameterSet& parameters, Voice& voice, const ImageList& list, int left_name_width) {
     if (voice.verbose() <= 1) {
         return;
     }

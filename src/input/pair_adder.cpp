@@ -21,8 +21,8 @@ FoundName find_and_tell(NameFinder& finder, Voice& voice, const std::string& fil
     if (found.match == NameMatch::several) {
         voice.print(
             format_text(voice.messages().either(
-                            "%s: more than one file has this name in other upper and lower case.\n",
-                            "%s: mehrere Dateien heissen so in anderer Gross- und Kleinschreibung.\n"),
+                            {"%s: more than one file has this name in other upper and lower case.\n",
+                             "%s: mehrere Dateien heissen so in anderer Gross- und Kleinschreibung.\n"}),
                         printable(file).c_str()));
     }
     return found;

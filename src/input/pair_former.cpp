@@ -5,11 +5,10 @@
 namespace zemora {
 
 void PairFormer::add(std::string left, std::string right) {
-    constexpr int kAlternating = 6;  // of `InputMode`: the pairs face each other by turns
     if (!adder_.check(left, right)) {
         return;
     }
-    if (parameters.input_mode == kAlternating && is_every_second_) {
+    if (parameters.input_mode == setting::input_mode::alternating && is_every_second_) {
         names_.add_pair(right, left);  // NOLINT(readability-suspicious-call-argument): exchanged
     } else {
         names_.add_pair(left, right);

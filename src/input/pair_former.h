@@ -14,8 +14,7 @@ namespace zemora {
 
 class PairFormer {
 public:
-    PairFormer(const ParameterSet& parameters_in, Voice& voice_in, ImageList& list_in,
-               ListedNames& names)
+    PairFormer(const ParameterSet& parameters_in, Voice& voice_in, ImageList& list_in, ListedNames& names)
         : parameters(parameters_in),
           voice(voice_in),
           list(list_in),

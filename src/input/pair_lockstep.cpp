@@ -148,7 +148,7 @@ Lockstep::Side* Lockstep::find_orphan_by_time(bool opens_folder) {
 void Lockstep::tell_without_time(const Side& side) const {
     former_.voice.tell_everywhere(former_.voice.messages().text<Msg::files_input_orphan_file>() +
                                   indented_name(side.file()) +
-                                  former_.voice.messages().either("   (missing)\n", "   (fehlt)\n"));
+                                  former_.voice.messages().either({"   (missing)\n", "   (fehlt)\n"}));
 }
 
 /// Takes the next file out of its list; on disk only while times are controlled.

@@ -10,10 +10,6 @@ namespace zemora {
 
 namespace {
 
-// Values of `InputMode`.
-constexpr int kConsecutive = 4;
-constexpr int kFirstWithAll = 7;
-
 enum class Verdict {
     accepted,
     apart,  ///< The times lie too far from each other.
@@ -46,7 +42,7 @@ Verdict judge(TimeControl& control, int input_mode, const std::string& left, con
         return Verdict::accepted;
     }
     const TimeComparison times = control.compare(left, right);
-    if (input_mode == kConsecutive && is_first) {
+    if (input_mode == setting::input_mode::consecutive && is_first) {
         control.set_reference(times.seconds, left, right);
         return Verdict::accepted;
     }
@@ -88,7 +84,7 @@ void form_neighbours(const std::vector<std::string>& files, TimeControl& control
         }
         former.add(files[left], files[right]);
         is_first = false;
-        left = mode == kConsecutive ? right + 1 : right;
+        left = mode == setting::input_mode::consecutive ? right + 1 : right;
     }
 }
 
@@ -102,7 +98,8 @@ void form_with_anchor(const std::vector<std::string>& files, TimeControl& contro
             continue;
         }
         former.tell_folder(folder);
-        const Verdict verdict = judge(control, kFirstWithAll, files[anchor], files[right], false);
+        const Verdict verdict =
+            judge(control, setting::input_mode::first_with_later, files[anchor], files[right], false);
         if (verdict == Verdict::ended) {
             return;
         }
@@ -129,7 +126,7 @@ std::size_t end_of_folder(const std::vector<std::string>& files, std::size_t sta
 void form_pairs_of_sequence(const std::vector<std::string>& files, PairFormer& former) {
     TimeControl control(former.parameters, former.voice);
     control.expect(files);
-    if (former.parameters.input_mode == kFirstWithAll) {
+    if (former.parameters.input_mode == setting::input_mode::first_with_later) {
         form_with_anchor(files, control, former);
     } else {
         form_neighbours(files, control, former);
@@ -147,7 +144,6 @@ long long count_all_pairs(const std::vector<std::string>& files) {
 }
 
 void form_all_pairs(const std::vector<std::string>& files, PairFormer& former) {
-    constexpr int kAllWithAll = 8;  // of `InputMode`
     TimeControl control(former.parameters, former.voice);
     control.expect(files);
     for (std::size_t start = 0, end = 0; start < files.size(); start = end) {
@@ -156,7 +152,8 @@ void form_all_pairs(const std::vector<std::string>& files, PairFormer& former) {
             former.tell_folder(folder_of(files[left]));
             for (std::size_t right = left + 1; right < end; ++right) {
                 // The files go by time: behind one that is too late all are.
-                if (judge(control, kAllWithAll, files[left], files[right], false) == Verdict::apart) {
+                if (judge(control, setting::input_mode::all_with_all, files[left], files[right], false) ==
+                    Verdict::apart) {
                     break;
                 }
                 former.add(files[left], files[right]);

@@ -23,8 +23,6 @@ enum Mode {
     kViewFoldersInTree = 9,
 };
 
-constexpr int kPhotoAndDepthFiles = 5;  // of `StereoImageInput`
-
 long long expected_in_step(const ParameterSet& parameters, const SelectedFiles& files) {
     const auto left = static_cast<long long>(files.left.size());
     const auto right = static_cast<long long>(files.right.size());
@@ -40,7 +38,8 @@ long long expected_in_step(const ParameterSet& parameters, const SelectedFiles& 
 }
 
 void form_marked_pairs(const std::vector<std::string>& files, PairFormer& former) {
-    const bool depth_masks = former.parameters.stereo_image_input == kPhotoAndDepthFiles;
+    const bool depth_masks =
+        former.parameters.stereo_image_input == setting::stereo_image_input::photo_and_depth_files;
     for (const std::string& left : files) {
         former.tell_folder(folder_of(left));
         std::string right = partner_name(left, depth_masks);
@@ -74,8 +73,8 @@ long long expected_objects(const ParameterSet& parameters, const SelectedFiles& 
     }
 }
 
-int form_pairs(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files,
-               ImageList& list, ListedNames& names) {
+int form_pairs(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files, ImageList& list,
+               ListedNames& names) {
     PairFormer former(parameters, voice, list, names);
     if (!files.left.empty()) {
         former.start_in(folder_of(files.left[0]));

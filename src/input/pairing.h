@@ -17,8 +17,8 @@ namespace zemora {
 
 /// Forms the pairs of `InputMode` 0 to 9 with two files and adds them to `list` and `names`. Returns the
 /// characters of the longest left name without its folder.
-int form_pairs(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files,
-               ImageList& list, ListedNames& names);
+int form_pairs(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files, ImageList& list,
+               ListedNames& names);
 
 /// Adds the stereo files of `InputMode` 0 to 4 and 9 to `list` and `names`.
 void take_stereo_files(const ParameterSet& parameters, Voice& voice, const SelectedFiles& files,

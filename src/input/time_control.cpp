@@ -41,8 +41,8 @@ void TimeControl::tell_missing_time(const std::string& left) {
     const std::string suffix = suffix_of(left);
     voice_.say<Msg::files_input_format_needs_exiv2>(printable(suffix.empty() ? suffix : suffix.substr(1)));
     voice_.print(voice_.messages().either(
-        "Exiv2 is found on https://exiv2.org and among the packages of most systems.\n",
-        "Exiv2 gibt es auf https://exiv2.org und als Paket der meisten Systeme.\n"));
+        {"Exiv2 is found on https://exiv2.org and among the packages of most systems.\n",
+         "Exiv2 gibt es auf https://exiv2.org und als Paket der meisten Systeme.\n"}));
     voice_.wait(Severity::error);
 }
 
@@ -58,8 +58,8 @@ void TimeControl::set_reference(int seconds, const std::string& left, const std:
 void TimeControl::tell_end_of_pairs(const TimeComparison& times, const std::string& left,
                                     const std::string& right) const {
     voice_.tell_everywhere(
-        voice_.messages().either("\nThe list of pairs ends here, without capture time:\n",
-                                 "\nDie Liste der Paare endet hier, ohne Aufnahmezeit:\n") +
+        voice_.messages().either({"\nThe list of pairs ends here, without capture time:\n",
+                                  "\nDie Liste der Paare endet hier, ohne Aufnahmezeit:\n"}) +
         (times.left_has_time ? "" : indented_name(left)) +
         (times.right_has_time ? "" : indented_name(right)));
 }

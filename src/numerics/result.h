@@ -13,9 +13,9 @@ enum class Severity { must_be_seen = -2, error = 0, warning = 1, information = 2
 
 /// Who gets to read a note.
 enum class Audience {
-    console,                  ///< Console alone.
+    console,  ///< Console alone.
     console_and_text_report,
-    everywhere,               ///< Console, text report and HTML report.
+    everywhere,  ///< Console, text report and HTML report.
     text_report,
     html_report,
 };
@@ -29,7 +29,7 @@ struct Note {
     std::string text{};  ///< Whole lines with their line ends; of the HTML report alone, its markup.
     Audience audience = Audience::console;
     Repeat repeat = Repeat::always;
-    bool waits = false;  ///< Asks for Enter where `StopAtError` wants that for the severity.
+    bool waits = false;    ///< Asks for Enter where `StopAtError` wants that for the severity.
     std::string matter{};  ///< What `repeat` goes by; empty: the text.
 };
 
@@ -60,7 +60,7 @@ struct Failure {
 template <class T>
 class [[nodiscard]] Result {
 public:
-    Result(T value) : outcome_(std::in_place_index<0>, std::move(value)) {}             // NOLINT: widens freely
+    Result(T value) : outcome_(std::in_place_index<0>, std::move(value)) {}  // NOLINT: widens freely
     Result(Failure failure) : outcome_(std::in_place_index<1>, std::move(failure)) {}  // NOLINT
 
     [[nodiscard]] bool has_value() const { return outcome_.index() == 0; }

@@ -33,10 +33,10 @@ AnaglyphSettings settings_of(const ParameterSet& p, Voice& voice, MixNeeds needs
 
 [[noreturn]] void end_for_unstable_calibration(Voice& voice) {
     voice.print(voice.messages().either(
-        "Calibration values not stable!\n"
-        "Please send the 14 calibration values of the test image to the makers of Zemora.\n",
-        "Die Kalibrierungswerte sind nicht stabil!\n"
-        "Bitte senden Sie die 14 Kalibrierungswerte des Testbildes an die Hersteller von Zemora.\n"));
+        {"Calibration values not stable!\n"
+         "Please send the 14 calibration values of the test image to the makers of Zemora.\n",
+         "Die Kalibrierungswerte sind nicht stabil!\n"
+         "Bitte senden Sie die 14 Kalibrierungswerte des Testbildes an die Hersteller von Zemora.\n"}));
     voice.console().wait_for_enter();
     end_process(kExitFailure);
 }
@@ -46,18 +46,18 @@ void warn_of_views(const WarpState& warp) {
     const MessageCatalogue& messages = warp.voice.messages();
     if (warp.left_turn != warp.right_turn) {
         warp.voice.print_once(
-            messages.either("Warning: the views are turned differently (RotMirOutputLeft, "
-                            "RotMirOutputRight): they do not match in the anaglyph.\n",
-                            "Warnung: Die Ansichten sind verschieden gedreht (RotMirOutputLeft, "
-                            "RotMirOutputRight): im Anaglyphen passen sie nicht zusammen.\n"),
+            messages.either({"Warning: the views are turned differently (RotMirOutputLeft, "
+                             "RotMirOutputRight): they do not match in the anaglyph.\n",
+                             "Warnung: Die Ansichten sind verschieden gedreht (RotMirOutputLeft, "
+                             "RotMirOutputRight): im Anaglyphen passen sie nicht zusammen.\n"}),
             Repeat::once_a_run);
     }
     if (warp.inverse_output == 1) {
         warp.voice.print_once(
             messages.either(
-                "Warning: the views are exchanged (InverseOutput): turn the glasses of the anaglyph.\n",
-                "Warnung: Die Ansichten sind vertauscht (InverseOutput): fuer den Anaglyphen die "
-                "Brille umdrehen.\n"),
+                {"Warning: the views are exchanged (InverseOutput): turn the glasses of the anaglyph.\n",
+                 "Warnung: Die Ansichten sind vertauscht (InverseOutput): fuer den Anaglyphen die "
+                 "Brille umdrehen.\n"}),
             Repeat::once_a_run);
     }
 }

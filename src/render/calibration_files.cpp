@@ -95,9 +95,9 @@ std::optional<std::vector<TextLine>> read_lines(const std::string& path, Voice& 
 
 void tell_faulty_line(Voice& voice, const std::string& path, std::size_t line) {
     voice.print(printable(path) +
-                format_text(voice.messages().either(": line %d holds no number. Standard values are used.\n",
-                                                    ": Zeile %d enthaelt keine Zahl. Standardwerte werden "
-                                                    "benutzt.\n"),
+                format_text(voice.messages().either({": line %d holds no number. Standard values are used.\n",
+                                                     ": Zeile %d enthaelt keine Zahl. Standardwerte werden "
+                                                     "benutzt.\n"}),
                             static_cast<int>(line)));
 }
 

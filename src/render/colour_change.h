@@ -37,7 +37,6 @@ private:
 
 /// What `ExtColorManagement` asks for, from its file; nothing with 0. A faulty file ends the run, also when
 /// only an anaglyph wants it.
-[[nodiscard]] std::optional<ColourChange> read_colour_change(const ParameterSet& parameters,
-                                                             Voice& voice);
+[[nodiscard]] std::optional<ColourChange> read_colour_change(const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

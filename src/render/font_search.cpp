@@ -124,11 +124,11 @@ ChosenFont choose_font(const std::string& name, int style, Voice& voice) {
     if (is_new) {
         row->second = configured_font(name, style);
         if (row->second.file.empty()) {
-            voice.print(
-                format_text(voice.messages().either(
-                                "The font '%s' was not found, the default font is used.\n",
-                                "Die Schrift '%s' wurde nicht gefunden, die Standardschrift wird benutzt.\n"),
-                            printable(name).c_str()));
+            voice.print(format_text(
+                voice.messages().either(
+                    {"The font '%s' was not found, the default font is used.\n",
+                     "Die Schrift '%s' wurde nicht gefunden, die Standardschrift wird benutzt.\n"}),
+                printable(name).c_str()));
         }
     }
     return row->second.file.empty() ? ChosenFont{default_font(), style} : row->second;

@@ -225,8 +225,8 @@ void set_size(TiffEditor& block, const MpoMetadata& metadata, Voice& voice) {
     const MessageCatalogue& messages = voice.messages();
     const auto exif = block.find_directory(block.first_directory(), kTagExifDirectory);
     if (!exif) {
-        voice.print(messages.either("w7573: Error: no Exif pointer found\n",
-                                    "w7573: Error: Kein Exif-Pointer gefunden\n"));
+        voice.print(messages.either(
+            {"w7573: Error: no Exif pointer found\n", "w7573: Error: Kein Exif-Pointer gefunden\n"}));
         return;
     }
     const auto set = [&](ExifTag tag, int value, const char* missing) {
@@ -237,11 +237,11 @@ void set_size(TiffEditor& block, const MpoMetadata& metadata, Voice& voice) {
         }
     };
     set(kTagWidth, metadata.width,
-        messages.either("w7554: Error: no ExifImageWidth found\n",
-                        "w7554: Error: Kein ExifImageWidth gefunden\n"));
+        messages.either(
+            {"w7554: Error: no ExifImageWidth found\n", "w7554: Error: Kein ExifImageWidth gefunden\n"}));
     set(kTagHeight, metadata.height,
-        messages.either("w7570: Error: no ExifImageHeight found\n",
-                        "w7570: Error: Kein ExifImageHeight gefunden\n"));
+        messages.either(
+            {"w7570: Error: no ExifImageHeight found\n", "w7570: Error: Kein ExifImageHeight gefunden\n"}));
 }
 
 /// Where the thumbnail began there is room for a copyright; without a thumbnail it is made at the end.
@@ -287,22 +287,21 @@ std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Voice& voic
     const auto file = read_file_whole(metadata.source, reason);
     auto segment = file ? first_app1(*file) : std::nullopt;
     if (!segment) {
-        voice.print(messages.either("w7458: cannot read FFE1 from original file\n",
-                                    "w7458: FFE1 der Originaldatei kann nicht gelesen werden\n"));
+        voice.print(messages.either({"w7458: cannot read FFE1 from original file\n",
+                                     "w7458: FFE1 der Originaldatei kann nicht gelesen werden\n"}));
         return std::nullopt;
     }
     auto changed = changed_exif_segment(std::move(*segment), metadata, voice);
     if (!changed) {
-        voice.print(messages.either("w7499: cannot read FFE1 from original file\n",
-                                    "w7499: FFE1 der Originaldatei kann nicht gelesen werden\n"));
+        voice.print(messages.either({"w7499: cannot read FFE1 from original file\n",
+                                     "w7499: FFE1 der Originaldatei kann nicht gelesen werden\n"}));
     }
     return changed;
 }
 
 }  // namespace
 
-std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata,
-                                              Voice& voice) {
+std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata, Voice& voice) {
     if (!begins_with(segment, kLengthSize, kExifName) || !begins_with(segment, kTiffStart, kLittleEndian)) {
         return std::nullopt;
     }

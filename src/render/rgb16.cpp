@@ -14,10 +14,6 @@ namespace zemora {
 
 namespace {
 
-// Values of `StereoImageInput` whose files hold the views as they are.
-constexpr int kSideBySide = 1;
-constexpr int kTwoFiles = 2;
-
 /// Which part of a source file is the view.
 enum class SourcePart { whole, left_half, right_half };
 
@@ -152,7 +148,6 @@ void blank_as_in(ConstPicture plain, Colour background, const Bitmap& deep) {
 
 /// Puts the finished deep views beside those of 8 bits.
 void make_deep_outputs(WarpState& warp, const SourceFiles& sources) {
-    constexpr int kBlanked = 1;  // of `CroppOutput`
     DeepPair pair = make_deep_pair(warp, sources);
     const std::array turns = {warp.left_turn, warp.right_turn};
     const std::array views = {&pair.left, &pair.right};
@@ -168,7 +163,7 @@ void make_deep_outputs(WarpState& warp, const SourceFiles& sources) {
     for (const auto& [view, shown] : {std::pair{&pair.left, plain.left}, {&pair.right, plain.right}}) {
         if (*view && (view->width() != shown.width || view->height() != shown.height)) {
             view->reset();  // brought to another size behind the warp
-        } else if (*view && warp.cropp_output == kBlanked) {
+        } else if (*view && warp.cropp_output == setting::cropp_output::blanked) {
             blank_as_in(shown, warp.passe_colour, *view);
         }
     }
@@ -177,16 +172,16 @@ void make_deep_outputs(WarpState& warp, const SourceFiles& sources) {
 }
 
 bool wants_deep(const WarpState& warp, const std::string& file) {
-    constexpr int kDeepFormat = 7;  // of `OutputFormat`
-    return warp.parameters.output_format == kDeepFormat && !warp.eight_bits_only && is_tiff_name(file);
+    return warp.parameters.output_format == setting::output_format::tif_16_bits && !warp.eight_bits_only &&
+           is_tiff_name(file);
 }
 
 }  // namespace
 
 DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
     const int layout = warp.parameters.stereo_image_input;
-    const bool has_two_files = layout == kTwoFiles;
-    if (!has_two_files && layout != kSideBySide) {
+    const bool has_two_files = layout == setting::stereo_image_input::two_files;
+    if (!has_two_files && layout != setting::stereo_image_input::side_by_side) {
         return {};  // the views are not what the files show
     }
     std::array<Bitmap, 2> files = load_sources(sources, has_two_files);

@@ -43,8 +43,7 @@ std::uint8_t blended(int ground, int cover, int colour) {
 
 }  // namespace
 
-std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
-                                    Voice& voice) {
+std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest, Voice& voice) {
     LetterFont letters(font);
     LetterMask mask;
     if (letters.fault() == TextFault::none) {
@@ -55,8 +54,8 @@ std::optional<LetterMask> told_mask(const std::string& text, const TextFont& fon
         return std::nullopt;
     }
     if (!letters.missing().empty()) {
-        voice.print_once(format_text(voice.messages().either("No font here has the letters '%s'.\n",
-                                                             "Keine Schrift hat hier die Zeichen '%s'.\n"),
+        voice.print_once(format_text(voice.messages().either({"No font here has the letters '%s'.\n",
+                                                              "Keine Schrift hat hier die Zeichen '%s'.\n"}),
                                      printable(letters.missing()).c_str()),
                          Repeat::once_a_run);
     }

@@ -8,9 +8,9 @@ namespace {
 
 struct RemarkRow {
     double limit;
-    const char* above[2];  // English, German
-    const char* below[2];
-    const char* between[2];
+    BothTexts above;
+    BothTexts below;
+    BothTexts between;
 };
 
 constexpr RemarkRow kRemarks[] = {
@@ -49,7 +49,7 @@ std::string remark_on(Remark remark, double value, const MessageCatalogue& messa
     }
     const RemarkRow& row = kRemarks[static_cast<int>(remark)];
     const auto& words = value > row.limit ? row.above : value < -row.limit ? row.below : row.between;
-    return messages.either(words[0], words[1]);
+    return messages.either(words);
 }
 
 bool counts_as_measured(int estimate_geometry) {

@@ -48,8 +48,8 @@ std::string head_line() {
 
 DisparityMatrix disparity_matrix(const AnalysisState& analysis, const MessageCatalogue& messages) {
     const PerMilleGrid grid = per_mille_of(analysis);
-    const std::string title = messages.either("Disparity Matrix of final image [per mille]:",
-                                              "Disparitaetsmatrix des Ergebnisbilds [Promille]:");
+    const std::string title = messages.either(
+        {"Disparity Matrix of final image [per mille]:", "Disparitaetsmatrix des Ergebnisbilds [Promille]:"});
     DisparityMatrix matrix;
     matrix.text = '\n' + title + '\n' + std::string(title.size(), '-') + "\n\n" + head_line();
     matrix.html = "<p><b>" + html_text(title) + "</b></p>\n<pre>\n" + head_line();

@@ -25,14 +25,10 @@ constexpr double kVeryDeep = 1.0 / 15.0;          // of the width, the limit of 
 constexpr int kManyParts = 2;                     // one of so many tiles is enough to see a shape
 constexpr double kSmooth = 4.0;  // the error is so many times larger than from neighbour to neighbour
 
-struct Words {
-    const char* english;
-    const char* german;
-};
+constexpr BothTexts kVerdicts[] = {
+    {"good", "gut"}, {"visible", "sichtbar"}, {"do not use", "nicht verwenden"}};
 
-constexpr Words kVerdicts[] = {{"good", "gut"}, {"visible", "sichtbar"}, {"do not use", "nicht verwenden"}};
-
-constexpr Words kRemedies[] = {
+constexpr BothTexts kRemedies[] = {
     {"", ""},
     {"The scene is very deep, and near and far objects ask for different corrections: a shorter distance of "
      "the "
@@ -103,19 +99,19 @@ HeightJudgement judge_heights(const HeightCheck& check, double depth) {
 
 std::string height_remark(const HeightCheck& check, HeightVerdict verdict, const MessageCatalogue& messages) {
     if (verdict == HeightVerdict::unchecked) {
-        return format_text(messages.either(" (could not be checked, %d of %d places were found again)",
-                                           " (nicht pruefbar, %d von %d Stellen wurden wiedergefunden)"),
+        return format_text(messages.either({" (could not be checked, %d of %d places were found again)",
+                                            " (nicht pruefbar, %d von %d Stellen wurden wiedergefunden)"}),
                            check.matched, kHeightCheckTiles);
     }
-    const Words& words = kVerdicts[static_cast<std::size_t>(verdict)];
-    return format_text(messages.either(" (median; 95 %% of the picture below %.2f pixel of the input): %s",
-                                       " (Median; 95 %% des Bildes unter %.2f Pixel der Eingabe): %s"),
-                       check.most_px, messages.either(words.english, words.german));
+    const BothTexts& words = kVerdicts[static_cast<std::size_t>(verdict)];
+    return format_text(messages.either({" (median; 95 %% of the picture below %.2f pixel of the input): %s",
+                                        " (Median; 95 %% des Bildes unter %.2f Pixel der Eingabe): %s"}),
+                       check.most_px, messages.either(words));
 }
 
 std::string height_remedy(HeightCause cause, const MessageCatalogue& messages) {
-    const Words& words = kRemedies[static_cast<std::size_t>(cause)];
-    return messages.either(words.english, words.german);
+    const BothTexts& words = kRemedies[static_cast<std::size_t>(cause)];
+    return messages.either(words);
 }
 
 }  // namespace zemora

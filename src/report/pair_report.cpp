@@ -122,22 +122,22 @@ RowBlock check_block(const PairFacts& facts) {
     const HeightCheck& check = *facts.report.heights;
     const HeightVerdict verdict = facts.heights().verdict;
     const double shown = verdict == HeightVerdict::unchecked ? std::nan("") : check.median_px;
-    return {messages.either("Check of the result:\n", "Pruefung des Ergebnisses:\n"),
-            messages.either("--------------------\n", "-------------------------\n"),
-            {{messages.either("Remaining error of height   ", "Verbliebener Hoehenfehler   "),
+    return {messages.either({"Check of the result:\n", "Pruefung des Ergebnisses:\n"}),
+            messages.either({"--------------------\n", "-------------------------\n"}),
+            {{messages.either({"Remaining error of height   ", "Verbliebener Hoehenfehler   "}),
               measured_number(shown), messages.raw(Msg::stereo_analyse_unit_pixel),
               height_remark(check, verdict, messages)}}};
 }
 
 /// A row that goes on with the value above it, in another measure.
-ValueRow continued(const PairFacts& facts, std::string number, const char* english, const char* german) {
+ValueRow continued(const PairFacts& facts, std::string number, const BothTexts& measure) {
     return {facts.messages.raw(Msg::stereo_analyse_label_blank), std::move(number),
-            facts.messages.either(english, german)};
+            facts.messages.either(measure)};
 }
 
 ValueRow image_based(const PairFacts& facts, double value_px) {
     return continued(facts, rounded_number(value_px * kPerMille / facts.report.width),
-                     " Promille (image based)", " Promille (bildbezogen)");
+                     {" Promille (image based)", " Promille (bildbezogen)"});
 }
 
 void add_deviation_rows(const PairFacts& facts, std::vector<ValueRow>& rows) {
@@ -153,10 +153,10 @@ void add_deviation_rows(const PairFacts& facts, std::vector<ValueRow>& rows) {
         return;
     }
     rows.push_back(continued(facts, share_number(shares / facts.judgement.picture_share),
-                             " of the projection width", " der Projektionsbreite"));
+                             {" of the projection width", " der Projektionsbreite"}));
     rows.back().is_share = true;
     rows.push_back(continued(facts, rounded_number(facts.judgement.deviation * kPerMille),
-                             " Promille (projection based)", " Promille (projektionsbezogen)"));
+                             {" Promille (projection based)", " Promille (projektionsbezogen)"}));
 }
 
 RowBlock window_block(const PairFacts& facts) {
@@ -208,10 +208,10 @@ std::vector<RowBlock> blocks_of(const PairFacts& facts) {
 
 std::string exchange_warning(const MessageCatalogue& messages) {
     return messages.either(
-        "Attention: left and right view may be exchanged, near and far look turned round (InverseInput "
-        "exchanges the views).\n",
-        "Achtung: linke und rechte Ansicht sind vielleicht vertauscht, nah und fern wirken verkehrt "
-        "(InverseInput vertauscht die Ansichten).\n");
+        {"Attention: left and right view may be exchanged, near and far look turned round (InverseInput "
+         "exchanges the views).\n",
+         "Achtung: linke und rechte Ansicht sind vielleicht vertauscht, nah und fern wirken verkehrt "
+         "(InverseInput vertauscht die Ansichten).\n"});
 }
 
 /// The judgement, and what a pair that has not quite converged is told.

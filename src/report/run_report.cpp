@@ -48,7 +48,7 @@ std::string plain_heading(const MessageCatalogue& messages) {
 /// The call that shows the manual page, and the page on reports where it is installed.
 std::string more_information(const MessageCatalogue& messages) {
     const std::string page = find_document("reports.md");
-    return messages.either("man zemora", "man -L de zemora") + (page.empty() ? page : ", " + page);
+    return messages.either({"man zemora", "man -L de zemora"}) + (page.empty() ? page : ", " + page);
 }
 
 }  // namespace

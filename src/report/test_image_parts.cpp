@@ -56,8 +56,8 @@ Bitmap test_bitmap(int width, int height, const char* reason, Voice& voice) {
 bool store_test_image(const Bitmap& picture, const std::string& file, Voice& voice) {
     const std::string reason = encode_and_write(picture.handle(), FIF_TIFF, TIFF_LZW, file);
     if (!reason.empty()) {
-        voice.print(format_text(voice.messages().either("The file %s cannot be written: %s\n",
-                                                        "Die Datei %s kann nicht geschrieben werden: %s\n"),
+        voice.print(format_text(voice.messages().either({"The file %s cannot be written: %s\n",
+                                                         "Die Datei %s kann nicht geschrieben werden: %s\n"}),
                                 printable(file).c_str(), reason.c_str()));
     }
     return reason.empty();

@@ -29,12 +29,11 @@ constexpr int key(Preface preface) {
 
 struct JudgementText {
     int key;
-    const char* english;
-    const char* german;
+    BothTexts words;
 };
 
 constexpr JudgementText kTexts[] = {
-#define TEXT(list, verdict, english, german) {key(list::verdict), english, german},
+#define TEXT(list, verdict, english, german) {key(list::verdict), {english, german}},
 #include "report/window_judgement_texts.inc"
 #undef TEXT
 };
@@ -58,14 +57,11 @@ static_assert(are_told(key(NearVerdict::very_far_behind_unfavourable),
 static_assert(are_told(key(EdgeVerdict::not_judged), key(EdgeVerdict::no_violation)));
 static_assert(are_told(key(FarVerdict::painful), key(FarVerdict::too_near)));
 static_assert(are_told(key(Preface::window_moved_back), key(Preface::ratio_given)));
-static_assert(std::all_of(std::begin(kTexts), std::end(kTexts), [](const JudgementText& text) {
-    return placeholders_of(text.english) == placeholders_of(text.german);
-}));
 
 template <class Verdict>
 const char* words_of(Verdict verdict, const MessageCatalogue& messages) {
     const JudgementText* text = find_text(key(verdict));
-    return messages.either(text->english, text->german);
+    return messages.either(text->words);
 }
 
 // Limits of deviation and far point, fractions of the projected width.

@@ -23,7 +23,7 @@ struct MountOptions {
 struct MountedScene {
     bool mounted = false;
     StatusCode status = StatusCode::no_result;
-    int iterations = 0;         ///< Measurements of the iteration.
+    int iterations = 0;     ///< Measurements of the iteration.
     Correction correction;  ///< What the program applied.
     /// Vertical errors of the output pair, in output pixels, over a lattice of 39 x 39 places of the left
     /// view.

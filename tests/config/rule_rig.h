@@ -32,7 +32,7 @@ public:
     void pass(Language language = Language::english) {
         Console console;
         MessageCatalogue messages(language);
-        const Voice voice(console, messages, parameters);
+        Voice voice(console, messages, parameters);
         apply_consistency_rules(parameters, around, voice);
         console.flush();
     }

@@ -13,8 +13,7 @@ void refuse_one(const ParameterSet& parameters, Voice& voice, const std::string&
     rename_refused_files(parameters, voice, {{file, side}});
 }
 
-void quit_one(const ParameterSet& /*parameters*/, Voice& voice, const std::string& file,
-              FileSide side) {
+void quit_one(const ParameterSet& /*parameters*/, Voice& voice, const std::string& file, FileSide side) {
     move_quit_files(voice, {{file, side}});
 }
 
