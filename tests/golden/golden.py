@@ -17,9 +17,11 @@ import os
 import re
 import shlex
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import time
 
 import pictures
 
@@ -28,14 +30,32 @@ SUMS = os.path.join(HERE, "sums.txt")
 CASES = os.path.join(HERE, "cases.txt")
 SKIPPED = 77  # for ctest
 LONGEST = 120  # seconds of a run
+CELL = re.compile(r"(?<=_)\d+(?=[_.])")  # a number of a file of a cell
+MOST_CELLS = 8  # files with a sum each
 
 # What differs from run to run by nature, and what stands for it. Each rule is as narrow as it can be.
 STAMP = re.compile(rb"_\d{4}\.\d\d\.\d\d_\d\d\.\d\d\.\d\d")  # StampFiles 2 and 3, ReportMode 3
 RULES = [
     (STAMP, b"_TIME"),
     # The duration of a pair.
-    (re.compile(rb"(Consumed CPU time for this image: |Verbrauchte Rechenzeit fuer dieses Bild: )\d+"), rb"\1N"),
+    (re.compile(rb"(Consumed CPU time for this image: |Verbrauchte CPU-Zeit fuer dieses Bild: )\d+"), rb"\1N"),
 ]
+
+
+def without_padding(data):
+    """A TIFF whose padding is zero: the writer leaves any value in the byte that brings the directory behind
+    pixels of odd length to an even place."""
+    if data[:4] != b"II*\0":
+        return data
+    directory, = struct.unpack_from("<I", data, 4)
+    tags = {}
+    for entry in range(struct.unpack_from("<H", data, directory)[0]):
+        tag, kind, count, value = struct.unpack_from("<HHII", data, directory + 2 + 12 * entry)
+        form = f"<{count}{'H' if kind == 3 else 'I'}"
+        tags[tag] = (kind, struct.unpack_from(form, data, value) if struct.calcsize(form) > 4 and kind in (3, 4) else (value,))
+    offsets, sizes = tags[273][1], tags[279][1]
+    end = max(offset + size for offset, size in zip(offsets, sizes))
+    return data[:end] + b"\0" + data[end + 1:] if end % 2 == 1 and end + 1 == directory else data
 
 
 class Case:
@@ -172,7 +192,7 @@ class Workplace:
                 found[shown] = None if name not in after else b""
                 continue
             data = read(os.path.join(self.root, name))
-            found[shown] = self.normal(data) if is_text(data) else data
+            found[shown] = self.normal(data) if is_text(data) else without_padding(data)
         return found
 
 
@@ -189,21 +209,38 @@ def is_text(data):
     return b"\0" not in data
 
 
+def grouped(results):
+    """The dumps of the cells of a grid, hundreds of files whose names differ in numbers, as one entry."""
+    groups = {}
+    for name in results:
+        groups.setdefault(CELL.sub("#", name), []).append(name)
+    merged = {}
+    for group, names in groups.items():
+        if len(names) <= MOST_CELLS:
+            merged.update({name: results[name] for name in names})
+        else:
+            merged[f"{group} ({len(names)} files)"] = b"".join(
+                name.encode() + b" " + short_sum(results[name] or b"").encode() + b"\n" for name in names)
+    return merged
+
+
 def run_case(root, case, common, assets, exe, keep):
     """The sums of a case: name -> sum."""
+    start = time.monotonic()
     place = Workplace(root, case, assets, exe)
     for verb, text in case.steps:
         place.step(verb, text, common)
-    sums = {}
-    for name, data in place.results().items():
-        sums[f"{case.name}/{name}"] = "gone" if data is None else short_sum(data)
+    seconds = time.monotonic() - start
+    results = place.results()
+    sums = {f"{case.name}/{name}": "gone" if data is None else short_sum(data) for name, data in grouped(results).items()}
+    for name, data in results.items():
         if keep and data is not None:
             path = os.path.join(keep, case.name, name)
             os.makedirs(os.path.dirname(path), exist_ok=True)
             with open(path, "wb") as file:
                 file.write(data)
     shutil.rmtree(place.root)
-    return sums
+    return seconds, sums
 
 
 def make_set(scene, root, name):
@@ -228,8 +265,11 @@ def run_all(options, cases, common):
             concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         needed = sorted({one for case in cases for one in case.sets})
         list(pool.map(lambda name: make_set(scene, root, name), needed))
-        for done in pool.map(lambda case: run_case(root, case, common, assets, exe, keep), cases):
+        results = pool.map(lambda case: run_case(root, case, common, assets, exe, keep), cases)
+        for case, (seconds, done) in zip(cases, results):
             sums.update(done)
+            if options.times:
+                print(f"{seconds:6.2f} s {case.name}")
     return sums
 
 
@@ -283,6 +323,7 @@ def main():
     parser.add_argument("--only", metavar="PATTERN", help="cases whose names match, like 'frame*'")
     parser.add_argument("--renew", action="store_true", help="write sums.txt anew and tell what changed")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="cases at a time")
+    parser.add_argument("--times", action="store_true", help="tell the time of each case")
     parser.add_argument("--diff", nargs=2, metavar=("OLD", "NEW"), help="compare two kept folders")
     options = parser.parse_args()
     if options.diff:
