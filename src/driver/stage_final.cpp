@@ -88,13 +88,13 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
     AnalysisState& analysis = pipeline.analysis;
-    const ToneTables left_tone = analysis.Colormap_l;
-    const ToneTables right_tone = analysis.Colormap_r;
+    const ToneTables left_tone = analysis.tone_left;
+    const ToneTables right_tone = analysis.tone_right;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     const bool found = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
                        AnalyseStatus::done;
-    analysis.Colormap_l = left_tone;
-    analysis.Colormap_r = right_tone;
+    analysis.tone_left = left_tone;
+    analysis.tone_right = right_tone;
     return found ? analysis.disparity.far_point : 0.0F;
 }
 
@@ -204,8 +204,8 @@ WarpRequest output_request(Pipeline& pipeline, const PairRun& pair) {
     request.correction.rotation = static_cast<float>(c.rotation_rad);
     request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
     request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
-    request.tone_left = &pipeline.analysis.Colormap_l;
-    request.tone_right = &pipeline.analysis.Colormap_r;
+    request.tone_left = &pipeline.analysis.tone_left;
+    request.tone_right = &pipeline.analysis.tone_right;
     request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
     request.use_tone = true;
@@ -221,13 +221,8 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const bool tone_first = pair.analysed && p.post_viewer_active == 0;
     const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
     if (pair.analysed) {
-        const CorrectionValues c{static_cast<float>(pair.correction.height_px),
-                                 0.0F,
-                                 static_cast<float>(pair.correction.size),
-                                 static_cast<float>(pair.correction.rotation_rad),
-                                 static_cast<float>(pair.correction.vergence_v_rad),
-                                 static_cast<float>(pair.correction.vergence_h_rad),
-                                 0.0F};
+        Correction c = pair.correction.rounded_to_float();
+        c.shift_px = 0.0;
         pair.stress_px = mean_model_error(c, pipeline.input.height(), pipeline.input.width());
     }
     if (tone_first) {
