@@ -30,6 +30,7 @@ SUMS = os.path.join(HERE, "sums.txt")
 CASES = os.path.join(HERE, "cases.txt")
 SKIPPED = 77  # for ctest
 LONGEST = 120  # seconds of a run
+EMPTY_FOLDER = "empty folder"
 CELL = re.compile(r"(?<=_)\d+(?=[_.])")  # a number of a file of a cell
 MOST_CELLS = 8  # files with a sum each
 
@@ -89,18 +90,14 @@ def read_cases():
 class Workplace:
     """The folders of one case: the program's own, the pictures, temporary files, the user's home."""
 
-    def __init__(self, root, case, assets, exe):
+    def __init__(self, root, case):
         self.case = case
         self.root = os.path.join(root, case.name)
         self.folders = {name: os.path.join(self.root, name) for name in ("pictures", "program", "temporary", "home")}
         for folder in self.folders.values():
             os.makedirs(folder)
         self.program = os.path.join(self.folders["program"], "zemora")
-        shutil.copyfile(exe, self.program)
-        os.chmod(self.program, 0o755)
-        for name in ("resource", "doc", "sRGB.icc", "AdobeCompatible.icc"):
-            source = os.path.join(assets, name)
-            (shutil.copytree if os.path.isdir(source) else shutil.copyfile)(source, os.path.join(self.folders["program"], name))
+        shutil.copytree(os.path.join(root, "program"), self.folders["program"], copy_function=os.link, dirs_exist_ok=True)
         for one in case.sets:
             shutil.copytree(os.path.join(root, "sets", one), self.folders["pictures"], dirs_exist_ok=True)
         self.before = self.files()
@@ -109,13 +106,15 @@ class Workplace:
         self.locale = "C"
 
     def files(self):
-        """Content sums of all files of the case by their names."""
+        """What tells a file that was written from one that was not, for all files and empty folders."""
         found = {}
-        for folder in ("pictures", "program", "temporary", "home"):
-            for place, folders, names in os.walk(self.folders[folder]):
+        for folder in self.folders.values():
+            for place, folders, names in os.walk(folder):
                 for name in names + [name for name in folders if not os.listdir(os.path.join(place, name))]:
                     path = os.path.join(place, name)
-                    found[os.path.relpath(path, self.root)] = short_sum(read(path)) if os.path.isfile(path) else "folder"
+                    status = os.lstat(path)
+                    found[os.path.relpath(path, self.root)] = (
+                        EMPTY_FOLDER if os.path.isdir(path) else (status.st_ino, status.st_size, status.st_mtime_ns))
         return found
 
     def environment(self):
@@ -148,7 +147,7 @@ class Workplace:
         with open(path, "w", encoding="utf-8") as file:
             file.write(script + "esac\nexit 1\n")
         os.chmod(path, 0o755)
-        self.before[os.path.relpath(path, self.root)] = short_sum(read(path))
+        self.before = {**self.files(), **self.before}  # the script is no result
 
     def step(self, verb, text, common):
         if verb == "run":
@@ -188,7 +187,7 @@ class Workplace:
             shown = os.fsdecode(self.normal(os.fsencode(name)))
             while shown in found:
                 shown += "+"
-            if name not in after or after[name] == "folder":
+            if name not in after or after[name] == EMPTY_FOLDER:
                 found[shown] = None if name not in after else b""
                 continue
             data = read(os.path.join(self.root, name))
@@ -224,10 +223,10 @@ def grouped(results):
     return merged
 
 
-def run_case(root, case, common, assets, exe, keep):
+def run_case(root, case, common, keep):
     """The sums of a case: name -> sum."""
     start = time.monotonic()
-    place = Workplace(root, case, assets, exe)
+    place = Workplace(root, case)
     for verb, text in case.steps:
         place.step(verb, text, common)
     seconds = time.monotonic() - start
@@ -241,6 +240,18 @@ def run_case(root, case, common, assets, exe, keep):
                 file.write(data)
     shutil.rmtree(place.root)
     return seconds, sums
+
+
+def lay_out_program(root, exe, scene):
+    """A copy of the program with the data files beside it; the cases link to its files."""
+    folder = os.path.join(root, "program")
+    assets = find_assets(exe, scene)
+    os.mkdir(folder)
+    for name in ("resource", "doc"):
+        shutil.copytree(os.path.join(assets, name), os.path.join(folder, name))
+    for name in ("sRGB.icc", "AdobeCompatible.icc"):
+        shutil.copy(os.path.join(assets, name), folder)
+    shutil.copy(exe, os.path.join(folder, "zemora"))
 
 
 def make_set(scene, root, name):
@@ -258,14 +269,14 @@ def find_assets(exe, scene):
 
 def run_all(options, cases, common):
     exe, scene = os.path.abspath(options.exe), os.path.abspath(options.scene)
-    assets = find_assets(exe, scene)
     keep = options.keep and os.path.abspath(options.keep)
     sums = {}
     with tempfile.TemporaryDirectory(prefix="golden-") as root, \
             concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        lay_out_program(root, exe, scene)
         needed = sorted({one for case in cases for one in case.sets})
         list(pool.map(lambda name: make_set(scene, root, name), needed))
-        results = pool.map(lambda case: run_case(root, case, common, assets, exe, keep), cases)
+        results = pool.map(lambda case: run_case(root, case, common, keep), cases)
         for case, (seconds, done) in zip(cases, results):
             sums.update(done)
             if options.times:
