@@ -103,7 +103,7 @@ class Workplace:
         self.before = self.files()
         self.console = b""
         self.answers = ""
-        self.locale = "C"
+        self.variables = {"LC_ALL": "C"}
 
     def files(self):
         """What tells a file that was written from one that was not, for all files and empty folders."""
@@ -121,7 +121,7 @@ class Workplace:
         kept = {name: value for name, value in os.environ.items()
                 if name in ("PATH", "OMP_NUM_THREADS", "ZEMORA_ISA", "ASAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX")}
         kept.setdefault("OMP_NUM_THREADS", "1")
-        return {**kept, "HOME": self.folders["home"], "TMPDIR": self.folders["temporary"], "LC_ALL": self.locale, "TZ": "UTC"}
+        return {**kept, "HOME": self.folders["home"], "TMPDIR": self.folders["temporary"], "TZ": "UTC", **self.variables}
 
     def call(self, arguments, **settings):
         return subprocess.run(arguments, cwd=self.folders["pictures"], env=self.environment(), stdout=subprocess.PIPE,
@@ -129,7 +129,7 @@ class Workplace:
 
     def run(self, arguments):
         result = self.call([self.program, *arguments], input=self.answers.encode())
-        self.console += b"$ zemora " + shlex.join(arguments).encode() + b"\n" + result.stdout
+        self.console += b"$ zemora " + shlex.join(arguments).encode("utf-8", "surrogateescape") + b"\n" + result.stdout
         self.console += b"\n= exit code %d\n" % result.returncode
         self.answers = ""
 
@@ -150,6 +150,8 @@ class Workplace:
         self.before = {**self.files(), **self.before}  # the script is no result
 
     def step(self, verb, text, common):
+        for name in ("pictures", "program"):
+            text = text.replace("{" + name + "}", self.folders[name])
         if verb == "run":
             self.run([*common, *shlex.split(text)])
         elif verb == "bare":  # without the common settings
@@ -162,8 +164,8 @@ class Workplace:
                 self.console += b"$ " + text.encode() + b"\n" + result.stdout
         elif verb == "answer":  # on the standard input of the next run
             self.answers = text.replace("\\n", "\n")
-        elif verb == "locale":
-            self.locale = text
+        elif verb == "environment":
+            self.variables.update([text.split("=", 1)])
         elif verb == "viewer":
             self.add_viewer(text)
         else:

@@ -179,7 +179,7 @@ def portrait(make):
 def lying(make):
     """Portrait pictures that lie on their side and say so in their Exif."""
     make.scene("y_l.jpg", "y_r.jpg", 400, 300, "seed=9", "height=2")
-    for name, turn in (("y_l.jpg", "6"), ("y_r.jpg", "8")):
+    for name, turn in (("y_l.jpg", "6"), ("y_r.jpg", "6")):
         subprocess.run(["exiftool", "-q", "-n", "-overwrite_original", "-Exif:Model=Twin", "-Exif:Orientation=" + turn,
                         make.path(name)], check=True)
 
@@ -229,8 +229,13 @@ def barrel(make):
 
 
 def far_off(make):
-    """Errors that need the wide search."""
+    """Errors beyond what is found."""
     make.scene("f_l.bmp", "f_r.bmp", 700, 520, "seed=11", "height=60", "rotation=3", "size=2", "noise=3")
+
+
+def far_turned(make):
+    """Errors that only the wide search finds."""
+    make.scene("h40_l.bmp", "h40_r.bmp", 700, 520, "seed=11", "height=40", "rotation=3")
 
 
 def dull(make):
