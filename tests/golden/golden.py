@@ -128,9 +128,12 @@ class Workplace:
                               stderr=subprocess.STDOUT, timeout=LONGEST, check=False, **settings)
 
     def run(self, arguments):
-        result = self.call([self.program, *arguments], input=self.answers.encode())
-        self.console += b"$ zemora " + shlex.join(arguments).encode("utf-8", "surrogateescape") + b"\n" + result.stdout
-        self.console += b"\n= exit code %d\n" % result.returncode
+        self.console += b"$ zemora " + shlex.join(arguments).encode("utf-8", "surrogateescape") + b"\n"
+        try:
+            result = self.call([self.program, *arguments], input=self.answers.encode())
+            self.console += result.stdout + b"\n= exit code %d\n" % result.returncode
+        except subprocess.TimeoutExpired:
+            self.console += b"= does not end\n"
         self.answers = ""
 
     def add_viewer(self, text):
@@ -252,7 +255,9 @@ def lay_out_program(root, exe, scene):
     for name in ("resource", "doc"):
         shutil.copytree(os.path.join(assets, name), os.path.join(folder, name))
     for name in ("sRGB.icc", "AdobeCompatible.icc"):
-        shutil.copy(os.path.join(assets, name), folder)
+        profile = read(os.path.join(assets, name))
+        with open(os.path.join(folder, name), "wb") as file:  # without the moment of its making
+            file.write(profile[:24] + bytes(12) + profile[36:])
     shutil.copy(exe, os.path.join(folder, "zemora"))
 
 
@@ -350,12 +355,11 @@ def main():
     chosen = [case for case in cases if fnmatch.fnmatch(case.name, options.only or "*")]
     names = {case.name for case in chosen}
     sums = run_all(options, chosen, common)
-    all_sums = read_sums()
-    count = compare({name: value for name, value in all_sums.items() if name.split("/")[0] in names
-                     or (not options.only and name)}, sums)
+    old = read_sums()
+    others = {name: value for name, value in old.items() if options.only and name.split("/")[0] not in names}
+    count = compare({name: value for name, value in old.items() if name not in others}, sums)
     if options.renew:
-        kept = {name: value for name, value in all_sums.items() if options.only and name.split("/")[0] not in names}
-        write_sums({**kept, **sums})
+        write_sums({**others, **sums})
         print(f"{count} of {len(sums)} sums are new")
         return 0
     print(f"{len(chosen)} cases, {len(sums)} files: {count or 'no'} differences")

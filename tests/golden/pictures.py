@@ -113,6 +113,26 @@ def mpo(left, right):
     return left[:2] + exif + index(size, len(second), size - origin) + left[2:] + second
 
 
+def ink_profile():
+    """A colour profile of a printer with four inks, as tables of two places a side from and to Lab."""
+    def table(inputs, outputs, places):
+        straight = bytes(range(256))
+        unit = b"".join(struct.pack(">i", 65536 if i % 4 == 0 else 0) for i in range(9))
+        return (b"mft1" + bytes(4) + bytes([inputs, outputs, 2, 0]) + unit + straight * inputs + bytes(places)
+                + straight * outputs)
+    to_inks = [value for place in range(8) for value in
+               ((40, 30, 20, 220) if place < 4 else (250 * (place % 4 < 2), 200 * (place % 2), 180 * (1 - place % 2), 5))]
+    to_lab = [value for place in range(16) for value in (255 - 16 * place, 100 + 4 * place, 160 - 5 * place)]
+    tags = [(b"B2A0", table(3, 4, to_inks)), (b"A2B0", table(4, 3, to_lab))]
+    place, directory, body = 132 + 12 * len(tags), b"", b""
+    for name, data in tags:
+        directory += name + struct.pack(">II", place + len(body), len(data))
+        body += data + bytes(-len(data) % 4)
+    head = (struct.pack(">I", place + len(body)) + bytes(4) + b"\2\x40\0\0prtrCMYKLab " + bytes(12) + b"acsp" + bytes(28)
+            + struct.pack(">III", 0xF6D6, 0x10000, 0xD32D))
+    return head + bytes(128 - len(head)) + struct.pack(">I", len(tags)) + directory + body
+
+
 def plain(width, height, colour):
     return [bytes(colour) * width for _ in range(height)]
 
@@ -157,6 +177,10 @@ def other(make):
 
 def bitmaps(make):
     make.scene("c_l.bmp", "c_r.bmp", 450, 340, "seed=5", "height=4", "rotation=0.5", "brightness=1.2")
+
+
+def inks(make):
+    make.write("inks.icc", ink_profile())
 
 
 def wide(make):
