@@ -14,6 +14,7 @@ import difflib
 import fnmatch
 import hashlib
 import os
+import pty
 import re
 import shlex
 import shutil
@@ -21,9 +22,11 @@ import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 
-import pictures
+sys.dont_write_bytecode = True
+import pictures  # noqa: E402
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SUMS = os.path.join(HERE, "sums.txt")
@@ -40,6 +43,8 @@ RULES = [
     (STAMP, b"_TIME"),
     # The duration of a pair.
     (re.compile(rb"(Consumed CPU time for this image: |Verbrauchte CPU-Zeit fuer dieses Bild: )\d+"), rb"\1N"),
+    # Steps of the progress in a terminal below 100 %: which ones come depends on the threads.
+    (re.compile(rb"\r[^\r\n]* \d?\d\.\d %\x1b\[K"), b""),
 ]
 
 
@@ -48,15 +53,24 @@ def without_padding(data):
     pixels of odd length to an even place."""
     if data[:4] != b"II*\0":
         return data
+    try:
+        end, directory = last_pixel_and_directory(data)
+    except (struct.error, KeyError):
+        return data
+    return data[:end] + b"\0" + data[end + 1:] if end % 2 == 1 and end + 1 == directory else data
+
+
+def last_pixel_and_directory(data):
+    """Where the pixels of a little-endian TIFF end and where its directory begins."""
     directory, = struct.unpack_from("<I", data, 4)
     tags = {}
     for entry in range(struct.unpack_from("<H", data, directory)[0]):
         tag, kind, count, value = struct.unpack_from("<HHII", data, directory + 2 + 12 * entry)
         form = f"<{count}{'H' if kind == 3 else 'I'}"
-        tags[tag] = (kind, struct.unpack_from(form, data, value) if struct.calcsize(form) > 4 and kind in (3, 4) else (value,))
-    offsets, sizes = tags[273][1], tags[279][1]
-    end = max(offset + size for offset, size in zip(offsets, sizes))
-    return data[:end] + b"\0" + data[end + 1:] if end % 2 == 1 and end + 1 == directory else data
+        in_entry = struct.calcsize(form) <= 4
+        if tag in (273, 279):  # offsets and sizes of the strips
+            tags[tag] = struct.unpack_from(form, struct.pack("<I", value) if in_entry else data, 0 if in_entry else value)
+    return max(offset + size for offset, size in zip(tags[273], tags[279])), directory
 
 
 class Case:
@@ -103,6 +117,7 @@ class Workplace:
         self.before = self.files()
         self.console = b""
         self.answers = ""
+        self.on_terminal = False
         self.variables = {"LC_ALL": "C"}
 
     def files(self):
@@ -127,10 +142,33 @@ class Workplace:
         return subprocess.run(arguments, cwd=self.folders["pictures"], env=self.environment(), stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=LONGEST, check=False, **settings)
 
+    def call_on_terminal(self, arguments):
+        """As `call`, with a terminal of 100 columns for input and output; the answers are typed ahead."""
+        master, terminal = pty.openpty()
+        settings = termios.tcgetattr(terminal)
+        settings[3] &= ~termios.ECHO
+        termios.tcsetattr(terminal, termios.TCSANOW, settings)
+        termios.tcsetwinsize(terminal, (30, 100))
+        os.write(master, self.answers.encode())
+        with subprocess.Popen(arguments, cwd=self.folders["pictures"], env=self.environment(), stdin=terminal,
+                              stdout=terminal, stderr=terminal) as process:
+            os.close(terminal)
+            output = b""
+            try:
+                while data := os.read(master, 65536):
+                    output += data
+            except OSError:  # the program has closed the terminal
+                pass
+        os.close(master)
+        return subprocess.CompletedProcess(arguments, process.returncode, output.replace(b"\r\n", b"\n"))
+
     def run(self, arguments):
         self.console += b"$ zemora " + shlex.join(arguments).encode("utf-8", "surrogateescape") + b"\n"
         try:
-            result = self.call([self.program, *arguments], input=self.answers.encode())
+            if self.on_terminal:
+                result = self.call_on_terminal([self.program, *arguments])
+            else:
+                result = self.call([self.program, *arguments], input=self.answers.encode())
             self.console += result.stdout + b"\n= exit code %d\n" % result.returncode
         except subprocess.TimeoutExpired:
             self.console += b"= does not end\n"
@@ -167,6 +205,8 @@ class Workplace:
                 self.console += b"$ " + text.encode() + b"\n" + result.stdout
         elif verb == "answer":  # on the standard input of the next run
             self.answers = text.replace("\\n", "\n")
+        elif verb == "terminal":  # for the runs from here on
+            self.on_terminal = True
         elif verb == "environment":
             self.variables.update([text.split("=", 1)])
         elif verb == "viewer":
@@ -189,7 +229,7 @@ class Workplace:
         for name in sorted(set(self.before) | set(after)):
             if self.before.get(name) == after.get(name):
                 continue
-            shown = os.fsdecode(self.normal(os.fsencode(name)))
+            shown = re.sub(r"[\0-\x1f]", "?", os.fsdecode(self.normal(os.fsencode(name))))
             while shown in found:
                 shown += "+"
             if name not in after or after[name] == EMPTY_FOLDER:

@@ -305,17 +305,45 @@ def depth(make):
     make.write("both/b.png", png(beside(photo, mask)))
 
 
+def bmp_forms(make):
+    """A view of 256 greys and one of 32 bits, from the top down."""
+    left, right = make.rows(300, 220, "seed=15", "height=2")
+    greys = b"".join(bytes((value, value, value, 0)) for value in range(256))
+    body = b"".join(row[1::3] for row in reversed(left))
+    make.write("1_l.bmp", b"BM" + struct.pack("<IHHI", 1078 + len(body), 0, 0, 1078)
+               + struct.pack("<IiiHHIIiiII", 40, 300, 220, 1, 8, 0, len(body), 0, 0, 256, 0) + greys + body)
+    body = b"".join(bytes((row[i + 2], row[i + 1], row[i], 255)) for row in right for i in range(0, 900, 3))
+    make.write("1_r.bmp", b"BM" + struct.pack("<IHHI", 54 + len(body), 0, 0, 54)
+               + struct.pack("<IiiHHIIiiII", 40, 300, -220, 1, 32, 0, len(body), 0, 0, 0, 0) + body)
+
+
+def samsung_photo(photo, mask, width, height):
+    """The photo with a depth map, dark near, in the trailer of that maker."""
+    def block(kind, name, data):
+        return struct.pack("<HHI", 0, kind, len(name)) + name + data
+    extra = bytes(32) + struct.pack("<III", 0xFFFF0001, width, height) + bytes(52)
+    blocks = [(0x0AB1, block(0x0AB1, b"DualShot_DepthMap_1", mask)), (0x0AB3, block(0x0AB3, b"DualShot_Extra_Info", extra))]
+    total, place, directory = sum(len(data) for _, data in blocks), 0, b"SEFH" + struct.pack("<II", 101, 2)
+    for kind, data in blocks:
+        directory += struct.pack("<HHII", 0, kind, total - place, len(data))
+        place += len(data)
+    return photo + b"".join(data for _, data in blocks) + directory + struct.pack("<I", len(directory)) + b"SEFT"
+
+
 def phone(make):
-    """A photo with a depth picture behind it, one with a mask beside it, one without any."""
+    """A photo with a depth picture behind it, one with a map of another maker, one with a mask beside it, one
+    without any."""
     make.scene("apple.jpg", "spare.jpg", 400, 300, "seed=5")
     os.remove(make.path("spare.jpg"))
     make.scene("mask.jpg", "other_D.jpg", 400, 300, "seed=6", "texture=0")
     photo = make.read("apple.jpg")
     make.write("other.jpg", photo)
     make.write("none.jpg", photo)
+    dark_near = b"".join(bytes(255 - value for value in row) for row in mask_rows(200, 150, 1))
+    make.write("sam.jpg", samsung_photo(photo, dark_near, 200, 150))
     make.write("apple.jpg", mpo(photo, make.read("mask.jpg")))
     os.remove(make.path("mask.jpg"))
-    for name, maker in (("apple.jpg", "Apple"), ("none.jpg", "samsung")):
+    for name, maker in (("apple.jpg", "Apple"), ("none.jpg", "samsung"), ("sam.jpg", "samsung")):
         subprocess.run(["exiftool", "-q", "-m", "-overwrite_original", "-EXIF:Make=" + maker, "-EXIF:Orientation#=1",
                         make.path(name)], check=True)
 
