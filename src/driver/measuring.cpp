@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "driver/failure.h"
+
 namespace zemora {
 
 namespace {
@@ -79,7 +81,8 @@ bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& st
                           static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
     request.crop = 0;
     pipeline.voice.progress(step, 0.0);
-    if (warp_still(warp, request, pair.selection) != WarpStatus::done) {
+    if (const Result<void> done = warp_still(warp, request, pair.selection); !done) {
+        conclude_failure(pipeline.voice, done.failure());
         return false;
     }
     pipeline.voice.progress(step, 100.0);
