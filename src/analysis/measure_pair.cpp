@@ -111,6 +111,7 @@ PairMeasurement::Status PairMeasurement::warp(const std::string& step) {
         if (warped.failure().ends_run) {
             return warped.failure();
         }
+        notes_.add(warped.failure().note);
         return StatusCode::failed;
     }
     notes_.progress(step, 100.0);

@@ -1,8 +1,10 @@
 #include <chrono>
 
+#include "driver/failure.h"
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
+#include "driver/settings_render.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "report/analysis_rows.h"
@@ -24,9 +26,9 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       warp(parameters_in, left_geometry, right_geometry, voice_in),
       depth(parameters_in),
       inputs(list_in),
-      initial_frame(warp.frame),
-      initial_frame_left_right(parameters_in.frame_left_right) {
+      frame(frame_settings(parameters_in)) {
     analysis.visitor = &analysis_dump;
+    warp.colours = value_or_end(voice, read_colour_change(parameters, voice.messages()));
 }
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
@@ -69,7 +71,7 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& befor
     pair.status = before.status;
     pair.target = before.target;
     WarpState& warp = pipeline.warp;
-    warp.frame = pipeline.initial_frame;
+    pair.frame = pipeline.frame;
     warp.work_height = pipeline.parameters.work_height;
     warp.work_width = pipeline.parameters.work_width;
     warp.force_size = before.force_size;

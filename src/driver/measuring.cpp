@@ -48,8 +48,8 @@ Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduce
                           static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
                           static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
     request.crop = 0;
-    if (warp_still(warp, request, pair_.selection) != WarpStatus::done) {
-        return Failure{};
+    if (const Result<void> done = warp_still(warp, request, pair_.selection); !done) {
+        return done.failure();
     }
     pair_.scale = scale;
     pair_.working_height = warp.height;

@@ -20,6 +20,7 @@
 #include "input/image_list.h"
 #include "input/input_pair.h"
 #include "input/stored_record.h"
+#include "render/finished.h"
 #include "render/framing.h"
 #include "render/output_size.h"
 #include "render/selection_box.h"
@@ -50,9 +51,8 @@ struct Pipeline {
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
-    int mounted = 0;              ///< Objects whose products are all stored.
-    FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
-    int initial_frame_left_right;
+    int mounted = 0;            ///< Objects whose products are all stored.
+    const FrameSettings frame;  ///< Of the settings; each pair starts from it.
     BatchNames last_stored;
 };
 
@@ -121,8 +121,10 @@ struct PairRun {
     std::vector<Doubt> doubts;           ///< What keeps the pair from being a success.
     double deviation = 0.0;
     double projected_deviation = 0.0;
-    double stress_px = 0.0;
-    Curtains curtains;
+    Curtains curtains;       ///< Of the finished views.
+    FrameSettings frame;     ///< Round the pictures.
+    int inverse_output = 0;  ///< Working copy of `InverseOutput`.
+    Finished finished;       ///< From `finish_pictures` on.
     int final_interpolation = 0;
     std::string picture_tag;  ///< Of the stored pictures, for the HTML report.
 };

@@ -138,7 +138,7 @@ Bitmap right_view(const Scene& scene, SceneOptions options, const MountOptions& 
 }
 
 void save(const Bitmap& bitmap, const std::string& path) {
-    const std::string reason = save_picture(bitmap, path, SaveOptions(ParameterSet()));
+    const std::string reason = save_picture(bitmap, path, SaveOptions());
     if (!reason.empty()) {
         std::printf("%s: %s\n", path.c_str(), reason.c_str());
     }
