@@ -3,6 +3,7 @@
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
+#include "driver/settings_input.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "report/analysis_rows.h"
@@ -21,7 +22,7 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       analysis_dump(parameters_in, run_in.working_directory, run_in.program_directory, voice_in),
       analysis(parameters_in),
       warp(parameters_in, left_geometry, right_geometry, voice_in),
-      depth(parameters_in),
+      depth(depth_settings_of(parameters_in)),
       inputs(list_in),
       initial_frame(warp.frame),
       initial_frame_left_right(parameters_in.frame_left_right) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "driver/settings_input.h"
 #include "input/file_selection.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
@@ -194,7 +195,9 @@ void announce_call(const Invocation& invocation, Voice& voice) {
 }
 
 FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, Voice& voice) {
-    const FolderLayout found = find_folder_layout(parameters, absolute_name(invocation.arguments[0]));
+    CollectOptions options = collect_options_of(parameters);
+    options.path_of_images = absolute_name(invocation.arguments[0]);
+    const FolderLayout found = find_folder_layout(options);
     if (!found.is_certain() && voice.console().can_ask()) {
         return {found.sign, ask_for_layout(voice), setting::input_mode::consecutive};
     }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "driver/measuring.h"
+#include "driver/settings_input.h"
 #include "driver/viewers.h"
 #include "input/list_file.h"
 #include "input/mask_crop.h"
@@ -114,7 +115,7 @@ long long current_seconds() {
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     if (p.input_mode == setting::input_mode::view_folders && p.rename_refused != 0) {
-        rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
+        rename_refused_files(p.rename_refused, pipeline.voice, sided_files(pipeline, pair));
     }
 }
 
@@ -143,8 +144,9 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         return;  // tried again by a later run, or nothing new
     }
     const bool two = pipeline.list.two_files;
-    update_database_line(p, pipeline.voice, list_path_of(p), two ? pair.files.left : pair.files.stereo,
-                         two ? pair.files.right : std::string(), result);
+    update_database_line(p.path_of_images, pipeline.voice, list_path_of(p),
+                         two ? pair.files.left : pair.files.stereo, two ? pair.files.right : std::string(),
+                         result);
 }
 
 bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
@@ -173,7 +175,7 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     pair.stored = *left;
     pair.has_stored = true;
     tell_stored_record(pipeline, pair);
-    if (drop_foreign_selection(pair.stored, pipeline.parameters)) {
+    if (drop_foreign_selection(pair.stored, wanted_shape_of(pipeline.parameters))) {
         pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
                                  : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
         pipeline.voice.wait(Severity::error);

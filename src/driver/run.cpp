@@ -10,11 +10,13 @@
 #include "config/parameter_table.h"
 #include "depth/depth_masks.h"
 #include "driver/exiftool.h"
+#include "driver/failure.h"
 #include "driver/invocation.h"
 #include "driver/outside_steps.h"
 #include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/post_run.h"
+#include "driver/settings_input.h"
 #include "driver/viewers.h"
 #include "platform/paths.h"
 #include "platform/process_end.h"
@@ -287,10 +289,10 @@ std::string empty_list_hint(const Run& run) {
 
 void collect_input(Run& run) {
     const ParameterSet& p = run.parameters;
-    run.list = build_image_list(p, run.voice,
-                                [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
-                                    return fill_depth_gaps(plan, photos, masks, run.voice);
-                                });
+    const auto make_depth_masks = [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
+        return fill_depth_gaps(plan, photos, masks, run.voice);
+    };
+    run.list = value_or_end(build_image_list(collect_options_of(p), run.voice, make_depth_masks), run.voice);
     if (p.write_data_base == 1 && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(Severity::error);
