@@ -17,7 +17,10 @@ AnalysisState::AnalysisState(const ParameterSet& parameters)
       estimate_vergence_v(parameters.estimate_vergence_v),
       estimate_vergence_h(parameters.estimate_vergence_h),
       robust(parameters.robust_estimation != 0),
-      passe_colour(passe_colour_of(parameters)),
+      passe_colour(
+          passe_colour_of(parameters.passepartout, {static_cast<std::uint8_t>(parameters.passe_color_blue),
+                                                    static_cast<std::uint8_t>(parameters.passe_color_green),
+                                                    static_cast<std::uint8_t>(parameters.passe_color_red)})),
       Colormap_l(ToneTables::identity()),
       Colormap_r(ToneTables::identity()) {}
 

@@ -4,12 +4,14 @@
 
 namespace zemora {
 
-void conclude_failure(const Failure& failure, Voice& voice) {
+void conclude_failure(Voice& voice, const Failure& failure) {
     if (failure.no_memory) {
         end_run_without_picture_memory(voice.console(), failure.note.text, failure.advice);
     }
     voice.add(failure.note);
-    end_process(kExitFailure);
+    if (failure.ends_run) {
+        end_process(kExitFailure);
+    }
 }
 
 }  // namespace zemora

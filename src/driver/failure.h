@@ -1,22 +1,28 @@
 #pragma once
-/// The one place where a failure that ends the run ends it.
+/// The one place where the failure of a stage ends the run.
+
+#include <utility>
 
 #include "config/voice.h"
 #include "numerics/result.h"
 
 namespace zemora {
 
-/// Tells the failure, waits where it asks for that, and ends the process with code 1. Without memory the
-/// advice for that is told too.
-[[noreturn]] void conclude_failure(const Failure& failure, Voice& voice);
+/// Tells the failure; where it ends the run, this does so.
+void conclude_failure(Voice& voice, const Failure& failure);
 
-/// The value of a result that ends the run without one.
+/// The value of a result whose failures all end the run.
 template <class T>
-[[nodiscard]] T value_or_end(Result<T> result, Voice& voice) {
+[[nodiscard]] T value_or_end(Voice& voice, Result<T> result) {
     if (!result) {
-        conclude_failure(result.failure(), voice);
+        conclude_failure(voice, result.failure());
     }
-    return std::move(result).value();
+    return std::move(*result);
+}
+inline void succeed_or_end(Voice& voice, const Result<void>& result) {
+    if (!result) {
+        conclude_failure(voice, result.failure());
+    }
 }
 
 }  // namespace zemora

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "driver/failure.h"
 #include "driver/measuring.h"
 #include "driver/settings_input.h"
 #include "driver/viewers.h"
@@ -209,7 +210,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
 }
 
 StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) {
-    const PreSelection& preset = pipeline.input.pre_selection;
+    const PreSelection& preset = pair.orders.pre_selection;
     const Correction& c = pair.correction;
     const SelectionBox& box = pair.selection;
     const ParameterSet& p = pipeline.parameters;
@@ -261,7 +262,11 @@ void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {
 
 void write_progress_views(const Pipeline& pipeline) {
     if (pipeline.parameters.graphical_interface != 0) {
-        write_mask_thumbs(pipeline.input.full(), state_directory(), std::nullopt, pipeline.voice);
+        if (const auto written =
+                write_mask_thumbs(pipeline.input.full(), state_directory(), std::nullopt, pipeline.voice);
+            !written) {
+            conclude_failure(pipeline.voice, written.failure());
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #include "driver/settings_input.h"
 
 #include "input/list_file.h"
+#include "input/passepartout.h"
 
 namespace zemora {
 
@@ -34,6 +35,27 @@ std::string list_path_of(const ParameterSet& parameters) {
 
 WantedShape wanted_shape_of(const ParameterSet& parameters) {
     return {parameters.cropp_output, parameters.output_height, parameters.output_width};
+}
+
+PairReadOptions pair_read_options_of(const ParameterSet& p) {
+    using namespace setting::estimate_geometry;
+    const int mode = p.estimate_geometry;
+    PairReadOptions options;
+    options.stereo_image_input = p.stereo_image_input;
+    options.keeps_cut_pictures = mode == from_keys || mode == measured_and_stored || mode == from_files ||
+                                 mode == from_list_and_stored;
+    options.has_view_folders = p.input_mode == setting::input_mode::view_folders;
+    options.converter = p.path_of_irfanview;
+    return options;
+}
+
+PrepareOptions prepare_options_of(const ParameterSet& p) {
+    const Colour chosen{static_cast<std::uint8_t>(p.passe_color_blue),
+                        static_cast<std::uint8_t>(p.passe_color_green),
+                        static_cast<std::uint8_t>(p.passe_color_red)};
+    return {
+        p.cropp_input,
+        {p.passepartout, passe_colour_of(p.passepartout, chosen), p.passe_tolerance, p.passe_output == 1}};
 }
 
 DepthSettings depth_settings_of(const ParameterSet& parameters) {

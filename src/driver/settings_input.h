@@ -4,7 +4,9 @@
 #include "config/parameter_set.h"
 #include "depth/depth_views.h"
 #include "input/collect_options.h"
+#include "input/pair_reader.h"
 #include "input/stored_record.h"
+#include "input/view_preparer.h"
 
 namespace zemora {
 
@@ -14,6 +16,10 @@ namespace zemora {
 [[nodiscard]] std::string list_path_of(const ParameterSet& parameters);
 
 [[nodiscard]] WantedShape wanted_shape_of(const ParameterSet& parameters);
+
+[[nodiscard]] PairReadOptions pair_read_options_of(const ParameterSet& parameters);
+
+[[nodiscard]] PrepareOptions prepare_options_of(const ParameterSet& parameters);
 
 [[nodiscard]] DepthSettings depth_settings_of(const ParameterSet& parameters);
 

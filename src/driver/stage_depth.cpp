@@ -59,7 +59,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     DepthState& depth = pipeline.depth;
     for (const DepthView view : {DepthView::right, DepthView::left}) {
         if (const auto made = depth.render_view_from_depth(input.left, input.right, view); !made) {
-            conclude_failure(made.failure(), pipeline.voice);
+            conclude_failure(pipeline.voice, made.failure());
         }
     }
     const int width = input.left.width;
@@ -71,7 +71,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
             blank_sides(view->picture(width, height), strip_px, pipeline.warp.passe_colour);
         }
     }
-    if (pipeline.input.inverse_input == 1) {
+    if (pair.inverse_input == 1) {
         std::swap(views.left, views.right);
     }
     pipeline.input.replace_views(views);

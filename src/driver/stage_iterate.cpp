@@ -81,13 +81,13 @@ void show_round(const Pipeline& pipeline, const PairRun& pair) {
 
 /// A settled reduced pair gives way to the full-size one, which has not seen the pre-correction yet.
 void move_to_full_size(Pipeline& pipeline, PairRun& pair) {
-    const InputPair& input = pipeline.input;
+    const ViewOrders& orders = pair.orders;
     WarpState& warp = pipeline.warp;
     pair.reduced = false;
-    warp.pre_settings = input.has_pre_selection ? 1 : 0;
-    warp.pre_rotation_left = input.pre_selection.rotation_left;
-    warp.pre_rotation_right = input.pre_selection.rotation_right;
-    warp.pre_vergence_v = input.pre_selection.vergence_v;
+    warp.pre_settings = orders.has_pre_selection ? 1 : 0;
+    warp.pre_rotation_left = orders.pre_selection.rotation_left;
+    warp.pre_rotation_right = orders.pre_selection.rotation_right;
+    warp.pre_vergence_v = orders.pre_selection.vergence_v;
 }
 
 /// With the robust fit the full-size rounds go on until they add next to nothing, or no less than before.

@@ -52,7 +52,7 @@ StatusCode measure_grid(Pipeline& pipeline) {
         pipeline.voice.messages().either({"Zemora::analyse:  phase 2: correlation                  ",
                                           "Zemora::Analyse:    Phase 2: Korrelation                  "});
     const PhaseRequest request{AnalysePhase::first_grid, 1, false, true};
-    const InputPair& input = pipeline.input;
+    const InputViews& input = pipeline.input;
     if (run_phase(pipeline, input.reduced(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
         return StatusCode::second_phase_failed;
     }

@@ -32,5 +32,21 @@ TEST(CollectOptionsOf, StartsWithTheDefaultsOfTheParameters) {
     EXPECT_EQ(given.interlaced_mode, plain.interlaced_mode);
 }
 
+TEST(PairReadOptionsOf, CutPicturesStayWhereTheGeometryIsKept) {
+    for (int mode = -5; mode <= 5; ++mode) {
+        ParameterSet parameters;
+        parameters.estimate_geometry = mode;
+        EXPECT_EQ(pair_read_options_of(parameters).keeps_cut_pictures, mode == 0 || mode >= 3) << mode;
+    }
+}
+
+TEST(PrepareOptionsOf, AMeasuredFrameIsBlackWhateverTheColourOfTheSettings) {
+    ParameterSet parameters;
+    parameters.passe_color_red = 200;
+    EXPECT_EQ(prepare_options_of(parameters).frame.colour, (Colour{0, 0, 200}));
+    parameters.passepartout = 2;
+    EXPECT_EQ(prepare_options_of(parameters).frame.colour, Colour{});
+}
+
 }  // namespace
 }  // namespace zemora
