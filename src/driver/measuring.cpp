@@ -22,7 +22,7 @@ AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const
 
 Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduced) {
     WarpState& warp = pipeline_.warp;
-    const InputPair& input = pipeline_.input;
+    const InputViews& input = pipeline_.input;
     WarpRequest request;
     double scale = 1.0;
     if (reduced) {
@@ -38,10 +38,11 @@ Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduce
         scale = static_cast<double>(warp.scaled_height) / input.height();
         warp.total_scale = static_cast<float>(scale);
         // The reduced copies have the pre-correction in them, the full-size views not.
-        warp.pre_settings = input.has_pre_selection ? 1 : 0;
-        warp.pre_rotation_left = input.pre_selection.rotation_left;
-        warp.pre_rotation_right = input.pre_selection.rotation_right;
-        warp.pre_vergence_v = input.pre_selection.vergence_v;
+        const ViewOrders& orders = pair_.orders;
+        warp.pre_settings = orders.has_pre_selection ? 1 : 0;
+        warp.pre_rotation_left = orders.pre_selection.rotation_left;
+        warp.pre_rotation_right = orders.pre_selection.rotation_right;
+        warp.pre_vergence_v = orders.pre_selection.vergence_v;
     }
     const Correction& c = correction;
     request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),

@@ -3,11 +3,9 @@
 
 namespace zemora {
 
-/// One record per view, owned by the run. The input writes the first part, the warp the second, the
-/// writers read both; the 16-bit output repeats the whole way from it. Rows count from the bottom.
-struct ViewGeometry {
-    // Input: the kept region of the loaded view, in its own pixels.
-    int crop_x = 0;
+/// From the file to the view that is measured. Rows count from the bottom.
+struct InputGeometry {
+    int crop_x = 0;  ///< The kept region of the loaded view, in its own pixels.
     int crop_y = 0;
     int crop_width = 0;
     int crop_height = 0;
@@ -19,7 +17,11 @@ struct ViewGeometry {
     int frame_y = 0;
     int frame_width = 0;  ///< Common size of both views.
     int frame_height = 0;
+};
 
+/// The whole way of a view. The input part is that of `InputViews`, the warp writes the next, the writers
+/// read both; the 16-bit output repeats the whole way from it.
+struct ViewGeometry : InputGeometry {
     // Warp: the transform as applied to this view, signed for it; fixed point as in render/warp_plan.h.
     float total_scale = 1.0F;  ///< Output pixels per source pixel.
     int height = 0;            ///< Frame of the warp before the crop, pixels.
