@@ -58,39 +58,42 @@ PairDisparities disparities_of(const AnalysisState& analysis, double scale) {
     return disparities;
 }
 
+bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan& plan) {
+    const ColourChange* colours = pipeline.colours ? &*pipeline.colours : nullptr;
+    const Result<void> done = warp_pair(source, plan, colours, pipeline.warped, pipeline.voice);
+    if (!done) {
+        conclude_failure(pipeline.voice, done.failure());
+    }
+    return done.has_value();
+}
+
 bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& step) {
-    WarpState& warp = pipeline.warp;
-    WarpRequest request;
+    const InputPair& input = pipeline.input;
+    WarpPlan plan;
     double scale = 1.0;
     if (pair.reduced) {
-        request.source = pipeline.input.reduced();
-        request.frame_height = pipeline.input.reduced_height();
-        request.frame_width = pipeline.input.reduced_width();
+        plan.frame = {input.reduced_width(), input.reduced_height()};
         scale = measured_scale(pipeline, pair);
-        warp.total_scale = 1.0F;
     } else {
-        request.source = pipeline.input.full();
-        request.frame_height = warp.scaled_height;
-        request.frame_width = warp.scaled_width;
-        scale = static_cast<double>(warp.scaled_height) / pipeline.input.height();
-        warp.total_scale = static_cast<float>(scale);
+        plan.frame = pair.wish.scaled;
+        scale = static_cast<double>(plan.frame.height) / input.height();
+        plan.scale = static_cast<float>(scale);
     }
-    const Correction& c = pair.correction;
-    request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),
-                          static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
-                          static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
-    request.crop = 0;
+    plan.correction = pair.correction.scaled(scale);
+    plan.preset = pair.preset;
+    plan.applied_view = pipeline.render.applied_view;
+    plan.background = pipeline.render.background;
     pipeline.voice.progress(step, 0.0);
-    if (const Result<void> done = warp_still(warp, request, pair.selection); !done) {
-        conclude_failure(pipeline.voice, done.failure());
+    if (!warp_views(pipeline, pair.reduced ? input.reduced() : input.full(), plan)) {
         return false;
     }
     pipeline.voice.progress(step, 100.0);
+    const WarpedPair& warped = pipeline.warped;
     pair.scale = scale;
-    pair.working_height = warp.height;
-    pair.working_width = warp.width;
+    pair.working_height = warped.height;
+    pair.working_width = warped.width;
     pair.common_area =
-        find_common_area(warp.pair(), {0, warp.width - 1, 0, warp.height - 1}, warp.passe_colour);
+        find_common_area(warped.pair(), {0, warped.width - 1, 0, warped.height - 1}, plan.background);
     return true;
 }
 

@@ -24,6 +24,9 @@ namespace zemora {
 [[nodiscard]] CorrectionValues values_of(const Correction& correction, double scale);
 [[nodiscard]] PairDisparities disparities_of(const AnalysisState& analysis, double scale);
 
+/// Warps as planned. False when the values pass the limits of the warp; without memory the run ends.
+[[nodiscard]] bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan& plan);
+
 /// Warps the pair under work (reduced, or full size) with the present correction for the next
 /// measurement, and finds the common area. False when the values pass the limits of the warp.
 [[nodiscard]] bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& step);

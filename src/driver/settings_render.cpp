@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "input/passepartout.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -30,6 +31,11 @@ bool changes_colours(const ParameterSet& p) {
 }
 
 }  // namespace
+
+RenderSettings render_settings(const ParameterSet& p) {
+    return {p.cropp_output, p.apply_left_right, p.interpolation_mode, p.post_viewer_active != 0,
+            passe_colour_of(p)};
+}
 
 FrameSettings frame_settings(const ParameterSet& p) {
     FrameSettings frame;

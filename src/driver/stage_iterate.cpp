@@ -31,7 +31,7 @@ StatusCode measure_round(Pipeline& pipeline, const PairRun& pair, const Iteratio
                                           "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"}),
         loop.number);
     const PhaseRequest request{AnalysePhase::geometry, loop.number, false, pair.reduced, pair.started_wide};
-    const WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     if (run_phase(pipeline, warp.pair(), request, progress_of(pipeline, step)) != AnalyseStatus::done) {
         return StatusCode::first_phase_failed;
     }
@@ -82,12 +82,8 @@ void show_round(const Pipeline& pipeline, const PairRun& pair) {
 /// A settled reduced pair gives way to the full-size one, which has not seen the pre-correction yet.
 void move_to_full_size(Pipeline& pipeline, PairRun& pair) {
     const InputPair& input = pipeline.input;
-    WarpState& warp = pipeline.warp;
     pair.reduced = false;
-    warp.pre_settings = input.has_pre_selection ? 1 : 0;
-    warp.pre_rotation_left = input.pre_selection.rotation_left;
-    warp.pre_rotation_right = input.pre_selection.rotation_right;
-    warp.pre_vergence_v = input.pre_selection.vergence_v;
+    pair.preset = input.has_pre_selection ? input.pre_selection : PreSelection();
 }
 
 /// With the robust fit the full-size rounds go on until they add next to nothing, or no less than before.
