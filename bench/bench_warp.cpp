@@ -5,13 +5,12 @@
 #include <omp.h>
 
 #include <filesystem>
-#include <memory>
 
 #include "config/voice.h"
 #include "platform/cpu.h"
 #include "render/canvas.h"
 #include "render/output_writer.h"
-#include "render/warp.h"
+#include "render/warp_pair.h"
 
 namespace {
 
@@ -43,43 +42,35 @@ Bitmap make_picture(unsigned seed, bool with_black) {
 struct Scene {
     explicit Scene(bool with_black) : left(make_picture(1, with_black)), right(make_picture(2, with_black)) {
         parameters.verbose_mode = 0;
-        warp = std::make_unique<WarpState>(parameters, left_record, right_record, voice);
     }
 
     bool run(int kernel, float scale, float gamma, bool tone) {
-        static const ToneTables tables = ToneTables::identity();
-        WarpRequest request;
-        request.source = {left.picture(), right.picture()};
-        request.frame_width = static_cast<int>(kWidth * scale);
-        request.frame_height = static_cast<int>(kHeight * scale);
-        request.interpolation = kernel;
-        request.gamma = gamma;
-        request.use_tone = tone;
-        request.tone_left = request.tone_right = &tables;
-        request.tone_mode_left = request.tone_mode_right = 3;
-        request.crop = 0;
-        request.correction = {12.3F, 0.008F, 0.015F, 0.008F, 0.008F, 40.0F};
-        warp->total_scale = scale;
-        return warp_still(*warp, request, selection).has_value();
+        const StereoPicture source{left.picture(), right.picture()};
+        WarpPlan plan;
+        plan.frame = {static_cast<int>(kWidth * scale), static_cast<int>(kHeight * scale)};
+        plan.scale = scale;
+        plan.interpolation = {kernel, interpolation_for(4, scale).tent_radius};
+        plan.gamma = gamma;
+        plan.tone.is_applied = tone;
+        plan.tone.mode_left = plan.tone.mode_right = 3;
+        plan.correction = {12.3, 40.0, 0.008, 0.015, 0.008, 0.008};
+        return warp_pair(source, plan, nullptr, warped, voice).has_value();
     }
 
     [[nodiscard]] Finished finished() const {
         Finished done;
-        done.left.picture = warp->pair().left;
-        done.right.picture = warp->pair().right;
+        done.left.picture = warped.pair().left;
+        done.right.picture = warped.pair().right;
         return done;
     }
 
     Bitmap left;
     Bitmap right;
     ParameterSet parameters;
-    ViewGeometry left_record;
-    ViewGeometry right_record;
     Console console;
     MessageCatalogue messages{Language::english};
     Voice voice{console, messages, parameters};
-    SelectionBox selection;
-    std::unique_ptr<WarpState> warp;
+    WarpedPair warped;
 };
 
 Scene& scene(bool with_black = false) {
@@ -88,7 +79,7 @@ Scene& scene(bool with_black = false) {
     return with_black ? strewn : plain;
 }
 
-void count_pixels(benchmark::State& state, const WarpState& warp) {
+void count_pixels(benchmark::State& state, const WarpedPair& warp) {
     state.counters["pixels"] =
         benchmark::Counter(2.0 * warp.width * warp.height, benchmark::Counter::kIsIterationInvariantRate);
 }
@@ -107,13 +98,14 @@ void warp_pair(benchmark::State& state) {
             state.SkipWithError("the warp failed");
         }
     }
-    const Picture middle = pair.warp->right.picture().part(pair.warp->width / 2, pair.warp->height / 2, 1, 1);
+    const Picture middle =
+        pair.warped.right.picture().part(pair.warped.width / 2, pair.warped.height / 2, 1, 1);
     if (middle.bits[0] < 10) {
         state.SkipWithError("the middle of the picture is black");
     }
     limit_instruction_set(InstructionSet::avx512);
     omp_set_num_threads(omp_get_num_procs());
-    count_pixels(state, *pair.warp);
+    count_pixels(state, pair.warped);
 }
 
 BENCHMARK(warp_pair)
@@ -143,7 +135,7 @@ void compose_stereo(benchmark::State& state) {
             compose_side_by_side(finished, side_by_side_layout(finished, finished.frame), pair.voice);
         benchmark::DoNotOptimize(canvas.bits());
     }
-    count_pixels(state, *pair.warp);
+    count_pixels(state, pair.warped);
 }
 BENCHMARK(compose_stereo)->Unit(benchmark::kMillisecond)->UseRealTime();
 
@@ -167,7 +159,7 @@ void store(benchmark::State& state, const char* suffix, bool stereo) {
         }
     }
     std::filesystem::remove_all(folder);
-    count_pixels(state, *pair.warp);
+    count_pixels(state, pair.warped);
 }
 BENCHMARK_CAPTURE(store, left_right_jpeg, ".jpg", false)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(store, stereo_jpeg, ".jpg", true)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -61,7 +61,7 @@ PictureTexts dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
     texts.caption = resolve_text(p.caption_text, source, pipeline.voice);
     texts.copyright = resolve_text(p.exif_copyright, source, pipeline.voice);
     if (texts.image_text) {
-        draw_image_text(pipeline.warp.views(), texts.image_text, 0, -pair.curtains.right,
+        draw_image_text(pipeline.warped.views(), texts.image_text, 0, -pair.curtains.right,
                         p.smart_text_back_gr == 1, pipeline.voice);
     }
     return texts;
@@ -89,7 +89,7 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
         }
     }
     reason =
-        value_or_end(pipeline.voice, save_thumbs(pipeline.warp.pair(), pair.left_thumb, pair.right_thumb));
+        value_or_end(pipeline.voice, save_thumbs(pipeline.warped.pair(), pair.left_thumb, pair.right_thumb));
     if (!reason.empty()) {
         pipeline.voice.tell_everywhere("   " + printable(reason) + '\n');
         return;

@@ -38,12 +38,12 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       analysis_dump(dump_options(parameters_in, run_in.working_directory, run_in.program_directory),
                     voice_in),
       analysis(analysis_options(parameters_in)),
-      warp(parameters_in, left_geometry, right_geometry, voice_in),
+      render(render_settings(parameters_in)),
       depth(depth_settings_of(parameters_in)),
       inputs(list_in),
       frame(frame_settings(parameters_in)) {
     analysis.visitor = &analysis_dump;
-    warp.colours = value_or_end(voice, read_colour_change(parameters, voice.messages()));
+    colours = value_or_end(voice, read_colour_change(parameters, voice.messages()));
 }
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
@@ -73,7 +73,6 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
 /// What the pair has before the user sees it.
 struct BeforeViewer {
     std::chrono::steady_clock::duration measuring{};  ///< The time that the pair took so far.
-    int force_size = kForceNothing;
     TargetSize target;
     StatusCode status = StatusCode::success;  ///< Of the geometry; a size that is missed lowers it.
 };
@@ -85,11 +84,7 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& befor
     pair.failure_told = pair.store_failed = false;
     pair.status = before.status;
     pair.target = before.target;
-    WarpState& warp = pipeline.warp;
     pair.frame = pipeline.frame;
-    warp.work_height = pipeline.parameters.work_height;
-    warp.work_width = pipeline.parameters.work_width;
-    warp.force_size = before.force_size;
 }
 
 /// Shows the pair to the user, whose time does not count, and neither does that of earlier stores.
@@ -106,8 +101,7 @@ ViewerDecision show_to_user(Pipeline& pipeline, PairRun& pair, const BeforeViewe
 /// From the corrections to the stored pictures, again as long as the post viewer asks for it. True when the
 /// views are to change places.
 bool mount_pair(Pipeline& pipeline, PairRun& pair) {
-    const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pipeline.warp.force_size,
-                              pair.target, pair.status};
+    const BeforeViewer before{std::chrono::steady_clock::now() - pair.start, pair.target, pair.status};
     do {
         const ViewerDecision decision = show_to_user(pipeline, pair, before);
         if (decision == ViewerDecision::swap) {

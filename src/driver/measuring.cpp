@@ -20,44 +20,47 @@ AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const
     return status;
 }
 
+bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan& plan) {
+    const ColourChange* colours = pipeline.colours ? &*pipeline.colours : nullptr;
+    const Result<void> done = warp_pair(source, plan, colours, pipeline.warped, pipeline.voice);
+    if (!done) {
+        conclude_failure(pipeline.voice, done.failure());
+    }
+    return done.has_value();
+}
+
 Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduced) {
-    WarpState& warp = pipeline_.warp;
     const InputViews& input = pipeline_.input;
-    WarpRequest request;
+    const RenderSettings& render = pipeline_.render;
+    WarpPlan plan;
     double scale = 1.0;
     if (reduced) {
-        request.source = input.reduced();
-        request.frame_height = input.reduced_height();
-        request.frame_width = input.reduced_width();
+        plan.frame = {input.reduced_width(), input.reduced_height()};
         scale = static_cast<double>(input.reduced_height()) / input.height();
-        warp.total_scale = 1.0F;
     } else {
-        request.source = input.full();
-        request.frame_height = warp.scaled_height;
-        request.frame_width = warp.scaled_width;
-        scale = static_cast<double>(warp.scaled_height) / input.height();
-        warp.total_scale = static_cast<float>(scale);
+        plan.frame = pair_.wish.scaled;
+        scale = static_cast<double>(plan.frame.height) / input.height();
+        plan.scale = static_cast<float>(scale);
         // The reduced copies have the pre-correction in them, the full-size views not.
-        const ViewOrders& orders = pair_.orders;
-        warp.pre_settings = orders.has_pre_selection ? 1 : 0;
-        warp.pre_rotation_left = orders.pre_selection.rotation_left;
-        warp.pre_rotation_right = orders.pre_selection.rotation_right;
-        warp.pre_vergence_v = orders.pre_selection.vergence_v;
+        pair_.preset = pair_.orders.has_pre_selection ? pair_.orders.pre_selection : PreSelection();
     }
-    const Correction& c = correction;
-    request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),
-                          static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
-                          static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
-    request.crop = 0;
-    if (const Result<void> done = warp_still(warp, request, pair_.selection); !done) {
+    plan.correction = correction.scaled(scale);
+    plan.preset = pair_.preset;
+    plan.applied_view = render.applied_view;
+    plan.background = render.background;
+    const ColourChange* colours = pipeline_.colours ? &*pipeline_.colours : nullptr;
+    WarpedPair& warped = pipeline_.warped;
+    if (Result<void> done =
+            warp_pair(reduced ? input.reduced() : input.full(), plan, colours, warped, pipeline_.voice);
+        !done) {
         return done.failure();
     }
     pair_.scale = scale;
-    pair_.working_height = warp.height;
-    pair_.working_width = warp.width;
+    pair_.working_height = warped.height;
+    pair_.working_width = warped.width;
     pair_.common_area =
-        find_common_area(warp.pair(), {0, warp.width - 1, 0, warp.height - 1}, warp.passe_colour);
-    return WarpedViews{warp.pair(), scale};
+        find_common_area(warped.pair(), {0, warped.width - 1, 0, warped.height - 1}, plan.background);
+    return WarpedViews{warped.pair(), scale};
 }
 
 }  // namespace zemora

@@ -27,4 +27,7 @@ private:
     PairRun& pair_;
 };
 
+/// Warps as planned. False when the values pass the limits of the warp; without memory the run ends.
+[[nodiscard]] bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan& plan);
+
 }  // namespace zemora

@@ -274,7 +274,7 @@ void write_progress_result(const Pipeline& pipeline) {
     if (pipeline.parameters.graphical_interface == 0) {
         return;
     }
-    const Thumbnails thumbs = value_or_end(pipeline.voice, make_thumbs(pipeline.warp.pair()));
+    const Thumbnails thumbs = value_or_end(pipeline.voice, make_thumbs(pipeline.warped.pair()));
     const std::string start = state_directory() + "/zemora_thumb_";
     for (const auto& [thumb, side] : {std::pair{&thumbs.left, "l"}, std::pair{&thumbs.right, "r"}}) {
         (void)encode_and_write(thumb->handle(), FIF_BMP, BMP_DEFAULT, start + side + ".bmp");

@@ -15,6 +15,7 @@
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
 #include "driver/settings_analysis.h"
+#include "driver/settings_render.h"
 #include "driver/trust.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
@@ -25,7 +26,7 @@
 #include "render/framing.h"
 #include "render/output_size.h"
 #include "render/selection_box.h"
-#include "render/warp.h"
+#include "render/warp_pair.h"
 #include "report/pair_report.h"
 
 namespace zemora {
@@ -42,14 +43,15 @@ struct Pipeline {
     ImageList& list;
     ExifTool& exiftool;
     Voice& voice;
-    ViewGeometry left_geometry;
-    ViewGeometry right_geometry;
     PairFileSource source;
     ViewPreparer preparer;
     InputViews input;  ///< Of the pair at work.
     AnalysisDump analysis_dump;
     AnalysisState analysis;
-    WarpState warp;
+    const RenderSettings render;
+    WarpedPair warped;
+    std::optional<ColourChange>
+        colours;  ///< External colour management of the warp; read anew by its script.
     DepthState depth;
     RunInputs inputs;
     GivenNames given_names;
@@ -105,6 +107,8 @@ struct PairRun {
     StoredCorrectionRecord stored = empty_record();
     bool has_stored = false;
     TargetSize target;
+    SizeWish wish;        ///< The size that the final warps are to reach.
+    PreSelection preset;  ///< In force for the full-size pair.
     Correction correction;
     Correction remaining;         ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
@@ -129,11 +133,10 @@ struct PairRun {
     std::vector<Doubt> doubts;           ///< What keeps the pair from being a success.
     double deviation = 0.0;
     double projected_deviation = 0.0;
-    Curtains curtains;       ///< Of the finished views.
-    FrameSettings frame;     ///< Round the pictures.
-    int inverse_output = 0;  ///< Working copy of `InverseOutput`.
-    Finished finished;       ///< From `finish_pictures` on.
-    int final_interpolation = 0;
+    Curtains curtains;        ///< Of the finished views.
+    FrameSettings frame;      ///< Round the pictures.
+    int inverse_output = 0;   ///< Working copy of `InverseOutput`.
+    Finished finished;        ///< From `finish_pictures` on.
     std::string picture_tag;  ///< Of the stored pictures, for the HTML report.
 };
 
@@ -154,8 +157,8 @@ void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
 void take_selection_and_shape(const StoredCorrectionRecord& record, Pipeline& pipeline, PairRun& pair);
 /// Stereo window from the measured disparities.
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
-/// What all warps for the output of a pair have in common: source, correction, tone; not scale and shift.
-[[nodiscard]] WarpRequest output_request(Pipeline& pipeline, const PairRun& pair);
+/// What all warps for the output of a pair have in common; frame, scale and correction are not set.
+[[nodiscard]] WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair);
 /// The output pair: final warp, automatic frame, forced size.
 [[nodiscard]] bool warp_final(Pipeline& pipeline, PairRun& pair);
 /// Disparities of the finished pair.

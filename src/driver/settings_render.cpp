@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "driver/settings_input.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -30,6 +31,11 @@ bool changes_colours(const ParameterSet& p) {
 }
 
 }  // namespace
+
+RenderSettings render_settings(const ParameterSet& p) {
+    return {p.cropp_output, p.apply_left_right, p.interpolation_mode, p.post_viewer_active != 0,
+            prepare_options_of(p).frame.colour};
+}
 
 FrameSettings frame_settings(const ParameterSet& p) {
     FrameSettings frame;

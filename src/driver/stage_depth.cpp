@@ -68,7 +68,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     if (p.cropp_output >= setting::cropp_output::common_area) {
         const int strip_px = largest_shift_px(depth_settings_of(p), input.right);
         for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
-            blank_sides(view->picture(width, height), strip_px, pipeline.warp.passe_colour);
+            blank_sides(view->picture(width, height), strip_px, pipeline.render.background);
         }
     }
     if (pair.inverse_input == 1) {

@@ -10,54 +10,25 @@
 #include "driver/viewer_exchange.h"
 #include "numerics/rounding.h"
 #include "render/crop.h"
+#include "render/fit_to_size.h"
 #include "render/framing.h"
-#include "render/size_step.h"
 
 namespace zemora {
 
 namespace {
 
-constexpr int kForcedRounds = 6;  // size tests: the final warp and at most five repeats
-
-/// The perspective terms come into force with the final warps.
-void load_shape(Pipeline& pipeline) {
-    const ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
-    warp.phantogram = p.phantogram;
-    warp.edge_warp = p.edge_warp;
-    warp.vertical_ax = p.vertical_ax;
-    warp.common_trapez = p.common_trapez;
-    warp.sym_trapez = p.sym_trapez;
-    warp.trapez_scale = p.trapez_scale;
+/// The perspective that the user chose.
+ViewShape shape_of(const ParameterSet& p) {
+    return {p.phantogram, p.edge_warp, p.vertical_ax, p.common_trapez, p.sym_trapez, p.trapez_scale};
 }
 
-/// One final warp at the present scale of the warp state.
-bool warp_once(Pipeline& pipeline, PairRun& pair, const SizeRepeat& repeat, const std::string& step) {
-    WarpState& warp = pipeline.warp;
-    WarpRequest request = output_request(pipeline, pair);
-    const double scale = warp.total_scale;
-    request.frame_height = warp.frame_height;
-    request.frame_width = warp.frame_width;
-    request.height_done = repeat.height_done ? 1 : 0;
-    request.width_done = repeat.width_done ? 1 : 0;
-    request.ratio_height = repeat.ratio_height;
-    request.ratio_width = repeat.ratio_width;
-    const double selection_shift_px = pair.selection.window_offset * request.frame_width;
-    request.correction.height = static_cast<float>(scale * pair.correction.height_px);
-    request.correction.shift = static_cast<float>(scale * pair.window.pure_shift_px - selection_shift_px);
-    const SizeStep coming =
-        size_step({request.frame_height, request.frame_width, request.size_step, request.height_done,
-                   request.width_done, request.ratio_height, request.ratio_width},
-                  warp.force_size, warp.aspect, warp.last_scale_step);
-    request.interpolation = choose_interpolation(warp, static_cast<float>(scale * coming.factor));
-    pair.final_interpolation = request.interpolation;
-    pipeline.voice.progress(step, 0.0);
-    if (const Result<void> done = warp_still(warp, request, pair.selection); !done) {
-        conclude_failure(pipeline.voice, done.failure());
-        return fail_to_mount(pipeline, pair, StatusCode::failed);
-    }
-    pipeline.voice.progress(step, 100.0);
-    return true;
+Sizing sizing_of(const Pipeline& pipeline, const PairRun& pair) {
+    Sizing sizing;
+    sizing.correction = pair.correction;
+    sizing.correction.shift_px = pair.window.pure_shift_px;
+    sizing.window_offset = pair.selection.window_offset;
+    sizing.interpolation_mode = pipeline.render.interpolation_mode;
+    return sizing;
 }
 
 /// Near, far and edges of the corrected pair in output pixels, as far as they are known before the
@@ -78,9 +49,10 @@ void lift_disparities(PairRun& pair, double scale) {
 
 /// The far point that the automatic frame looks at, in output pixels.
 float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
-    WarpState& warp = pipeline.warp;
-    const double scale = warp.total_scale;
-    const double selection_shift_px = pair.selection.window_offset * static_cast<double>(warp.frame_width);
+    const WarpedPair& warp = pipeline.warped;
+    const double scale = warp.plan.scale;
+    const double selection_shift_px =
+        pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
     if (pair.analysed) {
         lift_disparities(pair, scale);
         return static_cast<float>(pair.result.far_point + selection_shift_px);
@@ -101,20 +73,14 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
     return found ? analysis.disparity.far_point : 0.0F;
 }
 
-bool has_forced_width(const WarpState& warp) {
-    return warp.latest_size_step != 0 && warp.work_width > 0 &&
-           (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
-            warp.force_size == kForceBothHeightLarger);
-}
-
-/// The width that the views have to get for it; 0 when they keep theirs.
-int frame_automatically(Pipeline& pipeline, PairRun& pair) {
+/// The width that the views have to get for it, which a forced width becomes; 0 when they keep theirs.
+int frame_automatically(Pipeline& pipeline, PairRun& pair, CropPlan& crop) {
     const ParameterSet& p = pipeline.parameters;
     if (p.auto_frame_floating != setting::auto_frame_floating::frame &&
         p.auto_frame_floating != setting::auto_frame_floating::frame_narrowed) {
         return 0;
     }
-    WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     AutomaticFrameRequest request;
     request.mode = p.auto_frame_floating;
     request.floating_target = p.floating_target;
@@ -123,13 +89,13 @@ int frame_automatically(Pipeline& pipeline, PairRun& pair) {
     request.far_point_px = far_point_for_frame(pipeline, pair);
     request.width = warp.width;
     request.height = warp.height;
-    request.forced_width = has_forced_width(warp) ? warp.work_width : 0;
+    request.forced_width = crop.is_sized && crop.wish.forces_width() ? crop.wish.width : 0;
     request.reduction = final_reduction(pair.target);
     const AutomaticFrame automatic = automatic_frame(pair.frame, request, pipeline.voice);
     pair.frame = automatic.frame;
     const int width = automatic.narrowed_width;
     if (width > 0 && request.forced_width > 0) {
-        warp.work_width = width;
+        crop.wish.width = width;
     }
     if (width > 0 && pair.target.final_rescale == FinalRescale::by_width) {
         pair.target.final_width = std::max(round_half_up(width * request.reduction), 1);
@@ -140,7 +106,7 @@ int frame_automatically(Pipeline& pipeline, PairRun& pair) {
 /// Output tone: of the warped pair before the final warp when the pair was measured, else of its
 /// result.
 void adapt_tone(Pipeline& pipeline) {
-    colormap_adapt(pipeline.analysis, pipeline.warp.pair(), nullptr,
+    colormap_adapt(pipeline.analysis, pipeline.warped.pair(), nullptr,
                    pipeline.parameters.auto_output_contrast);
 }
 
@@ -151,96 +117,66 @@ void no_convergence(const Pipeline& pipeline, PairRun& pair) {
     pair.status = StatusCode::usable;
 }
 
-/// Repeats the final warp until the size is the wanted one. `colour_round` asks for one more warp,
-/// with the tone of the first result.
-bool force_size(Pipeline& pipeline, PairRun& pair, bool colour_round) {
+/// The first of the final warps.
+bool warp_first(Pipeline& pipeline, PairRun& pair, const Sizing& sizing) {
+    const MeasuredFrame measured{{pair.working_width, pair.working_height},
+                                 pair.common_area,
+                                 pair.scale,
+                                 pair.analysed ? pair.correction.shift_px : 0.0};
+    WarpPlan plan = output_plan(pipeline, pair);
+    plan.frame = measured.frame;
+    plan.scale = static_cast<float>(pair.scale);
+    const SizeRepeat first = first_size(measured, sizing, plan.crop);
+    plan.crop.wish.force = force_inside_target(plan.crop, first);
     const char* step =
-        pipeline.voice.messages().either({"Zemora::equalize: phase 4: force size/color            ",
-                                          "Zemora::Entzerrung: Phase 4: Bildgroesse/-farbe erzwingen"});
-    for (int round = 0; round < kForcedRounds; ++round) {
-        const SizeRepeat repeat = check_forced_size(pipeline.warp, pair.target.size_flag);
-        if (!repeat.needed() && !(round == 0 && colour_round)) {
-            return true;  // the status stays what the iteration made it
-        }
-        if (round == kForcedRounds - 1) {
-            break;
-        }
-        if (!warp_once(pipeline, pair, repeat, step)) {
-            return false;
-        }
+        pipeline.voice.messages().either({"Zemora::equalize: phase 4: final correction            ",
+                                          "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "});
+    pipeline.voice.progress(step, 0.0);
+    if (!warp_views(pipeline, pipeline.input.full(), next_plan(plan, sizing, first))) {
+        return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
-    no_convergence(pipeline, pair);
+    pipeline.voice.progress(step, 100.0);
     return true;
 }
 
-/// What is left of the frame's width once the window and its shift by the user are in place. The measured
-/// area lost the shift of the views, which the final warp takes only in part.
-double kept_width(const PairRun& pair) {
-    const double selection_shift_px = static_cast<double>(pair.selection.window_offset) * pair.working_width;
-    const double warped_shift_px = pair.scale * pair.window.pure_shift_px - selection_shift_px;
-    const double measured_shift_px = pair.analysed ? pair.scale * pair.correction.shift_px : 0.0;
-    return std::max(pair.common_area.width() + std::fabs(measured_shift_px) - std::fabs(warped_shift_px),
-                    1.0);
-}
-
-/// Target over present size before the final warp: of the selected window, of the whole frame where nothing
-/// is cropped, or of what is kept of it.
-SizeRepeat first_size(const Pipeline& pipeline, const PairRun& pair) {
-    const ParameterSet& p = pipeline.parameters;
-    const SelectionBox& selection = pair.selection;
-    double height = std::max(pair.common_area.height(), 1);
-    double width = std::max(pair.common_area.width(), 1);
-    if (selection.mode != 0) {
-        height = (static_cast<double>(selection.top) - selection.bottom) * pair.working_height;
-        width = (static_cast<double>(selection.right) - selection.left) * pair.working_width;
-    } else if (p.cropp_output < setting::cropp_output::common_area) {
-        height = pair.working_height;
-        width = pair.working_width;
-    } else if (p.post_viewer_active != 0) {
-        width = kept_width(pair);
+/// Repeats the final warp until the size is the wanted one. `colour_round` asks for one more warp, with the
+/// tone of the first result.
+bool force_size(Pipeline& pipeline, PairRun& pair, const WarpPlan& plan, const Sizing& sizing,
+                bool colour_round) {
+    const ColourChange* colours = pipeline.colours ? &*pipeline.colours : nullptr;
+    const Result<bool> reached = fit_to_size(pipeline.input.full(), plan, colour_round, sizing, colours,
+                                             pipeline.warped, pipeline.voice);
+    if (!reached) {
+        conclude_failure(pipeline.voice, reached.failure());
+        return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
-    SizeRepeat first;
-    first.height_done = first.width_done = false;
-    first.ratio_height = p.work_height / height;
-    first.ratio_width = p.work_width / width;
-    return first;
-}
-
-/// `CroppOutput` 3 with a window: the side that needs the smaller factor is forced, so that all of the window
-/// stays inside the target.
-void force_side_of_window(WarpState& warp, const PairRun& pair, const SizeRepeat& first) {
-    const bool single = warp.force_size == kForceWidth || warp.force_size == kForceHeight;
-    if (warp.cropp_output == 3 && pair.selection.mode != 0 && single && warp.work_height > 0 &&
-        warp.work_width > 0) {
-        warp.force_size = first.ratio_height <= first.ratio_width ? kForceHeight : kForceWidth;
+    if (!*reached) {
+        no_convergence(pipeline, pair);
     }
+    return true;  // the status stays what the iteration made it
 }
 
 }  // namespace
 
-WarpRequest output_request(Pipeline& pipeline, const PairRun& pair) {
+WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const Correction& c = pair.correction;
-    WarpRequest request;
-    request.source = pipeline.input.full();
-    request.size_step = pair.target.size_flag;
-    request.correction.size = static_cast<float>(c.size);
-    request.correction.rotation = static_cast<float>(c.rotation_rad);
-    request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
-    request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
-    request.tone_left = &pipeline.analysis.tone_left;
-    request.tone_right = &pipeline.analysis.tone_right;
-    request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
-    request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
-    request.use_tone = true;
-    request.gamma = p.gamma_correction;
-    return request;
+    const RenderSettings& render = pipeline.render;
+    WarpPlan plan;
+    plan.preset = pair.preset;
+    plan.shape = shape_of(p);
+    plan.applied_view = render.applied_view;
+    plan.gamma = p.gamma_correction;
+    plan.background = render.background;
+    plan.tone = {true, pipeline.analysis.tone_left, pipeline.analysis.tone_right,
+                 p.color_left_right <= 0 ? p.auto_output_contrast : 0,
+                 p.color_left_right >= 0 ? p.auto_output_contrast : 0};
+    plan.crop = {false,     render.cropp_output, render.is_shown_first, pair.target.size_flag != 0,
+                 pair.wish, pair.selection};
+    return plan;
 }
 
 bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
-    load_shape(pipeline);
     // Without measurement, or after a viewer, only the result shows what the picture holds.
     const bool tone_first = pair.analysed && p.post_viewer_active == 0;
     const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
@@ -250,27 +186,23 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
         colormap_identity(pipeline.analysis);
     }
     pair.selection.mode = has_selected_window(pair.selection) ? 1 : 0;
-    warp.total_scale = static_cast<float>(pair.scale);
-    warp.frame_height = pair.working_height;
-    warp.frame_width = pair.working_width;
-    const SizeRepeat first = first_size(pipeline, pair);
-    force_side_of_window(warp, pair, first);
+    const Sizing sizing = sizing_of(pipeline, pair);
     // Also without any product to store: the result is measured on this warp.
-    if (!warp_once(pipeline, pair, first,
-                   pipeline.voice.messages().either(
-                       {"Zemora::equalize: phase 4: final correction            ",
-                        "Zemora::Entzerrung: Phase 4: Letzte Korrektur            "}))) {
+    if (!warp_first(pipeline, pair, sizing)) {
         return false;
     }
     if (tone_of_result) {
         adapt_tone(pipeline);
     }
-    const int narrowed_width = frame_automatically(pipeline, pair);
-    if (!force_size(pipeline, pair, tone_of_result)) {
+    WarpPlan plan = pipeline.warped.plan;
+    plan.tone = output_plan(pipeline, pair).tone;
+    const int narrowed_width = frame_automatically(pipeline, pair, plan.crop);
+    if (!force_size(pipeline, pair, plan, sizing, tone_of_result)) {
         return false;
     }
+    select_kept(pipeline.warped, pair.selection);
     if (narrowed_width > 0) {
-        narrow_views(warp, narrowed_width);  // where no forced width has brought them to it
+        narrow_views(pipeline.warped, narrowed_width);  // where no forced width has brought them to it
     }
     return true;
 }

@@ -12,6 +12,7 @@
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/cmyk.h"
+#include "render/final_size.h"
 #include "render/framing.h"
 #include "render/turn_outputs.h"
 #include "render/view_effects.h"
@@ -21,16 +22,16 @@ namespace zemora {
 namespace {
 
 /// A picture that was interpolated softly for its scale is sharpened without being asked to. Whether it was.
-bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
+bool sharpen_views(Pipeline& pipeline) {
     constexpr int kSoftKernel = 3;  // what it chose
     constexpr int kUsualIntensity = 40;
     constexpr int kRowsPerRound = 640;
     Voice& voice = pipeline.voice;
-    WarpState& warp = pipeline.warp;
+    WarpedPair& warp = pipeline.warped;
     int intensity = pipeline.parameters.sharpen_intensity;
     if (intensity == 0 &&
         pipeline.parameters.interpolation_mode == setting::interpolation_mode::by_scale_sharpened &&
-        pair.final_interpolation == kSoftKernel) {
+        warp.plan.interpolation.kernel == kSoftKernel) {
         intensity = kUsualIntensity;
         if (voice.verbose() > 1) {
             voice.say<Msg::warpimage_sharpen_intensity_set>();
@@ -47,7 +48,7 @@ bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
 /// Curtains that the selection brings, else those of `AutoFrameFloating` 3 to 6.
 Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     const SelectionBox& selection = pair.selection;
     if (selection.band_left != 0.0F || selection.band_right != 0.0F) {
         return {round_half_up(selection.band_left * static_cast<double>(warp.width)),
@@ -73,7 +74,7 @@ Curtains find_curtains(const Pipeline& pipeline, const PairRun& pair) {
 void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
-    WarpState& warp = pipeline.warp;
+    WarpedPair& warp = pipeline.warped;
     pair.curtains = find_curtains(pipeline, pair);
     if (pair.curtains.left == 0 && pair.curtains.right == 0) {
         return;
@@ -177,14 +178,14 @@ void check_print_profile(const Pipeline& pipeline) {
 
 /// Deviation against the projection, for stamps and reports.
 void project_deviation(const Pipeline& pipeline, PairRun& pair) {
-    const WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     pair.projected_deviation = projected_deviation(
         pipeline.parameters, static_cast<double>(warp.width) / warp.height, pair.deviation);
 }
 
 /// Brings the pair to its final size. What was measured is told in the pixels of that size.
 void take_final_size(Pipeline& pipeline, PairRun& pair) {
-    WarpState& warp = pipeline.warp;
+    WarpedPair& warp = pipeline.warped;
     succeed_or_end(pipeline.voice, rescale_to_final(warp, pair.target));
     if (warp.width == pair.output_width && warp.height == pair.output_height) {
         return;
@@ -204,14 +205,14 @@ void take_final_size(Pipeline& pipeline, PairRun& pair) {
 
 void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
+    WarpedPair& warp = pipeline.warped;
     pipeline.processed += pair.counted ? 0 : 1;
     pair.counted = true;
     Finished& finished = pair.finished = Finished();
     if (p.auto_ghost_bust != 0) {
         reduce_ghosts(warp.views(), p.auto_ghost_bust);
     }
-    const bool sharpened = sharpen_views(pipeline, pair);
+    const bool sharpened = sharpen_views(pipeline);
     hang_curtains(pipeline, pair);
     refuse_unknown_extra_output(pipeline);
     finished.texts = dress_with_texts(pipeline, pair);

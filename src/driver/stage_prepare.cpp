@@ -27,14 +27,9 @@ PreSelection pre_selection_of(const ParameterSet& p) {
 /// Puts everything back that an earlier pair may have changed.
 void reset_pair_state(Pipeline& pipeline, PairRun& pair) {
     ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
     p.phantogram = p.edge_warp = p.vertical_ax = p.common_trapez = p.sym_trapez = 0.0F;
     p.trapez_scale = 1.0F;
-    warp.phantogram = warp.edge_warp = warp.vertical_ax = warp.common_trapez = warp.sym_trapez = 0.0;
-    warp.trapez_scale = 1.0;
     pair.inverse_output = p.inverse_output;
-    warp.pre_settings = 0;
-    warp.total_scale = 1.0F;
     pair.frame = pipeline.frame;
     const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     pair.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
@@ -293,8 +288,6 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
     const bool converted = raw->converted;
     order_files(pipeline, pair);
     pipeline.input = value_or_end(voice, pipeline.preparer.prepare(*std::move(raw), pair.orders, voice));
-    static_cast<InputGeometry&>(pipeline.left_geometry) = pipeline.input.left_geometry;
-    static_cast<InputGeometry&>(pipeline.right_geometry) = pipeline.input.right_geometry;
     if (converted) {
         tell_conversion(pipeline, pair);
     }
@@ -323,8 +316,14 @@ bool set_up_size(Pipeline& pipeline, PairRun& pair) {
     p.work_height = pair.target.work_height;
     p.work_width = pair.target.work_width;
     reset_analysis(pipeline.analysis, false);
-    return setup_output_size(pipeline.warp, pair.target, height, width) ||
-           fail_to_mount(pipeline, pair, StatusCode::failed);
+    const Result<SizeWish> wish =
+        wish_for_size(pair.target, {width, height}, pipeline.render.cropp_output, pipeline.voice.messages());
+    if (!wish) {
+        conclude_failure(pipeline.voice, wish.failure());
+        return fail_to_mount(pipeline, pair, StatusCode::failed);
+    }
+    pair.wish = *wish;
+    return true;
 }
 
 }  // namespace

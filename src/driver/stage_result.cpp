@@ -53,8 +53,8 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
     pair.heights.reset();
     pair.looks_exchanged = false;
     if (pair.analysed && pipeline.parameters.robust_estimation != 0) {
-        const WarpState& warp = pipeline.warp;
-        pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.total_scale);
+        const WarpedPair& warp = pipeline.warped;
+        pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.plan.scale);
         pair.heights->agreement = pair.wide_agreement;
         pair.looks_exchanged = measure_eye_order(pipeline.analysis, warp.pair()).looks_exchanged();
         pair.rejected_share = pipeline.analysis.rejected_share;
@@ -65,13 +65,14 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
 /// to the end of a search round 0.
 double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
     constexpr double kReach = 0.12;  // of the width; the search ends at 0.148
-    const WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     if (!pipeline.analysis.options.robust || !pair.analysed) {
         return 0.0;
     }
-    const double selection_shift_px = pair.selection.window_offset * static_cast<double>(warp.frame_width);
+    const double selection_shift_px =
+        pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
     const auto finished = [&](double value_px) {
-        return (value_px + pair.window.window_shift_px) * warp.total_scale + selection_shift_px;
+        return (value_px + pair.window.window_shift_px) * warp.plan.scale + selection_shift_px;
     };
     const double near_px = finished(pair.disparities.near_px);
     const double far_px = finished(pair.disparities.far_px);
@@ -91,7 +92,7 @@ void tell_end_of_search(Voice& voice) {
 bool measure_result(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
     AnalysisState& analysis = pipeline.analysis;
-    const WarpState& warp = pipeline.warp;
+    const WarpedPair& warp = pipeline.warped;
     pair.output_width = warp.width;
     pair.output_height = warp.height;
     if (!pair.analysed && !pair.has_stored) {  // the shift that the keys gave; a record keeps its near point
@@ -116,9 +117,10 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     }
     pair.result = analysis.disparity;
     pair.deviation = static_cast<double>(pair.result.far_point - pair.result.near_point) / warp.width;
-    const double selection_shift_px = pair.selection.window_offset * static_cast<double>(warp.frame_width);
+    const double selection_shift_px =
+        pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
     const auto original = [&](double value_px) {
-        return (value_px - selection_shift_px) / warp.total_scale + pair.window.pure_shift_px;
+        return (value_px - selection_shift_px) / warp.plan.scale + pair.window.pure_shift_px;
     };
     if (pair.analysed) {
         pair.original_near_px = original(pair.result.near_point);

@@ -145,14 +145,13 @@ struct PairStore {
 /// The views in 16 bits for a product of that name, made with the first one that has them.
 DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
                      const std::string& path) {
-    const ParameterSet& p = pipeline.parameters;
-    if (!has_deep_form(pair.finished, save_options(p), path)) {
+    if (!has_deep_form(pair.finished, save_options(pipeline.parameters), path)) {
         return {};
     }
     if (!store.deep) {
-        const DeepSettings settings{p.cropp_output == setting::cropp_output::blanked};
-        store.deep = value_or_end(pipeline.voice,
-                                  make_deep_outputs(pipeline.warp, pair.finished, store.sources, settings));
+        const DeepInput input{store.sources, pipeline.input.left_geometry, pipeline.input.right_geometry,
+                              pipeline.colours ? &*pipeline.colours : nullptr};
+        store.deep = value_or_end(pipeline.voice, make_deep_outputs(pipeline.warped, pair.finished, input));
     }
     return store.deep->views();
 }

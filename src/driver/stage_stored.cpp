@@ -63,21 +63,16 @@ void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipelin
 
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
-    WarpState& warp = pipeline.warp;
-    const ViewOrders& orders = pair.orders;
+    const PictureSize& scaled = pair.wish.scaled;
     voice.progress(voice.messages().either(
                        {"Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"}),
                    100.0);
     colormap_identity(pipeline.analysis);
-    pair.scale = static_cast<double>(warp.scaled_height) / pipeline.input.height();
-    pair.working_height = warp.scaled_height;
-    pair.working_width = warp.scaled_width;
-    pair.common_area = {0, warp.scaled_width - 1, 0, warp.scaled_height - 1};
-    warp.total_scale = static_cast<float>(pair.scale);
-    warp.pre_settings = orders.has_pre_selection ? 1 : 0;
-    warp.pre_rotation_left = orders.pre_selection.rotation_left;
-    warp.pre_rotation_right = orders.pre_selection.rotation_right;
-    warp.pre_vergence_v = orders.pre_selection.vergence_v;
+    pair.scale = static_cast<double>(scaled.height) / pipeline.input.height();
+    pair.working_height = scaled.height;
+    pair.working_width = scaled.width;
+    pair.common_area = {0, scaled.width - 1, 0, scaled.height - 1};
+    pair.preset = pair.orders.has_pre_selection ? pair.orders.pre_selection : PreSelection();
     if (pair.mode == 0) {
         take_keys(pipeline, pair);
     } else if (pair.has_stored) {

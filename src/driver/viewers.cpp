@@ -211,13 +211,13 @@ bool has_stored_values(int mode) {
 
 /// The sides of a ratio that the user chose. A cut takes them as they are; a size stays inside what was
 /// wanted of it.
-void take_ratio(Pipeline& pipeline, const PairRun& pair, const RatioSides& ratio) {
+void take_ratio(Pipeline& pipeline, PairRun& pair, const RatioSides& ratio) {
     ParameterSet& p = pipeline.parameters;
     const RatioSides sides = p.cropp_output >= setting::cropp_output::ratio
                                  ? ratio
                                  : fit_ratio(ratio, {pair.target.work_height, pair.target.work_width});
-    p.work_height = pipeline.warp.work_height = sides.height;
-    p.work_width = pipeline.warp.work_width = sides.width;
+    p.work_height = pair.wish.height = sides.height;
+    p.work_width = pair.wish.width = sides.width;
 }
 
 void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answer,
@@ -403,7 +403,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views) {
         call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
         const ChildResult result = run_beside_console(call);
         reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
-        pipeline.warp.colours = value_or_end(voice, read_colour_change(p, voice.messages()));
+        pipeline.colours = value_or_end(voice, read_colour_change(p, voice.messages()));
     }
     if (!reason.empty()) {
         voice.tell_everywhere("   " + printable(reason) + '\n');

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "config/setting_values.h"
 #include "numerics/rounding.h"
 #include "platform/safe_file.h"
 
@@ -15,26 +16,21 @@ namespace {
 /// Where `CroppOutput` 1 writes the rectangle found: top, bottom, left, right.
 constexpr const char* kCropFile = "zemora_cropp.dat";
 
-bool has_both_targets(const WarpState& warp) {
-    return warp.work_width > 0 && warp.work_height > 0;
-}
-
 /// Snaps a window that all but has the target size to it, or cuts it to the target's ratio.
-PixelRectangle fit_window_to_target(PixelRectangle window, const WarpState& warp) {
-    const int dw = warp.work_width - 1 - window.right + window.left;
-    const int dh = warp.work_height - 1 - window.top + window.bottom;
-    if (std::abs(dw) < warp.work_width / 100 && std::abs(dh) < warp.work_height / 100) {
+PixelRectangle fit_window_to_target(PixelRectangle window, const SizeWish& wish, Notes& notes) {
+    const int dw = wish.width - 1 - window.right + window.left;
+    const int dh = wish.height - 1 - window.top + window.bottom;
+    if (std::abs(dw) < wish.width / 100 && std::abs(dh) < wish.height / 100) {
         window.left -= dw / 2;
-        window.right = window.left + warp.work_width - 1;
+        window.right = window.left + wish.width - 1;
         window.bottom -= dh / 2;
-        window.top = window.bottom + warp.work_height - 1;
+        window.top = window.bottom + wish.height - 1;
         return window;
     }
-    const double ratio = static_cast<double>(warp.work_width) / warp.work_height;
-    const MessageCatalogue& messages = warp.notes.messages();
-    warp.notes.print_once(
-        messages.text<Msg::warpimage_selection_ratio_adopted>(ratio) +
-        messages.text<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height));
+    const double ratio = static_cast<double>(wish.width) / wish.height;
+    const MessageCatalogue& messages = notes.messages();
+    notes.print_once(messages.text<Msg::warpimage_selection_ratio_adopted>(ratio) +
+                     messages.text<Msg::warpimage_selection_ratio_given_by>(wish.width, wish.height));
     return crop_to_ratio(window, ratio);
 }
 
@@ -65,13 +61,13 @@ bool is_near(int low, int high, int target) {
     return high - low < static_cast<int>(std::int64_t{target} * 101 / 100);
 }
 
-void write_crop_file(const WarpState& warp, const PixelRectangle& area) {
+void write_crop_file(const PixelRectangle& area, Notes& notes) {
     const std::string text = format_text("%d %d %d %d", area.top, area.bottom, area.left, area.right);
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const std::string failure = write_file_whole(kCropFile, {bytes, text.size()});
     if (!failure.empty()) {
-        warp.notes.say<Msg::warpimage_file_write_failed>();
-        warp.notes.print(format_text("%s: %s\n", kCropFile, failure.c_str()));
+        notes.say<Msg::warpimage_file_write_failed>();
+        notes.print(format_text("%s: %s\n", kCropFile, failure.c_str()));
     }
 }
 
@@ -80,85 +76,94 @@ bool is_large_enough(const PixelRectangle& area) {
 }
 
 /// A side exactly one pixel above its target loses that pixel.
-void drop_surplus_pixel(PixelRectangle& r, const WarpState& warp) {
-    if (warp.work_height > 0 && r.top - r.bottom == warp.work_height) {
+void drop_surplus_pixel(PixelRectangle& r, const SizeWish& wish) {
+    if (wish.height > 0 && r.top - r.bottom == wish.height) {
         --r.top;
     }
-    if (warp.work_width > 0 && r.right - r.left == warp.work_width) {
+    if (wish.width > 0 && r.right - r.left == wish.width) {
         --r.right;
     }
 }
 
 constexpr PixelRectangle kNothing{0, -1, 0, -1};
 
-PixelRectangle find_kept_of_frame(WarpState& warp, int size_step, const PixelRectangle& frame) {
+/// The common area of the frame; nothing when it is too small.
+PixelRectangle large_common_area(const WorkingViews& views, const PixelRectangle& range, Colour background) {
+    const PixelRectangle area = find_common_area({views.left, views.right}, range, background);
+    return is_large_enough(area) ? area : kNothing;
+}
+
+PixelRectangle find_kept_of_frame(const WorkingViews& views, const CropPlan& crop, Colour background,
+                                  const PixelRectangle& frame, Notes& notes) {
     PixelRectangle kept = frame;
-    if (warp.cropp_output >= 1) {
-        kept = find_common_area(warp.pair(), frame, warp.passe_colour);
-        if (!is_large_enough(kept)) {
+    if (crop.cropp_output >= setting::cropp_output::blanked) {
+        kept = large_common_area(views, frame, background);
+        if (kept == kNothing) {
             return kNothing;
         }
     }
-    if (warp.cropp_output == 1) {
-        write_crop_file(warp, kept);
+    if (crop.cropp_output == setting::cropp_output::blanked) {
+        write_crop_file(kept, notes);
         kept = frame;
-        blank_common(warp.left.picture(warp.width, warp.height), warp.right.picture(warp.width, warp.height),
-                     warp.passe_colour);
+        blank_common(views, background);
     }
-    if (warp.cropp_output >= 4 && warp.post_viewer_active == 0) {
-        kept = crop_to_ratio(kept, target_ratio(warp));
+    if (crop.cropp_output >= setting::cropp_output::ratio && !crop.is_shown_first) {
+        kept = crop_to_ratio(kept, target_ratio(crop));
     }
-    if (size_step != 0 && warp.cropp_output < 4) {
-        kept = forced_cut(kept, warp, false);
+    if (crop.is_sized && crop.cropp_output < setting::cropp_output::ratio) {
+        kept = forced_cut(kept, crop.wish, false);
     }
-    drop_surplus_pixel(kept, warp);
+    drop_surplus_pixel(kept, crop.wish);
     return kept;
 }
 
-PixelRectangle find_kept_of_window(WarpState& warp, int size_step, const PixelRectangle& range) {
+PixelRectangle find_kept_of_window(const WorkingViews& views, const CropPlan& crop, Colour background,
+                                   const PixelRectangle& range) {
     PixelRectangle kept = range;
-    if (warp.cropp_output >= 2) {
-        kept = find_common_area(warp.pair(), range, warp.passe_colour);
-        if (!is_large_enough(kept)) {
+    if (crop.cropp_output >= setting::cropp_output::common_area) {
+        kept = large_common_area(views, range, background);
+        if (kept == kNothing) {
             return kNothing;
         }
     }
-    if (warp.cropp_output < 4 && size_step != 0) {
-        kept = forced_cut(kept, warp, true);
+    if (crop.cropp_output < setting::cropp_output::ratio && crop.is_sized) {
+        kept = forced_cut(kept, crop.wish, true);
     }
     return kept;
 }
 
 }  // namespace
 
-double target_ratio(const WarpState& warp) {
-    if (!has_both_targets(warp)) {
+double target_ratio(const CropPlan& crop) {
+    const SizeWish& wish = crop.wish;
+    if (!wish.has_both_sides()) {
         return 0.0;
     }
-    const double ratio = static_cast<double>(warp.work_width) / warp.work_height;
-    if (warp.cropp_output != 5 || warp.source_height <= 0) {
+    const double ratio = static_cast<double>(wish.width) / wish.height;
+    if (crop.cropp_output != setting::cropp_output::ratio_turned || wish.source.height <= 0) {
         return ratio;
     }
-    const double source_ratio = static_cast<double>(warp.source_width) / warp.source_height;
+    const double source_ratio = static_cast<double>(wish.source.width) / wish.source.height;
     return (ratio >= 1.0) == (source_ratio >= 1.0) ? ratio : 1.0 / ratio;
 }
 
-PixelRectangle find_range(const WarpState& warp, const SelectionBox& selection, int size_step, int height,
-                          int width) {
-    if (!has_window(selection)) {
+PixelRectangle find_range(const CropPlan& crop, const PictureSize& frame, Notes& notes) {
+    const auto [width, height] = frame;
+    if (!crop.selection.has_window()) {
         return {0, width - 1, 0, height - 1};
     }
-    PixelRectangle window = clamp_to_frame(selected_window(selection, height, width), height, width);
-    const bool sized = size_step != 0 && has_both_targets(warp);
-    if (warp.cropp_output < 3 && sized && warp.work_width <= window.right - window.left &&
-        warp.work_height <= window.top - window.bottom) {
-        window = fit_window_to_target(window, warp);
-    } else if (warp.cropp_output == 3 && sized) {
-        window.right = std::min(window.right, window.left + warp.work_width - 1);
-        window.top = std::min(window.top, window.bottom + warp.work_height - 1);
-    } else if (warp.cropp_output >= 4) {
-        window = crop_to_ratio(window, target_ratio(warp));
-        if (has_both_targets(warp) && warp.work_width == warp.work_height) {
+    const SizeWish& wish = crop.wish;
+    PixelRectangle window = clamp_to_frame(selected_window(crop.selection, height, width), height, width);
+    const bool sized = crop.is_sized && wish.has_both_sides();
+    if (crop.cropp_output < setting::cropp_output::fitted && sized &&
+        wish.width <= window.right - window.left && wish.height <= window.top - window.bottom) {
+        window = fit_window_to_target(window, wish, notes);
+    } else if (crop.cropp_output == setting::cropp_output::fitted && sized) {
+        window.right = std::min(window.right, window.left + wish.width - 1);
+        window.top = std::min(window.top, window.bottom + wish.height - 1);
+    } else if (crop.cropp_output >= setting::cropp_output::ratio) {
+        window = crop_to_ratio(window, target_ratio(crop));
+        if (wish.has_both_sides() && wish.width == wish.height) {
             const int side = std::min(window.width(), window.height());
             window.right = window.left + side - 1;
             window.top = window.bottom + side - 1;
@@ -185,28 +190,28 @@ PixelRectangle crop_to_ratio(PixelRectangle rectangle, double ratio) {
     return rectangle;
 }
 
-PixelRectangle forced_cut(PixelRectangle r, const WarpState& warp, bool window) {
-    const int surplus_width = warp.work_width > 0 ? r.width() - warp.work_width : -1;
-    const int surplus_height = warp.work_height > 0 ? r.height() - warp.work_height : -1;
-    switch (warp.force_size) {
+PixelRectangle forced_cut(PixelRectangle r, const SizeWish& wish, bool window) {
+    const int surplus_width = wish.width > 0 ? r.width() - wish.width : -1;
+    const int surplus_height = wish.height > 0 ? r.height() - wish.height : -1;
+    switch (wish.force) {
         case kForceWidth:
-            if (surplus_width >= 0 && (window || is_near(r.left, r.right, warp.work_width))) {
-                cut_side(r.left, r.right, warp.work_width);
+            if (surplus_width >= 0 && (window || is_near(r.left, r.right, wish.width))) {
+                cut_side(r.left, r.right, wish.width);
             }
             break;
         case kForceHeight:
-            if (surplus_height >= 0 && (window || is_near(r.bottom, r.top, warp.work_height))) {
-                cut_side(r.bottom, r.top, warp.work_height);
+            if (surplus_height >= 0 && (window || is_near(r.bottom, r.top, wish.height))) {
+                cut_side(r.bottom, r.top, wish.height);
             }
             break;
         case kForceBothWidthLarger:
         case kForceBothHeightLarger: {
             const bool by_height = surplus_height < surplus_width;
-            const bool near = by_height ? is_near(r.bottom, r.top, warp.work_height)
-                                        : is_near(r.left, r.right, warp.work_width);
+            const bool near =
+                by_height ? is_near(r.bottom, r.top, wish.height) : is_near(r.left, r.right, wish.width);
             if (surplus_width >= 0 && surplus_height >= 0 && near) {
-                cut_side(r.left, r.right, warp.work_width);
-                cut_side(r.bottom, r.top, warp.work_height);
+                cut_side(r.left, r.right, wish.width);
+                cut_side(r.bottom, r.top, wish.height);
             }
             break;
         }
@@ -215,7 +220,8 @@ PixelRectangle forced_cut(PixelRectangle r, const WarpState& warp, bool window) 
     return r;
 }
 
-void blank_common(Picture left, Picture right, Colour background) {
+void blank_common(const WorkingViews& views, Colour background) {
+    const auto& [left, right] = views;
     const auto is_background = [background](const std::uint8_t* pixel) {
         return Colour{pixel[0], pixel[1], pixel[2]} == background;
     };
@@ -235,18 +241,20 @@ void blank_common(Picture left, Picture right, Colour background) {
     }
 }
 
-PixelRectangle find_kept(WarpState& warp, const SelectionBox& selection, int size_step,
-                         const PixelRectangle& range) {
-    return has_window(selection) ? find_kept_of_window(warp, size_step, range)
-                                 : find_kept_of_frame(warp, size_step, range);
+PixelRectangle find_kept(const WorkingViews& frame, const CropPlan& crop, Colour background,
+                         const PixelRectangle& range, Notes& notes) {
+    return crop.selection.has_window() ? find_kept_of_window(frame, crop, background, range)
+                                       : find_kept_of_frame(frame, crop, background, range, notes);
 }
 
-void move_to_origin(WarpState& warp, const PixelRectangle& kept) {
+void keep_part(WarpedPair& pair, const PixelRectangle& kept) {
+    pair.width = kept.width();
+    pair.height = kept.height();
     if (kept.left == 0 && kept.bottom == 0) {
         return;
     }
     const std::size_t row_bytes = static_cast<std::size_t>(kept.width()) * kPixelBytes;
-    for (Bitmap* bitmap : {&warp.left, &warp.right}) {
+    for (Bitmap* bitmap : {&pair.left, &pair.right}) {
         const Picture picture = bitmap->picture();
         for (int y = 0; y < kept.height(); ++y) {
             std::memmove(picture.row(y), picture.pixel(kept.left, kept.bottom + y), row_bytes);
@@ -254,17 +262,28 @@ void move_to_origin(WarpState& warp, const PixelRectangle& kept) {
     }
 }
 
-void narrow_views(WarpState& warp, int width) {
-    if (width < 1 || width >= warp.width) {
+void select_kept(const WarpedPair& pair, SelectionBox& selection) {
+    const auto fraction = [](int position, int size) {
+        return size > 1 ? static_cast<float>(position) / static_cast<float>(size - 1) : 0.0F;
+    };
+    if (selection.has_window()) {
         return;
     }
-    const int first = (warp.width - width) / 2;
-    move_to_origin(warp, {first, first + width - 1, 0, warp.height - 1});
-    warp.width = width;
-    for (ViewGeometry* record : {&warp.left_record, &warp.right_record}) {
-        record->kept_x += first;
-        record->kept_width = width;
+    const auto [width, height] = pair.plan.frame;
+    selection.result_left = fraction(pair.kept.left, width);
+    selection.result_right = fraction(pair.kept.right, width);
+    selection.result_bottom = fraction(pair.kept.bottom, height);
+    selection.result_top = fraction(pair.kept.top, height);
+}
+
+void narrow_views(WarpedPair& pair, int width) {
+    if (width < 1 || width >= pair.width) {
+        return;
     }
+    const int first = (pair.width - width) / 2;
+    keep_part(pair, {first, first + width - 1, 0, pair.height - 1});
+    pair.kept.left += first;
+    pair.kept.right = pair.kept.left + width - 1;
 }
 
 }  // namespace zemora

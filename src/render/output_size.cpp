@@ -1,10 +1,9 @@
 #include "render/output_size.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <cmath>
 
+#include "config/setting_values.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
@@ -105,45 +104,6 @@ ScaleRule find_scale_rule(int cropp_output, const TargetSize& target, double rat
     return target.work_height > 0 ? ScaleRule{kForceHeight, false, true} : ScaleRule{};
 }
 
-bool check_scaled_size(const WarpState& warp) {
-    if (warp.scaled_height > kLargestSide) {
-        warp.notes.say<Msg::warpimage_image_height_above_maximum>();
-        warp.notes.print(format_text("%d\n", warp.scaled_height));
-        return false;
-    }
-    if (warp.scaled_width > kLargestSide) {
-        warp.notes.say<Msg::warpimage_image_width_above_maximum>();
-        warp.notes.print(format_text("%d\n", warp.scaled_width));
-        return false;
-    }
-    return warp.scaled_height > 0 && warp.scaled_width > 0;
-}
-
-/// `CroppOutput` 3 fits the picture into the target: the side that is larger against it is forced.
-void choose_force_size_again(WarpState& warp) {
-    const bool single = warp.force_size == kForceWidth || warp.force_size == kForceHeight;
-    if (single && warp.work_width > 0 && warp.work_height > 0) {
-        const double width = static_cast<double>(warp.width) / warp.work_width;
-        const double height = static_cast<double>(warp.height) / warp.work_height;
-        warp.force_size = width <= height ? kForceHeight : kForceWidth;
-    }
-}
-
-Bitmap rescaled(const Bitmap& bitmap, int used_width, int used_height, int width, int height) {
-    FIBITMAP* handle = bitmap.handle();
-    const bool whole = used_width == bitmap.width() && used_height == bitmap.height();
-    Bitmap used;
-    if (!whole) {
-        used = Bitmap::create(used_width, used_height);
-        if (!used) {
-            return {};
-        }
-        copy(bitmap.picture(used_width, used_height), used.picture());
-        handle = used.handle();
-    }
-    return Bitmap(FreeImage_Rescale(handle, width, height, FILTER_BICUBIC));
-}
-
 }  // namespace
 
 TargetSize find_target_size(int source_height, int source_width, int output_height, int output_width,
@@ -157,56 +117,65 @@ TargetSize find_target_size(int source_height, int source_width, int output_heig
                                    : free_size(source_height, source_width, cropp_output);
 }
 
-bool setup_output_size(WarpState& warp, const TargetSize& target, int source_height, int source_width) {
-    if (source_height <= 0 || source_width <= 0) {
-        return false;
+Result<SizeWish> wish_for_size(const TargetSize& target, const PictureSize& source, int cropp_output,
+                               const MessageCatalogue& messages) {
+    if (source.height <= 0 || source.width <= 0) {
+        return Failure::of_pair({});
     }
-    warp.work_height = target.work_height;
-    warp.work_width = target.work_width;
-    warp.last_scale_step = 1.0F;
-    warp.total_scale = 1.0F;
-    warp.force_size = kForceNothing;
-    warp.aspect = static_cast<float>(source_width) / static_cast<float>(source_height);
-    warp.source_height = source_height;
-    warp.source_width = source_width;
-    warp.scaled_height = source_height;
-    warp.scaled_width = source_width;
-    const double ratio_height = static_cast<double>(target.work_height) / source_height;
-    const double ratio_width = static_cast<double>(target.work_width) / source_width;
-    const ScaleRule rule = find_scale_rule(warp.cropp_output, target, ratio_height, ratio_width);
-    warp.force_size = rule.force_size;
+    SizeWish wish;
+    wish.height = target.work_height;
+    wish.width = target.work_width;
+    wish.aspect = static_cast<float>(source.width) / static_cast<float>(source.height);
+    wish.source = wish.scaled = source;
+    const double ratio_height = static_cast<double>(target.work_height) / source.height;
+    const double ratio_width = static_cast<double>(target.work_width) / source.width;
+    const ScaleRule rule = find_scale_rule(cropp_output, target, ratio_height, ratio_width);
+    wish.force = rule.force_size;
     if (rule.by_width) {
-        warp.total_scale = static_cast<float>(ratio_width);
-        warp.scaled_height = in_proportion(source_height, target.work_width, source_width);
-        warp.scaled_width = target.work_width;
+        wish.scale = static_cast<float>(ratio_width);
+        wish.scaled = {target.work_width, in_proportion(source.height, target.work_width, source.width)};
     } else if (rule.by_height) {
-        warp.total_scale = static_cast<float>(ratio_height);
-        warp.scaled_width = in_proportion(source_width, target.work_height, source_height);
-        warp.scaled_height = target.work_height;
+        wish.scale = static_cast<float>(ratio_height);
+        wish.scaled = {in_proportion(source.width, target.work_height, source.height), target.work_height};
     }
-    warp.height = warp.frame_height = warp.scaled_height;
-    warp.width = warp.frame_width = warp.scaled_width;
-    return check_scaled_size(warp);
+    if (wish.scaled.height > kLargestSide) {
+        return Failure::of_pair(messages.text<Msg::warpimage_image_height_above_maximum>() +
+                                format_text("%d\n", wish.scaled.height));
+    }
+    if (wish.scaled.width > kLargestSide) {
+        return Failure::of_pair(messages.text<Msg::warpimage_image_width_above_maximum>() +
+                                format_text("%d\n", wish.scaled.width));
+    }
+    if (wish.scaled.height <= 0 || wish.scaled.width <= 0) {
+        return Failure::of_pair({});
+    }
+    return wish;
 }
 
-SizeRepeat check_forced_size(WarpState& warp, int size_flag) {
+int force_of_larger_side(const SizeWish& wish, const PictureSize& size) {
+    const bool single = wish.force == kForceWidth || wish.force == kForceHeight;
+    if (!single || !wish.has_both_sides()) {
+        return wish.force;
+    }
+    const double width = static_cast<double>(size.width) / wish.width;
+    const double height = static_cast<double>(size.height) / wish.height;
+    return width <= height ? kForceHeight : kForceWidth;
+}
+
+SizeRepeat check_forced_size(const PictureSize& size, const SizeWish& wish, int cropp_output, bool is_sized) {
     SizeRepeat repeat;
-    if (size_flag == 0 || warp.cropp_output > 3) {
+    if (!is_sized || cropp_output > setting::cropp_output::fitted) {
         return repeat;
     }
-    if (warp.cropp_output == 3) {
-        choose_force_size_again(warp);
+    const bool needs_height = wish.force != kForceWidth && wish.height > 0;
+    const bool needs_width = wish.force != kForceNothing && wish.force != kForceHeight && wish.width > 0;
+    repeat.height_done = !needs_height || size.height == wish.height;
+    repeat.width_done = !needs_width || size.width == wish.width;
+    if (wish.height > 0 && size.height > 0) {
+        repeat.ratio_height = static_cast<double>(wish.height) / size.height;
     }
-    const bool needs_height = warp.force_size != kForceWidth && warp.work_height > 0;
-    const bool needs_width =
-        warp.force_size != kForceNothing && warp.force_size != kForceHeight && warp.work_width > 0;
-    repeat.height_done = !needs_height || warp.height == warp.work_height;
-    repeat.width_done = !needs_width || warp.width == warp.work_width;
-    if (warp.work_height > 0 && warp.height > 0) {
-        repeat.ratio_height = static_cast<double>(warp.work_height) / warp.height;
-    }
-    if (warp.work_width > 0 && warp.width > 0) {
-        repeat.ratio_width = static_cast<double>(warp.work_width) / warp.width;
+    if (wish.width > 0 && size.width > 0) {
+        repeat.ratio_width = static_cast<double>(wish.width) / size.width;
     }
     return repeat;
 }
@@ -222,38 +191,27 @@ double final_reduction(const TargetSize& target) {
     }
 }
 
-Result<void> rescale_to_final(WarpedPair& warp, const TargetSize& target) {
+PictureSize final_size(const TargetSize& target, const PictureSize& worked) {
     int width = target.final_width;
     int height = target.final_height;
     switch (target.final_rescale) {
-        case FinalRescale::by_width: height = in_proportion(warp.height, width, warp.width); break;
-        case FinalRescale::by_height: width = in_proportion(warp.width, height, warp.height); break;
+        case FinalRescale::by_width: height = in_proportion(worked.height, width, worked.width); break;
+        case FinalRescale::by_height: width = in_proportion(worked.width, height, worked.height); break;
         case FinalRescale::by_factor: {
             // The smaller side of the size worked at is exact, the other one rounded.
             const bool low = target.work_height <= target.work_width;
-            const int worked = low ? target.work_height : target.work_width;
+            const int side = low ? target.work_height : target.work_width;
             const int wanted = low ? target.final_height : target.final_width;
-            width = in_proportion(warp.width, wanted, worked);
-            height = in_proportion(warp.height, wanted, worked);
+            width = in_proportion(worked.width, wanted, side);
+            height = in_proportion(worked.height, wanted, side);
             break;
         }
-        default: return {};
+        default: return worked;
     }
-    if (width == warp.width && height == warp.height) {
-        return {};
+    if (width == worked.width && height == worked.height) {
+        return worked;
     }
-    width = std::max(1, width);
-    height = std::max(1, height);
-    for (Bitmap* bitmap : {&warp.left, &warp.right}) {
-        Bitmap result = rescaled(*bitmap, warp.width, warp.height, width, height);
-        if (!result) {
-            return Failure::out_of_memory(kNoMemoryForViews);
-        }
-        *bitmap = std::move(result);
-    }
-    warp.height = height;
-    warp.width = width;
-    return {};
+    return {std::max(1, width), std::max(1, height)};
 }
 
 }  // namespace zemora

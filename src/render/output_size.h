@@ -1,11 +1,23 @@
 #pragma once
 /// Size of the output and the common image area.
 
+#include "config/messages.h"
+#include "numerics/bitmap.h"
+#include "numerics/rescale.h"
 #include "numerics/result.h"
-#include "render/selection_box.h"
-#include "render/warp_state.h"
 
 namespace zemora {
+
+inline constexpr int kLargestSide = 16384;  ///< Pixels; the largest side of a warped picture.
+
+/// Which side of the target size is forced.
+enum ForceSize {
+    kForceNothing = 0,
+    kForceWidth = 1,
+    kForceHeight = 2,
+    kForceBothWidthLarger = 5,   ///< Both; the width was the larger ratio.
+    kForceBothHeightLarger = 6,  ///< Both; the height was the larger ratio.
+};
 
 /// How the finished pair is brought to a size too small to work at.
 enum class FinalRescale {
@@ -30,10 +42,26 @@ struct TargetSize {
 [[nodiscard]] TargetSize find_target_size(int source_height, int source_width, int output_height,
                                           int output_width, int cropp_output);
 
-/// Sets the scaled size and `force_size` of `warp` for a new pair. False, with the messages told,
-/// when a side would pass 16384.
-[[nodiscard]] bool setup_output_size(WarpState& warp, const TargetSize& target, int source_height,
-                                     int source_width);
+/// The size that the warps of a pair are to reach.
+struct SizeWish {
+    int height = 0;  ///< 0 on a side that is not given.
+    int width = 0;
+    int force = kForceNothing;  ///< A `ForceSize`.
+    float aspect = 1.0F;        ///< Source width over source height.
+    PictureSize source;
+    PictureSize scaled;  ///< The whole frame scaled to the target.
+    float scale = 1.0F;  ///< Output pixels per source pixel there.
+
+    [[nodiscard]] bool has_both_sides() const { return width > 0 && height > 0; }
+    [[nodiscard]] bool forces_width() const {
+        return width > 0 &&
+               (force == kForceWidth || force == kForceBothWidthLarger || force == kForceBothHeightLarger);
+    }
+};
+
+/// Works it out for a new pair. Fails for the pair when a side would pass the largest one.
+[[nodiscard]] Result<SizeWish> wish_for_size(const TargetSize& target, const PictureSize& source,
+                                             int cropp_output, const MessageCatalogue& messages);
 
 /// Rectangle of pixels, all four inclusive; rows from the bottom.
 struct PixelRectangle {
@@ -62,13 +90,17 @@ struct SizeRepeat {
     double ratio_width = 1.0;
     [[nodiscard]] bool needed() const { return !(height_done && width_done); }
 };
-/// Compares the cropped size with the target; may choose `force_size` again (`CroppOutput` 3).
-[[nodiscard]] SizeRepeat check_forced_size(WarpState& warp, int size_flag);
+/// Compares the cropped size with the target; nothing is needed where `is_sized` is false.
+[[nodiscard]] SizeRepeat check_forced_size(const PictureSize& size, const SizeWish& wish, int cropp_output,
+                                           bool is_sized);
+
+/// `CroppOutput` 3 fits the picture into the target: the side that is larger against it is the forced one.
+[[nodiscard]] int force_of_larger_side(const SizeWish& wish, const PictureSize& size);
 
 /// Final over worked size; 1 where nothing is reduced at the end.
 [[nodiscard]] double final_reduction(const TargetSize& target);
 
-/// Brings the finished pair to its final size with the image library's bicubic filter. Fails without memory.
-[[nodiscard]] Result<void> rescale_to_final(WarpedPair& warp, const TargetSize& target);
+/// The final size of a finished pair of that size.
+[[nodiscard]] PictureSize final_size(const TargetSize& target, const PictureSize& worked);
 
 }  // namespace zemora

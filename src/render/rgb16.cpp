@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "config/setting_values.h"
 #include "input/picture_file.h"
 #include "numerics/turn.h"
 #include "render/deep_rows.h"
@@ -58,7 +59,7 @@ Bitmap enlarged(const Bitmap& view, int width, int height, Colour background) {
 }
 
 /// The view cut from its file.
-Bitmap cut_from_file(Bitmap file, const ViewGeometry& record, SourcePart part) {
+Bitmap cut_from_file(Bitmap file, const InputGeometry& record, SourcePart part) {
     const int half = file.width() / 2;
     const int first = part == SourcePart::right_half ? half : 0;
     const int width = part == SourcePart::left_half ? half : file.width() - first;
@@ -77,7 +78,7 @@ Bitmap cut_from_file(Bitmap file, const ViewGeometry& record, SourcePart part) {
 }
 
 /// The view in its place of the common canvas.
-Bitmap placed(Bitmap view, const ViewGeometry& record) {
+Bitmap placed(Bitmap view, const InputGeometry& record) {
     const bool is_placed = record.frame_width > 0 && record.frame_height > 0;
     if (!is_placed || (record.frame_x == 0 && record.frame_y == 0 && record.frame_width == view.width() &&
                        record.frame_height == view.height())) {
@@ -91,7 +92,7 @@ Bitmap placed(Bitmap view, const ViewGeometry& record) {
 }
 
 /// The view cut from its file, turned, enlarged and placed as the input did it with the 8-bit picture.
-Bitmap prepare_source(Bitmap file, const ViewGeometry& record, SourcePart part, Colour background) {
+Bitmap prepare_source(Bitmap file, const InputGeometry& record, SourcePart part, Colour background) {
     Bitmap view = cut_from_file(std::move(file), record, part);
     view = view ? turned(std::move(view), record.rot_mir) : Bitmap();
     if (view && record.scaled_width > 0 && record.scaled_height > 0) {
@@ -101,28 +102,32 @@ Bitmap prepare_source(Bitmap file, const ViewGeometry& record, SourcePart part, 
 }
 
 /// The kept part of the warped frame.
-Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPicture plain) {
+Bitmap warp_deep(const WarpedPair& warp, const Bitmap& source, View view, ConstPicture plain,
+                 const ColourChange* colours) {
     const bool is_left = view == View::left;
-    const ViewGeometry& record = is_left ? warp.left_record : warp.right_record;
-    Bitmap result = create_deep(record.kept_width, record.kept_height);
+    const WarpPlan& plan = warp.plan;
+    const PixelRectangle& kept = warp.kept;
+    Bitmap result = create_deep(kept.width(), kept.height());
     if (!result || !source) {
         return {};
     }
-    const PairTransform pair = make_transforms(warp, warp.latest_correction, record.height, record.width);
-    const Sampler sampler(kernel_of(warp.latest_interpolation), warp.filter_radius, warp.latest_gamma,
-                          warp.passe_colour);
+    const PairTransform pair = make_transforms(plan, warp.correction);
+    const Sampler sampler(kernel_of(plan.interpolation.kernel), plan.interpolation.tent_radius, plan.gamma,
+                          plan.background);
     const bool fits = plain.width == source.width() && plain.height == source.height();
     DeepRows rows(pair[is_left ? 0 : 1], sampler, deep_picture(source), fits ? plain : ConstPicture());
+    const TonePlan& tone = plan.tone;
+    const int mode = !tone.is_applied ? 0 : (is_left ? tone.mode_left : tone.mode_right);
     for (int channel = 0; channel < kPixelBytes; ++channel) {
         rows.tone[static_cast<std::size_t>(kPixelBytes - 1 - channel)] =
-            tone_plane(is_left ? warp.left_tone : warp.right_tone, record.tone_mode, channel);
+            tone_plane(is_left ? tone.left : tone.right, mode, channel);
     }
-    rows.rows.colours = warp.colours ? &*warp.colours : nullptr;
+    rows.rows.colours = colours;
     rows.rows.is_left = is_left;
     const DeepPicture target = deep_picture(result);
 #pragma omp parallel for schedule(dynamic, 8)
-    for (int y = 0; y < record.kept_height; ++y) {
-        warp_deep_row(rows, record.kept_y + y, record.kept_x, record.kept_width, target.pixel(0, y));
+    for (int y = 0; y < kept.height(); ++y) {
+        warp_deep_row(rows, kept.bottom + y, kept.left, kept.width(), target.pixel(0, y));
     }
     return result;
 }
@@ -162,11 +167,11 @@ Failure no_memory() {
 }
 
 /// What the warp and the steps behind it made of a view; one of another size counts as not there.
-void fit_to_shown(Bitmap& deep, ConstPicture shown, const DeepSettings& settings, Colour background) {
+void fit_to_shown(Bitmap& deep, ConstPicture shown, const WarpPlan& plan) {
     if (deep && (deep.width() != shown.width || deep.height() != shown.height)) {
         deep.reset();  // brought to another size behind the warp
-    } else if (deep && settings.is_blanked) {
-        blank_as_in(shown, background, deep);
+    } else if (deep && plan.crop.cropp_output == setting::cropp_output::blanked) {
+        blank_as_in(shown, plan.background, deep);
     }
 }
 
@@ -177,7 +182,8 @@ bool has_deep_form(const Finished& pair, const SaveOptions& options, const std::
            is_tiff_name(file);
 }
 
-Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
+Result<DeepPair> make_deep_pair(const WarpedPair& warp, const DeepInput& input) {
+    const SourceFiles& sources = input.sources;
     if (sources.layout == SourceLayout::other) {
         return DeepPair();  // the views are not what the files show
     }
@@ -198,10 +204,11 @@ Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& source
         if (!files[i]) {
             continue;
         }
-        const Bitmap source = prepare_source(
-            std::move(files[i]), is_left ? warp.left_record : warp.right_record, parts[i], warp.passe_colour);
+        const Bitmap source = prepare_source(std::move(files[i]), is_left ? input.left : input.right,
+                                             parts[i], warp.plan.background);
         Bitmap& result = is_left ? pair.left : pair.right;
-        result = warp_deep(warp, source, view, is_left ? sources.views.left : sources.views.right);
+        result =
+            warp_deep(warp, source, view, is_left ? sources.views.left : sources.views.right, input.colours);
         if (!result) {
             return no_memory();
         }
@@ -209,9 +216,8 @@ Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& source
     return {std::move(pair)};
 }
 
-Result<DeepPair> make_deep_outputs(const WarpState& warp, const Finished& finished,
-                                   const SourceFiles& sources, const DeepSettings& settings) {
-    Result<DeepPair> made = make_deep_pair(warp, sources);
+Result<DeepPair> make_deep_outputs(const WarpedPair& warp, const Finished& finished, const DeepInput& input) {
+    Result<DeepPair> made = make_deep_pair(warp, input);
     if (!made) {
         return made;
     }
@@ -228,8 +234,8 @@ Result<DeepPair> make_deep_outputs(const WarpState& warp, const Finished& finish
     if (finished.is_exchanged) {
         std::swap(pair.left, pair.right);
     }
-    fit_to_shown(pair.left, finished.left.picture, settings, warp.passe_colour);
-    fit_to_shown(pair.right, finished.right.picture, settings, warp.passe_colour);
+    fit_to_shown(pair.left, finished.left.picture, warp.plan);
+    fit_to_shown(pair.right, finished.right.picture, warp.plan);
     return {std::move(pair)};
 }
 

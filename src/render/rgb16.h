@@ -4,9 +4,10 @@
 #include <span>
 #include <string>
 
+#include "input/view_geometry.h"
 #include "render/output_writer.h"
 #include "render/save_picture.h"
-#include "render/warp_state.h"
+#include "render/warp_pair.h"
 
 namespace zemora {
 
@@ -18,9 +19,12 @@ struct DeepPair {
     [[nodiscard]] DeepViews views() const { return {left ? &left : nullptr, right ? &right : nullptr}; }
 };
 
-/// What of the settings decides about them.
-struct DeepSettings {
-    bool is_blanked = false;  ///< `CroppOutput` 1 has blanked what only one view shows.
+/// What the views are made from besides the latest warp.
+struct DeepInput {
+    SourceFiles sources;
+    InputGeometry left;  ///< What the input did to the views of the files.
+    InputGeometry right;
+    const ColourChange* colours = nullptr;
 };
 
 /// Whether a product of that name is stored in 16 bits.
@@ -28,11 +32,11 @@ struct DeepSettings {
 
 /// The latest warp in 16 bits: the views belong to the sources, before the outputs are turned and exchanged.
 /// Fails without memory.
-[[nodiscard]] Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& sources);
+[[nodiscard]] Result<DeepPair> make_deep_pair(const WarpedPair& warp, const DeepInput& input);
 
 /// The same as the finished views stand, for all products of the pair.
-[[nodiscard]] Result<DeepPair> make_deep_outputs(const WarpState& warp, const Finished& finished,
-                                                 const SourceFiles& sources, const DeepSettings& settings);
+[[nodiscard]] Result<DeepPair> make_deep_outputs(const WarpedPair& warp, const Finished& finished,
+                                                 const DeepInput& input);
 
 /// A deep view and where its lower left pixel comes to stand.
 struct PlacedDeepView {

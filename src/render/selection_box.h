@@ -18,6 +18,9 @@ struct SelectionBox {
     float result_bottom = 0.0F;
     float result_right = 0.0F;
     float result_top = 0.0F;
+
+    /// Whether a window is in force.
+    [[nodiscard]] bool has_window() const { return mode != 0; }
 };
 
 }  // namespace zemora

@@ -1,7 +1,7 @@
 #pragma once
 /// The size step of a warp: by what factor the frame of this call changes towards the target.
 
-#include "render/warp_state.h"
+#include "render/output_size.h"
 
 namespace zemora {
 

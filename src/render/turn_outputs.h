@@ -3,7 +3,7 @@
 
 #include "numerics/result.h"
 #include "render/finished.h"
-#include "render/warped_pair.h"
+#include "render/warp_pair.h"
 
 namespace zemora {
 

@@ -110,21 +110,19 @@ void set_divider(MapRow& numbers, std::uint32_t divisor) {
 
 }  // namespace
 
-FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& correction, double step_factor,
-                                 int width) {
-    const auto largest_shift = static_cast<int>(std::int64_t{width} * kPositionUnit / 3);
+FixedCorrection fixed_correction(const WarpPlan& plan) {
+    const auto largest_shift = static_cast<int>(std::int64_t{plan.frame.width} * kPositionUnit / 3);
+    const Correction& c = plan.correction;
     FixedCorrection fixed;
-    fixed.height_shift_128 = fixed_shift(correction.height, step_factor, largest_shift);
-    fixed.window_shift_128 = fixed_shift(correction.shift, step_factor, largest_shift);
-    fixed.size_32768 = round_half_up(static_cast<double>(correction.size * 32768.0F));
-    fixed.rotation_16384 = fixed_sine(correction.rotation, 16384.0F);
-    fixed.vergence_v_16384 = fixed_sine(correction.vergence_v, 16384.0F);
-    fixed.vergence_h_32768 = fixed_sine(correction.vergence_h, 32768.0F);
-    if (warp.pre_settings != 0) {
-        fixed.pre_rotation_left_16384 = fixed_sine_of_degrees(warp.pre_rotation_left, 16384.0F);
-        fixed.pre_rotation_right_16384 = fixed_sine_of_degrees(warp.pre_rotation_right, 16384.0F);
-        fixed.pre_vergence_v_16384 = fixed_sine_of_degrees(warp.pre_vergence_v, 16384.0F);
-    }
+    fixed.height_shift_128 = fixed_shift(static_cast<float>(c.height_px), plan.size_step, largest_shift);
+    fixed.window_shift_128 = fixed_shift(static_cast<float>(c.shift_px), plan.size_step, largest_shift);
+    fixed.size_32768 = round_half_up(static_cast<double>(static_cast<float>(c.size) * 32768.0F));
+    fixed.rotation_16384 = fixed_sine(static_cast<float>(c.rotation_rad), 16384.0F);
+    fixed.vergence_v_16384 = fixed_sine(static_cast<float>(c.vergence_v_rad), 16384.0F);
+    fixed.vergence_h_32768 = fixed_sine(static_cast<float>(c.vergence_h_rad), 32768.0F);
+    fixed.pre_rotation_left_16384 = fixed_sine_of_degrees(plan.preset.rotation_left, 16384.0F);
+    fixed.pre_rotation_right_16384 = fixed_sine_of_degrees(plan.preset.rotation_right, 16384.0F);
+    fixed.pre_vergence_v_16384 = fixed_sine_of_degrees(plan.preset.vergence_v, 16384.0F);
     return fixed;
 }
 
@@ -174,12 +172,6 @@ Position ViewTransform::map(int column, int row) const {
     const Position p = map_centred(
         {std::int64_t{kPositionUnit} * column - half_width, std::int64_t{kPositionUnit} * row - half_height});
     return {scale_back(p.x + half_width, total_scale), scale_back(p.y + half_height, total_scale)};
-}
-
-bool ViewTransform::is_identity() const {
-    return phantogram == 0.0 && edge_warp == 0.0 && vertical_ax == 0.0 && common_trapez == 0.0 &&
-           sym_trapez == 0.0 && shift_x == 0 && shift_y == 0 && size == 0 && rotation == 0 &&
-           vergence_v == 0 && vergence_h == 0 && total_scale == 1.0F;
 }
 
 bool ViewTransform::fits_32() const {
@@ -257,7 +249,10 @@ MapRow map_row_of(const ViewTransform& view, int row, int first) {
     return numbers;
 }
 
-PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixed, int height, int width) {
+PairTransform make_transforms(const WarpPlan& plan, const FixedCorrection& fixed) {
+    const int width = plan.frame.width;
+    const int height = plan.frame.height;
+    const ViewShape& shape = plan.shape;
     const double thirtieth = width / 30.0;
     const double half_width = std::max(0.5, width / 2.0);
     const double half_height = std::max(0.5, height / 2.0);
@@ -267,14 +262,14 @@ PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixe
         view.height = height;
         view.width = width;
         view.side = side;
-        view.total_scale = warp.total_scale > 0.0F ? warp.total_scale : 1.0F;
-        view.phantogram = warp.phantogram * thirtieth / half_height;
-        view.edge_warp = warp.edge_warp * thirtieth / half_width;
-        view.vertical_ax = warp.vertical_ax * thirtieth / half_width;
-        view.common_trapez = warp.common_trapez * 512.0;
-        view.sym_trapez = warp.sym_trapez * 512.0 * 128.0 * half_width;
+        view.total_scale = plan.scale > 0.0F ? plan.scale : 1.0F;
+        view.phantogram = shape.phantogram * thirtieth / half_height;
+        view.edge_warp = shape.edge_warp * thirtieth / half_width;
+        view.vertical_ax = shape.vertical_ax * thirtieth / half_width;
+        view.common_trapez = shape.common_trapez * 512.0;
+        view.sym_trapez = shape.sym_trapez * 512.0 * 128.0 * half_width;
         const int pre_rotation = side < 0 ? fixed.pre_rotation_left_16384 : fixed.pre_rotation_right_16384;
-        const int applied = warp.apply_left_right > 0 ? 1 : (warp.apply_left_right < 0 ? -1 : 0);
+        const int applied = plan.applied_view > 0 ? 1 : (plan.applied_view < 0 ? -1 : 0);
         if (applied == -side) {
             view.rotation = -pre_rotation;
             continue;
@@ -289,33 +284,6 @@ PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixe
         view.vergence_h = fixed.vergence_h_32768;
     }
     return pair;
-}
-
-void record_transforms(WarpState& warp, const FixedCorrection& fixed, int height, int width) {
-    for (const int side : {-1, 1}) {
-        ViewGeometry& record = side < 0 ? warp.left_record : warp.right_record;
-        const int applied = std::clamp(warp.apply_left_right, -1, 1);
-        const auto share = [side, applied](int value) {
-            return applied == 0 ? side * value / 2 : (applied == side ? side * value : 0);
-        };
-        record.total_scale = warp.total_scale;
-        record.height = height;
-        record.width = width;
-        record.phantogram = side * warp.phantogram;
-        record.edge_warp = side * warp.edge_warp;
-        record.vertical_ax = side * warp.vertical_ax;
-        record.common_trapez = warp.common_trapez;
-        record.sym_trapez = warp.sym_trapez;
-        record.trapez_scale = warp.trapez_scale;
-        record.window_shift_128 = share(fixed.window_shift_128);
-        record.height_shift_128 = share(fixed.height_shift_128);
-        record.size_32768 = share(fixed.size_32768);
-        record.rotation_16384 = share(fixed.rotation_16384);
-        record.pre_rotation_16384 = side < 0 ? fixed.pre_rotation_left_16384 : fixed.pre_rotation_right_16384;
-        record.vergence_v_16384 = share(fixed.vergence_v_16384);
-        record.pre_vergence_v_16384 = share(fixed.pre_vergence_v_16384);
-        record.vergence_h_32768 = share(fixed.vergence_h_32768);
-    }
 }
 
 }  // namespace zemora

@@ -8,17 +8,14 @@
 #include <array>
 #include <cstdint>
 
-#include "render/warp.h"
 #include "render/warp_kernels.h"
-#include "render/warp_state.h"
+#include "render/warp_pair.h"
 
 namespace zemora {
 
 inline constexpr int kPositionUnit = 128;  ///< Positions per pixel.
 
-/// `step_factor` is the factor of the size step; `width` that of the frame after it, pixels.
-[[nodiscard]] FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& correction,
-                                               double step_factor, int width);
+[[nodiscard]] FixedCorrection fixed_correction(const WarpPlan& plan);
 
 /// Whether the corrections are within what the approximations of the chain hold for. A vergence
 /// beyond its limit is told once a pair and becomes 0; a size or rotation beyond it is told and gives false.
@@ -59,8 +56,6 @@ struct ViewTransform {
     [[nodiscard]] Position map_centred(Position position) const;
     /// Whether vector code with 32-bit steps and float divisions gives the same numbers.
     [[nodiscard]] bool fits_32() const;
-    /// Whether the source position is the output position.
-    [[nodiscard]] bool is_identity() const;
 };
 
 /// The chain for the row from column `first` on, where `fits_32` holds.
@@ -69,10 +64,7 @@ struct ViewTransform {
 /// Left and right.
 using PairTransform = std::array<ViewTransform, 2>;
 
-[[nodiscard]] PairTransform make_transforms(const WarpState& warp, const FixedCorrection& fixed, int height,
-                                            int width);
-
-/// Writes what was applied into the records of the views.
-void record_transforms(WarpState& warp, const FixedCorrection& fixed, int height, int width);
+/// `fixed` is the correction of the plan within its limits.
+[[nodiscard]] PairTransform make_transforms(const WarpPlan& plan, const FixedCorrection& fixed);
 
 }  // namespace zemora

@@ -61,15 +61,14 @@ struct Place {
     bool seen = false;  ///< The right view shows it.
 };
 
-std::vector<Place> lattice_of(const WarpState& warp, const Scene& scene) {
+std::vector<Place> lattice_of(const WarpedPair& warp, const Scene& scene) {
     constexpr int kSteps = 40;
-    const PairTransform transforms =
-        make_transforms(warp, warp.latest_correction, warp.frame_height, warp.frame_width);
+    const PairTransform transforms = make_transforms(warp.plan, warp.correction);
     std::vector<Place> places;
     for (int j = 1; j < kSteps; ++j) {
         for (int i = 1; i < kSteps; ++i) {
-            const double column = warp.left_record.kept_x + warp.width * static_cast<double>(i) / kSteps;
-            const double row = warp.left_record.kept_y + warp.height * static_cast<double>(j) / kSteps;
+            const double column = warp.kept.left + warp.width * static_cast<double>(i) / kSteps;
+            const double row = warp.kept.bottom + warp.height * static_cast<double>(j) / kSteps;
             const RealPosition left = source_of(transforms[0], column, row, scene.width(), scene.height());
             const ScenePoint right = scene.right_of_left({left.x, left.y});
             const RealPosition there = output_of(transforms[1], {right.x, right.y}, {column, row}, scene);
@@ -106,7 +105,7 @@ std::vector<double> magnitudes(const std::vector<HeightError>& errors) {
 }
 
 /// Fills in what is left of the misalignment.
-void judge(const WarpState& warp, const Scene& scene, MountedScene& result) {
+void judge(const WarpedPair& warp, const Scene& scene, MountedScene& result) {
     std::vector<HeightError> all;
     std::vector<HeightError> seen;
     for (const Place& place : lattice_of(warp, scene)) {
@@ -186,7 +185,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     result.residual_rms_px = pair.residual_rms;
     result.status = pair.status;
     if (result.mounted && mount.seed_of_right == 0) {
-        judge(pipeline.warp, scene, result);
+        judge(pipeline.warped, scene, result);
     }
     if (result.mounted && measure_result(pipeline, pair)) {
         settle_trust(pair);

@@ -34,10 +34,10 @@ protected:
     std::unique_ptr<Rig> rig(ParameterSet set) const {
         set.path_of_images = folder_.path();
         auto made = std::make_unique<Rig>(set);
-        made->warp->left = textured(kWidth, kHeight, 1);
-        made->warp->right = textured(kWidth, kHeight, 2);
-        made->warp->width = kWidth;
-        made->warp->height = kHeight;
+        made->warped.left = textured(kWidth, kHeight, 1);
+        made->warped.right = textured(kWidth, kHeight, 2);
+        made->warped.width = kWidth;
+        made->warped.height = kHeight;
         made->frame.colour = kFrame;
         return made;
     }
@@ -73,8 +73,8 @@ TEST_F(Anaglyphs, StandOnTheFrameWithoutThinLine) {
     EXPECT_EQ(colour_at(canvas.picture(), 6, 5), kFrame);
     EXPECT_EQ(colour_at(canvas.picture(), 7, 4), kFrame);
     EXPECT_EQ(colour_at(canvas.picture(), 7 + kWidth, 5 + kHeight - 1), kFrame);
-    const Colour left = colour_at(pair->warp->pair().left, 0, 0);
-    const Colour right = colour_at(pair->warp->pair().right, 0, 0);
+    const Colour left = colour_at(pair->warped.pair().left, 0, 0);
+    const Colour right = colour_at(pair->warped.pair().right, 0, 0);
     EXPECT_EQ(colour_at(canvas.picture(), 7, 5), (Colour{right.blue, right.green, left.red}));
 }
 
@@ -112,7 +112,7 @@ TEST_F(Anaglyphs, FilledCanvasHasTheSizeAskedFor) {
     ASSERT_EQ(canvas.width(), kWidth + 5);
     ASSERT_EQ(canvas.height(), kHeight);
     EXPECT_EQ(colour_at(canvas.picture(), 1, 0), kFrame);
-    EXPECT_EQ(colour_at(canvas.picture(), 2, 0).red, colour_at(pair->warp->pair().left, 0, 0).red);
+    EXPECT_EQ(colour_at(canvas.picture(), 2, 0).red, colour_at(pair->warped.pair().left, 0, 0).red);
     EXPECT_EQ(colour_at(canvas.picture(), kWidth + 2, 0), kFrame);
 }
 
@@ -138,8 +138,8 @@ TEST_F(Anaglyphs, TheDefaultsMixByLeastSquares) {
     const auto rgb = [](Colour c) { return testing::Rgb{double(c.red), double(c.green), double(c.blue)}; };
     for (int x = 0; x < kWidth; ++x) {
         EXPECT_EQ(colour_at(canvas.picture(), x, 11),
-                  twin.mix(rgb(colour_at(pair->warp->pair().left, x, 11)),
-                           rgb(colour_at(pair->warp->pair().right, x, 11))));
+                  twin.mix(rgb(colour_at(pair->warped.pair().left, x, 11)),
+                           rgb(colour_at(pair->warped.pair().right, x, 11))));
     }
 }
 
@@ -155,8 +155,8 @@ TEST_F(Anaglyphs, ColourFileIsReadAnewForEachPicture) {
     for (const char* red : {"1 0 0\n", "0 1 0\n"}) {
         write_file(red);
         const Bitmap canvas = composed(*pair);
-        const Colour left = colour_at(pair->warp->pair().left, 9, 9);
-        const Colour right = colour_at(pair->warp->pair().right, 9, 9);
+        const Colour left = colour_at(pair->warped.pair().left, 9, 9);
+        const Colour right = colour_at(pair->warped.pair().right, 9, 9);
         EXPECT_EQ(colour_at(canvas.picture(), 9, 9),
                   (Colour{right.blue, right.green, red[0] == '1' ? left.red : left.green}));
     }
@@ -194,8 +194,8 @@ TEST_F(Anaglyphs, UnstablePrintCalibrationEndsTheRun) {
     test::write_text(file("tintrovela_print.txt"),
                      "Tintrovela Version 0.2\n100\n-2.1712\n-1.1368\n3.548\n3.0176\n1.9008\n-2.2744\n"
                      "1\n1\n1\n1\n1\n1\n1\n1\n");
-    fill(pair->warp->left.picture(), {185, 185, 185});
-    fill(pair->warp->right.picture(), {35, 35, 35});
+    fill(pair->warped.left.picture(), {185, 185, 185});
+    fill(pair->warped.right.picture(), {35, 35, 35});
     const auto result = written(*pair, file("a.png"));
     ASSERT_FALSE(result);
     EXPECT_TRUE(result.failure().ends_run && result.failure().note.waits);

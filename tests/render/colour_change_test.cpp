@@ -155,17 +155,17 @@ TEST(ColourChange, FollowsTheTonesOfTheFinalWarpInEachView) {
         set.passe_color_green = 0;
         set.passe_color_blue = 255;
         Rig rig(set);
-        rig.warp->colours.emplace(colours);
-        WarpRequest request = rig.request(source, source);
-        request.use_tone = is_final;
-        request.tone_left = request.tone_right = &tone;
-        request.tone_mode_left = request.tone_mode_right = 1;
-        ASSERT_TRUE(rig.run(request));
+        rig.colours.emplace(colours);
+        WarpPlan plan = rig.plan(source, source);
+        plan.tone.is_applied = is_final;
+        plan.tone.left = plan.tone.right = tone;
+        plan.tone.mode_left = plan.tone.mode_right = 1;
+        ASSERT_TRUE(rig.run(plan));
         for (int x = 0; x < 45; ++x) {
             for (const bool is_left : {true, false}) {
                 const Colour from = colour_at(source.picture(), x, 7);
                 const Colour found =
-                    colour_at(is_left ? rig.warp->pair().left : rig.warp->pair().right, x, 7);
+                    colour_at(is_left ? rig.warped.pair().left : rig.warped.pair().right, x, 7);
                 const auto wanted = plain_by_exponents(
                     colours, is_left ? colours.left : colours.right,
                     {65280 - 256 * from.red, 65280 - 256 * from.green, 65280 - 256 * from.blue});
@@ -191,10 +191,10 @@ TEST(ColourChange, WorksInTheSixteenBitOutputToo) {
     set.stereo_image_input = 2;
     Rig rig(set);
     const ColorManagement colours = exponents();
-    rig.warp->colours.emplace(colours);
+    rig.colours.emplace(colours);
     const Bitmap shallow = noisy(40, 30, 1);
-    ASSERT_TRUE(rig.run(rig.request(shallow, shallow)));
-    const DeepPair pair = *make_deep_pair(*rig.warp, {folder / "d.tif", folder / "d.tif"});
+    ASSERT_TRUE(rig.run(rig.plan(shallow, shallow)));
+    const DeepPair pair = *make_deep_pair(rig.warped, rig.deep_input({folder / "d.tif", folder / "d.tif"}));
     ASSERT_TRUE(pair);
     for (const bool is_left : {true, false}) {
         const FIRGB16 found = *pixel(is_left ? pair.left : pair.right);

@@ -26,10 +26,10 @@ constexpr Colour kFrame{120, 180, 200};
 /// A rig with a working pair of noise.
 struct PairRig : Rig {
     PairRig(const FrameSettings& settings, int width, int height, const ParameterSet& set = {}) : Rig(set) {
-        warp->left = noisy(width + 3, height + 2, 1);
-        warp->right = noisy(width + 3, height + 2, 2);
-        warp->width = width;
-        warp->height = height;
+        warped.left = noisy(width + 3, height + 2, 1);
+        warped.right = noisy(width + 3, height + 2, 2);
+        warped.width = width;
+        warped.height = height;
         frame = settings;
         frame.colour = kFrame;
     }
@@ -86,7 +86,7 @@ struct CanvasCase {
 Bitmap plain_canvas(const PairRig& rig, const CanvasCase& wanted) {
     Bitmap canvas = Bitmap::create(wanted.width, wanted.height);
     const int line = rig.frame.thin_line;
-    const StereoPicture pair = rig.warp->pair();
+    const StereoPicture pair = rig.warped.pair();
     for (int y = 0; y < wanted.height; ++y) {
         for (int x = 0; x < wanted.width; ++x) {
             Colour colour = kFrame;
@@ -238,9 +238,9 @@ TEST(ExtraOutput, ASqueezedPictureMayBeFilledToHalfOfItsWidth) {
 Bitmap plain_interlaced(const PairRig& rig, int width, int height, int margin, int bottom) {
     Bitmap canvas = Bitmap::create(width, height);
     fill(canvas.picture(), kFrame);
-    const StereoPicture pair = rig.warp->pair();
+    const StereoPicture pair = rig.warped.pair();
     const int share = rig.frame.floating / 2;
-    for (int r = 0; r + 1 < rig.warp->height; r += 2) {
+    for (int r = 0; r + 1 < rig.warped.height; r += 2) {
         for (int i = 0; i < 2; ++i) {
             const ConstPicture& view = i == 0 ? pair.left : pair.right;
             for (int c = 0; c < width; ++c) {
@@ -305,7 +305,7 @@ TEST(ExtraOutput, EachRowOfPicturesHasTheTextsThatItsFrameHolds) {
             EXPECT_GT(count_letters(canvas, first, 40), 10) << first;
         }
         EXPECT_EQ(
-            count_differences(canvas.picture().part(0, row.height - 140, 300, 100), rig.warp->pair().left),
+            count_differences(canvas.picture().part(0, row.height - 140, 300, 100), rig.warped.pair().left),
             0);
     }
 }
@@ -390,14 +390,14 @@ TEST(ExtraOutput, SixteenBitSourcesGiveSixteenBitCanvases) {
             set.inverse_output = inverse;
             Rig rig(set);
             const Bitmap shallow = noisy(60, 40, 1);
-            ASSERT_TRUE(rig.run(rig.request(shallow, shallow)));
+            ASSERT_TRUE(rig.run(rig.plan(shallow, shallow)));
             rig.arrange();
             ASSERT_EQ(rig.write_extra(folder / "x.tif", sources).code, 0);
             const Bitmap read(FreeImage_Load(FIF_TIFF, (folder / "x.tif").c_str()));
             ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
             ASSERT_EQ(read.width(), row.width);
             ASSERT_EQ(read.height(), row.height);
-            const DeepPair pair = *make_deep_pair(*rig.warp, sources);
+            const DeepPair pair = *make_deep_pair(rig.warped, rig.deep_input(sources));
             int different = 0;
             for (int y = 0; y < row.height; ++y) {
                 for (int x = 0; x < row.width; ++x) {

@@ -22,10 +22,10 @@ constexpr Colour kFrame{30, 20, 10};
 /// A rig with a working pair of 60 by 40 in frame colour 10, 20, 30.
 struct FramedRig : Rig {
     explicit FramedRig(const FrameSettings& settings, int width = 60, int height = 40) {
-        warp->left = textured(width + 3, height + 2, 1);
-        warp->right = textured(width + 3, height + 2, 2);
-        warp->width = width;
-        warp->height = height;
+        warped.left = textured(width + 3, height + 2, 1);
+        warped.right = textured(width + 3, height + 2, 2);
+        warped.width = width;
+        warped.height = height;
         frame = settings;
         frame.colour = kFrame;
     }
@@ -58,7 +58,7 @@ TEST(SideBySideLayout, SettingsFarOutsideTheirLimitsMakeACanvasThatNoMemoryHolds
     set.frame_top = set.frame_bottom = set.frame_left_right = set.frame_central = set.thin_black_line =
         INT_MAX;
     Rig rig(set);
-    rig.warp->height = rig.warp->width = 40;
+    rig.warped.height = rig.warped.width = 40;
     const CanvasLayout layout = side_by_side_layout(rig.finished(), rig.frame);
     EXPECT_GT(layout.height, 1 << 24);
     EXPECT_GT(layout.width, 1 << 24);
@@ -142,7 +142,7 @@ TEST(ComposeSideBySide, PutsFrameLineAndPicturesWhereTheyBelong) {
     const Bitmap canvas = compose_side_by_side(rig.finished(), layout, rig.voice);
     const ConstPicture picture = canvas.picture();
     ASSERT_EQ(picture.width, layout.width);
-    const StereoPicture pair = rig.warp->pair();
+    const StereoPicture pair = rig.warped.pair();
     EXPECT_EQ(colour_at(picture, 9, 7), colour_at(pair.left, 0, 0));
     EXPECT_EQ(colour_at(picture, 8, 7), Colour{}) << "line";
     EXPECT_EQ(colour_at(picture, 7, 5), Colour{}) << "corner of the line";
@@ -156,7 +156,7 @@ TEST(ComposeView, WithoutFrameShowsTheWorkingPictureItself) {
     FramedRig rig(FrameSettings{});
     const CanvasLayout layout = single_view_layout(rig.finished(), rig.frame, View::right);
     const Bitmap canvas = compose_view(rig.finished(), layout, View::right, rig.voice);
-    EXPECT_EQ(canvas.bits(), rig.warp->right.bits());
+    EXPECT_EQ(canvas.bits(), rig.warped.right.bits());
     EXPECT_EQ(canvas.width(), 60);
 }
 
@@ -220,7 +220,7 @@ TEST(AutomaticFrames, WithoutAForcedWidthTheViewsAreCutEquallyAndTheCanvasStays)
     FrameSettings frame;
     frame.left_right = 5;
     FramedRig rig(frame, 1000, 20);
-    rig.left_record.kept_x = 7;
+    rig.warped.kept = {7, 1006, 0, 19};
     AutomaticFrameRequest request;
     request.mode = 2;
     request.floating_target = 33;
@@ -228,16 +228,16 @@ TEST(AutomaticFrames, WithoutAForcedWidthTheViewsAreCutEquallyAndTheCanvasStays)
     request.height = 20;
     request.far_point_px = 30.0 + request.floating_target;
     const int canvas = single_view_layout(rig.finished(), rig.frame, View::left).width;
-    const Bitmap before = rig.warp->right.clone();
+    const Bitmap before = rig.warped.right.clone();
     const AutomaticFrame automatic = automatic_frame(rig.frame, request, rig.voice);
     EXPECT_EQ(automatic.narrowed_width, 980);
     rig.frame = automatic.frame;
-    narrow_views(*rig.warp, automatic.narrowed_width);
+    narrow_views(rig.warped, automatic.narrowed_width);
     EXPECT_EQ(single_view_layout(rig.finished(), rig.frame, View::left).width, canvas);
-    EXPECT_EQ(rig.warp->width, 980);
-    EXPECT_EQ(colour_at(rig.warp->pair().right, 0, 3), colour_at(before.picture(), 10, 3));
-    EXPECT_EQ(rig.left_record.kept_x, 17);
-    EXPECT_EQ(rig.left_record.kept_width, 980);
+    EXPECT_EQ(rig.warped.width, 980);
+    EXPECT_EQ(colour_at(rig.warped.pair().right, 0, 3), colour_at(before.picture(), 10, 3));
+    EXPECT_EQ(rig.warped.kept.left, 17);
+    EXPECT_EQ(rig.warped.kept.width(), 980);
 }
 
 /// Of the sides, in signs: where the pictures that stand left and right move for a positive `FrameFloating`.
@@ -296,23 +296,23 @@ TEST(PixelsFromReference, KnowsTheUnits) {
 
 TEST(FloatingBands, HardCurtainsBlackenTheOuterEdgesOnly) {
     FramedRig rig(FrameSettings{});
-    const Bitmap before = rig.warp->left.clone();
-    floating_bands(rig.warp->views(), {5, 99}, 3);
-    const StereoPicture pair = rig.warp->pair();
+    const Bitmap before = rig.warped.left.clone();
+    floating_bands(rig.warped.views(), {5, 99}, 3);
+    const StereoPicture pair = rig.warped.pair();
     EXPECT_EQ(colour_at(pair.left, 4, 20), Colour{});
     EXPECT_EQ(colour_at(pair.left, 5, 20), colour_at(before.picture(), 5, 20));
     EXPECT_NE(colour_at(pair.right, 29, 20), Colour{}) << "at most half of the picture";
     EXPECT_EQ(colour_at(pair.right, 30, 20), Colour{});
-    EXPECT_EQ(colour_at(rig.warp->left.picture(), 61, 20), colour_at(before.picture(), 61, 20))
+    EXPECT_EQ(colour_at(rig.warped.left.picture(), 61, 20), colour_at(before.picture(), 61, 20))
         << "nothing outside the picture";
 }
 
 TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
     FramedRig rig(FrameSettings{}, 400, 4);
-    fill(rig.warp->left.picture(), Colour{200, 200, 200});
-    fill(rig.warp->right.picture(), Colour{200, 200, 200});
-    floating_bands(rig.warp->views(), {10, 0}, 4);
-    const StereoPicture pair = rig.warp->pair();
+    fill(rig.warped.left.picture(), Colour{200, 200, 200});
+    fill(rig.warped.right.picture(), Colour{200, 200, 200});
+    floating_bands(rig.warped.views(), {10, 0}, 4);
+    const StereoPicture pair = rig.warped.pair();
     const auto left = [&pair](int x) { return int{colour_at(pair.left, x, 2).green}; };
     // The ramp of 1 per cent is 4 columns, half of them inside the curtain's edge.
     EXPECT_EQ(left(8), 0);
@@ -327,13 +327,13 @@ TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
 
 TEST(FloatingBands, NarrowPicturesAndModesWithoutCurtainsOfTheirOwnHaveNoRamp) {
     FramedRig hard(FrameSettings{});
-    floating_bands(hard.warp->views(), {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
-    EXPECT_EQ(colour_at(hard.warp->pair().left, 4, 2), Colour{});
+    floating_bands(hard.warped.views(), {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
+    EXPECT_EQ(colour_at(hard.warped.pair().left, 4, 2), Colour{});
     for (const int mode : {0, 1, 2}) {  // curtains that a selection brings
         FramedRig selected(FrameSettings{}, 400, 4);
-        const Bitmap before = selected.warp->left.clone();
-        floating_bands(selected.warp->views(), {5, 5}, mode);
-        const StereoPicture pair = selected.warp->pair();
+        const Bitmap before = selected.warped.left.clone();
+        floating_bands(selected.warped.views(), {5, 5}, mode);
+        const StereoPicture pair = selected.warped.pair();
         EXPECT_EQ(colour_at(pair.left, 4, 2), Colour{}) << mode;
         EXPECT_EQ(colour_at(pair.left, 5, 2), colour_at(before.picture(), 5, 2)) << mode;
         EXPECT_EQ(colour_at(pair.right, 395, 2), Colour{}) << mode;

@@ -421,10 +421,10 @@ TEST(ExtraOutput, AMultiPictureFileTakesTheExifOfItsSource) {
         set.frame_top = 7;
         set.frame_left_right = 4;
         Rig rig(set);
-        rig.warp->left = noisy(60, 40, 1);
-        rig.warp->right = noisy(60, 40, 2);
-        rig.warp->width = 60;
-        rig.warp->height = 40;
+        rig.warped.left = noisy(60, 40, 1);
+        rig.warped.right = noisy(60, 40, 2);
+        rig.warped.width = 60;
+        rig.warped.height = 40;
         ASSERT_EQ(rig.write_extra(folder / "x.mpo", sources).code, 0);
         std::string reason;
         const auto file = read_file_whole(folder / "x.mpo", reason);

@@ -8,7 +8,8 @@
 #include <random>
 
 #include "render/crop.h"
-#include "render/size_step.h"
+#include "render/final_size.h"
+#include "render/fit_to_size.h"
 #include "tests/render/render_scene.h"
 
 namespace zemora {
@@ -63,7 +64,11 @@ INSTANTIATE_TEST_SUITE_P(
         TargetCase{"width_only_small_crop_4", 600, 800, 0, 200, 4, 0, 200, FinalRescale::none, 0, 0, 1}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(SetupOutputSize, ScalesByTheSideThatRules) {
+MessageCatalogue english() {
+    return MessageCatalogue(Language::english);
+}
+
+TEST(WishForSize, ScalesByTheSideThatRules) {
     struct Row {
         int crop, work_height, work_width, force, height, width;
     };
@@ -72,55 +77,53 @@ TEST(SetupOutputSize, ScalesByTheSideThatRules) {
           Row{2, 450, 500, kForceBothHeightLarger, 450, 600}, Row{3, 450, 500, kForceWidth, 375, 500},
           Row{3, 300, 500, kForceHeight, 300, 400}, Row{4, 300, 500, kForceNothing, 600, 800},
           Row{2, 0, 400, kForceWidth, 300, 400}, Row{2, 300, 0, kForceHeight, 300, 400}}) {
-        Rig rig;
-        rig.warp->cropp_output = row.crop;
         TargetSize target;
         target.work_height = row.work_height;
         target.work_width = row.work_width;
-        ASSERT_TRUE(setup_output_size(*rig.warp, target, 600, 800));
-        EXPECT_EQ(rig.warp->force_size, row.force);
-        EXPECT_EQ(rig.warp->scaled_height, row.height) << "force " << row.force;
-        EXPECT_EQ(rig.warp->scaled_width, row.width) << "force " << row.force;
-        EXPECT_NEAR(rig.warp->total_scale, row.width / 800.0, 1e-6);
+        const auto wish = wish_for_size(target, {800, 600}, row.crop, english());
+        ASSERT_TRUE(wish);
+        EXPECT_EQ(wish->force, row.force);
+        EXPECT_EQ(wish->scaled, (PictureSize{row.width, row.height})) << "force " << row.force;
+        EXPECT_NEAR(wish->scale, row.width / 800.0, 1e-6);
     }
 }
 
-TEST(SetupOutputSize, RefusesSidesAboveTheLargest) {
-    Rig rig;
+TEST(WishForSize, RefusesSidesAboveTheLargest) {
     TargetSize target;
     target.work_width = 16384;
-    EXPECT_FALSE(setup_output_size(*rig.warp, target, 2000, 1000)) << "the height would be 32768";
-    EXPECT_TRUE(setup_output_size(*rig.warp, target, 1000, 1000));
+    const auto refused = wish_for_size(target, {1000, 2000}, 2, english());
+    ASSERT_FALSE(refused) << "the height would be 32768";
+    EXPECT_FALSE(refused.failure().ends_run);
+    EXPECT_NE(refused.failure().note.text.find("32768"), std::string::npos) << refused.failure().note.text;
+    EXPECT_TRUE(wish_for_size(target, {1000, 1000}, 2, english()));
 }
 
-/// Repeats the final warp as the driver does; a correction that cuts wedges makes it necessary.
-int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& correction,
-                     const TargetSize& target, int output_height, int output_width) {
-    EXPECT_TRUE(setup_output_size(*rig.warp, target, source.height(), source.width()));
-    WarpRequest request = rig.request(source, source);
-    request.crop = 1;
-    request.correction = correction;
-    request.frame_height = rig.warp->scaled_height;
-    request.frame_width = rig.warp->scaled_width;
-    EXPECT_TRUE(rig.run(request));
-    int warps = 1;
-    for (; warps < 6; ++warps) {
-        const SizeRepeat repeat = check_forced_size(*rig.warp, target.size_flag);
-        if (!repeat.needed()) {
-            break;
-        }
-        request.size_step = target.size_flag;
-        request.frame_height = rig.warp->frame_height;
-        request.frame_width = rig.warp->frame_width;
-        request.height_done = repeat.height_done ? 1 : 0;
-        request.width_done = repeat.width_done ? 1 : 0;
-        request.ratio_height = repeat.ratio_height;
-        request.ratio_width = repeat.ratio_width;
-        EXPECT_TRUE(rig.run(request));
-    }
-    EXPECT_FALSE(check_forced_size(*rig.warp, target.size_flag).needed())
-        << output_height << " x " << output_width << ": " << rig.warp->height << " x " << rig.warp->width;
-    return warps;
+/// Counts the warps of `fit_to_size`.
+struct CountingVoice : Voice {
+    using Voice::Voice;
+    void progress(std::string_view /*step*/, double percent) override { warps += percent == 0.0 ? 1 : 0; }
+    int warps = 0;
+};
+
+/// Warps until the size is reached; a correction that cuts wedges makes repeats necessary.
+int warps_until_size(Rig& rig, const Bitmap& source, const Correction& correction, const TargetSize& target) {
+    const auto wish =
+        wish_for_size(target, {source.width(), source.height()}, rig.usual.crop.cropp_output, rig.messages);
+    EXPECT_TRUE(wish);
+    WarpPlan plan = rig.plan(source, source);
+    plan.crop.keeps_frame = false;
+    plan.crop.wish = *wish;
+    plan.correction = correction;
+    plan.frame = wish->scaled;
+    plan.scale = wish->scale;
+    EXPECT_TRUE(rig.run(plan));
+    plan.crop.is_sized = target.size_flag != 0;
+    const Sizing sizing{correction.scaled(1.0 / static_cast<double>(wish->scale)), 0.0F, 1};
+    CountingVoice voice(rig.console, rig.messages, rig.parameters);
+    const auto reached = fit_to_size(rig.source, plan, false, sizing, nullptr, rig.warped, voice);
+    EXPECT_TRUE(reached && *reached) << wish->height << " x " << wish->width << ": " << rig.warped.height
+                                     << " x " << rig.warped.width;
+    return 1 + voice.warps;
 }
 
 TEST(SizeStep, ReachesTheTargetWithinThreeWarps) {
@@ -135,22 +138,19 @@ TEST(SizeStep, ReachesTheTargetWithinThreeWarps) {
         const int output_height = kind == 2 ? 0 : between(250, 500);
         const int output_width = kind == 1 ? 0 : between(250, 500);
         Rig rig;
-        rig.warp->cropp_output = between(2, 3);
+        rig.usual.crop.cropp_output = between(2, 3);
         const TargetSize target = find_target_size(source.height(), source.width(), output_height,
-                                                   output_width, rig.warp->cropp_output);
-        const WarpCorrection correction{static_cast<float>(between(-8, 8)),
-                                        static_cast<float>(between(-3, 3)) / 100.0F,
-                                        static_cast<float>(between(-4, 4)) / 100.0F,
-                                        0.0F,
-                                        0.0F,
-                                        static_cast<float>(between(-20, 20))};
-        most = std::max(most, warps_until_size(rig, source, correction, target, output_height, output_width));
-        if (output_height > 0 && output_width > 0 && rig.warp->cropp_output == 2) {
-            EXPECT_EQ(rig.warp->height, output_height);
-            EXPECT_EQ(rig.warp->width, output_width);
-        } else if (rig.warp->cropp_output == 3 && kind == 0) {
-            EXPECT_LE(rig.warp->height, output_height);
-            EXPECT_LE(rig.warp->width, output_width);
+                                                   output_width, rig.usual.crop.cropp_output);
+        const Correction correction = testing::correction(
+            static_cast<float>(between(-8, 8)), static_cast<float>(between(-3, 3)) / 100.0F,
+            static_cast<float>(between(-4, 4)) / 100.0F, 0.0F, 0.0F, static_cast<float>(between(-20, 20)));
+        most = std::max(most, warps_until_size(rig, source, correction, target));
+        if (output_height > 0 && output_width > 0 && rig.usual.crop.cropp_output == 2) {
+            EXPECT_EQ(rig.warped.height, output_height);
+            EXPECT_EQ(rig.warped.width, output_width);
+        } else if (rig.usual.crop.cropp_output == 3 && kind == 0) {
+            EXPECT_LE(rig.warped.height, output_height);
+            EXPECT_LE(rig.warped.width, output_width);
         }
     }
     EXPECT_LE(most, 3);
@@ -212,14 +212,14 @@ TEST(CropToRatio, CutsTheLongerSideInTheMiddle) {
 
 TEST(TargetRatio, TurnsWithThePictureInCrop5) {
     Rig rig;
-    rig.warp->work_width = 400;
-    rig.warp->work_height = 300;
-    rig.warp->source_width = 600;
-    rig.warp->source_height = 800;
-    rig.warp->cropp_output = 4;
-    EXPECT_DOUBLE_EQ(target_ratio(*rig.warp), 4.0 / 3.0);
-    rig.warp->cropp_output = 5;
-    EXPECT_DOUBLE_EQ(target_ratio(*rig.warp), 0.75);
+    rig.usual.crop.wish.width = 400;
+    rig.usual.crop.wish.height = 300;
+    rig.usual.crop.wish.source.width = 600;
+    rig.usual.crop.wish.source.height = 800;
+    rig.usual.crop.cropp_output = 4;
+    EXPECT_DOUBLE_EQ(target_ratio(rig.usual.crop), 4.0 / 3.0);
+    rig.usual.crop.cropp_output = 5;
+    EXPECT_DOUBLE_EQ(target_ratio(rig.usual.crop), 0.75);
 }
 
 struct CropCase {
@@ -234,26 +234,26 @@ TEST_P(CropModes, KeepWhatTheyName) {
     const CropCase& c = GetParam();
     const Bitmap source = textured(200, 160);
     Rig rig;
-    rig.warp->cropp_output = c.crop;
-    rig.warp->work_height = c.work_height;
-    rig.warp->work_width = c.work_width;
-    rig.warp->source_height = 160;
-    rig.warp->source_width = 200;
-    WarpRequest request = rig.request(source, source);
-    request.crop = 1;
-    request.correction.shift = 20;
-    request.correction.height = 10;
-    ASSERT_TRUE(rig.run(request));
-    EXPECT_EQ(rig.warp->height, c.height);
-    EXPECT_EQ(rig.warp->width, c.width);
-    EXPECT_EQ(rig.warp->frame_height, 160) << "the whole frame is remembered for the size step";
-    EXPECT_EQ(rig.left_record.kept_width, c.width);
-    const ConstPicture left = rig.warp->pair().left;
-    const int x = rig.left_record.kept_x - 10;  // the left view shows source column x - 10
-    const int y = rig.left_record.kept_y - 5;
+    rig.usual.crop.cropp_output = c.crop;
+    rig.usual.crop.wish.height = c.work_height;
+    rig.usual.crop.wish.width = c.work_width;
+    rig.usual.crop.wish.source.height = 160;
+    rig.usual.crop.wish.source.width = 200;
+    WarpPlan plan = rig.plan(source, source);
+    plan.crop.keeps_frame = false;
+    plan.correction.shift_px = 20;
+    plan.correction.height_px = 10;
+    ASSERT_TRUE(rig.run(plan));
+    EXPECT_EQ(rig.warped.height, c.height);
+    EXPECT_EQ(rig.warped.width, c.width);
+    EXPECT_EQ(rig.warped.plan.frame.height, 160) << "the whole frame is remembered for the size step";
+    EXPECT_EQ(rig.warped.kept.width(), c.width);
+    const ConstPicture left = rig.warped.pair().left;
+    const int x = rig.warped.kept.left - 10;  // the left view shows source column x - 10
+    const int y = rig.warped.kept.bottom - 5;
     if (c.crop >= 2) {
         EXPECT_EQ(colour_at(left, 0, 0), colour_at(source.picture(), x, y));
-        EXPECT_NEAR(rig.selection.result_right, (rig.left_record.kept_x + c.width - 1) / 199.0, 1e-6);
+        EXPECT_NEAR(rig.selection.result_right, (rig.warped.kept.left + c.width - 1) / 199.0, 1e-6);
     }
 }
 
@@ -270,16 +270,16 @@ TEST(CropModes, Crop1BlanksTheSamePixelsInBothViewsAndWritesTheRectangle) {
     std::filesystem::current_path(folder);
     const Bitmap source = textured(200, 160);
     Rig rig;
-    rig.warp->cropp_output = 1;
-    WarpRequest request = rig.request(source, source);
-    request.crop = 1;
-    request.correction.shift = 20;
-    ASSERT_TRUE(rig.run(request));
+    rig.usual.crop.cropp_output = 1;
+    WarpPlan plan = rig.plan(source, source);
+    plan.crop.keeps_frame = false;
+    plan.correction.shift_px = 20;
+    ASSERT_TRUE(rig.run(plan));
     std::filesystem::current_path(before);
-    EXPECT_EQ(rig.warp->width, 200);
+    EXPECT_EQ(rig.warped.width, 200);
     for (const int x : {0, 9, 190, 199}) {
-        EXPECT_EQ(colour_at(rig.warp->pair().left, x, 80), Colour{}) << x;
-        EXPECT_EQ(colour_at(rig.warp->pair().right, x, 80), Colour{}) << x;
+        EXPECT_EQ(colour_at(rig.warped.pair().left, x, 80), Colour{}) << x;
+        EXPECT_EQ(colour_at(rig.warped.pair().right, x, 80), Colour{}) << x;
     }
     std::ifstream file(folder / "zemora_cropp.dat");
     int top = 0;
@@ -295,16 +295,24 @@ TEST(CropModes, APairWithoutCommonPictureCannotBeMounted) {
     Bitmap left = Bitmap::create(100, 80);
     Bitmap right = textured(100, 80);
     Rig rig;
-    WarpRequest request = rig.request(left, right);
-    request.crop = 1;
-    EXPECT_FALSE(rig.run(request));
+    WarpPlan plan = rig.plan(left, right);
+    plan.crop.keeps_frame = false;
+    EXPECT_FALSE(rig.run(plan));
+}
+
+/// In a frame of 1000 by 800.
+PixelRectangle ranged(Rig& rig, const SelectionBox& box, bool is_sized) {
+    CropPlan crop = rig.usual.crop;
+    crop.selection = box;
+    crop.is_sized = is_sized;
+    return find_range(crop, {1000, 800}, rig.voice);
 }
 
 TEST(FindRange, TellsTheRatioOnceAPair) {
     Rig rig;
-    rig.warp->cropp_output = 2;
-    rig.warp->work_width = 400;
-    rig.warp->work_height = 300;
+    rig.usual.crop.cropp_output = 2;
+    rig.usual.crop.wish.width = 400;
+    rig.usual.crop.wish.height = 300;
     SelectionBox box;
     box.mode = 1;
     box.right = box.top = 0.9F;
@@ -312,7 +320,7 @@ TEST(FindRange, TellsTheRatioOnceAPair) {
     for (int pair = 0; pair < 2; ++pair) {
         rig.voice.begin_report_section();
         for (int warp = 0; warp < 3; ++warp) {
-            (void)find_range(*rig.warp, box, 1, 800, 1000);
+            (void)ranged(rig, box, true);
         }
     }
     rig.console.flush();
@@ -326,9 +334,9 @@ TEST(FindRange, TellsTheRatioOnceAPair) {
 
 TEST(FindRange, WindowsAreSnappedOrBroughtToTheRatio) {
     Rig rig;
-    rig.warp->cropp_output = 2;
-    rig.warp->work_width = 400;
-    rig.warp->work_height = 300;
+    rig.usual.crop.cropp_output = 2;
+    rig.usual.crop.wish.width = 400;
+    rig.usual.crop.wish.height = 300;
     SelectionBox box;
     box.mode = 1;
     const auto select = [&box](int left, int right, int bottom, int top) {
@@ -338,19 +346,19 @@ TEST(FindRange, WindowsAreSnappedOrBroughtToTheRatio) {
         box.top = static_cast<float>(top) / 799.0F;
     };
     select(100, 501, 50, 351);  // 402 by 302
-    const PixelRectangle snapped = find_range(*rig.warp, box, 1, 800, 1000);
+    const PixelRectangle snapped = ranged(rig, box, true);
     EXPECT_EQ(snapped.width(), 400);
     EXPECT_EQ(snapped.height(), 300);
     EXPECT_EQ(snapped.left, 101);
     select(100, 599, 50, 351);  // too wide: cut to 4:3
-    const PixelRectangle cut = find_range(*rig.warp, box, 1, 800, 1000);
+    const PixelRectangle cut = ranged(rig, box, true);
     EXPECT_EQ(cut.height(), 302);
     EXPECT_EQ(cut.width(), 403);
-    rig.warp->cropp_output = 3;
-    EXPECT_EQ(find_range(*rig.warp, box, 1, 800, 1000), (PixelRectangle{100, 499, 50, 349}));
-    rig.warp->cropp_output = 4;
-    rig.warp->work_width = 300;
-    EXPECT_EQ(find_range(*rig.warp, box, 0, 800, 1000).width(), 302) << "equal target sides give a square";
+    rig.usual.crop.cropp_output = 3;
+    EXPECT_EQ(ranged(rig, box, true), (PixelRectangle{100, 499, 50, 349}));
+    rig.usual.crop.cropp_output = 4;
+    rig.usual.crop.wish.width = 300;
+    EXPECT_EQ(ranged(rig, box, false).width(), 302) << "equal target sides give a square";
 }
 
 struct RescaleCase {
@@ -365,15 +373,15 @@ class RescaleToFinal : public ::testing::TestWithParam<RescaleCase> {};
 TEST_P(RescaleToFinal, KeepsTheRatio) {
     const RescaleCase& c = GetParam();
     Rig rig;
-    rig.warp->left = textured(c.width + 20, c.height + 20);
-    rig.warp->right = textured(c.width + 20, c.height + 20);
-    rig.warp->width = c.width;
-    rig.warp->height = c.height;
-    (void)rescale_to_final(*rig.warp, find_target_size(c.source_height, c.source_width, c.output_height,
-                                                       c.output_width, c.crop));
-    EXPECT_EQ(rig.warp->height, c.final_height);
-    EXPECT_EQ(rig.warp->width, c.final_width);
-    EXPECT_EQ(rig.warp->pair().left.width, c.final_width);
+    rig.warped.left = textured(c.width + 20, c.height + 20);
+    rig.warped.right = textured(c.width + 20, c.height + 20);
+    rig.warped.width = c.width;
+    rig.warped.height = c.height;
+    (void)rescale_to_final(rig.warped, find_target_size(c.source_height, c.source_width, c.output_height,
+                                                        c.output_width, c.crop));
+    EXPECT_EQ(rig.warped.height, c.final_height);
+    EXPECT_EQ(rig.warped.width, c.final_width);
+    EXPECT_EQ(rig.warped.pair().left.width, c.final_width);
 }
 
 INSTANTIATE_TEST_SUITE_P(

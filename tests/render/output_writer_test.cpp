@@ -42,10 +42,10 @@ protected:
 };
 
 Rig& hold_pair(Rig& rig, int width, int height) {
-    rig.warp->left = textured(width, height, 1);
-    rig.warp->right = textured(width, height, 2);
-    rig.warp->width = width;
-    rig.warp->height = height;
+    rig.warped.left = textured(width, height, 1);
+    rig.warped.right = textured(width, height, 2);
+    rig.warped.width = width;
+    rig.warped.height = height;
     return rig;
 }
 
@@ -76,10 +76,10 @@ TEST_F(Outputs, EveryFormatIsWrittenAndReadBack) {
         ASSERT_EQ(read.bitmap.width(), 122) << row.name;
         ASSERT_EQ(read.bitmap.bits_per_pixel(), 24) << row.name;
         const Colour pixel = colour_at(read.bitmap.picture(), 61 + 20, 11);
-        const Colour wanted = colour_at(rig.warp->pair().right, 20, 11);
+        const Colour wanted = colour_at(rig.warped.pair().right, 20, 11);
         EXPECT_NEAR(pixel.green, wanted.green, row.lossless ? 0 : 16) << row.name;
         if (row.lossless) {
-            EXPECT_EQ(count_differences(rig.warp->pair().left, read.bitmap.picture().part(0, 0, 61, 43)), 0)
+            EXPECT_EQ(count_differences(rig.warped.pair().left, read.bitmap.picture().part(0, 0, 61, 43)), 0)
                 << row.name;
         }
     }
@@ -100,8 +100,8 @@ TEST_F(Outputs, LeftAndRightAreSeparateFilesWithResolution) {
     ASSERT_TRUE(left && right);
     EXPECT_EQ(left.width(), 58);
     EXPECT_EQ(colour_at(left.picture(), 3, 0), (Colour{1, 2, 3}));
-    EXPECT_EQ(colour_at(left.picture(), 4, 0), colour_at(rig.warp->pair().left, 0, 0));
-    EXPECT_EQ(colour_at(right.picture(), 53, 29), colour_at(rig.warp->pair().right, 49, 29));
+    EXPECT_EQ(colour_at(left.picture(), 4, 0), colour_at(rig.warped.pair().left, 0, 0));
+    EXPECT_EQ(colour_at(right.picture(), 53, 29), colour_at(rig.warped.pair().right, 49, 29));
     EXPECT_EQ(FreeImage_GetDotsPerMeterX(left.handle()), 11811U);
     EXPECT_EQ(FreeImage_GetDotsPerMeterY(left.handle()), 5906U);
 }
@@ -146,7 +146,7 @@ TEST_F(Outputs, TiffFormsHaveTheirColourType) {
         EXPECT_EQ(read.bits_per_pixel(), row.bits) << row.format;
         EXPECT_EQ(FreeImage_GetColorType(read.handle()), row.type) << row.format;
         if (row.format == 8) {
-            const Inks wanted = inks_of(colour_at(rig.warp->pair().left, 7, 9));
+            const Inks wanted = inks_of(colour_at(rig.warped.pair().left, 7, 9));
             const std::uint8_t* pixel = read.bits() + 9 * read.pitch() + 7 * 4;
             EXPECT_EQ((Inks{pixel[0], pixel[1], pixel[2], pixel[3]}), wanted);
         }
@@ -184,8 +184,8 @@ TEST_F(Outputs, CmykByProfileGoesThroughTheProfile) {
     set.cmyk_profile = file("print.icc");
     Rig rig(set);
     hold_pair(rig, 40, 30);
-    fill(rig.warp->left.picture(), Colour{255, 255, 255});
-    fill(rig.warp->right.picture(), Colour{0, 0, 0});
+    fill(rig.warped.left.picture(), Colour{255, 255, 255});
+    fill(rig.warped.right.picture(), Colour{0, 0, 0});
     const StoreResult result = rig.write_stereo(file("p.tif"), {});
     ASSERT_EQ(result.code, 0) << result.reason;
     const Bitmap read = loaded(file("p.tif"), FIF_TIFF, TIFF_CMYK);
@@ -220,13 +220,13 @@ TEST_P(TurnedOutputs, MoveThePixelsAsNamed) {
     set.rot_mir_output_left = set.rot_mir_output_right = c.mode;
     Rig rig(set);
     hold_pair(rig, 51, 31);
-    rig.warp->width = 50;
-    rig.warp->height = 30;
-    const Colour marked = colour_at(rig.warp->pair().right, 2, 1);
+    rig.warped.width = 50;
+    rig.warped.height = 30;
+    const Colour marked = colour_at(rig.warped.pair().right, 2, 1);
     rig.arrange();
-    EXPECT_EQ(rig.warp->width, c.mode % 2 == 1 ? 30 : 50);
-    EXPECT_EQ(rig.warp->height, c.mode % 2 == 1 ? 50 : 30);
-    EXPECT_EQ(colour_at(rig.warp->pair().right, c.column, c.row), marked);
+    EXPECT_EQ(rig.warped.width, c.mode % 2 == 1 ? 30 : 50);
+    EXPECT_EQ(rig.warped.height, c.mode % 2 == 1 ? 50 : 30);
+    EXPECT_EQ(colour_at(rig.warped.pair().right, c.column, c.row), marked);
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, TurnedOutputs,

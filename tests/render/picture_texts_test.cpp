@@ -16,7 +16,7 @@
 #include "render/letter_mask.h"
 #include "render/output_writer.h"
 #include "render/text_drawing.h"
-#include "render/warp.h"
+#include "render/warp_pair.h"
 #include "tests/render/render_scene.h"
 #include "tests/support/test_folder.h"
 
@@ -292,10 +292,10 @@ TEST(DrawnText, AFontThatCannotBeOpenedIsToldAndCostsOnlyTheText) {
 /// A pair in a frame with texts in the default font.
 struct TextRig : Rig {
     TextRig(const FrameSettings& settings, const ParameterSet& set = {}) : Rig(set) {
-        warp->left = noisy(303, 202, 1);
-        warp->right = noisy(303, 202, 2);
-        warp->width = 300;
-        warp->height = 200;
+        warped.left = noisy(303, 202, 1);
+        warped.right = noisy(303, 202, 2);
+        warped.width = 300;
+        warped.height = 200;
         frame = settings;
         done.texts.caption = {"Below", 10.0F, default_font(), 0};  // 20 pixels
         done.texts.copyright = {"Above", 10.0F, default_font(), 0};
@@ -342,8 +342,8 @@ TEST_P(FrameTexts, StandInTheirFramesInAShadeOfTheFrame) {
     draw("Below", c.caption_px, {c.caption_row, right_half + 40 + 150, TextAlign::centre, true});
     draw("Above", c.copyright_px, {c.copyright_row, layout.width - 50, TextAlign::right, false});
     draw("Zemora", c.copyright_px, {c.copyright_row, 50, TextAlign::left, false});
-    copy_clipped(rig.warp->pair().left, expected.picture(), 40 - 6, c.bottom);
-    copy_clipped(rig.warp->pair().right, expected.picture(), right_half + 40 + 6, c.bottom);
+    copy_clipped(rig.warped.pair().left, expected.picture(), 40 - 6, c.bottom);
+    copy_clipped(rig.warped.pair().right, expected.picture(), right_half + 40 + 6, c.bottom);
     EXPECT_EQ(count_differences(canvas.picture(), expected.picture()), 0);
 }
 
@@ -418,14 +418,14 @@ TEST(ImageText, IsWhiteOnADarkenedBoxOrBlackOnALightenedOneInBothViewsAlike) {
             set.smart_text_back_gr = tinted;
             TextRig rig({}, set);
             const std::uint8_t grey = white ? 191 : 192;
-            fill(rig.warp->left.picture().part(0, 0, 300, 90), {grey, grey, grey});
+            fill(rig.warped.left.picture().part(0, 0, 300, 90), {grey, grey, grey});
             rig.done.texts.image_text = {"On top", -30.0F, default_font(), 1};
             const LetterMask mask = mask_of("On top", 30, 1);
-            const std::array<Bitmap, 2> before = {rig.warp->left.clone(), rig.warp->right.clone()};
-            draw_image_text(rig.warp->views(), rig.done.texts.image_text, 3, -11, tinted == 1, rig.voice);
+            const std::array<Bitmap, 2> before = {rig.warped.left.clone(), rig.warped.right.clone()};
+            draw_image_text(rig.warped.views(), rig.done.texts.image_text, 3, -11, tinted == 1, rig.voice);
             const int x0 = 300 - 11 - mask.width - mask.height;
             for (std::size_t i = 0; i < 2; ++i) {
-                const Bitmap& view = i == 0 ? rig.warp->left : rig.warp->right;
+                const Bitmap& view = i == 0 ? rig.warped.left : rig.warped.right;
                 const Bitmap expected = plain_image_text(before[i].picture(300, 200), mask, x0,
                                                          3 + mask.height, white, tinted == 1);
                 EXPECT_EQ(count_differences(view.picture(300, 200), expected.picture()), 0)
@@ -439,15 +439,15 @@ TEST(ImageText, ThatIsFarTooLargeIsToldAndStaysInThePicture) {
     for (const float size : {-4000.0F, -70.0F}) {
         TextRig rig(FrameSettings{});
         rig.done.texts.image_text = {std::string(100000, 'M'), size, default_font(), 0};
-        const Bitmap before = rig.warp->left.clone();
+        const Bitmap before = rig.warped.left.clone();
         const std::string told = console_text([&] {
-            draw_image_text(rig.warp->views(), rig.done.texts.image_text, -500, -100000, false, rig.voice);
+            draw_image_text(rig.warped.views(), rig.done.texts.image_text, -500, -100000, false, rig.voice);
         });
         EXPECT_NE(told.find("too long"), std::string::npos) << told.substr(0, 200);
-        EXPECT_EQ(count_differences(rig.warp->left.picture().part(300, 0, 3, 202),
+        EXPECT_EQ(count_differences(rig.warped.left.picture().part(300, 0, 3, 202),
                                     before.picture().part(300, 0, 3, 202)),
                   0);
-        EXPECT_EQ(count_differences(rig.warp->left.picture().part(0, 200, 303, 2),
+        EXPECT_EQ(count_differences(rig.warped.left.picture().part(0, 200, 303, 2),
                                     before.picture().part(0, 200, 303, 2)),
                   0);
     }

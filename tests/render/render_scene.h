@@ -3,17 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <optional>
 #include <random>
 #include <string>
 
 #include "config/voice.h"
 #include "driver/settings_render.h"
+#include "render/crop.h"
 #include "render/extra_output.h"
 #include "render/framing.h"
 #include "render/rgb16.h"
 #include "render/turn_outputs.h"
-#include "render/warp.h"
+#include "render/warp_pair.h"
 
 namespace zemora::testing {
 
@@ -63,32 +64,46 @@ inline int count_differences(ConstPicture a, ConstPicture b) {
     return different;
 }
 
-/// A state with its surroundings, quiet and never waiting. The views that a warp left are the finished ones;
-/// products are made with the options of `parameters`, one after the other as in a run.
+/// Pixels, fractions, radians, in the order of their names.
+inline Correction correction(double height, double size, double rotation, double vergence_v,
+                             double vergence_h, double shift) {
+    return {height, shift, size, rotation, vergence_v, vergence_h};
+}
+
+/// A warp and its surroundings, quiet and never waiting. The warped views are the finished ones; products are
+/// made with the options of `parameters`, one after the other as in a run.
 struct Rig {
     explicit Rig(const ParameterSet& set = {}) : parameters(set) {
         parameters.stop_at_error = -1;
         parameters.verbose_mode = 0;
-        warp = std::make_unique<WarpState>(parameters, left_record, right_record, voice);
         frame = frame_settings(parameters);
+        const RenderSettings settings = render_settings(parameters);
+        usual.crop.cropp_output = settings.cropp_output;
+        usual.applied_view = settings.applied_view;
+        usual.background = settings.background;
     }
 
-    /// A request without correction at the size of the source.
-    WarpRequest request(const Bitmap& left, const Bitmap& right) const {
-        WarpRequest wanted;
-        wanted.source = {left.picture(), right.picture()};
-        wanted.frame_height = left.height();
-        wanted.frame_width = left.width();
-        wanted.crop = 0;
+    /// The usual plan without correction at the size of the source.
+    WarpPlan plan(const Bitmap& left, const Bitmap& right) {
+        source = {left.picture(), right.picture()};
+        WarpPlan wanted = usual;
+        wanted.frame = {left.width(), left.height()};
         return wanted;
     }
 
-    /// Whether the pair was warped.
-    bool run(const WarpRequest& wanted) { return warp_still(*warp, wanted, selection).has_value(); }
+    /// Whether the pair of the latest plan was warped.
+    bool run(const WarpPlan& wanted) {
+        const bool is_done =
+            warp_pair(source, wanted, colours ? &*colours : nullptr, warped, voice).has_value();
+        if (is_done) {
+            select_kept(warped, selection);
+        }
+        return is_done;
+    }
 
     /// The finished views as they stand now.
     const Finished& finished() {
-        const StereoPicture pair = warp->pair();
+        const StereoPicture pair = warped.pair();
         done.left.picture = done.is_exchanged ? pair.right : pair.left;
         done.right.picture = done.is_exchanged ? pair.left : pair.right;
         return done;
@@ -96,7 +111,7 @@ struct Rig {
     /// Turns and exchanges the views as `parameters` say.
     void arrange() {
         ASSERT_TRUE(
-            turn_outputs(done, *warp, parameters.rot_mir_output_left, parameters.rot_mir_output_right));
+            turn_outputs(done, warped, parameters.rot_mir_output_left, parameters.rot_mir_output_right));
         if (parameters.inverse_output == 1) {
             exchange_outputs(done);
         }
@@ -129,22 +144,28 @@ struct Rig {
         return canvas;
     }
 
+    [[nodiscard]] DeepInput deep_input(const SourceFiles& sources) const {
+        return {sources, left_record, right_record, colours ? &*colours : nullptr};
+    }
     DeepPair deep_pair(const std::string& file, SourceFiles sources) {
         sources.layout = source_layout(parameters);
         if (!has_deep_form(finished(), save_options(parameters), file)) {
             return {};
         }
-        return *make_deep_outputs(*warp, finished(), sources, {warp->cropp_output == 1});
+        return *make_deep_outputs(warped, finished(), deep_input(sources));
     }
 
     ParameterSet parameters;
-    ViewGeometry left_record;
-    ViewGeometry right_record;
+    InputGeometry left_record;
+    InputGeometry right_record;
     Console console;
     MessageCatalogue messages{Language::english};
     Voice voice{console, messages, parameters};
     SelectionBox selection;
-    std::unique_ptr<WarpState> warp;
+    WarpPlan usual;  ///< What the plans of a test have in common.
+    StereoPicture source;
+    std::optional<ColourChange> colours;
+    WarpedPair warped;
     FrameSettings frame;  ///< For the next product.
     Finished done;
 };

@@ -83,21 +83,21 @@ TEST_F(DeepOutputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
     set.output_format = 7;
     set.stereo_image_input = 2;
     Rig rig(set);
-    WarpRequest request = rig.request(source.shallow, source.shallow);
-    request.crop = 1;
-    request.interpolation = 2;
-    request.use_tone = true;
-    request.correction = {3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F};
-    ASSERT_TRUE(rig.run(request));
+    WarpPlan plan = rig.plan(source.shallow, source.shallow);
+    plan.crop.keeps_frame = false;
+    plan.interpolation.kernel = 2;
+    plan.tone.is_applied = true;
+    plan.correction = testing::correction(3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F);
+    ASSERT_TRUE(rig.run(plan));
     rig.frame.left_right = 3;
     const SourceFiles sources{file("deep.tif"), file("deep.tif")};
     ASSERT_EQ(rig.write_stereo(file("s.tif"), sources).code, 0);
     const Bitmap read = loaded(file("s.tif"), FIF_TIFF);
     ASSERT_TRUE(read);
     ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
-    ASSERT_EQ(read.width(), 2 * (rig.warp->width + 6));
+    ASSERT_EQ(read.width(), 2 * (rig.warped.width + 6));
     for (const auto& [view, column] :
-         {std::pair{rig.warp->pair().left, 3}, std::pair{rig.warp->pair().right, rig.warp->width + 9}}) {
+         {std::pair{rig.warped.pair().left, 3}, std::pair{rig.warped.pair().right, rig.warped.width + 9}}) {
         const DeepDifference difference = compare_deep(read, column, view);
         EXPECT_LT(std::abs(difference.mean), 0.05);
         EXPECT_LT(difference.largest, 1.6);
@@ -114,16 +114,16 @@ TEST_F(DeepOutputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
     set.output_format = 7;
     set.stereo_image_input = 2;
     Rig rig(set);
-    WarpRequest request = rig.request(painted, painted);
-    request.interpolation = 2;
-    request.correction = {3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F};
-    ASSERT_TRUE(rig.run(request));
+    WarpPlan plan = rig.plan(painted, painted);
+    plan.interpolation.kernel = 2;
+    plan.correction = testing::correction(3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F);
+    ASSERT_TRUE(rig.run(plan));
     const SourceFiles sources{file("deep.tif"), file("deep.tif"), {painted.picture(), painted.picture()}};
-    const DeepPair deep = *make_deep_pair(*rig.warp, sources);
+    const DeepPair deep = *make_deep_pair(rig.warped, rig.deep_input(sources));
     ASSERT_TRUE(deep);
     int background = 0;
     int different = 0;
-    const ConstPicture bytes = rig.warp->pair().left;
+    const ConstPicture bytes = rig.warped.pair().left;
     for (int y = 0; y < bytes.height; ++y) {
         const auto* row = reinterpret_cast<const FIRGB16*>(deep.left.bits() + y * deep.left.pitch());
         for (int x = 0; x < bytes.width; ++x) {
@@ -147,18 +147,18 @@ TEST_F(DeepOutputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
     set.output_format = 7;
     set.stereo_image_input = 2;
     Rig rig(set);
-    WarpRequest request = rig.request(large, large);
-    request.interpolation = 2;
-    ASSERT_TRUE(rig.run(request));
-    for (ViewGeometry* record : {&rig.warp->left_record, &rig.warp->right_record}) {
+    WarpPlan plan = rig.plan(large, large);
+    plan.interpolation.kernel = 2;
+    ASSERT_TRUE(rig.run(plan));
+    for (InputGeometry* record : {&rig.left_record, &rig.right_record}) {
         record->scaled_width = 150;
         record->scaled_height = 113;
     }
-    const DeepPair deep = *make_deep_pair(*rig.warp, {file("deep.tif"), file("deep.tif")});
+    const DeepPair deep = *make_deep_pair(rig.warped, rig.deep_input({file("deep.tif"), file("deep.tif")}));
     ASSERT_TRUE(deep);
-    ASSERT_EQ(deep.left.width(), rig.warp->width);
-    EXPECT_LT(compare_deep(deep.left, 0, rig.warp->pair().left).largest, 1.6);
-    EXPECT_LT(compare_deep(deep.right, 0, rig.warp->pair().right).largest, 1.6);
+    ASSERT_EQ(deep.left.width(), rig.warped.width);
+    EXPECT_LT(compare_deep(deep.left, 0, rig.warped.pair().left).largest, 1.6);
+    EXPECT_LT(compare_deep(deep.right, 0, rig.warped.pair().right).largest, 1.6);
 }
 
 TEST_F(DeepOutputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
@@ -168,7 +168,7 @@ TEST_F(DeepOutputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
     set.output_format = 7;
     set.stereo_image_input = 2;
     Rig rig(set);
-    ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+    ASSERT_TRUE(rig.run(rig.plan(source.shallow, source.shallow)));
     rig.frame.floating = 6;
     ::testing::internal::CaptureStdout();
     const StoreResult result = rig.write_stereo(file("s.tif"), {file("deep.tif"), file("deep.tif")});
@@ -185,8 +185,8 @@ TEST_F(DeepOutputs, AnEightBitSourceStaysEightBits) {
     ParameterSet set;
     set.output_format = 7;
     Rig rig(set);
-    WarpRequest request = rig.request(source, source);
-    ASSERT_TRUE(rig.run(request));
+    WarpPlan plan = rig.plan(source, source);
+    ASSERT_TRUE(rig.run(plan));
     const SourceFiles sources{file("flat.tif"), file("flat.tif")};
     ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), sources).code, 0);
     EXPECT_EQ(loaded(file("r.tif"), FIF_TIFF).bits_per_pixel(), 24);
@@ -202,7 +202,7 @@ TEST_F(DeepOutputs, OnlyTheViewWithADeepSourceHasSixteenBits) {
         set.stereo_image_input = 2;
         set.inverse_output = inverse ? 1 : 0;
         Rig rig(set);
-        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        ASSERT_TRUE(rig.run(rig.plan(source.shallow, source.shallow)));
         rig.arrange();
         const SourceFiles sources{file("deep.tif"), file("flat.tif")};
         ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), sources).code, 0);
@@ -219,7 +219,7 @@ TEST_F(DeepOutputs, SqueezedAndAnaglyphSourcesStayEightBits) {
         set.output_format = 7;
         set.stereo_image_input = layout;
         Rig rig(set);
-        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        ASSERT_TRUE(rig.run(rig.plan(source.shallow, source.shallow)));
         ASSERT_EQ(rig.write_stereo(file("s.tif"), {file("deep.tif"), file("deep.tif")}).code, 0);
         EXPECT_EQ(loaded(file("s.tif"), FIF_TIFF).bits_per_pixel(), 24) << layout;
     }
@@ -238,7 +238,7 @@ TEST_F(DeepOutputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
         Bitmap right = Bitmap::create(80, 60);
         copy(source.shallow.picture().part(0, 0, 80, 60), left.picture());
         copy(source.shallow.picture().part(80, 0, 80, 60), right.picture());
-        ASSERT_TRUE(rig.run(rig.request(left, right)));
+        ASSERT_TRUE(rig.run(rig.plan(left, right)));
         rig.arrange();
         ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), {file("both.tif"), ""}).code, 0);
         const Bitmap read = loaded(file(inverse ? "r.tif" : "l.tif"), FIF_TIFF);
@@ -289,19 +289,18 @@ protected:
     /// The pair of the case, finished.
     void mount(Rig& rig, const DeepSource& source) {
         const DeepCase& c = GetParam();
-        rig.warp->interpolation_mode = c.interpolation;
-        rig.warp->cropp_output = c.crop;
-        rig.warp->passe_colour = {0, 30, 255};
+        rig.usual.crop.cropp_output = c.crop;
+        rig.usual.background = {0, 30, 255};
         rig.parameters.inverse_output = c.inverse;
-        rig.warp->total_scale = c.scale;
-        WarpRequest request = rig.request(source.shallow, source.shallow);
-        request.frame_height = static_cast<int>(c.scale * static_cast<float>(source.shallow.height()));
-        request.frame_width = static_cast<int>(c.scale * static_cast<float>(source.shallow.width()));
-        request.crop = 1;
-        request.gamma = c.gamma;
-        request.interpolation = choose_interpolation(*rig.warp, c.scale);
-        request.correction = {2.0F, 0.01F, 0.02F, 0.01F, 0.01F, 4.0F};
-        ASSERT_TRUE(rig.run(request));
+        rig.usual.scale = c.scale;
+        WarpPlan plan = rig.plan(source.shallow, source.shallow);
+        plan.frame.height = static_cast<int>(c.scale * static_cast<float>(source.shallow.height()));
+        plan.frame.width = static_cast<int>(c.scale * static_cast<float>(source.shallow.width()));
+        plan.crop.keeps_frame = false;
+        plan.gamma = c.gamma;
+        plan.interpolation = interpolation_for(c.interpolation, c.scale);
+        plan.correction = testing::correction(2.0F, 0.01F, 0.02F, 0.01F, 0.01F, 4.0F);
+        ASSERT_TRUE(rig.run(plan));
         if (c.is_framed) {
             FrameSettings& frame = rig.frame;
             frame = {11, 37, 9, 6, -4, 0, 0, 2, {200, 90, 40}};
@@ -381,7 +380,7 @@ TEST_F(DeepOutputs, SixteenBitViewsFloatWithTheTrueView) {
         set.stereo_image_input = 2;
         set.inverse_output = inverse ? 1 : 0;
         Rig rig(set);
-        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        ASSERT_TRUE(rig.run(rig.plan(source.shallow, source.shallow)));
         rig.arrange();
         rig.frame.left_right = 5;
         rig.frame.floating = 6;

@@ -25,14 +25,14 @@ class Thumbs : public ::testing::TestWithParam<ThumbCase> {};
 TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     const ThumbCase& c = GetParam();
     Rig rig;
-    rig.warp->left = Bitmap::create(c.width + 2, c.height + 1);
-    rig.warp->right = Bitmap::create(c.width + 2, c.height + 1);
-    rig.warp->width = c.width;
-    rig.warp->height = c.height;
-    fill(rig.warp->left.picture(), kGreen);
-    fill(rig.warp->left.picture(c.width, c.height), {10, 20, 200});
-    fill(rig.warp->right.picture(), {200, 20, 10});
-    const Thumbnails thumbs = *make_thumbs(rig.warp->pair());
+    rig.warped.left = Bitmap::create(c.width + 2, c.height + 1);
+    rig.warped.right = Bitmap::create(c.width + 2, c.height + 1);
+    rig.warped.width = c.width;
+    rig.warped.height = c.height;
+    fill(rig.warped.left.picture(), kGreen);
+    fill(rig.warped.left.picture(c.width, c.height), {10, 20, 200});
+    fill(rig.warped.right.picture(), {200, 20, 10});
+    const Thumbnails thumbs = *make_thumbs(rig.warped.pair());
     const ConstPicture left = thumbs.left.picture();
     ASSERT_EQ(left.width, 267);
     ASSERT_EQ(left.height, 178);
@@ -45,7 +45,7 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     }
     EXPECT_EQ(colour_at(thumbs.right.picture(), 133, 89), (Colour{200, 20, 10}));
     const test::TestFolder folder;
-    EXPECT_EQ(*save_thumbs(rig.warp->pair(), folder / "l.jpg", folder / "r.jpg"), "");
+    EXPECT_EQ(*save_thumbs(rig.warped.pair(), folder / "l.jpg", folder / "r.jpg"), "");
     const LoadedPicture stored = load_picture(folder / "l.jpg");
     EXPECT_EQ(stored.bitmap.width(), c.thumb_width);
     EXPECT_EQ(stored.bitmap.height(), c.thumb_height);
@@ -59,12 +59,12 @@ INSTANTIATE_TEST_SUITE_P(Shapes, Thumbs,
 
 TEST(Thumbnail, AFolderThatIsNotThereIsNamed) {
     Rig rig;
-    rig.warp->left = testing::textured(30, 20);
-    rig.warp->right = testing::textured(30, 20);
-    rig.warp->width = 30;
-    rig.warp->height = 20;
+    rig.warped.left = testing::textured(30, 20);
+    rig.warped.right = testing::textured(30, 20);
+    rig.warped.width = 30;
+    rig.warped.height = 20;
     const test::TestFolder folder;
-    const std::string reason = *save_thumbs(rig.warp->pair(), folder / "no/l.jpg", folder / "r.jpg");
+    const std::string reason = *save_thumbs(rig.warped.pair(), folder / "no/l.jpg", folder / "r.jpg");
     EXPECT_NE(reason.find("no/l.jpg"), std::string::npos);
     EXPECT_EQ(folder.files(), std::set<std::string>{"r.jpg"}) << "the other one is stored";
 }

@@ -126,11 +126,11 @@ protected:
     /// Views in bitmaps that are larger than the picture.
     void SetUp() override {
         const auto [width, height] = GetParam();
-        rig.warp->left = dark_and_bright(width + 3, height + 2, 5);
-        rig.warp->right = dark_and_bright(width + 3, height + 2, 6);
-        rig.warp->width = width;
-        rig.warp->height = height;
-        before = {bytes_of(rig.warp->pair().left), bytes_of(rig.warp->pair().right)};
+        rig.warped.left = dark_and_bright(width + 3, height + 2, 5);
+        rig.warped.right = dark_and_bright(width + 3, height + 2, 6);
+        rig.warped.width = width;
+        rig.warped.height = height;
+        before = {bytes_of(rig.warped.pair().left), bytes_of(rig.warped.pair().right)};
     }
     void TearDown() override { omp_set_num_threads(omp_get_num_procs()); }
     Rig rig;
@@ -142,10 +142,10 @@ TEST_P(ViewEffects, GhostReductionIsTheDefinitionForAllThreads) {
         for (const int threads : {1, 3}) {
             SetUp();
             omp_set_num_threads(threads);
-            reduce_ghosts(rig.warp->views(), percent);
+            reduce_ghosts(rig.warped.views(), percent);
             const Bytes expected = plain_ghost_bust(before, percent);
-            EXPECT_EQ(bytes_of(rig.warp->pair().left), expected.left) << percent << " %, " << threads;
-            EXPECT_EQ(bytes_of(rig.warp->pair().right), expected.right) << percent << " %, " << threads;
+            EXPECT_EQ(bytes_of(rig.warped.pair().left), expected.left) << percent << " %, " << threads;
+            EXPECT_EQ(bytes_of(rig.warped.pair().right), expected.right) << percent << " %, " << threads;
         }
     }
 }
@@ -164,7 +164,7 @@ TEST_P(ViewEffects, AStepOfTwoViewsEndsNoneOfTheThreads) {
     constexpr int kThreads = 6;
     omp_set_num_threads(kThreads);
     const std::vector<pid_t> before_step = workers(kThreads);
-    ASSERT_TRUE(sharpen(rig.warp->views(), 30, 2));
+    ASSERT_TRUE(sharpen(rig.warped.views(), 30, 2));
     EXPECT_EQ(workers(kThreads), before_step);
 }
 
@@ -175,11 +175,11 @@ TEST_P(ViewEffects, SharpeningIsTheDefinitionForAllThreads) {
             SetUp();
             omp_set_num_threads(threads);
             const int rounds = intensity / 30 + 1;
-            ASSERT_TRUE(sharpen(rig.warp->views(), intensity, rounds));
-            EXPECT_EQ(bytes_of(rig.warp->pair().left),
+            ASSERT_TRUE(sharpen(rig.warped.views(), intensity, rounds));
+            EXPECT_EQ(bytes_of(rig.warped.pair().left),
                       plain_sharpen(before.left, width, height, intensity, rounds))
                 << intensity;
-            EXPECT_EQ(bytes_of(rig.warp->pair().right),
+            EXPECT_EQ(bytes_of(rig.warped.pair().right),
                       plain_sharpen(before.right, width, height, intensity, rounds))
                 << intensity;
         }
@@ -194,15 +194,15 @@ INSTANTIATE_TEST_SUITE_P(Sizes, ViewEffects,
 
 TEST(GhostReduction, BlackBehindWhiteIsLiftedJustEnough) {
     Rig rig;
-    rig.warp->left = Bitmap::create(2, 1);
-    rig.warp->right = Bitmap::create(2, 1);
-    rig.warp->width = 2;
-    rig.warp->height = 1;
-    fill(rig.warp->left.picture(), {});
-    fill(rig.warp->right.picture(), {255, 255, 255});
-    reduce_ghosts(rig.warp->views(), 20);
-    EXPECT_EQ(testing::colour_at(rig.warp->pair().left, 0, 0), Colour{}) << "ends at black";
-    EXPECT_GT(testing::colour_at(rig.warp->pair().right, 1, 0).green, 240);
+    rig.warped.left = Bitmap::create(2, 1);
+    rig.warped.right = Bitmap::create(2, 1);
+    rig.warped.width = 2;
+    rig.warped.height = 1;
+    fill(rig.warped.left.picture(), {});
+    fill(rig.warped.right.picture(), {255, 255, 255});
+    reduce_ghosts(rig.warped.views(), 20);
+    EXPECT_EQ(testing::colour_at(rig.warped.pair().left, 0, 0), Colour{}) << "ends at black";
+    EXPECT_GT(testing::colour_at(rig.warped.pair().right, 1, 0).green, 240);
 }
 
 }  // namespace

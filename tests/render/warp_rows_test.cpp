@@ -80,12 +80,12 @@ protected:
     void TearDown() override { limit_instruction_set(InstructionSet::avx512); }
 };
 
-void set_shapes(WarpState& warp, const RowCase& c) {
-    warp.phantogram = c.shaped ? 0.3 : 0.0;
-    warp.common_trapez = c.shaped ? 0.4 : 0.0;
-    warp.sym_trapez = c.shaped ? 0.1 : 0.0;
-    warp.edge_warp = c.wide ? 0.2 : 0.0;
-    warp.vertical_ax = c.wide ? 0.1 : 0.0;
+void set_shapes(ViewShape& shape, const RowCase& c) {
+    shape.phantogram = c.shaped ? 0.3 : 0.0;
+    shape.common_trapez = c.shaped ? 0.4 : 0.0;
+    shape.sym_trapez = c.shaped ? 0.1 : 0.0;
+    shape.edge_warp = c.wide ? 0.2 : 0.0;
+    shape.vertical_ax = c.wide ? 0.1 : 0.0;
 }
 
 /// Number of pixels in which some rows of a view differ from the plain twin.
@@ -114,13 +114,13 @@ TEST_P(WarpRows, EqualThePlainTwinInEveryInstructionSet) {
     };
     for (int round = 0; round < 3; ++round) {
         Rig rig;
-        rig.warp->apply_left_right = round % 3 - 1;
-        rig.warp->total_scale = c.scale;
-        set_shapes(*rig.warp, c);
-        const WarpCorrection correction{spread(9),     spread(0.03F), spread(0.05F),
-                                        spread(0.05F), spread(0.04F), spread(15)};
-        const FixedCorrection fixed = fixed_correction(*rig.warp, correction, 1.0, out_width);
-        const PairTransform pair = make_transforms(*rig.warp, fixed, out_height, out_width);
+        rig.usual.applied_view = round % 3 - 1;
+        rig.usual.scale = c.scale;
+        set_shapes(rig.usual.shape, c);
+        rig.usual.correction = testing::correction(spread(9), spread(0.03F), spread(0.05F), spread(0.05F),
+                                                   spread(0.04F), spread(15));
+        rig.usual.frame = {out_width, out_height};
+        const PairTransform pair = make_transforms(rig.usual, fixed_correction(rig.usual));
         EXPECT_EQ(pair[1].fits_32(), !c.wide);
         const Sampler sampler(kernel_of(c.kernel), 2, 1.0F, Colour{});
         for (const InstructionSet set :
@@ -152,10 +152,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ViewTransform, LargestFramesTakeTheWideChain) {
     Rig rig;
-    const FixedCorrection fixed =
-        fixed_correction(*rig.warp, {0, 0.12F, 0.12F, 0.12F, 0.06F, 0}, 1.0, kLargestSide);
-    rig.warp->apply_left_right = 1;
-    const PairTransform pair = make_transforms(*rig.warp, fixed, kLargestSide, kLargestSide);
+    rig.usual.correction = testing::correction(0, 0.12F, 0.12F, 0.12F, 0.06F, 0);
+    rig.usual.frame = {kLargestSide, kLargestSide};
+    rig.usual.applied_view = 1;
+    const PairTransform pair = make_transforms(rig.usual, fixed_correction(rig.usual));
     EXPECT_FALSE(pair[1].fits_32());
     // 64 bits: at the corner the parabola of vergence H alone is beyond 2^31.
     const Position corner = pair[1].map(kLargestSide - 1, kLargestSide - 1);

@@ -1,5 +1,3 @@
-#include "render/warp.h"
-
 #include <gtest/gtest.h>
 #include <omp.h>
 
@@ -7,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/cpu.h"
+#include "render/warp_pair.h"
 #include "render/warp_plan.h"
 #include "tests/render/render_scene.h"
 
@@ -14,6 +13,7 @@ namespace zemora {
 namespace {
 
 using testing::colour_at;
+using testing::correction;
 using testing::count_differences;
 using testing::noisy;
 using testing::Rig;
@@ -33,11 +33,11 @@ TEST(WarpStill, WithoutCorrectionReturnsTheSourceInEveryKernel) {
     const Bitmap right = textured(61, 37, 2);
     for (int kernel = 0; kernel <= 2; ++kernel) {
         Rig rig;
-        WarpRequest request = rig.request(left, right);
-        request.interpolation = kernel;
-        ASSERT_TRUE(rig.run(request));
-        EXPECT_EQ(count_differences(rig.warp->pair().left, left.picture()), 0) << "kernel " << kernel;
-        EXPECT_EQ(count_differences(rig.warp->pair().right, right.picture()), 0) << "kernel " << kernel;
+        WarpPlan plan = rig.plan(left, right);
+        plan.interpolation.kernel = kernel;
+        ASSERT_TRUE(rig.run(plan));
+        EXPECT_EQ(count_differences(rig.warped.pair().left, left.picture()), 0) << "kernel " << kernel;
+        EXPECT_EQ(count_differences(rig.warped.pair().right, right.picture()), 0) << "kernel " << kernel;
     }
 }
 
@@ -46,10 +46,10 @@ TEST(WarpStill, KeepsBlackAndBackgroundApart) {
     fill(source.picture().part(2, 2, 3, 3), Colour{0, 0, 0});
     fill(source.picture().part(10, 10, 5, 5), kMagenta);
     Rig rig(with_magenta_background());
-    ASSERT_TRUE(rig.run(rig.request(source, source)));
-    EXPECT_EQ(colour_at(rig.warp->pair().left, 3, 3), (Colour{1, 0, 0}));
-    EXPECT_EQ(colour_at(rig.warp->pair().left, 12, 12), kMagenta);
-    EXPECT_EQ(colour_at(rig.warp->pair().left, 16, 12), colour_at(source.picture(), 16, 12));
+    ASSERT_TRUE(rig.run(rig.plan(source, source)));
+    EXPECT_EQ(colour_at(rig.warped.pair().left, 3, 3), (Colour{1, 0, 0}));
+    EXPECT_EQ(colour_at(rig.warped.pair().left, 12, 12), kMagenta);
+    EXPECT_EQ(colour_at(rig.warped.pair().left, 16, 12), colour_at(source.picture(), 16, 12));
 }
 
 TEST(WarpStill, RoundedBytesNeverBecomeTheBackgroundColour) {
@@ -60,14 +60,14 @@ TEST(WarpStill, RoundedBytesNeverBecomeTheBackgroundColour) {
         source.picture().pixel(20, y)[1] = 1;
     }
     Rig rig(with_magenta_background());
-    WarpRequest request = rig.request(source, source);
+    WarpPlan plan = rig.plan(source, source);
     ToneTables tables = ToneTables::identity();
     tables.plane[0][254] = 255 * 256 - 100;  // rounds to 255
-    request.tone_left = request.tone_right = &tables;
-    request.tone_mode_left = request.tone_mode_right = 1;
-    request.use_tone = true;
-    ASSERT_TRUE(rig.run(request));
-    EXPECT_EQ(colour_at(rig.warp->pair().left, 5, 5), (Colour{254, 0, 255}));
+    plan.tone.left = plan.tone.right = tables;
+    plan.tone.mode_left = plan.tone.mode_right = 1;
+    plan.tone.is_applied = true;
+    ASSERT_TRUE(rig.run(plan));
+    EXPECT_EQ(colour_at(rig.warped.pair().left, 5, 5), (Colour{254, 0, 255}));
 }
 
 TEST(WarpStill, OutputWarpsKeepBilinearSamplesFromTheBackgroundWithoutTables) {
@@ -80,34 +80,34 @@ TEST(WarpStill, OutputWarpsKeepBilinearSamplesFromTheBackgroundWithoutTables) {
     }
     for (const bool output : {false, true}) {
         Rig rig(set);
-        rig.warp->apply_left_right = 1;
-        WarpRequest request = rig.request(source, source);
-        request.correction.shift = 0.5F;  // 100.5 in every channel
-        request.use_tone = output;
-        ASSERT_TRUE(rig.run(request));
+        rig.usual.applied_view = 1;
+        WarpPlan plan = rig.plan(source, source);
+        plan.correction.shift_px = 0.5F;  // 100.5 in every channel
+        plan.tone.is_applied = output;
+        ASSERT_TRUE(rig.run(plan));
         const Colour expected = output ? Colour{102, 101, 101} : Colour{101, 101, 101};
-        EXPECT_EQ(colour_at(rig.warp->pair().right, 20, 20), expected) << output;
+        EXPECT_EQ(colour_at(rig.warped.pair().right, 20, 20), expected) << output;
     }
 }
 
 TEST(WarpStill, AnUnknownKernelIsToldOnceAndReadAsBilinear) {
     const Bitmap source = textured(30, 20);
     Rig rig;
-    WarpRequest request = rig.request(source, source);
-    request.interpolation = 17;
+    WarpPlan plan = rig.plan(source, source);
+    plan.interpolation.kernel = 17;
     ::testing::internal::CaptureStdout();
-    const bool done = rig.run(request);
+    const bool done = rig.run(plan);
     std::fflush(stdout);
     EXPECT_EQ(::testing::internal::GetCapturedStdout(),
               "image_interpol_discret: Interpolation_Mode = 17 ist nicht implementiert!\n");
     ASSERT_TRUE(done);
-    EXPECT_EQ(count_differences(rig.warp->pair().left, source.picture()), 0);
+    EXPECT_EQ(count_differences(rig.warped.pair().left, source.picture()), 0);
 }
 
 /// Where a correction takes the content: output pixel at `row`, `column` shows the source at an offset.
 struct SignCase {
     const char* name;
-    WarpCorrection correction;
+    Correction correction;
     int apply;                                    ///< ApplyLeftRight
     int column, row;                              ///< output position from the centre, pixels
     double left_dx, left_dy, right_dx, right_dy;  ///< expected source offset, pixels
@@ -118,11 +118,12 @@ class WarpSigns : public ::testing::TestWithParam<SignCase> {};
 TEST_P(WarpSigns, ContentMovesAsTold) {
     const SignCase& c = GetParam();
     Rig rig;
-    rig.warp->apply_left_right = c.apply;
+    rig.usual.applied_view = c.apply;
+    rig.usual.correction = c.correction;
     constexpr int kHeight = 480;
     constexpr int kWidth = 640;
-    const FixedCorrection fixed = fixed_correction(*rig.warp, c.correction, 1.0, kWidth);
-    const PairTransform pair = make_transforms(*rig.warp, fixed, kHeight, kWidth);
+    rig.usual.frame = {kWidth, kHeight};
+    const PairTransform pair = make_transforms(rig.usual, fixed_correction(rig.usual));
     const auto offset = [&c](const ViewTransform& view) {
         const Position p = view.map(kWidth / 2 + c.column, kHeight / 2 + c.row);
         return std::pair{static_cast<double>(p.x) / 128.0 - kWidth / 2 - c.column,
@@ -133,11 +134,6 @@ TEST_P(WarpSigns, ContentMovesAsTold) {
     EXPECT_NEAR(offset(pair[0]).second, c.left_dy, kClose);
     EXPECT_NEAR(offset(pair[1]).first, c.right_dx, kClose);
     EXPECT_NEAR(offset(pair[1]).second, c.right_dy, kClose);
-}
-
-WarpCorrection correction(float height, float size, float rotation, float vergence_v, float vergence_h,
-                          float shift) {
-    return {height, size, rotation, vergence_v, vergence_h, shift};
 }
 
 // Vergence V displaces by x * k * sin / 256 with k = 128 x / (width / 2); vergence H by
@@ -162,12 +158,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(WarpStill, HeightAndShiftMoveTheContentOfTheRightViewDownAndLeft) {
     const Bitmap source = textured(64, 48);
     Rig rig;
-    rig.warp->apply_left_right = 1;
-    WarpRequest request = rig.request(source, source);
-    request.correction.height = 3;
-    request.correction.shift = 5;
-    ASSERT_TRUE(rig.run(request));
-    const StereoPicture pair = rig.warp->pair();
+    rig.usual.applied_view = 1;
+    WarpPlan plan = rig.plan(source, source);
+    plan.correction.height_px = 3;
+    plan.correction.shift_px = 5;
+    ASSERT_TRUE(rig.run(plan));
+    const StereoPicture pair = rig.warped.pair();
     EXPECT_EQ(colour_at(pair.right, 10, 10), colour_at(source.picture(), 15, 13));
     EXPECT_EQ(colour_at(pair.right, 62, 10), Colour{}) << "nothing comes from beyond the source";
     EXPECT_EQ(count_differences(pair.left, source.picture()), 0) << "the left view stays";
@@ -175,7 +171,7 @@ TEST(WarpStill, HeightAndShiftMoveTheContentOfTheRightViewDownAndLeft) {
 
 struct LimitCase {
     const char* name;
-    WarpCorrection correction;
+    Correction correction;
     bool is_warped;
 };
 
@@ -184,14 +180,14 @@ class WarpLimits : public ::testing::TestWithParam<LimitCase> {};
 TEST_P(WarpLimits, SizeAndRotationEndTheCallAndVergencesAreIgnored) {
     const Bitmap source = textured(40, 30);
     Rig rig;
-    WarpRequest request = rig.request(source, source);
-    request.correction = GetParam().correction;
-    ASSERT_EQ(rig.run(request), GetParam().is_warped);
+    WarpPlan plan = rig.plan(source, source);
+    plan.correction = GetParam().correction;
+    ASSERT_EQ(rig.run(plan), GetParam().is_warped);
     if (GetParam().is_warped) {
-        EXPECT_EQ(rig.right_record.vergence_v_16384, 0);
-        EXPECT_EQ(rig.right_record.vergence_h_32768, 0);
+        EXPECT_EQ(rig.warped.correction.vergence_v_16384, 0);
+        EXPECT_EQ(rig.warped.correction.vergence_h_32768, 0);
     } else {
-        EXPECT_FALSE(rig.warp->left) << "no memory is taken for a pair that cannot be mounted";
+        EXPECT_FALSE(rig.warped.left) << "no memory is taken for a pair that cannot be mounted";
     }
 }
 
@@ -212,14 +208,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(WarpStill, FramesAboveTheLargestSideAreRefusedBeforeAnyAllocation) {
     const Bitmap source = textured(40, 30);
     Rig rig;
-    WarpRequest request = rig.request(source, source);
-    request.frame_height = kLargestSide + 1;
+    WarpPlan plan = rig.plan(source, source);
+    plan.frame.height = kLargestSide + 1;
     ::testing::internal::CaptureStdout();
-    EXPECT_FALSE(rig.run(request));
+    EXPECT_FALSE(rig.run(plan));
     rig.console.flush();
     const std::string said = ::testing::internal::GetCapturedStdout();
     EXPECT_NE(said.find("Please reduce OutputHeight by [pixel]: 2"), std::string::npos) << said;
-    EXPECT_FALSE(rig.warp->left);
+    EXPECT_FALSE(rig.warped.left);
 }
 
 TEST(WarpStill, ScalesTheSourceToTheFrame) {
@@ -233,19 +229,18 @@ TEST(WarpStill, ScalesTheSourceToTheFrame) {
         }
     }
     Rig rig;
-    rig.warp->total_scale = 2.0F;
-    WarpRequest request = rig.request(source, source);
-    request.frame_height = 120;
-    request.frame_width = 200;
-    ASSERT_TRUE(rig.run(request));
-    const Colour pixel = colour_at(rig.warp->pair().right, 120, 41);
+    rig.usual.scale = 2.0F;
+    WarpPlan plan = rig.plan(source, source);
+    plan.frame.height = 120;
+    plan.frame.width = 200;
+    ASSERT_TRUE(rig.run(plan));
+    const Colour pixel = colour_at(rig.warped.pair().right, 120, 41);
     EXPECT_EQ(pixel.blue, 2 * 60 + 20);
     EXPECT_NEAR(pixel.green, 3 * 20.5 + 20, 0.6);
-    EXPECT_EQ(rig.right_record.height, 120);
+    EXPECT_EQ(rig.warped.plan.frame.height, 120);
 }
 
-TEST(ChooseInterpolation, AutomaticModesGoByTheScale) {
-    Rig rig;
+TEST(InterpolationFor, AutomaticModesGoByTheScale) {
     struct Row {
         int mode;
         float scale;
@@ -253,16 +248,16 @@ TEST(ChooseInterpolation, AutomaticModesGoByTheScale) {
     };
     for (const Row& row : {Row{4, 0.2F, 3, 3}, Row{4, 0.3F, 3, 2}, Row{5, 0.6F, 3, 1}, Row{4, 0.7F, 2, 1},
                            Row{1, 0.1F, 1, 3}, Row{2, 1.0F, 2, 1}}) {
-        rig.warp->interpolation_mode = row.mode;
-        EXPECT_EQ(choose_interpolation(*rig.warp, row.scale), row.kernel) << row.scale;
-        EXPECT_EQ(rig.warp->filter_radius, row.radius) << row.scale;
+        const Interpolation found = interpolation_for(row.mode, row.scale);
+        EXPECT_EQ(found.kernel, row.kernel) << row.scale;
+        EXPECT_EQ(found.tent_radius, row.radius) << row.scale;
     }
 }
 
 /// Checksum-free comparison: everything of the pair, byte by byte.
 bool same_pair(const Rig& a, const Rig& b) {
-    return count_differences(a.warp->pair().left, b.warp->pair().left) == 0 &&
-           count_differences(a.warp->pair().right, b.warp->pair().right) == 0;
+    return count_differences(a.warped.pair().left, b.warped.pair().left) == 0 &&
+           count_differences(a.warped.pair().right, b.warped.pair().right) == 0;
 }
 
 struct PathCase {
@@ -287,17 +282,17 @@ TEST_P(WarpPaths, AgreeForInstructionSetsAndThreads) {
     const auto warped = [&](InstructionSet set, int threads, Rig& rig) {
         limit_instruction_set(set);
         omp_set_num_threads(threads);
-        rig.warp->total_scale = c.scale;
-        rig.warp->filter_radius = 2;
-        WarpRequest request = rig.request(left, right);
-        request.frame_width = static_cast<int>(static_cast<float>(c.width) * c.scale);
-        request.frame_height = static_cast<int>(static_cast<float>(c.height) * c.scale);
-        request.interpolation = c.kernel;
-        request.correction = correction(2.3F, 0.011F, 0.013F, 0.02F, -0.009F, 3.7F);
-        request.use_tone = c.tone;
-        request.tone_left = request.tone_right = &tables;
-        request.tone_mode_left = request.tone_mode_right = 3;
-        EXPECT_TRUE(rig.run(request));
+        rig.usual.scale = c.scale;
+        rig.usual.interpolation.tent_radius = 2;
+        WarpPlan plan = rig.plan(left, right);
+        plan.frame.width = static_cast<int>(static_cast<float>(c.width) * c.scale);
+        plan.frame.height = static_cast<int>(static_cast<float>(c.height) * c.scale);
+        plan.interpolation.kernel = c.kernel;
+        plan.correction = correction(2.3F, 0.011F, 0.013F, 0.02F, -0.009F, 3.7F);
+        plan.tone.is_applied = c.tone;
+        plan.tone.left = plan.tone.right = tables;
+        plan.tone.mode_left = plan.tone.mode_right = 3;
+        EXPECT_TRUE(rig.run(plan));
     };
     Rig plain;
     warped(InstructionSet::portable, 1, plain);
