@@ -39,9 +39,8 @@ PairFiles pair_files(const Format& format) {
     errors.rotation_rad = errors.vergence_v_rad = 0.01;
     errors.noise = 2.0;
     const Scene scene(options, errors);
-    ParameterSet parameters;
-    parameters.jpg_quality = 95;
-    const SaveOptions save(parameters);
+    SaveOptions save;
+    save.jpeg_quality = 95;
     (void)save_picture(scene.render_left(), files.left, save);
     (void)save_picture(scene.render_right(), files.right, save);
     return files;

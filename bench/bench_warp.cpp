@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "config/voice.h"
 #include "platform/cpu.h"
 #include "render/canvas.h"
 #include "render/output_writer.h"
@@ -42,12 +43,10 @@ Bitmap make_picture(unsigned seed, bool with_black) {
 struct Scene {
     explicit Scene(bool with_black) : left(make_picture(1, with_black)), right(make_picture(2, with_black)) {
         parameters.verbose_mode = 0;
-        parameters.stereo_output = 1;
-        parameters.jpg_quality = 95;
         warp = std::make_unique<WarpState>(parameters, left_record, right_record, voice);
     }
 
-    WarpStatus run(int kernel, float scale, float gamma, bool tone) {
+    bool run(int kernel, float scale, float gamma, bool tone) {
         static const ToneTables tables = ToneTables::identity();
         WarpRequest request;
         request.source = {left.picture(), right.picture()};
@@ -61,7 +60,14 @@ struct Scene {
         request.crop = 0;
         request.correction = {12.3F, 0.008F, 0.015F, 0.008F, 0.008F, 40.0F};
         warp->total_scale = scale;
-        return warp_still(*warp, request, selection);
+        return warp_still(*warp, request, selection).has_value();
+    }
+
+    [[nodiscard]] Finished finished() const {
+        Finished done;
+        done.left.picture = warp->pair().left;
+        done.right.picture = warp->pair().right;
+        return done;
     }
 
     Bitmap left;
@@ -96,8 +102,8 @@ void warp_pair(benchmark::State& state) {
     limit_instruction_set(static_cast<InstructionSet>(argument(5)));
     omp_set_num_threads(argument(6));
     for (auto _ : state) {
-        if (pair.run(argument(0), static_cast<float>(argument(1)) / 100.0F,
-                     static_cast<float>(argument(2)) / 100.0F, argument(3) != 0) != WarpStatus::done) {
+        if (!pair.run(argument(0), static_cast<float>(argument(1)) / 100.0F,
+                      static_cast<float>(argument(2)) / 100.0F, argument(3) != 0)) {
             state.SkipWithError("the warp failed");
         }
     }
@@ -132,7 +138,9 @@ void compose_stereo(benchmark::State& state) {
     Scene& pair = scene();
     (void)pair.run(1, 1.0F, 1.0F, false);
     for (auto _ : state) {
-        const Bitmap canvas = compose_side_by_side(*pair.warp, side_by_side_layout(*pair.warp));
+        const Finished finished = pair.finished();
+        const Bitmap canvas =
+            compose_side_by_side(finished, side_by_side_layout(finished, finished.frame), pair.voice);
         benchmark::DoNotOptimize(canvas.bits());
     }
     count_pixels(state, *pair.warp);
@@ -147,11 +155,15 @@ void store(benchmark::State& state, const char* suffix, bool stereo) {
     std::filesystem::create_directories(folder);
     const std::string left = (folder / ("left" + std::string(suffix))).string();
     const std::string right = (folder / ("right" + std::string(suffix))).string();
+    SaveOptions options;
+    options.jpeg_quality = 95;
     for (auto _ : state) {
-        const StoreResult result =
-            stereo ? write_stereo(*pair.warp, left, {}) : write_left_right(*pair.warp, left, right, {});
-        if (result.code != 0) {
-            state.SkipWithError(result.reason.c_str());
+        const Finished finished = pair.finished();
+        const Result<StoreResult> result =
+            stereo ? write_stereo(finished, {}, left, {}, options, pair.voice)
+                   : write_left_right(finished, {}, left, right, {}, options, pair.voice);
+        if (!result || result->code != 0) {
+            state.SkipWithError("not stored");
         }
     }
     std::filesystem::remove_all(folder);

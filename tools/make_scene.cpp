@@ -81,9 +81,9 @@ bool is_possible(const zemora::SceneOptions& options) {
 }
 
 bool write(const char* name, const zemora::Bitmap& bitmap, int quality) {
-    zemora::ParameterSet parameters;
-    parameters.jpg_quality = quality;
-    const std::string reason = zemora::save_picture(bitmap, name, zemora::SaveOptions(parameters));
+    zemora::SaveOptions options;
+    options.jpeg_quality = quality;
+    const std::string reason = zemora::save_picture(bitmap, name, options);
     if (!reason.empty()) {
         std::printf("%s: %s\n", name, reason.c_str());
     }

@@ -1,5 +1,6 @@
 #include "driver/dressing.h"
 
+#include "driver/failure.h"
 #include "platform/paths.h"
 #include "render/picture_texts.h"
 #include "render/thumbnails.h"
@@ -52,16 +53,18 @@ void name_thumbs(Pipeline& pipeline, PairRun& pair) {
 
 }  // namespace
 
-void dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
+PictureTexts dress_with_texts(Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
     const TextSource source = text_source(pipeline, pair);
-    warp.texts.image_text = resolve_text(p.image_text, source, warp);
-    warp.texts.caption = resolve_text(p.caption_text, source, warp);
-    warp.texts.copyright = resolve_text(p.exif_copyright, source, warp);
-    if (warp.texts.image_text) {
-        draw_image_text(warp, 0, -pair.curtains.right);
+    PictureTexts texts;
+    texts.image_text = resolve_text(p.image_text, source, pipeline.voice);
+    texts.caption = resolve_text(p.caption_text, source, pipeline.voice);
+    texts.copyright = resolve_text(p.exif_copyright, source, pipeline.voice);
+    if (texts.image_text) {
+        draw_image_text(pipeline.warp.views(), texts.image_text, 0, -pair.curtains.right,
+                        p.smart_text_back_gr == 1, pipeline.voice);
     }
+    return texts;
 }
 
 void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
@@ -85,7 +88,9 @@ void make_thumbnails(Pipeline& pipeline, PairRun& pair) {
             return;
         }
     }
-    if (reason = save_thumbs(pipeline.warp, pair.left_thumb, pair.right_thumb); !reason.empty()) {
+    reason =
+        value_or_end(pipeline.voice, save_thumbs(pipeline.warp.pair(), pair.left_thumb, pair.right_thumb));
+    if (!reason.empty()) {
         pipeline.voice.tell_everywhere("   " + printable(reason) + '\n');
         return;
     }

@@ -6,7 +6,7 @@
 namespace zemora {
 
 /// Settles image text, caption and copyright for the pair, and draws the image text into both views.
-void dress_with_texts(Pipeline& pipeline, const PairRun& pair);
+[[nodiscard]] PictureTexts dress_with_texts(Pipeline& pipeline, const PairRun& pair);
 
 /// Thumbnails in the folder ct below the image folder, with their tags for the HTML report, where
 /// `HtmlImages` came out as 4 and something is stored.

@@ -1,10 +1,12 @@
 #include <chrono>
 
+#include "driver/failure.h"
 #include "driver/outside_steps.h"
 #include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
 #include "driver/settings_input.h"
+#include "driver/settings_render.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "report/analysis_rows.h"
@@ -15,7 +17,7 @@ namespace zemora {
 namespace {
 
 PairReadOptions read_options_with_phone_depth(const ParameterSet& parameters, ExifTool& exiftool) {
-    PairReadOptions options = pair_read_options_of(parameters);
+    PairReadOptions options = pair_read_options(parameters);
     options.find_phone_depth = [&exiftool](const std::string& photo, Notes& notes) {
         return read_phone_depth(exiftool, photo, notes);
     };
@@ -32,15 +34,16 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       exiftool(exiftool_in),
       voice(voice_in),
       source(list_in, read_options_with_phone_depth(parameters_in, exiftool_in)),
-      preparer(prepare_options_of(parameters_in)),
-      analysis_dump(parameters_in, run_in.working_directory, run_in.program_directory, voice_in),
-      analysis(parameters_in),
+      preparer(prepare_options(parameters_in)),
+      analysis_dump(dump_options(parameters_in, run_in.working_directory, run_in.program_directory),
+                    voice_in),
+      analysis(analysis_options(parameters_in)),
       warp(parameters_in, left_geometry, right_geometry, voice_in),
-      depth(depth_settings_of(parameters_in)),
+      depth(depth_settings(parameters_in)),
       inputs(list_in),
-      initial_frame(warp.frame),
-      initial_frame_left_right(parameters_in.frame_left_right) {
-    analysis.dump = &analysis_dump;
+      frame(frame_settings(parameters_in)) {
+    analysis.visitor = &analysis_dump;
+    warp.colours = value_or_end(voice, read_colour_change(parameters, voice.messages()));
 }
 
 bool fail_to_mount(const Pipeline& pipeline, PairRun& pair, StatusCode status) {
@@ -60,7 +63,7 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
         apply_stored_geometry(pipeline, pair);
         return true;
     }
-    if (!measure_first(pipeline, pair) || !iterate_geometry(pipeline, pair) || !is_written(pair.status)) {
+    if (!measure_geometry(pipeline, pair)) {
         return false;
     }
     place_stereo_window(pipeline, pair);
@@ -83,7 +86,7 @@ void prepare_repeat(Pipeline& pipeline, PairRun& pair, const BeforeViewer& befor
     pair.status = before.status;
     pair.target = before.target;
     WarpState& warp = pipeline.warp;
-    warp.frame = pipeline.initial_frame;
+    pair.frame = pipeline.frame;
     warp.work_height = pipeline.parameters.work_height;
     warp.work_width = pipeline.parameters.work_width;
     warp.force_size = before.force_size;

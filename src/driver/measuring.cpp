@@ -2,20 +2,9 @@
 
 #include <utility>
 
+#include "driver/failure.h"
+
 namespace zemora {
-
-namespace {
-
-std::string measure_text(double value) {
-    return format_text("%5.2f", value);
-}
-
-}  // namespace
-
-double measured_scale(const Pipeline& pipeline, const PairRun& pair) {
-    const int measured = pair.reduced ? pipeline.input.reduced_height() : pair.working_height;
-    return static_cast<double>(measured) / pipeline.input.height();
-}
 
 AnalyseProgress progress_of(const Pipeline& pipeline, std::string step) {
     return
@@ -26,82 +15,49 @@ AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures, const
                         const AnalyseProgress& progress) {
     const AnalyseStatus status = analyse_phase(pipeline.analysis, pictures, request, progress);
     if (status == AnalyseStatus::no_memory) {
-        end_run_without_picture_memory(pipeline.voice.console(),
-                                       format_text("%d: FAILED TO ALLOCATE MEMORY FOR CORRELATION IMAGE\n",
-                                                   static_cast<int>(pipeline.analysis.memory_failure)));
+        conclude_failure(pipeline.voice, no_memory_for_correlation(pipeline.analysis));
     }
     return status;
 }
 
-Correction correction_of(const CorrectionValues& values, double scale) {
-    return {values.height / scale, values.shift / scale, values.size,
-            values.rotation,       values.vergence_v,    values.vergence_h};
-}
-
-CorrectionValues values_of(const Correction& c, double scale) {
-    return {static_cast<float>(c.height_px * scale),
-            static_cast<float>(c.shift_px * scale),
-            static_cast<float>(c.size),
-            static_cast<float>(c.rotation_rad),
-            static_cast<float>(c.vergence_v_rad),
-            static_cast<float>(c.vergence_h_rad),
-            0.0F};
-}
-
-PairDisparities disparities_of(const AnalysisState& analysis, double scale) {
-    const DisparityStatistics& d = analysis.disparity;
-    PairDisparities disparities{analysis.values.window, d.near_point,    d.far_point,       d.left_edge_near,
-                                d.right_edge_near,      d.top_edge_near, d.bottom_edge_near};
-    disparities.scale_and_add(1.0 / scale, 0.0);
-    return disparities;
-}
-
-bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& step) {
-    WarpState& warp = pipeline.warp;
+Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduced) {
+    WarpState& warp = pipeline_.warp;
+    const InputViews& input = pipeline_.input;
     WarpRequest request;
     double scale = 1.0;
-    if (pair.reduced) {
-        request.source = pipeline.input.reduced();
-        request.frame_height = pipeline.input.reduced_height();
-        request.frame_width = pipeline.input.reduced_width();
-        scale = measured_scale(pipeline, pair);
+    if (reduced) {
+        request.source = input.reduced();
+        request.frame_height = input.reduced_height();
+        request.frame_width = input.reduced_width();
+        scale = static_cast<double>(input.reduced_height()) / input.height();
         warp.total_scale = 1.0F;
     } else {
-        request.source = pipeline.input.full();
+        request.source = input.full();
         request.frame_height = warp.scaled_height;
         request.frame_width = warp.scaled_width;
-        scale = static_cast<double>(warp.scaled_height) / pipeline.input.height();
+        scale = static_cast<double>(warp.scaled_height) / input.height();
         warp.total_scale = static_cast<float>(scale);
+        // The reduced copies have the pre-correction in them, the full-size views not.
+        const ViewOrders& orders = pair_.orders;
+        warp.pre_settings = orders.has_pre_selection ? 1 : 0;
+        warp.pre_rotation_left = orders.pre_selection.rotation_left;
+        warp.pre_rotation_right = orders.pre_selection.rotation_right;
+        warp.pre_vergence_v = orders.pre_selection.vergence_v;
     }
-    const Correction& c = pair.correction;
+    const Correction& c = correction;
     request.correction = {static_cast<float>(c.height_px * scale), static_cast<float>(c.size),
                           static_cast<float>(c.rotation_rad),      static_cast<float>(c.vergence_v_rad),
                           static_cast<float>(c.vergence_h_rad),    static_cast<float>(c.shift_px * scale)};
     request.crop = 0;
-    pipeline.voice.progress(step, 0.0);
-    if (warp_still(warp, request, pair.selection) != WarpStatus::done) {
-        return false;
+    if (const Result<void> done = warp_still(warp, request, pair_.selection); !done) {
+        return done.failure();
     }
-    pipeline.voice.progress(step, 100.0);
-    pair.scale = scale;
-    pair.working_height = warp.height;
-    pair.working_width = warp.width;
-    pair.common_area =
+    pair_.scale = scale;
+    pair_.working_height = warp.height;
+    pair_.working_width = warp.width;
+    pair_.common_area =
         find_common_area(warp.pair(), {0, warp.width - 1, 0, warp.height - 1}, warp.passe_colour);
-    return true;
-}
-
-std::string correction_line(const MessageCatalogue& messages, const char* label, const Correction& c,
-                            bool with_shift) {
-    std::string line = label + measure_text(c.height_px);
-    if (with_shift) {
-        line += messages.raw(Msg::main_estimation_shift) + measure_text(c.shift_px);
-    }
-    line += messages.raw(Msg::main_label_size) + measure_text(100.0 * c.size);
-    line += messages.raw(Msg::main_label_rotation) + measure_text(c.rotation_rad / kRadiansPerDegree);
-    line += messages.raw(Msg::main_label_vergence_v) + measure_text(c.vergence_v_rad / kRadiansPerDegree);
-    line += messages.raw(Msg::main_label_vergence_h) + measure_text(c.vergence_h_rad / kRadiansPerDegree);
-    return line + '\n';
+    return WarpedViews{warp.pair(), scale};
 }
 
 }  // namespace zemora

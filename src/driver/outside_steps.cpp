@@ -176,7 +176,7 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     pair.stored = *left;
     pair.has_stored = true;
     tell_stored_record(pipeline, pair);
-    if (drop_foreign_selection(pair.stored, wanted_shape_of(pipeline.parameters))) {
+    if (drop_foreign_selection(pair.stored, wanted_shape(pipeline.parameters))) {
         pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
                                  : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
         pipeline.voice.wait(Severity::error);
@@ -274,7 +274,7 @@ void write_progress_result(const Pipeline& pipeline) {
     if (pipeline.parameters.graphical_interface == 0) {
         return;
     }
-    const Thumbnails thumbs = make_thumbs(pipeline.warp);
+    const Thumbnails thumbs = value_or_end(pipeline.voice, make_thumbs(pipeline.warp.pair()));
     const std::string start = state_directory() + "/zemora_thumb_";
     for (const auto& [thumb, side] : {std::pair{&thumbs.left, "l"}, std::pair{&thumbs.right, "r"}}) {
         (void)encode_and_write(thumb->handle(), FIF_BMP, BMP_DEFAULT, start + side + ".bmp");

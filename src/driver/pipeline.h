@@ -6,23 +6,22 @@
 #include <string>
 #include <vector>
 
-#include "analysis/analysis_dump.h"
 #include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
-#include "analysis/wide_search.h"
 #include "depth/depth_views.h"
 #include "driver/exiftool.h"
 #include "driver/output_names.h"
-#include "driver/pair_correction.h"
 #include "driver/post_run.h"
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
+#include "driver/settings_analysis.h"
 #include "driver/trust.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
 #include "input/pair_reader.h"
 #include "input/stored_record.h"
 #include "input/view_preparer.h"
+#include "render/finished.h"
 #include "render/framing.h"
 #include "render/output_size.h"
 #include "render/selection_box.h"
@@ -55,9 +54,8 @@ struct Pipeline {
     RunInputs inputs;
     GivenNames given_names;
     int processed = 0;
-    int mounted = 0;              ///< Objects whose products are all stored.
-    FrameSettings initial_frame;  ///< The settings, put back after a pair that changed them.
-    int initial_frame_left_right;
+    int mounted = 0;            ///< Objects whose products are all stored.
+    const FrameSettings frame;  ///< Of the settings; each pair starts from it.
     BatchNames last_stored;
 };
 
@@ -110,17 +108,12 @@ struct PairRun {
     Correction correction;
     Correction remaining;         ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
-    bool reduced = true;
-    std::optional<WideSearch> wide;  ///< Asked where the start is in doubt.
     double wide_agreement =
-        1.0;  ///< Share of the picture that agrees with the start taken, where it was asked.
-    bool started_wide = false;  ///< The correction started from it.
-    int iteration = 0;
+        1.0;                 ///< Share of the picture that agrees with the start taken, where it was asked.
     double scale = 1.0;      ///< Working pixels per input pixel.
     int working_height = 0;  ///< Whole frame of the latest warp.
     int working_width = 0;
-    PixelRectangle common_area;  ///< Of that frame.
-    float residual_rms = 0.0F;
+    PixelRectangle common_area;   ///< Of that frame.
     double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
     WindowPlacement window;
     SelectionBox selection;
@@ -136,8 +129,10 @@ struct PairRun {
     std::vector<Doubt> doubts;           ///< What keeps the pair from being a success.
     double deviation = 0.0;
     double projected_deviation = 0.0;
-    double stress_px = 0.0;
-    Curtains curtains;
+    Curtains curtains;       ///< Of the finished views.
+    FrameSettings frame;     ///< Round the pictures.
+    int inverse_output = 0;  ///< Working copy of `InverseOutput`.
+    Finished finished;       ///< From `finish_pictures` on.
     int final_interpolation = 0;
     std::string picture_tag;  ///< Of the stored pictures, for the HTML report.
 };
@@ -149,10 +144,8 @@ void run_image_pipeline(Pipeline& pipeline);
 
 /// Names, suffixes, settings of the pair; reads the views and the size to work at.
 [[nodiscard]] bool prepare_pair(Pipeline& pipeline, PairRun& pair);
-/// First shift and first correction on the reduced pair.
-[[nodiscard]] bool measure_first(Pipeline& pipeline, PairRun& pair);
-/// Repeats measuring and warping until the errors are gone, at last at full size.
-[[nodiscard]] bool iterate_geometry(Pipeline& pipeline, PairRun& pair);
+/// Measures the pair: its correction and its disparities.
+[[nodiscard]] bool measure_geometry(Pipeline& pipeline, PairRun& pair);
 /// Takes the corrections from keys or from a stored record.
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
 /// The corrections and the window of a record, at the scale of the pair.

@@ -24,8 +24,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.pre_rotation_left = preset.rotation_left;
     report.pre_rotation_right = preset.rotation_right;
     report.pre_vergence_v = preset.vergence_v;
-    report.correction = values_of(pair.correction, 1.0);
-    report.remaining = values_of(pair.remaining, 1.0);
+    report.correction = pair.correction.rounded_to_float();
+    report.remaining = pair.remaining.rounded_to_float();
     report.heights = pair.heights;
     report.looks_exchanged = pair.looks_exchanged;
     report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());
@@ -47,7 +47,7 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
     if (!pair.failure_told) {
         if (pair.status != StatusCode::abandoned) {
-            write_image_report(report_options_of(pipeline.parameters), report_of(pipeline, pair),
+            write_image_report(report_options(pipeline.parameters), report_of(pipeline, pair),
                                pipeline.voice);
         }
         // Exiftool was at work beside the stores and the report; what says that the pair is done waits for

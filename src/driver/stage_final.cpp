@@ -5,10 +5,12 @@
 #include <cmath>
 
 #include "analysis/colormap.h"
+#include "driver/failure.h"
 #include "driver/measuring.h"
 #include "driver/viewer_exchange.h"
 #include "numerics/rounding.h"
 #include "render/crop.h"
+#include "render/framing.h"
 #include "render/size_step.h"
 
 namespace zemora {
@@ -50,7 +52,8 @@ bool warp_once(Pipeline& pipeline, PairRun& pair, const SizeRepeat& repeat, cons
     request.interpolation = choose_interpolation(warp, static_cast<float>(scale * coming.factor));
     pair.final_interpolation = request.interpolation;
     pipeline.voice.progress(step, 0.0);
-    if (warp_still(warp, request, pair.selection) != WarpStatus::done) {
+    if (const Result<void> done = warp_still(warp, request, pair.selection); !done) {
+        conclude_failure(pipeline.voice, done.failure());
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     pipeline.voice.progress(step, 100.0);
@@ -88,27 +91,48 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
     AnalysisState& analysis = pipeline.analysis;
-    const ToneTables left_tone = analysis.Colormap_l;
-    const ToneTables right_tone = analysis.Colormap_r;
+    const ToneTables left_tone = analysis.tone_left;
+    const ToneTables right_tone = analysis.tone_right;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     const bool found = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
                        AnalyseStatus::done;
-    analysis.Colormap_l = left_tone;
-    analysis.Colormap_r = right_tone;
+    analysis.tone_left = left_tone;
+    analysis.tone_right = right_tone;
     return found ? analysis.disparity.far_point : 0.0F;
+}
+
+bool has_forced_width(const WarpState& warp) {
+    return warp.latest_size_step != 0 && warp.work_width > 0 &&
+           (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
+            warp.force_size == kForceBothHeightLarger);
 }
 
 /// The width that the views have to get for it; 0 when they keep theirs.
 int frame_automatically(Pipeline& pipeline, PairRun& pair) {
-    const int mode = pipeline.parameters.auto_frame_floating;
-    if (mode != 1 && mode != 2) {
+    const ParameterSet& p = pipeline.parameters;
+    if (p.auto_frame_floating != setting::auto_frame_floating::frame &&
+        p.auto_frame_floating != setting::auto_frame_floating::frame_narrowed) {
         return 0;
     }
-    const double reduction = final_reduction(pair.target);
-    const int width = apply_automatic_frame(pipeline.warp, pipeline.parameters,
-                                            far_point_for_frame(pipeline, pair), reduction);
+    WarpState& warp = pipeline.warp;
+    AutomaticFrameRequest request;
+    request.mode = p.auto_frame_floating;
+    request.floating_target = p.floating_target;
+    request.win_off_reference = p.win_off_reference;
+    request.output_width = p.output_width;
+    request.far_point_px = far_point_for_frame(pipeline, pair);
+    request.width = warp.width;
+    request.height = warp.height;
+    request.forced_width = has_forced_width(warp) ? warp.work_width : 0;
+    request.reduction = final_reduction(pair.target);
+    const AutomaticFrame automatic = automatic_frame(pair.frame, request, pipeline.voice);
+    pair.frame = automatic.frame;
+    const int width = automatic.narrowed_width;
+    if (width > 0 && request.forced_width > 0) {
+        warp.work_width = width;
+    }
     if (width > 0 && pair.target.final_rescale == FinalRescale::by_width) {
-        pair.target.final_width = std::max(round_half_up(width * reduction), 1);
+        pair.target.final_width = std::max(round_half_up(width * request.reduction), 1);
     }
     return width;
 }
@@ -204,8 +228,8 @@ WarpRequest output_request(Pipeline& pipeline, const PairRun& pair) {
     request.correction.rotation = static_cast<float>(c.rotation_rad);
     request.correction.vergence_v = static_cast<float>(c.vergence_v_rad);
     request.correction.vergence_h = static_cast<float>(c.vergence_h_rad);
-    request.tone_left = &pipeline.analysis.Colormap_l;
-    request.tone_right = &pipeline.analysis.Colormap_r;
+    request.tone_left = &pipeline.analysis.tone_left;
+    request.tone_right = &pipeline.analysis.tone_right;
     request.tone_mode_left = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
     request.tone_mode_right = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
     request.use_tone = true;
@@ -220,16 +244,6 @@ bool warp_final(Pipeline& pipeline, PairRun& pair) {
     // Without measurement, or after a viewer, only the result shows what the picture holds.
     const bool tone_first = pair.analysed && p.post_viewer_active == 0;
     const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
-    if (pair.analysed) {
-        const CorrectionValues c{static_cast<float>(pair.correction.height_px),
-                                 0.0F,
-                                 static_cast<float>(pair.correction.size),
-                                 static_cast<float>(pair.correction.rotation_rad),
-                                 static_cast<float>(pair.correction.vergence_v_rad),
-                                 static_cast<float>(pair.correction.vergence_h_rad),
-                                 0.0F};
-        pair.stress_px = mean_model_error(c, pipeline.input.height(), pipeline.input.width());
-    }
     if (tone_first) {
         adapt_tone(pipeline);
     } else {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "driver/dressing.h"
+#include "driver/failure.h"
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
@@ -11,18 +12,13 @@
 #include "numerics/rounding.h"
 #include "platform/process_end.h"
 #include "render/cmyk.h"
-#include "render/output_writer.h"
+#include "render/framing.h"
+#include "render/turn_outputs.h"
 #include "render/view_effects.h"
 
 namespace zemora {
 
 namespace {
-
-void reduce_ghosts(Pipeline& pipeline) {
-    if (pipeline.parameters.auto_ghost_bust != 0) {
-        ghost_bust(pipeline.warp, pipeline.parameters.auto_ghost_bust);
-    }
-}
 
 /// A picture that was interpolated softly for its scale is sharpened without being asked to. Whether it was.
 bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
@@ -44,7 +40,7 @@ bool sharpen_views(Pipeline& pipeline, const PairRun& pair) {
     if (intensity == 0) {
         return false;
     }
-    sharpen(warp, intensity, warp.height / kRowsPerRound + 1);
+    succeed_or_end(voice, sharpen(warp.views(), intensity, warp.height / kRowsPerRound + 1));
     return true;
 }
 
@@ -84,7 +80,7 @@ void hang_curtains(Pipeline& pipeline, PairRun& pair) {
     }
     pair.curtains.left = std::min(pair.curtains.left, warp.width / 2);
     pair.curtains.right = std::min(pair.curtains.right, warp.width / 2);
-    floating_bands(warp, pair.curtains, pipeline.parameters.auto_frame_floating);
+    floating_bands(warp.views(), pair.curtains, pipeline.parameters.auto_frame_floating);
     const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warp.width); };
     voice.tell_everywhere(messages.text<Msg::main_floating_windows_included>(per_mille(pair.curtains.left),
                                                                              per_mille(pair.curtains.right)) +
@@ -127,13 +123,12 @@ void tell_shallow_products(const Pipeline& pipeline) {
 }
 
 /// The 16-bit output repeats the warp from the source file, not what is done to the finished views.
-void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharpened) {
+[[nodiscard]] bool has_eight_bits_only(const Pipeline& pipeline, const PairRun& pair, bool sharpened) {
     struct Step {
         bool taken;
         BothTexts what;
     };
     const ParameterSet& p = pipeline.parameters;
-    WarpState& warp = pipeline.warp;
     // Camera raw and the converter give 8 bits.
     const bool from_elsewhere =
         p.output_format == setting::output_format::tif_16_bits &&
@@ -144,21 +139,22 @@ void settle_depth_of_outputs(Pipeline& pipeline, const PairRun& pair, bool sharp
         {sharpened, {"sharpening", "das Schaerfen"}},
         {pair.curtains.left != 0 || pair.curtains.right != 0,
          {"the floating window", "das schwebende Fenster"}},
-        {static_cast<bool>(warp.texts.image_text), {"the text in the picture", "den Text im Bild"}},
+        {static_cast<bool>(pair.finished.texts.image_text), {"the text in the picture", "den Text im Bild"}},
         {pair.target.final_rescale != FinalRescale::none,
          {"scaling below 250 pixels", "das Skalieren unter 250 Pixel"}},
     };
-    warp.eight_bits_only = false;
+    bool eight_bits_only = false;
     for (const Step& step : steps) {
         if (p.output_format == setting::output_format::tif_16_bits && step.taken) {
-            warp.eight_bits_only = true;
+            eight_bits_only = true;
             const MessageCatalogue& messages = pipeline.voice.messages();
             pipeline.voice.tell_everywhere(eight_bits_text(messages, messages.either(step.what)));
         }
     }
-    if (p.output_format == setting::output_format::tif_16_bits && !warp.eight_bits_only) {
+    if (p.output_format == setting::output_format::tif_16_bits && !eight_bits_only) {
         tell_shallow_products(pipeline);
     }
+    return eight_bits_only;
 }
 
 /// Without a usable profile for print the run stores plain TIFF pictures.
@@ -187,8 +183,9 @@ void project_deviation(const Pipeline& pipeline, PairRun& pair) {
 }
 
 /// Brings the pair to its final size. What was measured is told in the pixels of that size.
-void take_final_size(WarpState& warp, PairRun& pair) {
-    rescale_to_final(warp, pair.target);
+void take_final_size(Pipeline& pipeline, PairRun& pair) {
+    WarpState& warp = pipeline.warp;
+    succeed_or_end(pipeline.voice, rescale_to_final(warp, pair.target));
     if (warp.width == pair.output_width && warp.height == pair.output_height) {
         return;
     }
@@ -210,23 +207,27 @@ void finish_pictures(Pipeline& pipeline, PairRun& pair) {
     WarpState& warp = pipeline.warp;
     pipeline.processed += pair.counted ? 0 : 1;
     pair.counted = true;
-    warp.left_record.tone_mode = p.color_left_right <= 0 ? p.auto_output_contrast : 0;
-    warp.right_record.tone_mode = p.color_left_right >= 0 ? p.auto_output_contrast : 0;
-    reduce_ghosts(pipeline);
+    Finished& finished = pair.finished = Finished();
+    if (p.auto_ghost_bust != 0) {
+        reduce_ghosts(warp.views(), p.auto_ghost_bust);
+    }
     const bool sharpened = sharpen_views(pipeline, pair);
     hang_curtains(pipeline, pair);
     refuse_unknown_extra_output(pipeline);
-    dress_with_texts(pipeline, pair);
-    settle_depth_of_outputs(pipeline, pair, sharpened);
+    finished.texts = dress_with_texts(pipeline, pair);
+    finished.eight_bits_only = has_eight_bits_only(pipeline, pair, sharpened);
     check_print_profile(pipeline);
     make_thumbnails(pipeline, pair);
     write_progress_result(pipeline);
     project_deviation(pipeline, pair);
-    take_final_size(warp, pair);
-    if (p.left_right_output != 0 || p.extra_output != 0) {
-        turn_outputs(warp);
+    take_final_size(pipeline, pair);
+    finished.frame = pair.frame;
+    const bool turns = p.left_right_output != 0 || p.extra_output != 0;
+    succeed_or_end(pipeline.voice, turn_outputs(finished, warp, turns ? p.rot_mir_output_left : 0,
+                                                turns ? p.rot_mir_output_right : 0));
+    if (pair.inverse_output == 1) {
+        exchange_outputs(finished);
     }
-    swap_outputs(warp);
 }
 
 }  // namespace zemora

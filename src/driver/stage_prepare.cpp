@@ -28,15 +28,14 @@ PreSelection pre_selection_of(const ParameterSet& p) {
 void reset_pair_state(Pipeline& pipeline, PairRun& pair) {
     ParameterSet& p = pipeline.parameters;
     WarpState& warp = pipeline.warp;
-    p.frame_left_right = pipeline.initial_frame_left_right;
     p.phantogram = p.edge_warp = p.vertical_ax = p.common_trapez = p.sym_trapez = 0.0F;
     p.trapez_scale = 1.0F;
     warp.phantogram = warp.edge_warp = warp.vertical_ax = warp.common_trapez = warp.sym_trapez = 0.0;
     warp.trapez_scale = 1.0;
-    warp.inverse_output = p.inverse_output;
+    pair.inverse_output = p.inverse_output;
     warp.pre_settings = 0;
     warp.total_scale = 1.0F;
-    warp.frame = pipeline.initial_frame;
+    pair.frame = pipeline.frame;
     const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     pair.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     pair.swap_views = false;
@@ -195,7 +194,6 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
     const bool lies = std::max(exif_orientation(left), exif_orientation(right)) > 1;
     pair.permissions.keeps_orientation =
         !turned && lies && !is_loaded_upright(left) && !is_loaded_upright(right);
-    pipeline.warp.keeps_orientation = pair.permissions.keeps_orientation;
 }
 
 /// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3. No record fits views that

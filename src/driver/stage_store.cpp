@@ -2,18 +2,22 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "driver/failure.h"
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
+#include "driver/settings_render.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "render/anaglyph.h"
 #include "render/extra_output.h"
 #include "render/output_writer.h"
+#include "render/rgb16.h"
 #include "report/picture_tags.h"
 
 namespace zemora {
@@ -30,12 +34,13 @@ constexpr BothTexts kLeftRightWords{"your error code is (left/right image): ",
 
 SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
     const InputViews& input = pipeline.input;
+    const SourceLayout layout = source_layout(pipeline.parameters);
     if (!pipeline.list.two_files) {
-        return {pair.files.stereo, pair.files.stereo, input.full(), pair.inverse_input == 1};
+        return {pair.files.stereo, pair.files.stereo, input.full(), pair.inverse_input == 1, layout};
     }
     const PairFiles& files = pair.files;
-    return pair.swap_views ? SourceFiles{files.right, files.left, input.full()}
-                           : SourceFiles{files.left, files.right, input.full()};
+    return pair.swap_views ? SourceFiles{files.right, files.left, input.full(), false, layout}
+                           : SourceFiles{files.left, files.right, input.full(), false, layout};
 }
 
 void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
@@ -130,34 +135,73 @@ struct SingleProduct {
     std::string BatchNames::*last_name;  ///< Where the post-run batch finds its name.
 };
 
-StoreResult write_product(Pipeline& pipeline, const SingleProduct& product, const std::string& path,
-                          const SourceFiles& sources) {
-    switch (product.kind) {
-        case ProductKind::anaglyph: return write_anaglyph(pipeline.warp, path);
-        case ProductKind::extra: return write_extra(pipeline.warp, path, sources);
-        default: return write_stereo(pipeline.warp, path, sources);
+/// What the stores of a pair go by, from product to product.
+struct PairStore {
+    SourceFiles sources;
+    FrameSettings frame;  ///< As the products before have settled it.
+    std::optional<DeepPair> deep;
+};
+
+/// The views in 16 bits for a product of that name, made with the first one that has them.
+DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
+                     const std::string& path) {
+    const ParameterSet& p = pipeline.parameters;
+    if (!has_deep_form(pair.finished, save_options(p), path)) {
+        return {};
+    }
+    if (!store.deep) {
+        const DeepSettings settings{p.cropp_output == setting::cropp_output::blanked};
+        store.deep = value_or_end(pipeline.voice,
+                                  make_deep_outputs(pipeline.warp, pair.finished, store.sources, settings));
+    }
+    return store.deep->views();
+}
+
+Result<StoreResult> write_single_extra(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
+                                       const FrameSettings& frame, const std::string& path) {
+    const ExtraOptions options = extra_options(pipeline.parameters, pair.permissions.keeps_orientation);
+    store.frame = frame_behind_extra(pair.finished, frame, options.format);
+    const DeepViews deep =
+        has_deep_form(options.format) ? deep_views(pipeline, pair, store, path) : DeepViews();
+    return write_extra(pair.finished, frame, path, store.sources, deep, options, pipeline.voice);
+}
+
+/// A layout has settled the frame for the next product, whatever became of this one.
+Result<StoreResult> write_product(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
+                                  ProductKind kind, const std::string& path) {
+    const Finished& finished = pair.finished;
+    const FrameSettings frame = store.frame;
+    const ParameterSet& p = pipeline.parameters;
+    switch (kind) {
+        case ProductKind::anaglyph:
+            store.frame = anaglyph_layout(finished, frame).frame;
+            return write_anaglyph(finished, frame, path, anaglyph_options(p), pipeline.voice);
+        case ProductKind::extra: return write_single_extra(pipeline, pair, store, frame, path);
+        default:
+            store.frame = side_by_side_layout(finished, frame).frame;
+            return write_stereo(finished, frame, path, deep_views(pipeline, pair, store, path),
+                                save_options(p), pipeline.voice);
     }
 }
 
-void store_single(Pipeline& pipeline, PairRun& pair, const SingleProduct& product) {
+void store_single(Pipeline& pipeline, PairRun& pair, PairStore& store, const SingleProduct& product) {
     const ParameterSet& p = pipeline.parameters;
     const bool is_extra = product.kind == ProductKind::extra;
-    OutputName name =
-        single_name(p, named_pair(pipeline, pair), product.kind, pipeline.warp.inverse_output != 0);
+    OutputName name = single_name(p, named_pair(pipeline, pair), product.kind, pair.inverse_output != 0);
     claim_and_show(pipeline, name);
     const std::string path = name.path();
-    const SourceFiles sources = sources_of(pipeline, pair);
     if (pipeline.inputs.holds(path)) {
         tell_input(pipeline, pair, path, product.words);
         return;
     }
-    const StoreResult result = write_product(pipeline, product, path, sources);
+    const StoreResult result =
+        value_or_end(pipeline.voice, write_product(pipeline, pair, store, product.kind, path));
     if (result.code != 0) {
         tell_failure(pipeline, pair, path, result, product.words);
         return;
     }
     pipeline.last_stored.*product.last_name = path;
-    dress_file(pipeline, pair, sources.right, path, is_extra);
+    dress_file(pipeline, pair, store.sources.right, path, is_extra);
     if (product.shown_by != 0 && pair.html_images == product.shown_by) {
         pair.picture_tag = preview_tag(path, p.path_of_images);
     }
@@ -169,7 +213,7 @@ constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, setting::html
                                 &BatchNames::stereo};
 constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
 
-void store_left_right(Pipeline& pipeline, PairRun& pair) {
+void store_left_right(Pipeline& pipeline, PairRun& pair, PairStore& store) {
     if (pipeline.parameters.left_right_output == 0) {
         return;
     }
@@ -179,20 +223,22 @@ void store_left_right(Pipeline& pipeline, PairRun& pair) {
     claim_and_show(pipeline, names.right);
     const std::string left = names.left.path();
     const std::string right = names.right.path();
-    const SourceFiles sources = sources_of(pipeline, pair);
     for (const std::string& path : {left, right}) {
         if (pipeline.inputs.holds(path)) {
             tell_input(pipeline, pair, path, kLeftRightWords);
             return;
         }
     }
-    const StoreResult result = write_left_right(pipeline.warp, left, right, sources);
+    const StoreResult result =
+        value_or_end(pipeline.voice, write_left_right(pair.finished, store.frame, left, right,
+                                                      deep_views(pipeline, pair, store, left),
+                                                      save_options(pipeline.parameters), pipeline.voice));
     if (result.code != 0) {
         tell_failure(pipeline, pair, left + ", " + right, result, kLeftRightWords);
         return;
     }
-    dress_file(pipeline, pair, sources.left, left);
-    dress_file(pipeline, pair, sources.right, right);
+    dress_file(pipeline, pair, store.sources.left, left);
+    dress_file(pipeline, pair, store.sources.right, right);
     if (pair.html_images == setting::html_images::views) {
         pair.picture_tag = pair_tag(left, right, pipeline.parameters.path_of_images);
     }
@@ -212,18 +258,19 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
                           voice.messages().either({"Output files:", "Ausgabedateien:"}) + "</b></p>\n<p>");
     }
     const ParameterSet& p = pipeline.parameters;
+    PairStore store{sources_of(pipeline, pair), pair.finished.frame, {}};
     if (p.anaglyph_output != 0) {
-        adjust_anaglyph_colours(pipeline);
-        store_single(pipeline, pair, kAnaglyph);
+        adjust_anaglyph_colours(pipeline, pair.finished.views());
+        store_single(pipeline, pair, store, kAnaglyph);
     }
     if (p.stereo_output != 0) {
-        store_single(pipeline, pair, kStereo);
+        store_single(pipeline, pair, store, kStereo);
     }
     if (p.extra_output >= setting::extra_output::squeezed_side_by_side &&
         p.extra_output <= setting::extra_output::left_right_right_left) {
-        store_single(pipeline, pair, kExtra);
+        store_single(pipeline, pair, store, kExtra);
     }
-    store_left_right(pipeline, pair);
+    store_left_right(pipeline, pair, store);
     if (lists_files) {
         voice.report_html("</p>\n");
     }

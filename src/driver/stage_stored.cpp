@@ -69,7 +69,6 @@ void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
                        {"Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"}),
                    100.0);
     colormap_identity(pipeline.analysis);
-    pair.reduced = false;
     pair.scale = static_cast<double>(warp.scaled_height) / pipeline.input.height();
     pair.working_height = warp.scaled_height;
     pair.working_width = warp.scaled_width;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "analysis/colormap.h"
+#include "driver/failure.h"
 #include "numerics/bitmap_file.h"
 #include "platform/paths.h"
 
@@ -56,7 +57,11 @@ bool warp_preview(Pipeline& pipeline, PairRun& pair, const PreviewSize& frame) {
     request.correction.height = static_cast<float>(scale * pair.correction.height_px);
     request.correction.shift = static_cast<float>(scale * pair.window.pure_shift_px);
     pair.selection.mode = 0;
-    return warp_still(warp, request, pair.selection) == WarpStatus::done;
+    const Result<void> done = warp_still(warp, request, pair.selection);
+    if (!done) {
+        conclude_failure(pipeline.voice, done.failure());
+    }
+    return done.has_value();
 }
 
 std::string save_view(Pipeline& pipeline, const Bitmap& view, const char* name) {

@@ -9,7 +9,9 @@
 #include <thread>
 #include <utility>
 
+#include "driver/failure.h"
 #include "driver/outside_steps.h"
+#include "driver/settings_render.h"
 #include "driver/viewer_exchange.h"
 #include "driver/viewer_preview.h"
 #include "input/file_selection.h"
@@ -233,7 +235,7 @@ void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answ
     take_selection(answer, pair.selection);
     // In the digits of a list, so that a later run that applies them gives the very same picture.
     take_selection_and_shape(as_listed(record_of(pipeline, pair)), pipeline, pair);
-    pipeline.warp.inverse_output = answer.swaps_output ? 1 - p.inverse_output : p.inverse_output;
+    pair.inverse_output = answer.swaps_output ? 1 - p.inverse_output : p.inverse_output;
 }
 
 /// The pair ends without stores; its files are not to blame and stay where they are.
@@ -267,8 +269,7 @@ void stamp_with_time(ParameterSet& p) {
 }
 
 /// Both views side by side in the program's folder, where the script finds them.
-std::string save_side_by_side(const Pipeline& pipeline) {
-    const StereoPicture pair = pipeline.warp.pair();
+std::string save_side_by_side(const Pipeline& pipeline, const StereoPicture& pair) {
     const int width = pair.left.width;
     const int height = pair.left.height;
     const Bitmap both = Bitmap::create(2 * width, height);
@@ -381,7 +382,7 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
     return repeats ? ViewerDecision::repeat : ViewerDecision::go_on;
 }
 
-void adjust_anaglyph_colours(Pipeline& pipeline) {
+void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views) {
     const ParameterSet& p = pipeline.parameters;
     Voice& voice = pipeline.voice;
     if (!calls_colour_script(p)) {
@@ -396,13 +397,13 @@ void adjust_anaglyph_colours(Pipeline& pipeline) {
                         printable(p.ecm_file_name).c_str()));
         return;
     }
-    std::string reason = save_side_by_side(pipeline);
+    std::string reason = save_side_by_side(pipeline, views);
     if (reason.empty()) {
         show_help(voice, Program::colour_script);
         call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
         const ChildResult result = run_beside_console(call);
         reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
-        pipeline.warp.colours = read_colour_change(p, voice);
+        pipeline.warp.colours = value_or_end(voice, read_colour_change(p, voice.messages()));
     }
     if (!reason.empty()) {
         voice.tell_everywhere("   " + printable(reason) + '\n');

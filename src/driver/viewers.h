@@ -24,7 +24,7 @@ enum class ViewerDecision {
 
 /// The script that sets the colours of an anaglyph (`AnaglyphType` 8), before each anaglyph. The warp's
 /// colours are read anew; the anaglyph reads its own when it is made.
-void adjust_anaglyph_colours(Pipeline& pipeline);
+void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views);
 
 /// Before the first pair: where that script will be called and its file is missing, the shipped example is
 /// put in its place.

@@ -1,59 +1,69 @@
 #include "render/anaglyph.h"
 
-#include "platform/process_end.h"
-#include "render/anaglyph_mix.h"
 #include "render/canvas.h"
 #include "render/dome.h"
 #include "render/framing.h"
-#include "render/save_picture.h"
 
 namespace zemora {
 
 namespace {
 
-constexpr int kStoreFailed = 2;
+/// The result of storing `file`.
+StoreResult stored(const std::string& file, const std::string& reason) {
+    constexpr int kStoreFailed = 2;
+    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
+}
 
 /// The settings, with what the mix needs from its file.
-AnaglyphSettings settings_of(const ParameterSet& p, Voice& voice, MixNeeds needs) {
-    AnaglyphSettings settings;
-    settings.type = p.anaglyph_type;
-    settings.brightness = p.brightness;
-    settings.density = p.density_ana;
-    settings.gamma_red = p.gamma_red;
-    settings.gamma_cyan = p.gamma_cyan;
-    settings.balance = {p.red_balance, p.green_balance, p.blue_balance};
+Result<AnaglyphSettings> settings_of(const AnaglyphOptions& options, MixNeeds needs, Notes& notes) {
+    AnaglyphSettings settings = options.mix;
     switch (needs) {
-        case MixNeeds::monitor: settings.monitor = read_monitor_calibration(p, voice); break;
-        case MixNeeds::print: settings.print = read_print_calibration(p, voice); break;
-        case MixNeeds::colours: settings.colours = read_color_management_file(p, voice); break;
+        case MixNeeds::monitor:
+            settings.monitor = read_monitor_calibration(options.calibration_folder, notes);
+            break;
+        case MixNeeds::print:
+            settings.print = read_print_calibration(options.calibration_folder, notes);
+            break;
+        case MixNeeds::colours: {
+            Result<ColorManagement> colours = read_colour_file(options.colour_file, notes.messages());
+            if (!colours) {
+                return colours.failure();
+            }
+            settings.colours = std::move(*colours);
+            break;
+        }
         case MixNeeds::nothing: break;
     }
     return settings;
 }
 
-[[noreturn]] void end_for_unstable_calibration(Voice& voice) {
-    voice.print(voice.messages().either(
+Failure unstable_calibration(const MessageCatalogue& messages) {
+    Failure failure = Failure::of_run(messages.either(
         {"Calibration values not stable!\n"
          "Please send the 14 calibration values of the test image to the makers of Zemora.\n",
          "Die Kalibrierungswerte sind nicht stabil!\n"
          "Bitte senden Sie die 14 Kalibrierungswerte des Testbildes an die Hersteller von Zemora.\n"}));
-    voice.console().wait_for_enter();
-    end_process(kExitFailure);
+    failure.note.severity = Severity::must_be_seen;
+    return failure;
+}
+
+Failure no_memory() {
+    return Failure::out_of_memory("w9226: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (ANAGLYPH)\n");
 }
 
 /// Views that other products want for mirrors and projectors make no anaglyph for the usual glasses.
-void warn_of_views(const WarpState& warp) {
-    const MessageCatalogue& messages = warp.voice.messages();
-    if (warp.left_turn != warp.right_turn) {
-        warp.voice.print_once(
+void warn_of_views(const Finished& pair, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
+    if (pair.left_turn != pair.right_turn) {
+        notes.print_once(
             messages.either({"Warning: the views are turned differently (RotMirOutputLeft, "
                              "RotMirOutputRight): they do not match in the anaglyph.\n",
                              "Warnung: Die Ansichten sind verschieden gedreht (RotMirOutputLeft, "
                              "RotMirOutputRight): im Anaglyphen passen sie nicht zusammen.\n"}),
             Repeat::once_a_run);
     }
-    if (warp.inverse_output == 1) {
-        warp.voice.print_once(
+    if (pair.is_exchanged) {
+        notes.print_once(
             messages.either(
                 {"Warning: the views are exchanged (InverseOutput): turn the glasses of the anaglyph.\n",
                  "Warnung: Die Ansichten sind vertauscht (InverseOutput): fuer den Anaglyphen die "
@@ -62,60 +72,56 @@ void warn_of_views(const WarpState& warp) {
     }
 }
 
-/// The frame and the texts on it.
-void draw_frame(const WarpState& warp, const CanvasLayout& layout, Picture canvas) {
-    // The library hands out black; only another colour has to be filled in.
-    if (warp.frame.colour != Colour{}) {
-        fill(canvas, warp.frame.colour);
-    }
-    const CaptionPlace caption = caption_place(warp, layout.left_picture_column, View::left);
-    draw_cell_texts(warp, canvas, {&caption, 1});
-}
-
-void draw_views(const WarpState& warp, const CanvasLayout& layout, Picture canvas) {
-    const AnaglyphMixRow& mix = anaglyph_mix_row(warp.parameters.anaglyph_type);
-    const auto mixer = mix.make(settings_of(warp.parameters, warp.voice, mix.needs));
-    if (!merge_views(*mixer, warp.pair(), canvas,
-                     {layout.picture_row, layout.left_picture_column, layout.right_picture_column})) {
-        end_for_unstable_calibration(warp.voice);
-    }
-}
-
-std::string save_as_dome(const WarpState& warp, const Bitmap& canvas, const std::string& file) {
-    const Bitmap dome = dome_picture(canvas.picture());
-    if (!dome) {
-        end_run_without_picture_memory(warp.voice.console(),
-                                       "w10107: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (PLANETARIUM)\n");
-    }
-    return save_dome(dome, file);
-}
-
-}  // namespace
-
-Bitmap compose_anaglyph(WarpState& warp) {
-    const CanvasLayout layout = anaglyph_layout(warp);
-    Bitmap canvas = Bitmap::create(layout.width, layout.height);
+/// The canvas with its frame and the texts on it.
+Bitmap draw_frame(const Finished& pair, const CanvasLayout& layout, Notes& notes) {
+    Bitmap canvas = framed_canvas(layout.width, layout.height, layout.frame.colour);
     if (canvas) {
-        draw_frame(warp, layout, canvas.picture());
-        draw_views(warp, layout, canvas.picture());
+        const CaptionPlace caption =
+            caption_place(pair, layout.frame, layout.left_picture_column, View::left);
+        draw_cell_texts(pair.texts, layout.frame, pair.height(), canvas.picture(), {&caption, 1}, notes);
     }
     return canvas;
 }
 
-StoreResult write_anaglyph(WarpState& warp, const std::string& file) {
-    if (warp.parameters.anaglyph_output == 0) {
-        return {};
+Result<StoreResult> save_as_dome(const Bitmap& canvas, const std::string& file) {
+    const Bitmap dome = dome_picture(canvas.picture());
+    if (!dome) {
+        return Failure::out_of_memory("w10107: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (PLANETARIUM)\n");
     }
-    warn_of_views(warp);
-    const Bitmap canvas = compose_anaglyph(warp);
+    return stored(file, save_dome(dome, file));
+}
+
+}  // namespace
+
+Result<Bitmap> compose_anaglyph(const Finished& pair, const FrameSettings& frame,
+                                const AnaglyphOptions& options, Notes& notes) {
+    const CanvasLayout layout = anaglyph_layout(pair, frame);
+    tell_frame_faults(layout.faults, notes);
+    Bitmap canvas = draw_frame(pair, layout, notes);
     if (!canvas) {
-        end_run_without_picture_memory(warp.voice.console(),
-                                       "w9226: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (ANAGLYPH)\n");
+        return no_memory();
     }
-    const std::string reason = warp.parameters.planetarium_output == 1
-                                   ? save_as_dome(warp, canvas, file)
-                                   : save_picture(canvas, file, SaveOptions(warp.parameters));
-    return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, file + ": " + reason};
+    const AnaglyphMixRow& mix = anaglyph_mix_row(options.mix.type);
+    const Result<AnaglyphSettings> settings = settings_of(options, mix.needs, notes);
+    if (!settings) {
+        return settings.failure();
+    }
+    if (!merge_views(*mix.make(*settings), pair.views(), canvas.picture(),
+                     {layout.picture_row, layout.left_picture_column, layout.right_picture_column})) {
+        return unstable_calibration(notes.messages());
+    }
+    return {std::move(canvas)};
+}
+
+Result<StoreResult> write_anaglyph(const Finished& pair, const FrameSettings& frame, const std::string& file,
+                                   const AnaglyphOptions& options, Notes& notes) {
+    warn_of_views(pair, notes);
+    const Result<Bitmap> canvas = compose_anaglyph(pair, frame, options, notes);
+    if (!canvas) {
+        return canvas.failure();
+    }
+    return options.is_dome ? save_as_dome(*canvas, file)
+                           : stored(file, save_picture(*canvas, file, options.save));
 }
 
 }  // namespace zemora

@@ -7,6 +7,7 @@
 
 #include "config/number_scan.h"
 #include "config/text_lines.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "render/value_lines.h"
@@ -74,28 +75,28 @@ std::size_t read_rows(std::span<const TextLine> lines, const ValueRow<Values> (&
 }
 
 template <class Values, std::size_t count>
-void list_values(Voice& voice, const ValueRow<Values> (&rows)[count], const Values& values) {
+void list_values(Notes& notes, const ValueRow<Values> (&rows)[count], const Values& values) {
     for (const auto& row : rows) {
-        voice.print(row.label + number_text(values.*row.value) + '\n');
+        notes.print(row.label + number_text(values.*row.value) + '\n');
     }
 }
 
 /// The lines of the file; nothing, with the message, when it cannot be read.
-std::optional<std::vector<TextLine>> read_lines(const std::string& path, Voice& voice) {
+std::optional<std::vector<TextLine>> read_lines(const std::string& path, Notes& notes) {
     std::string reason;
     const auto bytes = read_file_whole(path, reason);
     if (!bytes) {
-        voice.print(printable(path));
-        voice.say<Msg::warpimage_anaglyph_values_missing>();
-        voice.wait_once(Severity::error, path);
+        notes.print(printable(path));
+        notes.say<Msg::warpimage_anaglyph_values_missing>();
+        notes.wait_once(Severity::error, path);
         return std::nullopt;
     }
     return text_lines(*bytes);
 }
 
-void tell_faulty_line(Voice& voice, const std::string& path, std::size_t line) {
-    voice.print(printable(path) +
-                format_text(voice.messages().either({": line %d holds no number. Standard values are used.\n",
+void tell_faulty_line(Notes& notes, const std::string& path, std::size_t line) {
+    notes.print(printable(path) +
+                format_text(notes.messages().either({": line %d holds no number. Standard values are used.\n",
                                                      ": Zeile %d enthaelt keine Zahl. Standardwerte werden "
                                                      "benutzt.\n"}),
                             static_cast<int>(line)));
@@ -103,28 +104,28 @@ void tell_faulty_line(Voice& voice, const std::string& path, std::size_t line) {
 
 }  // namespace
 
-MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, Voice& voice) {
-    const std::string path = join_path(parameters.path_of_images, kMonitorFile);
-    const auto lines = read_lines(path, voice);
+MonitorCalibration read_monitor_calibration(const std::string& folder, Notes& notes) {
+    const std::string path = join_path(folder, kMonitorFile);
+    const auto lines = read_lines(path, notes);
     if (!lines) {
         return {};
     }
     MonitorCalibration values;
     if (const std::size_t faulty = read_rows(*lines, kMonitorRows, values)) {
-        tell_faulty_line(voice, path, faulty);
-        voice.wait_once(Severity::error, path);
+        tell_faulty_line(notes, path, faulty);
+        notes.wait_once(Severity::error, path);
         return {};
     }
-    if (voice.verbose() > 1) {
-        voice.say<Msg::warpimage_anaglyph_monitor_values_used>();
-        list_values(voice, kMonitorRows, values);
+    if (notes.verbose() > 1) {
+        notes.say<Msg::warpimage_anaglyph_monitor_values_used>();
+        list_values(notes, kMonitorRows, values);
     }
     return values;
 }
 
-PrintCalibration read_print_calibration(const ParameterSet& parameters, Voice& voice) {
-    const std::string path = join_path(parameters.path_of_images, kPrintFile);
-    const auto lines = read_lines(path, voice);
+PrintCalibration read_print_calibration(const std::string& folder, Notes& notes) {
+    const std::string path = join_path(folder, kPrintFile);
+    const auto lines = read_lines(path, notes);
     if (!lines) {
         return {};
     }
@@ -136,19 +137,19 @@ PrintCalibration read_print_calibration(const ParameterSet& parameters, Voice& v
     }
     if (!has_heading || faulty != 0) {
         if (has_heading) {
-            tell_faulty_line(voice, path, faulty);
+            tell_faulty_line(notes, path, faulty);
         } else {
-            voice.say<Msg::warpimage_anaglyph_print_file_mismatch>(printable(folder_of(path)));
-            voice.print("\n");
+            notes.say<Msg::warpimage_anaglyph_print_file_mismatch>(printable(folder_of(path)));
+            notes.print("\n");
         }
-        voice.say<Msg::warpimage_anaglyph_make_new_print_file>();
-        voice.wait_once(Severity::error, path);
+        notes.say<Msg::warpimage_anaglyph_make_new_print_file>();
+        notes.wait_once(Severity::error, path);
         return {};
     }
-    if (voice.verbose() > 1) {
-        voice.say<Msg::warpimage_anaglyph_print_values_used>();
-        voice.print("GreenValue        = " + number_text(values.green_percent) + '\n');
-        list_values(voice, kPrintRows, values);
+    if (notes.verbose() > 1) {
+        notes.say<Msg::warpimage_anaglyph_print_values_used>();
+        notes.print("GreenValue        = " + number_text(values.green_percent) + '\n');
+        list_values(notes, kPrintRows, values);
     }
     return values;
 }

@@ -1,9 +1,9 @@
 #pragma once
-/// The files of the calibration companion, in `PathofImages`: how a monitor and a printer show colours
-/// through red-cyan glasses.
+/// The files of the calibration companion: how a monitor and a printer show colours through red-cyan glasses.
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include <string>
+
+#include "config/notes.h"
 
 namespace zemora {
 
@@ -34,9 +34,9 @@ struct PrintCalibration {
     float gamma_black_cyan_red = 1.0F;
 };
 
-/// A file that is missing or damaged is told and gives the standard values; values that were read are listed
-/// with `VerboseMode` above 1.
-[[nodiscard]] MonitorCalibration read_monitor_calibration(const ParameterSet& parameters, Voice& voice);
-[[nodiscard]] PrintCalibration read_print_calibration(const ParameterSet& parameters, Voice& voice);
+/// Read the file in `folder`. One that is missing or damaged is reported and gives the standard values;
+/// values that were read are listed with `VerboseMode` above 1.
+[[nodiscard]] MonitorCalibration read_monitor_calibration(const std::string& folder, Notes& notes);
+[[nodiscard]] PrintCalibration read_print_calibration(const std::string& folder, Notes& notes);
 
 }  // namespace zemora

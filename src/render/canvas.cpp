@@ -9,11 +9,13 @@ namespace zemora {
 
 namespace {
 
-/// A bitmap that shows `picture` without owning its pixels.
-Bitmap borrowed(Picture picture) {
+/// A bitmap that shows `picture` without owning its pixels. The library wants them writable; encoding them
+/// writes none.
+Bitmap borrowed(ConstPicture picture) {
     return Bitmap(FreeImage_ConvertFromRawBitsEx(
-        FALSE, picture.bits, FIT_BITMAP, picture.width, picture.height, static_cast<int>(picture.pitch),
-        8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK, FI_RGBA_BLUE_MASK, FALSE));
+        FALSE, const_cast<std::uint8_t*>(picture.bits), FIT_BITMAP, picture.width, picture.height,
+        static_cast<int>(picture.pitch), 8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK,
+        FI_RGBA_BLUE_MASK, FALSE));
 }
 
 }  // namespace
@@ -33,53 +35,57 @@ void copy_clipped(ConstPicture source, Picture target, int x, int y) {
     }
 }
 
-void draw_thin_line(const WarpState& warp, Picture canvas, int x, int y) {
-    const int line = warp.frame.thin_line;
+Bitmap framed_canvas(int width, int height, Colour frame) {
+    Bitmap canvas = Bitmap::create(width, height);
+    // The library hands out black; only another colour has to be filled in.
+    if (canvas && frame != Colour{}) {
+        fill(canvas.picture(), frame);
+    }
+    return canvas;
+}
+
+void draw_thin_line(const Finished& pair, int line, Picture canvas, int x, int y) {
     if (line > 0) {
-        fill(clipped(canvas, x - line, y - line, warp.width + 2 * line, warp.height + 2 * line), Colour{});
+        fill(clipped(canvas, x - line, y - line, pair.width() + 2 * line, pair.height() + 2 * line),
+             Colour{});
     }
 }
 
-CaptionPlace caption_place(const WarpState& warp, int picture_column, View view) {
-    const bool is_mirrored = view == View::left ? warp.left_is_mirrored : warp.right_is_mirrored;
-    return {picture_column - floating_share(warp, view) + warp.width / 2, is_mirrored};
+CaptionPlace caption_place(const Finished& pair, const FrameSettings& frame, int picture_column, View view) {
+    return {picture_column - floating_share(pair, frame, view) + pair.width() / 2,
+            pair.view(view).is_mirrored};
 }
 
-Bitmap compose_view(const WarpState& warp, const CanvasLayout& layout, View view) {
-    const Bitmap& working = view == View::left ? warp.left : warp.right;
-    const Picture picture = working.picture(warp.width, warp.height);
+Bitmap compose_view(const Finished& pair, const CanvasLayout& layout, View view, Notes& notes) {
+    const ConstPicture& picture = pair.view(view).picture;
     const int column = view == View::left ? layout.left_picture_column : layout.right_picture_column;
-    if (layout.width == warp.width && layout.height == warp.height && column == 0 &&
+    if (layout.width == picture.width && layout.height == picture.height && column == 0 &&
         layout.picture_row == 0) {
         return borrowed(picture);
     }
-    Bitmap canvas = Bitmap::create(layout.width, layout.height);
+    Bitmap canvas = framed_canvas(layout.width, layout.height, layout.frame.colour);
     if (canvas) {
-        fill(canvas.picture(), warp.frame.colour);
-        draw_thin_line(warp, canvas.picture(), column, layout.picture_row);
-        const CaptionPlace caption = caption_place(warp, column, view);
-        draw_cell_texts(warp, canvas.picture(), {&caption, 1});
+        draw_thin_line(pair, layout.frame.thin_line, canvas.picture(), column, layout.picture_row);
+        const CaptionPlace caption = caption_place(pair, layout.frame, column, view);
+        draw_cell_texts(pair.texts, layout.frame, pair.height(), canvas.picture(), {&caption, 1}, notes);
         copy_clipped(picture, canvas.picture(), column, layout.picture_row);
     }
     return canvas;
 }
 
-Bitmap compose_side_by_side(const WarpState& warp, const CanvasLayout& layout) {
-    Bitmap canvas = Bitmap::create(layout.width, layout.height);
+Bitmap compose_side_by_side(const Finished& pair, const CanvasLayout& layout, Notes& notes) {
+    Bitmap canvas = framed_canvas(layout.width, layout.height, layout.frame.colour);
     if (canvas) {
-        const StereoPicture pair = warp.pair();
-        // The library hands out black; only another colour has to be filled in.
-        if (warp.frame.colour != Colour{}) {
-            fill(canvas.picture(), warp.frame.colour);
-        }
-        draw_thin_line(warp, canvas.picture(), layout.left_picture_column, layout.picture_row);
-        draw_thin_line(warp, canvas.picture(), layout.right_picture_column, layout.picture_row);
+        const Picture picture = canvas.picture();
+        const int row = layout.picture_row;
+        draw_thin_line(pair, layout.frame.thin_line, picture, layout.left_picture_column, row);
+        draw_thin_line(pair, layout.frame.thin_line, picture, layout.right_picture_column, row);
         const std::array<CaptionPlace, 2> captions = {
-            caption_place(warp, layout.left_picture_column, View::left),
-            caption_place(warp, layout.right_picture_column, View::right)};
-        draw_cell_texts(warp, canvas.picture(), captions);
-        copy_clipped(pair.left, canvas.picture(), layout.left_picture_column, layout.picture_row);
-        copy_clipped(pair.right, canvas.picture(), layout.right_picture_column, layout.picture_row);
+            caption_place(pair, layout.frame, layout.left_picture_column, View::left),
+            caption_place(pair, layout.frame, layout.right_picture_column, View::right)};
+        draw_cell_texts(pair.texts, layout.frame, pair.height(), picture, captions, notes);
+        copy_clipped(pair.left.picture, picture, layout.left_picture_column, row);
+        copy_clipped(pair.right.picture, picture, layout.right_picture_column, row);
     }
     return canvas;
 }

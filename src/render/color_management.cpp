@@ -1,13 +1,14 @@
 #include "render/color_management.h"
 
 #include <algorithm>
+#include <optional>
 #include <span>
 #include <string_view>
 
 #include "config/number_scan.h"
 #include "config/text_lines.h"
+#include "platform/console.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 #include "platform/safe_file.h"
 #include "render/value_lines.h"
 
@@ -19,10 +20,6 @@ constexpr int kChannels = 3;
 constexpr float kUnread = -1.0F;         ///< What a value is before its line was read.
 constexpr float kLowestElement = -0.5F;  ///< Below it an element counts as not given.
 constexpr const char* kChannelNames[kChannels] = {"red", "grn", "blu"};
-
-bool is_matrix_anaglyph(const ParameterSet& parameters) {
-    return parameters.anaglyph_type == 8 || parameters.anaglyph_type == 9;
-}
 
 /// The lines of a file that hold data: no comments behind "%", no empty ones.
 class DataLines {
@@ -45,16 +42,14 @@ private:
     std::span<const TextLine> lines_;
 };
 
-[[noreturn]] void end_with_wait(Voice& voice) {
-    voice.wait(Severity::error);
-    end_process(kExitFailure);
-}
-
-/// Reads and checks; every fault ends the run.
+/// Reads and checks; the first fault stands.
 class Reader {
 public:
-    Reader(const ParameterSet& parameters, Voice& voice, DataLines lines)
-        : name_(parameters.ecm_file_name), voice_(voice), lines_(lines) {}
+    Reader(const std::string& name, const MessageCatalogue& messages, DataLines lines)
+        : name_(name), messages_(messages), lines_(lines) {}
+
+    /// The first fault; nothing where the file is in order so far.
+    [[nodiscard]] const std::optional<Failure>& failure() const { return failure_; }
 
     void read_matrix(ColorManagement::Matrix& matrix) {
         for (auto& row : matrix) {
@@ -64,7 +59,7 @@ public:
     }
 
     /// In the order of their names: all outputs of red, then of green, then of blue.
-    void check_matrix(const ColorManagement::Matrix& matrix, const std::string& view) const {
+    void check_matrix(const ColorManagement::Matrix& matrix, const std::string& view) {
         for (std::size_t input = 0; input < kChannels; ++input) {
             for (std::size_t output = 0; output < kChannels; ++output) {
                 const float element = matrix[output][input];
@@ -83,7 +78,7 @@ public:
     }
 
     void check_exponents(const std::array<float, kChannels>& exponents, const std::string& name,
-                         const char* meaning) const {
+                         const char* meaning) {
         for (std::size_t c = 0; c < kChannels; ++c) {
             if (exponents[c] < 0.0F) {
                 refuse(name + kChannelNames[c] + " = " + number_text(exponents[c]), meaning);
@@ -105,7 +100,7 @@ public:
         }
     }
 
-    void check_field(const std::array<std::vector<int>, kChannels>& field, const char* which) const {
+    void check_field(const std::array<std::vector<int>, kChannels>& field, const char* which) {
         for (std::size_t i = 0; i < ColorManagement::kFieldLevels; ++i) {
             if (std::any_of(field.begin(), field.end(), [i](const auto& column) { return column[i] < 0; })) {
                 refuse("Element Nr." + std::to_string(i) + " der " + which +
@@ -117,49 +112,38 @@ public:
 
 private:
     /// The name of a fault is the same in both languages; `meaning` stands behind it in English.
-    [[noreturn]] void refuse(const std::string& fault, const char* meaning) const {
-        voice_.say<Msg::warpimage_external_color_file_error>();
-        voice_.print(printable(name_) + '\n' + fault);
-        voice_.print(voice_.messages().is_german() ? std::string("\n") : std::string(" (") + meaning + ")\n");
-        end_with_wait(voice_);
+    void refuse(const std::string& fault, const char* meaning) {
+        if (failure_) {
+            return;
+        }
+        failure_ = Failure::of_run(
+            messages_.text<Msg::warpimage_external_color_file_error>() + printable(name_) + '\n' + fault +
+            (messages_.is_german() ? std::string("\n") : std::string(" (") + meaning + ")\n"));
     }
 
     const std::string& name_;
-    Voice& voice_;
+    const MessageCatalogue& messages_;
     DataLines lines_;
+    std::optional<Failure> failure_;
 };
-
-std::vector<TextLine> lines_of(const std::string& path, Voice& voice) {
-    std::string reason;
-    const auto bytes = read_file_whole(path, reason);
-    if (!bytes) {
-        voice.print("\nwarpimage: " + printable(path));
-        voice.say<Msg::warpimage_cannot_be_opened>();
-        end_with_wait(voice);
-    }
-    return text_lines(*bytes);
-}
 
 }  // namespace
 
-bool uses_color_management(const ParameterSet& parameters) {
-    return parameters.ext_color_management == 1 || parameters.ext_color_management == 2 ||
-           is_matrix_anaglyph(parameters);
-}
-
-ColorManagement read_color_management_file(const ParameterSet& parameters, Voice& voice) {
-    ColorManagement colours;
-    if (!uses_color_management(parameters)) {
-        return colours;
+Result<ColorManagement> read_colour_file(const ColourFile& file, const MessageCatalogue& messages) {
+    std::string reason;
+    const auto bytes = read_file_whole(file.path, reason);
+    if (!bytes) {
+        return Failure::of_run("\nwarpimage: " + printable(file.path) +
+                               messages.text<Msg::warpimage_cannot_be_opened>());
     }
-    const std::vector<TextLine> lines =
-        lines_of(join_path(parameters.path_of_images, parameters.ecm_file_name), voice);
-    Reader reader(parameters, voice, DataLines(lines));
+    const std::vector<TextLine> lines = text_lines(*bytes);
+    Reader reader(file.name, messages, DataLines(lines));
+    ColorManagement colours;
     reader.read_matrix(colours.left);
     reader.read_matrix(colours.right);
     reader.check_matrix(colours.left, "left  ");
     reader.check_matrix(colours.right, "right ");
-    if (parameters.ext_color_management == 1 || is_matrix_anaglyph(parameters)) {
+    if (file.curves == ColourCurves::exponents) {
         reader.read_exponents(colours.gamma_in);
         reader.read_exponents(colours.gamma_out);
         reader.check_exponents(colours.gamma_in, "Gamma-Exponent ungueltig: gamma_",
@@ -171,6 +155,9 @@ ColorManagement read_color_management_file(const ParameterSet& parameters, Voice
         reader.read_field(colours.field_out);
         reader.check_field(colours.field_in, "1");
         reader.check_field(colours.field_out, "2");
+    }
+    if (reader.failure()) {
+        return *reader.failure();
     }
     return colours;
 }

@@ -1,12 +1,11 @@
 #pragma once
-/// External colour management: matrices and gammas of `ECM_FileName`, and what the warp does with them.
+/// The file of external colour management (`ECM_FileName`): a matrix for each view between two curves.
 
 #include <array>
 #include <string>
 #include <vector>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
 
 namespace zemora {
 
@@ -24,10 +23,18 @@ struct ColorManagement {
     std::array<std::vector<int>, 3> field_out;
 };
 
-/// Whether the settings use the file at all: `ExtColorManagement` or `AnaglyphType` 8 and 9.
-[[nodiscard]] bool uses_color_management(const ParameterSet& parameters);
+/// What the file holds behind the matrices.
+enum class ColourCurves { exponents, tables };
 
-/// Reads the file in `PathofImages`. A missing file or a faulty value is told and ends the run with code 1.
-[[nodiscard]] ColorManagement read_color_management_file(const ParameterSet& parameters, Voice& voice);
+/// The file that the settings name.
+struct ColourFile {
+    std::string path;
+    std::string name;  ///< As the user gave it.
+    ColourCurves curves = ColourCurves::exponents;
+};
+
+/// Reads the file. One that is missing, or a faulty value in it, ends the run.
+[[nodiscard]] Result<ColorManagement> read_colour_file(const ColourFile& file,
+                                                       const MessageCatalogue& messages);
 
 }  // namespace zemora

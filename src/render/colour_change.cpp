@@ -86,16 +86,4 @@ void ColourChange::apply(bool is_left, Sample* samples, int count) const {
     }
 }
 
-std::optional<ColourChange> read_colour_change(const ParameterSet& parameters, Voice& voice) {
-    if (!uses_color_management(parameters)) {
-        return std::nullopt;
-    }
-    // Read for anaglyphs by matrices too: a faulty file ends the run before the first pair was worked on.
-    ColorManagement colours = read_color_management_file(parameters, voice);
-    if (parameters.ext_color_management != 1 && parameters.ext_color_management != 2) {
-        return std::nullopt;
-    }
-    return ColourChange(std::move(colours));
-}
-
 }  // namespace zemora

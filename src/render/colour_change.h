@@ -3,11 +3,8 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <vector>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
 #include "numerics/bitmap.h"
 #include "render/color_management.h"
 #include "render/sample_pixel.h"
@@ -34,9 +31,5 @@ private:
     /// Linear light of all values, for red, green, blue; empty with tables.
     std::array<std::vector<double>, kPixelBytes> light_;
 };
-
-/// What `ExtColorManagement` asks for, from its file; nothing with 0. A faulty file ends the run, also when
-/// only an anaglyph wants it.
-[[nodiscard]] std::optional<ColourChange> read_colour_change(const ParameterSet& parameters, Voice& voice);
 
 }  // namespace zemora

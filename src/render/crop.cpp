@@ -31,8 +31,8 @@ PixelRectangle fit_window_to_target(PixelRectangle window, const WarpState& warp
         return window;
     }
     const double ratio = static_cast<double>(warp.work_width) / warp.work_height;
-    const MessageCatalogue& messages = warp.voice.messages();
-    warp.voice.print_once(
+    const MessageCatalogue& messages = warp.notes.messages();
+    warp.notes.print_once(
         messages.text<Msg::warpimage_selection_ratio_adopted>(ratio) +
         messages.text<Msg::warpimage_selection_ratio_given_by>(warp.work_width, warp.work_height));
     return crop_to_ratio(window, ratio);
@@ -70,8 +70,8 @@ void write_crop_file(const WarpState& warp, const PixelRectangle& area) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const std::string failure = write_file_whole(kCropFile, {bytes, text.size()});
     if (!failure.empty()) {
-        warp.voice.say<Msg::warpimage_file_write_failed>();
-        warp.voice.print(format_text("%s: %s\n", kCropFile, failure.c_str()));
+        warp.notes.say<Msg::warpimage_file_write_failed>();
+        warp.notes.print(format_text("%s: %s\n", kCropFile, failure.c_str()));
     }
 }
 

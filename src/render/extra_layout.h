@@ -42,10 +42,12 @@ struct TiledLayout {
     int width = 0;
     int height = 0;
     std::vector<CellRow> rows;  ///< From the top.
+    FrameSettings frame;        ///< As it was settled for this canvas.
+    FrameFaults faults;
 };
 
-/// Works out a canvas; the settings in `warp.frame` take what filling and limiting make of them. Between
-/// rows `FrameCentral` is limited for this canvas alone.
-[[nodiscard]] TiledLayout tiled_layout(WarpState& warp, const Tiling& tiling);
+/// Works out a canvas. Between rows `FrameCentral` is limited for this canvas alone.
+[[nodiscard]] TiledLayout tiled_layout(const Finished& pair, const FrameSettings& frame,
+                                       const Tiling& tiling);
 
 }  // namespace zemora

@@ -4,7 +4,6 @@
 #include <array>
 #include <optional>
 
-#include "config/voice.h"
 #include "input/exif_time.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
@@ -60,81 +59,73 @@ const TiledFormat* find_tiled_format(ExtraFormat format) {
     return row == std::end(kTiledFormats) ? nullptr : row;
 }
 
-[[noreturn]] void fail_for_memory(const WarpState& warp, const char* reason, const char* advice = "") {
-    end_run_without_picture_memory(warp.voice.console(), reason, advice);
-}
-
-/// A canvas in the colour of the frame; empty when the memory is not there.
-Bitmap framed_canvas(const WarpState& warp, int width, int height) {
-    Bitmap canvas = Bitmap::create(width, height);
-    // The library hands out black; only another colour has to be filled in.
-    if (canvas && warp.frame.colour != Colour{}) {
-        fill(canvas.picture(), warp.frame.colour);
-    }
-    return canvas;
-}
-
 /// Lines and texts of one row of pictures.
-void draw_cell_row(const WarpState& warp, const CellRow& row, Picture canvas) {
+void draw_cell_row(const Finished& pair, const FrameSettings& frame, const CellRow& row, Picture canvas,
+                   Notes& notes) {
     std::vector<CaptionPlace> captions;
     for (const PlacedView& placed : row.views) {
-        draw_thin_line(warp, canvas, placed.column, placed.row);
+        draw_thin_line(pair, frame.thin_line, canvas, placed.column, placed.row);
         if (row.has_bottom_frame) {
-            captions.push_back(caption_place(warp, placed.column, placed.view));
+            captions.push_back(caption_place(pair, frame, placed.column, placed.view));
         }
     }
-    draw_cell_texts(warp, clipped(canvas, 0, row.bottom, canvas.width, row.height), captions);
+    draw_cell_texts(pair.texts, frame, pair.height(),
+                    clipped(canvas, 0, row.bottom, canvas.width, row.height), captions, notes);
 }
 
-void draw_views(const WarpState& warp, const CellRow& row, Picture canvas) {
-    const StereoPicture pair = warp.pair();
-    for (const PlacedView& placed : row.views) {
-        copy_clipped(placed.view == View::left ? pair.left : pair.right, canvas, placed.column, placed.row);
-    }
-}
-
-/// Everything but the pictures comes first: cells may overlap.
-Bitmap compose_tiled(const WarpState& warp, const TiledFormat& format, const TiledLayout& layout) {
-    Bitmap canvas = framed_canvas(warp, layout.width, layout.height);
+/// Everything but the pictures comes first: cells may overlap. Empty when the memory is not there.
+Bitmap compose_tiled(const Finished& pair, const TiledLayout& layout, Notes& notes) {
+    Bitmap canvas = framed_canvas(layout.width, layout.height, layout.frame.colour);
     if (!canvas) {
-        fail_for_memory(warp, format.no_memory, format.advice);
+        return canvas;
     }
     for (const CellRow& row : layout.rows) {
-        draw_cell_row(warp, row, canvas.picture());
+        draw_cell_row(pair, layout.frame, row, canvas.picture(), notes);
     }
     for (const CellRow& row : layout.rows) {
-        draw_views(warp, row, canvas.picture());
+        for (const PlacedView& placed : row.views) {
+            copy_clipped(pair.view(placed.view).picture, canvas.picture(), placed.column, placed.row);
+        }
     }
     return canvas;
 }
 
-Bitmap squeeze_or_end(const WarpState& warp, Bitmap canvas, const TiledFormat& format) {
+Result<Bitmap> squeezed_canvas(Bitmap canvas, const TiledFormat& format) {
     if (format.squeeze == Squeeze::nothing) {
-        return canvas;
+        return {std::move(canvas)};
     }
     Bitmap half = squeezed(canvas, format.squeeze);
     if (!half) {
-        fail_for_memory(warp, format.no_memory_squeezed);
+        return Failure::out_of_memory(format.no_memory_squeezed);
     }
-    return half;
+    return {std::move(half)};
 }
 
 /// Without texts and line: they would be torn apart.
-Bitmap compose_interlaced(WarpState& warp) {
-    const CanvasLayout layout = anaglyph_layout(warp);
-    Bitmap canvas = framed_canvas(warp, layout.width, layout.height);
+Result<Bitmap> compose_interlaced(const Finished& pair, const FrameSettings& frame, Notes& notes) {
+    const CanvasLayout layout = anaglyph_layout(pair, frame);
+    tell_frame_faults(layout.faults, notes);
+    Bitmap canvas = framed_canvas(layout.width, layout.height, layout.frame.colour);
     if (!canvas) {
-        fail_for_memory(warp, kNoMemoryInterlaced);
+        return Failure::out_of_memory(kNoMemoryInterlaced);
     }
-    interlace_rows(warp.pair(), canvas.picture(), layout.picture_row, layout.left_picture_column,
+    interlace_rows(pair.views(), canvas.picture(), layout.picture_row, layout.left_picture_column,
                    layout.right_picture_column);
-    return canvas;
+    return {std::move(canvas)};
 }
 
-/// The 16-bit form of a format.
-Bitmap compose_deep(WarpState& warp, const TiledFormat& format, const DeepViews& deep) {
-    const TiledLayout layout = tiled_layout(warp, format.tiling);
-    const Bitmap canvas = compose_tiled(warp, format, layout);
+/// The format with 8 bits, or with 16 where there are deep views.
+Result<Bitmap> compose_tiled_format(const Finished& pair, const FrameSettings& frame,
+                                    const TiledFormat& format, const DeepViews& deep, Notes& notes) {
+    const TiledLayout layout = tiled_layout(pair, frame, format.tiling);
+    tell_frame_faults(layout.faults, notes);
+    Bitmap canvas = compose_tiled(pair, layout, notes);
+    if (!canvas) {
+        return Failure::out_of_memory(format.no_memory, format.advice);
+    }
+    if (!deep) {
+        return squeezed_canvas(std::move(canvas), format);
+    }
     std::vector<PlacedDeepView> views;
     for (const CellRow& row : layout.rows) {
         for (const PlacedView& placed : row.views) {
@@ -143,81 +134,108 @@ Bitmap compose_deep(WarpState& warp, const TiledFormat& format, const DeepViews&
     }
     Bitmap picture = deepened(canvas, views);
     if (!picture) {
-        fail_for_memory(warp, kNoMemoryDeep);
+        return Failure::out_of_memory(kNoMemoryDeep);
     }
-    return squeeze_or_end(warp, std::move(picture), format);
+    return squeezed_canvas(std::move(picture), format);
 }
 
-/// Whether the Exif data of that file are taken over as they stand.
-bool hands_exif_on(const ParameterSet& parameters, const std::string& source) {
+/// The Exif data of some files are taken over as they stand.
+bool has_exif_for_mpo(const std::string& source) {
     const std::string suffix = usual_suffix(source);
-    return parameters.meta_transfer != 0 && (suffix == ".jpg" || suffix == ".mpo");
+    return suffix == ".jpg" || suffix == ".mpo";
 }
 
-MpoMetadata metadata_of(const WarpState& warp, const Bitmap& view, const std::string& source) {
+MpoMetadata metadata_of(const ExtraOptions& options, const Bitmap& view, const std::string& source) {
     MpoMetadata metadata;
     metadata.width = view.width();
     metadata.height = view.height();
-    metadata.keeps_orientation = warp.keeps_orientation;
-    metadata.copyright = warp.parameters.exif_copyright;
-    metadata.source = hands_exif_on(warp.parameters, source) ? source : std::string();
+    metadata.keeps_orientation = options.keeps_orientation;
+    metadata.copyright = options.copyright;
+    metadata.source = options.hands_exif_on && has_exif_for_mpo(source) ? source : std::string();
     metadata.capture_time = capture_time_text(source);
     metadata.exposure_time = exif_fraction(source, ExifFractionTag::exposure_time);
     metadata.f_number = exif_fraction(source, ExifFractionTag::f_number);
     return metadata;
 }
 
-StoreResult write_multi_picture(WarpState& warp, const std::string& file, const SourceFiles& sources) {
-    const std::array<CanvasLayout, 2> layouts = {single_view_layout(warp, View::left),
-                                                 single_view_layout(warp, View::right)};
-    const SaveOptions options(warp.parameters);
+Result<StoreResult> write_multi_picture(const Finished& pair, const FrameSettings& frame,
+                                        const std::string& file, const std::string& source,
+                                        const ExtraOptions& options, Notes& notes) {
+    const CanvasLayout left = single_view_layout(pair, frame, View::left);
+    const std::array<CanvasLayout, 2> layouts = {left, single_view_layout(pair, left.frame, View::right)};
+    const int verbosity = notes.verbose();
+    std::array<KeptNotes, 2> kept = {KeptNotes(notes.messages(), verbosity),
+                                     KeptNotes(notes.messages(), verbosity)};
     std::array<Bitmap, 2> views;
     std::array<std::optional<EncodedPicture>, 2> encoded;
+    for (const CanvasLayout& layout : layouts) {
+        tell_frame_faults(layout.faults, notes);
+    }
 #pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
-        views[index] = compose_view(warp, layouts[index], i == 0 ? View::left : View::right);
+        views[index] = compose_view(pair, layouts[index], i == 0 ? View::left : View::right, kept[index]);
         if (views[index]) {
-            encoded[index].emplace(encode_camera_jpeg(views[index], options));
+            encoded[index].emplace(encode_camera_jpeg(views[index], options.save));
         }
     }
-    if (!views[0] || !views[1]) {
-        fail_for_memory(warp, kNoMemoryMpo);
+    for (KeptNotes& told : kept) {
+        told.tell(notes);
     }
-    const auto joined = join_as_mpo(encoded[0]->bytes(), encoded[1]->bytes(),
-                                    metadata_of(warp, views[0], sources.left), warp.voice);
+    if (!views[0] || !views[1]) {
+        return Failure::out_of_memory(kNoMemoryMpo);
+    }
+    const auto joined =
+        join_as_mpo(encoded[0]->bytes(), encoded[1]->bytes(), metadata_of(options, views[0], source), notes);
     return result_of(file,
                      joined ? write_file_whole(file, *joined) : std::string("the picture cannot be encoded"));
 }
 
 }  // namespace
 
-Bitmap compose_extra(WarpState& warp, ExtraFormat format) {
-    if (format == ExtraFormat::interlaced) {
-        return compose_interlaced(warp);
-    }
+bool has_deep_form(ExtraFormat format) {
     const TiledFormat* tiled = find_tiled_format(format);
-    if (tiled == nullptr) {
-        return {};
-    }
-    const TiledLayout layout = tiled_layout(warp, tiled->tiling);
-    return squeeze_or_end(warp, compose_tiled(warp, *tiled, layout), *tiled);
+    return tiled != nullptr && tiled->has_deep_form;
 }
 
-StoreResult write_extra(WarpState& warp, const std::string& file, const SourceFiles& sources) {
-    const auto format = static_cast<ExtraFormat>(warp.parameters.extra_output);
+FrameSettings frame_behind_extra(const Finished& pair, const FrameSettings& frame, ExtraFormat format) {
     if (format == ExtraFormat::multi_picture) {
-        return write_multi_picture(warp, file, sources);
+        return frame_behind_views(pair, frame);
     }
-    const SaveOptions options(warp.parameters);
+    if (format == ExtraFormat::interlaced) {
+        return anaglyph_layout(pair, frame).frame;
+    }
     const TiledFormat* tiled = find_tiled_format(format);
-    if (tiled != nullptr && tiled->has_deep_form) {
-        if (const DeepViews deep = find_deep_views(warp, sources, file)) {
-            return result_of(file, save_deep_picture(compose_deep(warp, *tiled, deep), file, options));
-        }
+    return tiled != nullptr ? tiled_layout(pair, frame, tiled->tiling).frame : frame;
+}
+
+Result<Bitmap> compose_extra(const Finished& pair, const FrameSettings& frame, ExtraFormat format,
+                             Notes& notes) {
+    if (format == ExtraFormat::interlaced) {
+        return compose_interlaced(pair, frame, notes);
     }
-    const Bitmap canvas = compose_extra(warp, format);
-    return canvas ? result_of(file, save_picture(canvas, file, options)) : StoreResult{};
+    const TiledFormat* tiled = find_tiled_format(format);
+    return tiled != nullptr ? compose_tiled_format(pair, frame, *tiled, {}, notes) : Bitmap();
+}
+
+Result<StoreResult> write_extra(const Finished& pair, const FrameSettings& frame, const std::string& file,
+                                const SourceFiles& sources, const DeepViews& deep,
+                                const ExtraOptions& options, Notes& notes) {
+    if (options.format == ExtraFormat::multi_picture) {
+        return write_multi_picture(pair, frame, file, sources.left, options, notes);
+    }
+    const bool is_deep = deep && has_deep_form(options.format);
+    const Result<Bitmap> canvas =
+        is_deep ? compose_tiled_format(pair, frame, *find_tiled_format(options.format), deep, notes)
+                : compose_extra(pair, frame, options.format, notes);
+    if (!canvas) {
+        return canvas.failure();
+    }
+    if (!*canvas) {
+        return StoreResult{};
+    }
+    return result_of(file, is_deep ? save_deep_picture(*canvas, file, options.save)
+                                   : save_picture(*canvas, file, options.save));
 }
 
 }  // namespace zemora

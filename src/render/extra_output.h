@@ -4,7 +4,6 @@
 #include <string>
 
 #include "render/output_writer.h"
-#include "render/warp_state.h"
 
 namespace zemora {
 
@@ -20,12 +19,32 @@ enum class ExtraFormat {
     left_right_right_left = 7,  ///< lrrl
 };
 
-/// The finished canvas of a format with one picture, with frames and texts; empty for `none` and
-/// `multi_picture`, whose two pictures are those of `compose_view`. Ends the run when the memory is not
-/// there.
-[[nodiscard]] Bitmap compose_extra(WarpState& warp, ExtraFormat format);
+/// Whether products of that format have a form with 16 bits per channel.
+[[nodiscard]] bool has_deep_form(ExtraFormat format);
 
-/// Writes the format of `ExtraOutput`; a value without a format writes nothing and is no failure.
-[[nodiscard]] StoreResult write_extra(WarpState& warp, const std::string& file, const SourceFiles& sources);
+/// The frame behind a product of that format.
+[[nodiscard]] FrameSettings frame_behind_extra(const Finished& pair, const FrameSettings& frame,
+                                               ExtraFormat format);
+
+/// The finished canvas of a format with one picture, with frames and texts; empty for `none` and
+/// `multi_picture`, whose two pictures are those of `compose_view`. Fails without memory.
+[[nodiscard]] Result<Bitmap> compose_extra(const Finished& pair, const FrameSettings& frame,
+                                           ExtraFormat format, Notes& notes);
+
+/// How the extra format is stored.
+struct ExtraOptions {
+    ExtraFormat format = ExtraFormat::none;
+    SaveOptions save;
+    // Of multi-picture files.
+    bool hands_exif_on = false;      ///< The Exif segment of a source is taken over.
+    bool keeps_orientation = false;  ///< The pictures lie as their sources do.
+    std::string copyright;
+};
+
+/// Writes the format; one without a product writes nothing and is no failure. Fails without memory.
+[[nodiscard]] Result<StoreResult> write_extra(const Finished& pair, const FrameSettings& frame,
+                                              const std::string& file, const SourceFiles& sources,
+                                              const DeepViews& deep, const ExtraOptions& options,
+                                              Notes& notes);
 
 }  // namespace zemora

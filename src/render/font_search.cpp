@@ -9,6 +9,7 @@
 
 #include "config/number_scan.h"
 #include "platform/child_process.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -111,7 +112,7 @@ std::string default_font() {
     return file.empty() ? program_directory() + '/' + kDefaultFont : file;
 }
 
-ChosenFont choose_font(const std::string& name, int style, Voice& voice) {
+ChosenFont choose_font(const std::string& name, int style, Notes& notes) {
     if (is_absolute(name) && file_exists(name)) {
         return {name, style};
     }
@@ -124,8 +125,8 @@ ChosenFont choose_font(const std::string& name, int style, Voice& voice) {
     if (is_new) {
         row->second = configured_font(name, style);
         if (row->second.file.empty()) {
-            voice.print(format_text(
-                voice.messages().either(
+            notes.print(format_text(
+                notes.messages().either(
                     {"The font '%s' was not found, the default font is used.\n",
                      "Die Schrift '%s' wurde nicht gefunden, die Standardschrift wird benutzt.\n"}),
                 printable(name).c_str()));

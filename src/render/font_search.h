@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 
 namespace zemora {
 
@@ -20,7 +20,7 @@ struct ChosenFont {
 /// The font of a name: an absolute path, NAME.ttf in the fonts folder of $windir, or what the system's font
 /// configuration has for the name, its bold and italic forms for those styles. Otherwise the default font,
 /// which is told once for a name.
-[[nodiscard]] ChosenFont choose_font(const std::string& name, int style, Voice& voice);
+[[nodiscard]] ChosenFont choose_font(const std::string& name, int style, Notes& notes);
 
 /// The file that the font configuration has for a letter; it may lack the letter all the same. Empty without
 /// one.

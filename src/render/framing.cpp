@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <utility>
 
+#include "config/setting_values.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
@@ -17,41 +17,38 @@ constexpr std::array<double, 4> kScreenRatios = {1.3333333333333333, 1.6, 1.7777
                                                  1.8888888888888888};
 
 /// Filling sets the frames above and below.
-void settle_height(WarpState& warp) {
-    FrameSettings& frame = warp.frame;
+void settle_height(SettledFrame& settled, int picture_height) {
+    FrameSettings& frame = settled.frame;
     if (frame.fill_height == 0) {
         return;
     }
-    if (frame.fill_height < warp.height && warp.voice.verbose() >= 2) {
-        warp.voice.say_once<Msg::warpimage_fill_height_too_low>();
-    }
-    const int framed = warp.height + 2 * frame.thin_line;
+    settled.faults.fill_height_too_low = frame.fill_height < picture_height;
+    const int framed = picture_height + 2 * frame.thin_line;
     frame.fill_height = std::max(frame.fill_height, framed);
     const int excess = frame.fill_height - framed;
     frame.top = excess / 2;
     frame.bottom = excess - excess / 2;
 }
 
-CellFrame lay_out_width(WarpState& warp, int least_fill_width) {
-    FrameSettings& frame = warp.frame;
+void settle_width(SettledFrame& settled, int picture_width, int least_fill_width) {
+    FrameSettings& frame = settled.frame;
+    settled.cell = {frame.left_right, frame.left_right};
     if (frame.fill_width == 0) {
-        return {frame.left_right, frame.left_right};
+        return;
     }
-    if (frame.fill_width < least_fill_width && warp.voice.verbose() >= 2) {
-        warp.voice.say_once<Msg::warpimage_fill_width_too_low>();
-    }
-    const int framed = warp.width + 2 * frame.thin_line;
+    settled.faults.fill_width_too_low = frame.fill_width < least_fill_width;
+    const int framed = picture_width + 2 * frame.thin_line;
     frame.fill_width = std::max(frame.fill_width, framed);
     const int excess = frame.fill_width - framed;
-    return {excess / 2, excess - excess / 2};
+    settled.cell = {excess / 2, excess - excess / 2};
 }
 
 /// Holds the share of a view in the floating displacement to the margin that is there for it.
-void hold_floating(WarpState& warp, const CellFrame& cell) {
-    int& floating = warp.frame.floating;
-    const int largest = std::max(0, std::min(cell.left, cell.right));
+void hold_floating(SettledFrame& settled) {
+    int& floating = settled.frame.floating;
+    const int largest = std::max(0, std::min(settled.cell.left, settled.cell.right));
     if (std::abs(floating / 2) > largest) {
-        warp.voice.say_once<Msg::warpimage_frame_floating_reduced>();
+        settled.faults.floating_reduced = true;
         floating = floating < 0 ? -2 * largest : 2 * largest;
     }
 }
@@ -111,22 +108,6 @@ void feather_edge(const Edge& edge, int ramp) {
     }
 }
 
-bool has_forced_width(const WarpState& warp) {
-    return warp.latest_size_step != 0 && warp.work_width > 0 &&
-           (warp.force_size == kForceWidth || warp.force_size == kForceBothWidthLarger ||
-            warp.force_size == kForceBothHeightLarger);
-}
-
-/// The views get narrower in place of their canvas: by a smaller forced width, or by a cut. `width` belongs
-/// to the output, the result to the size worked at.
-int narrow(WarpState& warp, int width, double reduction) {
-    const int narrowed = std::max(round_half_up(width / reduction), 1);
-    if (has_forced_width(warp)) {
-        warp.work_width = narrowed;
-    }
-    return narrowed;
-}
-
 }  // namespace
 
 double pixels_from_reference(int value, int win_off_reference, int height, int width) {
@@ -142,107 +123,135 @@ double pixels_from_reference(int value, int win_off_reference, int height, int w
     return value;
 }
 
-int floating_share(const WarpState& warp, View view) {
-    const int sign = view == View::left ? warp.left_floating_sign : warp.right_floating_sign;
-    return sign * (warp.frame.floating / 2);
+void tell_frame_faults(const FrameFaults& faults, Notes& notes) {
+    const bool tells_fill = notes.verbose() >= 2;
+    if (faults.fill_height_too_low && tells_fill) {
+        notes.say_once<Msg::warpimage_fill_height_too_low>();
+    }
+    if (faults.fill_width_too_low && tells_fill) {
+        notes.say_once<Msg::warpimage_fill_width_too_low>();
+    }
+    if (faults.floating_reduced) {
+        notes.say_once<Msg::warpimage_frame_floating_reduced>();
+    }
 }
 
-CellFrame settle_cell_frame(WarpState& warp, int least_fill_width) {
-    settle_height(warp);
-    const CellFrame cell = lay_out_width(warp, least_fill_width);
-    hold_floating(warp, cell);
-    return cell;
+int floating_share(const Finished& pair, const FrameSettings& frame, View view) {
+    return pair.view(view).floating_sign * (frame.floating / 2);
 }
 
-int held_central(const WarpState& warp, const CellFrame& cell) {
-    return std::max(std::abs(warp.frame.floating) - cell.left - cell.right, warp.frame.central);
+SettledFrame settle_frame(const Finished& pair, const FrameSettings& frame, int least_fill_width) {
+    SettledFrame settled{frame, {}, {}};
+    settle_height(settled, pair.height());
+    settle_width(settled, pair.width(), least_fill_width);
+    hold_floating(settled);
+    return settled;
 }
 
-CanvasLayout single_view_layout(WarpState& warp, View view) {
-    const CellFrame cell = settle_cell_frame(warp, warp.width);
-    const FrameSettings& frame = warp.frame;
+int held_central(const FrameSettings& frame, const CellFrame& cell) {
+    return std::max(std::abs(frame.floating) - cell.left - cell.right, frame.central);
+}
+
+CanvasLayout single_view_layout(const Finished& pair, const FrameSettings& wanted, View view) {
+    const auto [frame, cell, faults] = settle_frame(pair, wanted, pair.width());
     CanvasLayout layout;
-    layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
-    layout.width = warp.width + 2 * frame.thin_line + cell.left + cell.right;
+    layout.height = pair.height() + 2 * frame.thin_line + frame.top + frame.bottom;
+    layout.width = pair.width() + 2 * frame.thin_line + cell.left + cell.right;
     layout.picture_row = frame.bottom + frame.thin_line;
-    layout.left_picture_column = cell.left + frame.thin_line + floating_share(warp, view);
+    layout.left_picture_column = cell.left + frame.thin_line + floating_share(pair, frame, view);
     layout.right_picture_column = layout.left_picture_column;
+    layout.frame = frame;
+    layout.faults = faults;
     return layout;
 }
 
-CanvasLayout side_by_side_layout(WarpState& warp) {
-    const CellFrame cell = settle_cell_frame(warp, warp.width);
-    FrameSettings& frame = warp.frame;
-    frame.central = held_central(warp, cell);
-    const int half = warp.width + 2 * frame.thin_line + cell.left + cell.right;
+CanvasLayout side_by_side_layout(const Finished& pair, const FrameSettings& wanted) {
+    auto [frame, cell, faults] = settle_frame(pair, wanted, pair.width());
+    frame.central = held_central(frame, cell);
+    const int half = pair.width() + 2 * frame.thin_line + cell.left + cell.right;
     CanvasLayout layout;
-    layout.height = warp.height + 2 * frame.thin_line + frame.top + frame.bottom;
+    layout.height = pair.height() + 2 * frame.thin_line + frame.top + frame.bottom;
     layout.width = 2 * half + frame.central;
     layout.picture_row = frame.bottom + frame.thin_line;
-    layout.left_picture_column = frame.thin_line + cell.left + floating_share(warp, View::left);
+    layout.left_picture_column = frame.thin_line + cell.left + floating_share(pair, frame, View::left);
     layout.right_picture_column =
-        half + frame.central + cell.left + frame.thin_line + floating_share(warp, View::right);
+        half + frame.central + cell.left + frame.thin_line + floating_share(pair, frame, View::right);
+    layout.frame = frame;
+    layout.faults = faults;
     return layout;
 }
 
-CanvasLayout anaglyph_layout(WarpState& warp) {
-    const int line = std::exchange(warp.frame.thin_line, 0);
-    CanvasLayout layout = single_view_layout(warp, View::left);
-    warp.frame.thin_line = line;
-    layout.right_picture_column += floating_share(warp, View::right) - floating_share(warp, View::left);
+CanvasLayout anaglyph_layout(const Finished& pair, const FrameSettings& wanted) {
+    FrameSettings lineless = wanted;
+    lineless.thin_line = 0;
+    CanvasLayout layout = single_view_layout(pair, lineless, View::left);
+    layout.right_picture_column +=
+        floating_share(pair, layout.frame, View::right) - floating_share(pair, layout.frame, View::left);
+    layout.frame.thin_line = wanted.thin_line;
     return layout;
 }
 
-int apply_automatic_frame(WarpState& warp, const ParameterSet& parameters, double far_point_px,
-                          double reduction) {
-    const bool narrows = parameters.auto_frame_floating == 2;
-    if (parameters.auto_frame_floating != 1 && !narrows) {
-        return 0;
+AutomaticFrame automatic_frame(const FrameSettings& wanted, const AutomaticFrameRequest& request,
+                               Notes& notes) {
+    AutomaticFrame result{wanted, 0};
+    const bool narrows = request.mode == setting::auto_frame_floating::frame_narrowed;
+    if (request.mode != setting::auto_frame_floating::frame && !narrows) {
+        return result;
     }
-    const double target =
-        pixels_from_reference(parameters.floating_target, parameters.win_off_reference,
-                              round_half_up(warp.height * reduction), round_half_up(warp.width * reduction));
-    const int surplus = round_half_up(far_point_px * reduction - target);
+    const double reduction = request.reduction;
+    const double target = pixels_from_reference(request.floating_target, request.win_off_reference,
+                                                round_half_up(request.height * reduction),
+                                                round_half_up(request.width * reduction));
+    const int surplus = round_half_up(request.far_point_px * reduction - target);
     const int floating = surplus > -2 ? 2 * (surplus / 2) : 0;
-    FrameSettings& frame = warp.frame;
-    const int width = round_half_up((has_forced_width(warp) ? warp.work_width : warp.width) * reduction);
+    FrameSettings& frame = result.frame;
+    const int width =
+        round_half_up((request.forced_width > 0 ? request.forced_width : request.width) * reduction);
+    // The width belongs to the output, the result to the size worked at.
+    const auto narrowed = [reduction](int width_px) {
+        return std::max(round_half_up(width_px / reduction), 1);
+    };
     frame.floating = -floating;
     if (frame.fill_width == 0) {
         const int old = frame.left_right;
         if (old >= floating / 2) {
-            return 0;
+            return result;
         }
-        warp.voice.print(
+        notes.print(
             format_text("Warning: FrameLeftRight = %d too small: need at least %d\n", old, floating / 2));
         frame.left_right = floating / 2;
-        return narrows ? narrow(warp, width + 2 * old - floating, reduction) : 0;
+        result.narrowed_width = narrows ? narrowed(width + 2 * old - floating) : 0;
+        return result;
     }
     if (frame.fill_width - width >= floating) {
-        return 0;
+        return result;
     }
-    const int output_width = parameters.output_width > 0 ? parameters.output_width : width;
-    warp.voice.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
-                                 output_width + floating));
+    const int output_width = request.output_width > 0 ? request.output_width : width;
+    notes.print(format_text("Warning: FillWidth = %d too small: need at least %d\n", frame.fill_width,
+                            output_width + floating));
     if (narrows) {
-        return narrow(warp, frame.fill_width - floating, reduction);
+        result.narrowed_width = narrowed(frame.fill_width - floating);
+    } else {
+        frame.fill_width = width + floating;
     }
-    frame.fill_width = width + floating;
-    return 0;
+    return result;
 }
 
-void floating_bands(WarpState& warp, Curtains curtains, int auto_frame_floating) {
-    const int left = std::clamp(curtains.left, 0, warp.width / 2);
-    const int right = std::clamp(curtains.right, 0, warp.width / 2);
-    const bool soft = auto_frame_floating == 4 || auto_frame_floating == 6;
+void floating_bands(const WorkingViews& views, Curtains curtains, int auto_frame_floating) {
+    const int width = views.left.width;
+    const int left = std::clamp(curtains.left, 0, width / 2);
+    const int right = std::clamp(curtains.right, 0, width / 2);
+    const bool soft = auto_frame_floating == setting::auto_frame_floating::ramps_alike ||
+                      auto_frame_floating == setting::auto_frame_floating::ramps;
     if (left == 0 && right == 0) {
         return;
     }
-    const Edge left_edge{warp.left.picture(warp.width, warp.height), false};
-    const Edge right_edge{warp.right.picture(warp.width, warp.height), true};
-    const int ramp = round_half_up(warp.width / 100.0);
+    const Edge left_edge{views.left, false};
+    const Edge right_edge{views.right, true};
+    const int ramp = round_half_up(width / 100.0);
     if (!soft || ramp < 2) {
         blacken_columns(left_edge.picture, 0, left);
-        blacken_columns(right_edge.picture, warp.width - right, right);
+        blacken_columns(right_edge.picture, width - right, right);
         return;
     }
     hang_soft_curtain(left_edge, left, ramp);

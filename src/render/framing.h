@@ -1,13 +1,40 @@
 #pragma once
-/// The canvas of a written picture, the automatic frame and the floating window.
+/// Where the views stand on the canvas of a written picture, and the automatic frame. Numbers only: a layout
+/// changes nothing and gives back the frame as it settled it.
 
-#include "render/warp_state.h"
+#include "config/notes.h"
+#include "render/finished.h"
 
 namespace zemora {
 
 /// A value in the unit of `WinOffReference` (0 pixels; 1 per mille of the width; 2 to 5 per mille of
 /// the height times 4:3, 1.6, 16:9, 17:9) as pixels.
 [[nodiscard]] double pixels_from_reference(int value, int win_off_reference, int height, int width);
+
+/// What a layout found wrong with the frame.
+struct FrameFaults {
+    bool fill_height_too_low = false;
+    bool fill_width_too_low = false;
+    bool floating_reduced = false;
+};
+void tell_frame_faults(const FrameFaults& faults, Notes& notes);
+
+/// Frame left and right of one picture with its line.
+struct CellFrame {
+    int left = 0;
+    int right = 0;
+};
+
+/// The frame after filling and limiting. Products of a pair take the settled frame of the product before
+/// them: a fill or a floating displacement that one of them limited stays limited.
+struct SettledFrame {
+    FrameSettings frame;
+    CellFrame cell;
+    FrameFaults faults;
+};
+/// A `FillWidth` below `least_fill_width` is a fault.
+[[nodiscard]] SettledFrame settle_frame(const Finished& pair, const FrameSettings& frame,
+                                        int least_fill_width);
 
 /// Canvas of one view, of the side-by-side picture or of the anaglyph; pixels, rows from the bottom.
 struct CanvasLayout {
@@ -16,44 +43,46 @@ struct CanvasLayout {
     int picture_row = 0;           ///< Bottom row of the pictures.
     int left_picture_column = 0;   ///< First column of the left (or only) picture.
     int right_picture_column = 0;  ///< Of the right picture of two.
+    FrameSettings frame;           ///< As it was settled for this canvas.
+    FrameFaults faults;
 };
 
-enum class View { left, right };
-
-/// Work out a canvas; the settings in `warp.frame` take what filling and limiting make of them.
-[[nodiscard]] CanvasLayout single_view_layout(WarpState& warp, View view);
-[[nodiscard]] CanvasLayout side_by_side_layout(WarpState& warp);
+[[nodiscard]] CanvasLayout single_view_layout(const Finished& pair, const FrameSettings& frame, View view);
+[[nodiscard]] CanvasLayout side_by_side_layout(const Finished& pair, const FrameSettings& frame);
 /// Both views on one another: the canvas of a single view without its line.
-[[nodiscard]] CanvasLayout anaglyph_layout(WarpState& warp);
+[[nodiscard]] CanvasLayout anaglyph_layout(const Finished& pair, const FrameSettings& frame);
 
-/// Frame left and right of one picture with its line, for canvases of several cells.
-struct CellFrame {
-    int left = 0;
-    int right = 0;
-};
 /// How far `FrameFloating` moves the picture that stands there; pixels to the right.
-[[nodiscard]] int floating_share(const WarpState& warp, View view);
-/// As the layouts do it; `frame.top` and `frame.bottom` of `warp` are settled too. A `FillWidth` below
-/// `least_fill_width` is told.
-[[nodiscard]] CellFrame settle_cell_frame(WarpState& warp, int least_fill_width);
+[[nodiscard]] int floating_share(const Finished& pair, const FrameSettings& frame, View view);
 /// Least part of `FrameCentral` between two pictures side by side: the gap of their margins may be closed,
 /// never more.
-[[nodiscard]] int held_central(const WarpState& warp, const CellFrame& cell);
+[[nodiscard]] int held_central(const FrameSettings& frame, const CellFrame& cell);
 
-/// Automatic `FrameFloating` (`AutoFrameFloating` 1, 2) for a far point in pixels of the size worked at,
-/// which times `reduction` is that of the output, and so of the frames. Changes `warp.frame` and, in mode 2
-/// with a forced width, `work_width` of `warp`. The width that mode 2 narrows the views to before they are
-/// reduced, so that their canvas keeps its own; 0 when they stay.
-[[nodiscard]] int apply_automatic_frame(WarpState& warp, const ParameterSet& parameters, double far_point_px,
-                                        double reduction);
-
-/// Widths of the curtains, pixels.
-struct Curtains {
-    int left = 0;
-    int right = 0;
+/// What the automatic `FrameFloating` (`AutoFrameFloating` 1, 2) goes by.
+struct AutomaticFrameRequest {
+    int mode = 0;  ///< `AutoFrameFloating`; without a frame of its own for other values than 1 and 2.
+    int floating_target = 0;
+    int win_off_reference = 0;
+    int output_width = 0;  ///< As the user wants it; 0 for none.
+    int width = 0;         ///< Of the warped views, pixels of the size worked at.
+    int height = 0;
+    int forced_width = 0;  ///< Which the views are brought to; 0 for none.
+    double far_point_px = 0.0;
+    double reduction = 1.0;  ///< Pixels of the output, and so of the frame, per pixel of the size worked at.
 };
 
+struct AutomaticFrame {
+    FrameSettings frame;
+    /// In mode 2 the width that the views are narrowed to before they are reduced, so that their canvas keeps
+    /// its own; 0 when they stay.
+    int narrowed_width = 0;
+};
+
+/// Tells a frame that is too small for the displacement.
+[[nodiscard]] AutomaticFrame automatic_frame(const FrameSettings& frame, const AutomaticFrameRequest& request,
+                                             Notes& notes);
+
 /// Blackens (or ramps, `AutoFrameFloating` 4 and 6) the outer edges of the finished views.
-void floating_bands(WarpState& warp, Curtains curtains, int auto_frame_floating);
+void floating_bands(const WorkingViews& views, Curtains curtains, int auto_frame_floating);
 
 }  // namespace zemora

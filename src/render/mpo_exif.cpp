@@ -221,11 +221,11 @@ bool is_sound(const TiffEditor& block, std::size_t limit) {
            (!exif || sound(block.find_directory(*exif, kTagInteropDirectory)));
 }
 
-void set_size(TiffEditor& block, const MpoMetadata& metadata, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+void set_size(TiffEditor& block, const MpoMetadata& metadata, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     const auto exif = block.find_directory(block.first_directory(), kTagExifDirectory);
     if (!exif) {
-        voice.print(messages.either(
+        notes.print(messages.either(
             {"w7573: Error: no Exif pointer found\n", "w7573: Error: Kein Exif-Pointer gefunden\n"}));
         return;
     }
@@ -233,7 +233,7 @@ void set_size(TiffEditor& block, const MpoMetadata& metadata, Voice& voice) {
         if (const auto entry = block.find(*exif, tag)) {
             block.set_value(*entry, TiffType::number32, 1, static_cast<std::uint32_t>(value));
         } else {
-            voice.print(missing);
+            notes.print(missing);
         }
     };
     set(kTagWidth, metadata.width,
@@ -281,19 +281,19 @@ bool begins_with(const FileBytes& bytes, std::size_t at, std::string_view text) 
 }
 
 /// The changed segment of the source; nothing, told, when there is none that can be used.
-std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     std::string reason;
     const auto file = read_file_whole(metadata.source, reason);
     auto segment = file ? first_app1(*file) : std::nullopt;
     if (!segment) {
-        voice.print(messages.either({"w7458: cannot read FFE1 from original file\n",
+        notes.print(messages.either({"w7458: cannot read FFE1 from original file\n",
                                      "w7458: FFE1 der Originaldatei kann nicht gelesen werden\n"}));
         return std::nullopt;
     }
-    auto changed = changed_exif_segment(std::move(*segment), metadata, voice);
+    auto changed = changed_exif_segment(std::move(*segment), metadata, notes);
     if (!changed) {
-        voice.print(messages.either({"w7499: cannot read FFE1 from original file\n",
+        notes.print(messages.either({"w7499: cannot read FFE1 from original file\n",
                                      "w7499: FFE1 der Originaldatei kann nicht gelesen werden\n"}));
     }
     return changed;
@@ -301,7 +301,7 @@ std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Voice& voic
 
 }  // namespace
 
-std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata, Voice& voice) {
+std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata, Notes& notes) {
     if (!begins_with(segment, kLengthSize, kExifName) || !begins_with(segment, kTiffStart, kLittleEndian)) {
         return std::nullopt;
     }
@@ -311,7 +311,7 @@ std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetada
     if (thumbnail > block.size() || !is_sound(block, thumbnail != 0 ? thumbnail : block.size())) {
         return std::nullopt;
     }
-    set_size(block, metadata, voice);
+    set_size(block, metadata, notes);
     const auto orientation = block.find(first, kTagOrientation);
     if (orientation && !metadata.keeps_orientation) {
         block.set_value(*orientation, TiffType::number16, 1, 1);
@@ -330,9 +330,9 @@ std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetada
     return segment;
 }
 
-FileBytes mpo_exif_segment(const MpoMetadata& metadata, Voice& voice) {
+FileBytes mpo_exif_segment(const MpoMetadata& metadata, Notes& notes) {
     if (!metadata.source.empty()) {
-        if (auto segment = source_segment(metadata, voice)) {
+        if (auto segment = source_segment(metadata, notes)) {
             return std::move(*segment);
         }
     }

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "input/exif_time.h"
 #include "render/tiff_bytes.h"
 
@@ -26,11 +26,11 @@ struct MpoMetadata {
 
 /// The segment without its marker: its length, "Exif" and the TIFF block. A source segment that is not there
 /// or cannot be changed is told, and the built-in one stands for it.
-[[nodiscard]] FileBytes mpo_exif_segment(const MpoMetadata& metadata, Voice& voice);
+[[nodiscard]] FileBytes mpo_exif_segment(const MpoMetadata& metadata, Notes& notes);
 
 /// A source segment (without its marker) for new pictures: maker, size, orientation and copyright are set, a
 /// thumbnail is cut off. Nothing when it is not of that kind or its data do not lie inside of it.
 [[nodiscard]] std::optional<FileBytes> changed_exif_segment(FileBytes segment, const MpoMetadata& metadata,
-                                                            Voice& voice);
+                                                            Notes& notes);
 
 }  // namespace zemora

@@ -141,14 +141,14 @@ void add_picture(TiffBytes& file, const FileBytes& exif, const FileBytes& index,
 }  // namespace
 
 std::optional<FileBytes> join_as_mpo(Bytes left_jpeg, Bytes right_jpeg, const MpoMetadata& metadata,
-                                     Voice& voice) {
+                                     Notes& notes) {
     const auto left = picture_of(left_jpeg);
     const auto right = picture_of(right_jpeg);
     if (!left || !right) {
         return std::nullopt;
     }
     constexpr std::size_t kMarkers = 3 * kMarkerSize;
-    const FileBytes exif = mpo_exif_segment(metadata, voice);
+    const FileBytes exif = mpo_exif_segment(metadata, notes);
     const std::size_t size1 = kMarkers + exif.size() + kFirstSize + left->size();
     const std::size_t size2 = kMarkers + exif.size() + kSecondSize + right->size();
     const std::size_t index_start = kMarkers + exif.size() + kHeadSize;

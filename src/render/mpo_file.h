@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "render/mpo_exif.h"
 
 namespace zemora {
@@ -14,6 +14,6 @@ namespace zemora {
 /// Puts two JPEG files together; nothing when one of them is no JPEG with tables and an end.
 [[nodiscard]] std::optional<FileBytes> join_as_mpo(std::span<const std::uint8_t> left_jpeg,
                                                    std::span<const std::uint8_t> right_jpeg,
-                                                   const MpoMetadata& metadata, Voice& voice);
+                                                   const MpoMetadata& metadata, Notes& notes);
 
 }  // namespace zemora

@@ -107,13 +107,13 @@ ScaleRule find_scale_rule(int cropp_output, const TargetSize& target, double rat
 
 bool check_scaled_size(const WarpState& warp) {
     if (warp.scaled_height > kLargestSide) {
-        warp.voice.say<Msg::warpimage_image_height_above_maximum>();
-        warp.voice.print(format_text("%d\n", warp.scaled_height));
+        warp.notes.say<Msg::warpimage_image_height_above_maximum>();
+        warp.notes.print(format_text("%d\n", warp.scaled_height));
         return false;
     }
     if (warp.scaled_width > kLargestSide) {
-        warp.voice.say<Msg::warpimage_image_width_above_maximum>();
-        warp.voice.print(format_text("%d\n", warp.scaled_width));
+        warp.notes.say<Msg::warpimage_image_width_above_maximum>();
+        warp.notes.print(format_text("%d\n", warp.scaled_width));
         return false;
     }
     return warp.scaled_height > 0 && warp.scaled_width > 0;
@@ -222,7 +222,7 @@ double final_reduction(const TargetSize& target) {
     }
 }
 
-void rescale_to_final(WarpState& warp, const TargetSize& target) {
+Result<void> rescale_to_final(WarpedPair& warp, const TargetSize& target) {
     int width = target.final_width;
     int height = target.final_height;
     switch (target.final_rescale) {
@@ -237,23 +237,23 @@ void rescale_to_final(WarpState& warp, const TargetSize& target) {
             height = in_proportion(warp.height, wanted, worked);
             break;
         }
-        default: return;
+        default: return {};
     }
     if (width == warp.width && height == warp.height) {
-        return;
+        return {};
     }
     width = std::max(1, width);
     height = std::max(1, height);
     for (Bitmap* bitmap : {&warp.left, &warp.right}) {
         Bitmap result = rescaled(*bitmap, warp.width, warp.height, width, height);
         if (!result) {
-            end_run_without_picture_memory(warp.voice.console(),
-                                           "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+            return Failure::out_of_memory(kNoMemoryForViews);
         }
         *bitmap = std::move(result);
     }
     warp.height = height;
     warp.width = width;
+    return {};
 }
 
 }  // namespace zemora

@@ -1,6 +1,7 @@
 #pragma once
 /// Size of the output and the common image area.
 
+#include "numerics/result.h"
 #include "render/selection_box.h"
 #include "render/warp_state.h"
 
@@ -67,7 +68,7 @@ struct SizeRepeat {
 /// Final over worked size; 1 where nothing is reduced at the end.
 [[nodiscard]] double final_reduction(const TargetSize& target);
 
-/// Brings the finished pair to its final size with the image library's bicubic filter.
-void rescale_to_final(WarpState& warp, const TargetSize& target);
+/// Brings the finished pair to its final size with the image library's bicubic filter. Fails without memory.
+[[nodiscard]] Result<void> rescale_to_final(WarpedPair& warp, const TargetSize& target);
 
 }  // namespace zemora

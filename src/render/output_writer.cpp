@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "platform/console.h"
 #include "render/canvas.h"
 #include "render/rgb16.h"
 #include "render/save_picture.h"
@@ -18,39 +19,52 @@ StoreResult joined(StoreResult first, const StoreResult& second) {
     return first;
 }
 
-[[noreturn]] void fail_for_memory(const WarpState& warp, const char* reason) {
-    end_run_without_picture_memory(warp.voice.console(), reason);
-}
-
 /// What became of a view that one of two threads stored.
 struct ViewStore {
     bool out_of_memory = false;
     std::string reason;
 };
 
-ViewStore store_view(const WarpState& warp, const CanvasLayout& layout, View view, const std::string& file,
-                     const SaveOptions& options) {
-    const Bitmap canvas = compose_view(warp, layout, view);
+/// One view and what is written of it.
+struct ViewProduct {
+    View view;
+    CanvasLayout layout;
+    const Bitmap* deep;  ///< Null for 8 bits.
+    const std::string& file;
+};
+
+ViewStore store_shallow_view(const Finished& pair, const ViewProduct& product, const SaveOptions& options,
+                             Notes& notes) {
+    const Bitmap canvas = compose_view(pair, product.layout, product.view, notes);
     if (!canvas) {
         return {true, {}};
     }
-    return {false, save_picture(canvas, file, options)};
+    return {false, save_picture(canvas, product.file, options)};
 }
 
 /// The same with the view in 16 bits.
-ViewStore store_deep_view(const WarpState& warp, const CanvasLayout& layout, View view, const Bitmap& deep,
-                          const std::string& file, const SaveOptions& options) {
+ViewStore store_deep_view(const Finished& pair, const ViewProduct& product, const SaveOptions& options,
+                          Notes& notes) {
+    const CanvasLayout& layout = product.layout;
+    const Bitmap& deep = *product.deep;
     if (layout.width == deep.width() && layout.height == deep.height() && layout.left_picture_column == 0 &&
         layout.picture_row == 0) {
-        return {false, save_deep_picture(deep, file, options)};
+        return {false, save_deep_picture(deep, product.file, options)};
     }
-    const Bitmap canvas = compose_view(warp, layout, view);
+    const Bitmap canvas = compose_view(pair, layout, product.view, notes);
     if (!canvas) {
         return {true, {}};
     }
     const PlacedDeepView placed{&deep, layout.left_picture_column, layout.picture_row};
     const Bitmap picture = deepened(canvas, {&placed, 1});
-    return picture ? ViewStore{false, save_deep_picture(picture, file, options)} : ViewStore{true, {}};
+    return picture ? ViewStore{false, save_deep_picture(picture, product.file, options)}
+                   : ViewStore{true, {}};
+}
+
+ViewStore store_view(const Finished& pair, const ViewProduct& product, const SaveOptions& options,
+                     Notes& notes) {
+    return product.deep != nullptr ? store_deep_view(pair, product, options, notes)
+                                   : store_shallow_view(pair, product, options, notes);
 }
 
 }  // namespace
@@ -60,57 +74,61 @@ StoreResult result_of(const std::string& file, const std::string& reason) {
     return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, printable(file + ": " + reason)};
 }
 
-StoreResult write_left_right(WarpState& warp, const std::string& left_file, const std::string& right_file,
-                             const SourceFiles& sources) {
-    const DeepViews deep = find_deep_views(warp, sources, left_file);
-    const std::array<const Bitmap*, 2> deep_views = {deep.left, deep.right};
-    const std::array<CanvasLayout, 2> layouts = {single_view_layout(warp, View::left),
-                                                 single_view_layout(warp, View::right)};
-    const std::array<const std::string*, 2> files = {&left_file, &right_file};
-    const SaveOptions options(warp.parameters);
+FrameSettings frame_behind_views(const Finished& pair, const FrameSettings& frame) {
+    return single_view_layout(pair, single_view_layout(pair, frame, View::left).frame, View::right).frame;
+}
+
+Result<StoreResult> write_left_right(const Finished& pair, const FrameSettings& frame,
+                                     const std::string& left_file, const std::string& right_file,
+                                     const DeepViews& deep, const SaveOptions& options, Notes& notes) {
+    const CanvasLayout left = single_view_layout(pair, frame, View::left);
+    const std::array<ViewProduct, 2> products = {
+        ViewProduct{View::left, left, deep.left, left_file},
+        {View::right, single_view_layout(pair, left.frame, View::right), deep.right, right_file}};
+    for (const ViewProduct& product : products) {
+        tell_frame_faults(product.layout.faults, notes);
+    }
+    const int verbosity = notes.verbose();
+    std::array<KeptNotes, 2> kept = {KeptNotes(notes.messages(), verbosity),
+                                     KeptNotes(notes.messages(), verbosity)};
     std::array<ViewStore, 2> stores;
     // Encoding is the longest step of a pair: one view a thread.
 #pragma omp parallel for schedule(static, 1)
     for (int i = 0; i < 2; ++i) {
         const auto index = static_cast<std::size_t>(i);
-        const std::string& file = *files[index];
-        const View view = i == 0 ? View::left : View::right;
-        stores[index] = deep_views[index] != nullptr
-                            ? store_deep_view(warp, layouts[index], view, *deep_views[index], file, options)
-                            : store_view(warp, layouts[index], view, file, options);
+        stores[index] = store_view(pair, products[index], options, kept[index]);
+    }
+    for (KeptNotes& told : kept) {
+        told.tell(notes);
     }
     if (stores[0].out_of_memory) {
-        fail_for_memory(warp, "4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");
+        return Failure::out_of_memory("4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");
     }
     if (stores[1].out_of_memory) {
-        fail_for_memory(warp, "4757: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RIGHT)\n");
+        return Failure::out_of_memory("4757: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RIGHT)\n");
     }
     return joined(result_of(left_file, stores[0].reason), result_of(right_file, stores[1].reason));
 }
 
-StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceFiles& sources) {
-    if (warp.parameters.stereo_output == 0) {
-        return {};
-    }
-    const CanvasLayout layout = side_by_side_layout(warp);
-    const Bitmap canvas = compose_side_by_side(warp, layout);
+Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame, const std::string& file,
+                                 const DeepViews& deep, const SaveOptions& options, Notes& notes) {
+    const CanvasLayout layout = side_by_side_layout(pair, frame);
+    tell_frame_faults(layout.faults, notes);
+    const Bitmap canvas = compose_side_by_side(pair, layout, notes);
     if (!canvas) {
-        end_run_without_picture_memory(warp.voice.console(),
-                                       "5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n",
-                                       "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
+        return Failure::out_of_memory("5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n",
+                                      "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
     }
-    const SaveOptions options(warp.parameters);
-    if (const DeepViews deep = find_deep_views(warp, sources, file)) {
-        const std::array placed = {
-            PlacedDeepView{deep.left, layout.left_picture_column, layout.picture_row},
-            PlacedDeepView{deep.right, layout.right_picture_column, layout.picture_row}};
-        const Bitmap picture = deepened(canvas, placed);
-        if (!picture) {
-            fail_for_memory(warp, kNoMemoryDeep);
-        }
-        return result_of(file, save_deep_picture(picture, file, options));
+    if (!deep) {
+        return result_of(file, save_picture(canvas, file, options));
     }
-    return result_of(file, save_picture(canvas, file, options));
+    const std::array placed = {PlacedDeepView{deep.left, layout.left_picture_column, layout.picture_row},
+                               PlacedDeepView{deep.right, layout.right_picture_column, layout.picture_row}};
+    const Bitmap picture = deepened(canvas, placed);
+    if (!picture) {
+        return Failure::out_of_memory(kNoMemoryDeep);
+    }
+    return result_of(file, save_deep_picture(picture, file, options));
 }
 
 }  // namespace zemora

@@ -3,7 +3,9 @@
 
 #include <string>
 
-#include "render/warp_state.h"
+#include "config/notes.h"
+#include "render/finished.h"
+#include "render/save_picture.h"
 
 namespace zemora {
 
@@ -16,21 +18,39 @@ struct StoreResult {
 /// The result of storing `file`, with the reason of a failure or an empty one.
 [[nodiscard]] StoreResult result_of(const std::string& file, const std::string& reason);
 
-/// The source files, for the 16-bit output.
+/// How the views lie in the source files.
+enum class SourceLayout { two_files, side_by_side, other };
+
+/// The source files, for the 16-bit output and for metadata.
 struct SourceFiles {
     std::string left;  ///< The stereo file for stereo input.
     std::string right;
     /// The views as they were loaded, with 8 bits: what has the passepartout colour in them is no picture.
     StereoPicture views{};
     bool halves_exchanged = false;  ///< The left view is the right half of the stereo file.
+    SourceLayout layout = SourceLayout::two_files;
 };
 
-/// Turns or mirrors the working pair by `RotMirOutputLeft` and `RotMirOutputRight`.
-void turn_outputs(WarpState& warp);
+/// The finished views in 16 bits, as the outputs stand; null where there is none.
+struct DeepViews {
+    const Bitmap* left = nullptr;
+    const Bitmap* right = nullptr;
+    [[nodiscard]] explicit operator bool() const { return left != nullptr && right != nullptr; }
+};
 
-/// Each file is written beside its final name and renamed when it is whole.
-[[nodiscard]] StoreResult write_left_right(WarpState& warp, const std::string& left_file,
-                                           const std::string& right_file, const SourceFiles& sources);
-[[nodiscard]] StoreResult write_stereo(WarpState& warp, const std::string& file, const SourceFiles& sources);
+// Products. Each works its canvas out from `frame`, tells what is wrong with it, and changes nothing: the
+// frame that it settled is the one of its layout (`framing.h`). Each file is written beside its final name
+// and renamed when it is whole. Without memory for the canvas they fail, which ends the run.
+
+[[nodiscard]] Result<StoreResult> write_left_right(const Finished& pair, const FrameSettings& frame,
+                                                   const std::string& left_file,
+                                                   const std::string& right_file, const DeepViews& deep,
+                                                   const SaveOptions& options, Notes& notes);
+[[nodiscard]] Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame,
+                                               const std::string& file, const DeepViews& deep,
+                                               const SaveOptions& options, Notes& notes);
+
+/// The frame behind `write_left_right`.
+[[nodiscard]] FrameSettings frame_behind_views(const Finished& pair, const FrameSettings& frame);
 
 }  // namespace zemora

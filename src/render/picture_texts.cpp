@@ -8,7 +8,6 @@
 
 #include "numerics/rounding.h"
 #include "render/text_drawing.h"
-#include "render/warp_state.h"
 
 namespace zemora {
 
@@ -65,33 +64,42 @@ Colour text_colour(Colour frame) {
     return {channel(frame.blue), channel(frame.green), channel(frame.red)};
 }
 
-void draw_captions(const WarpState& warp, Picture cell, std::span<const CaptionPlace> captions,
-                   Colour colour) {
-    const TextSpec& caption = warp.texts.caption;
-    const auto place = caption_row(warp.frame.bottom, caption.font_pixels(warp.height));
+/// A cell of a canvas and what decides the size of its texts.
+struct TextCell {
+    Picture picture;
+    const FrameSettings& frame;
+    int picture_height;
+    Colour colour;  ///< Of the letters.
+};
+
+void draw_captions(const TextCell& cell, const TextSpec& caption, std::span<const CaptionPlace> captions,
+                   Notes& notes) {
+    const auto place = caption_row(cell.frame.bottom, caption.font_pixels(cell.picture_height));
     if (!caption || !place) {
         return;
     }
     const TextFont font{caption.font_path, place->font_px, caption.style};
     for (const CaptionPlace& at : captions) {
-        if (!draw_text(cell, caption.text, font,
-                       {place->row, at.middle_column, TextAlign::centre, at.is_mirrored}, colour,
-                       warp.voice)) {
+        if (!draw_text(cell.picture, caption.text, font,
+                       {place->row, at.middle_column, TextAlign::centre, at.is_mirrored}, cell.colour,
+                       notes)) {
             return;
         }
     }
 }
 
-void draw_copyright(const WarpState& warp, Picture cell, Colour colour) {
-    const TextSpec& copyright = warp.texts.copyright;
-    const auto place = copyright_row(warp.frame.top, cell.height, copyright.font_pixels(warp.height));
+void draw_copyright(const TextCell& cell, const TextSpec& copyright, Notes& notes) {
+    const Picture& picture = cell.picture;
+    const auto place =
+        copyright_row(cell.frame.top, picture.height, copyright.font_pixels(cell.picture_height));
     if (!copyright || !place) {
         return;
     }
     const TextFont font{copyright.font_path, place->font_px, copyright.style};
-    if (draw_text(cell, copyright.text, font, {place->row, cell.width - kRoomyFrame, TextAlign::right},
-                  colour, warp.voice)) {
-        draw_text(cell, kProgramName, font, {place->row, kRoomyFrame, TextAlign::left}, colour, warp.voice);
+    if (draw_text(picture, copyright.text, font, {place->row, picture.width - kRoomyFrame, TextAlign::right},
+                  cell.colour, notes)) {
+        draw_text(picture, kProgramName, font, {place->row, kRoomyFrame, TextAlign::left}, cell.colour,
+                  notes);
     }
 }
 
@@ -187,38 +195,39 @@ int TextSpec::font_pixels(int picture_height) const {
     return pixels >= 1.0 ? static_cast<int>(std::min(pixels, kLargestFont)) : 1;
 }
 
-void draw_cell_texts(const WarpState& warp, Picture cell, std::span<const CaptionPlace> captions) {
-    // Both views of a pair are composed at the same time; the font library and the console serve one.
+void draw_cell_texts(const PictureTexts& texts, const FrameSettings& frame, int picture_height, Picture cell,
+                     std::span<const CaptionPlace> captions, Notes& notes) {
+    // Products may be composed at the same time; the font library serves one.
     static std::mutex one_at_a_time;
     const std::lock_guard<std::mutex> guard(one_at_a_time);
-    const Colour colour = text_colour(warp.frame.colour);
-    draw_captions(warp, cell, captions, colour);
-    draw_copyright(warp, cell, colour);
+    const TextCell place{cell, frame, picture_height, text_colour(frame.colour)};
+    draw_captions(place, texts.caption, captions, notes);
+    draw_copyright(place, texts.copyright, notes);
 }
 
-void draw_image_text(WarpState& warp, int row_shift, int column_shift) {
-    const TextSpec& spec = warp.texts.image_text;
-    if (!spec || warp.width <= 0 || warp.height <= 0) {
+void draw_image_text(const WorkingViews& views, const TextSpec& spec, int row_shift, int column_shift,
+                     bool has_ground, Notes& notes) {
+    const Picture& left = views.left;
+    if (!spec || left.width <= 0 || left.height <= 0) {
         return;
     }
-    const TextFont font{spec.font_path, spec.font_pixels(warp.height), spec.style};
-    const std::optional<LetterMask> mask = told_mask(spec.text, font, warp.width, warp.voice);
+    const TextFont font{spec.font_path, spec.font_pixels(left.height), spec.style};
+    const std::optional<LetterMask> mask = told_mask(spec.text, font, left.width, notes);
     if (!mask || mask->width == 0) {
         return;
     }
     constexpr int kLeastMargin = 8;  // pixels
     const int margin = std::max(mask->height, kLeastMargin);
-    const Picture left = warp.left.picture(warp.width, warp.height);
-    const int column = column_shift + warp.width - mask->text_width - margin;
-    const Picture ground = text_ground(left, *mask, row_shift + margin, column, spec.text, warp.voice);
+    const int column = column_shift + left.width - mask->text_width - margin;
+    const Picture ground = text_ground(left, *mask, row_shift + margin, column, spec.text, notes);
     if (ground.width <= 0 || ground.height <= 0) {
         return;
     }
     const TextBox box{std::max(0, column), std::max(0, row_shift + margin), ground.width, ground.height};
     const bool is_white = takes_white_letters(left, box);
     const TintTables tables = tint_tables(is_white);
-    for (const Picture& view : {left, warp.right.picture(warp.width, warp.height)}) {
-        if (warp.parameters.smart_text_back_gr == 1) {
+    for (const Picture& view : {left, views.right}) {
+        if (has_ground) {
             tint(view, box, tables);
         }
         draw_letters(view.part(box.x, box.y, box.width, box.height), *mask, is_white);

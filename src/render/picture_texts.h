@@ -4,11 +4,11 @@
 #include <span>
 #include <string>
 
+#include "config/notes.h"
 #include "numerics/bitmap.h"
+#include "render/frame_settings.h"
 
 namespace zemora {
-
-struct WarpState;
 
 /// A text with its font; nothing is drawn when it is empty.
 struct TextSpec {
@@ -38,8 +38,7 @@ struct TextSource {
 };
 
 /// The setting (`ImageText`, `CaptionText` or `ExifCopyright`) with its prefix, fields and font settled.
-[[nodiscard]] TextSpec resolve_text(const std::string& setting, const TextSource& source,
-                                    const WarpState& warp);
+[[nodiscard]] TextSpec resolve_text(const std::string& setting, const TextSource& source, Notes& notes);
 
 /// Whether a text asks for the IPTC headline, which has to be fetched first.
 [[nodiscard]] bool wants_headline(const std::string& setting);
@@ -51,11 +50,14 @@ struct CaptionPlace {
     bool is_mirrored = false;
 };
 
-/// Draws caption and copyright of `warp.texts` into a cell of a canvas: a picture or a row of pictures
-/// with the frame `warp.frame` round it. Called between the frame and the pictures.
-void draw_cell_texts(const WarpState& warp, Picture cell, std::span<const CaptionPlace> captions);
+/// Draws caption and copyright into a cell of a canvas: a picture, or a row of pictures of `picture_height`
+/// rows, with the frame round it. Called between the frame and the pictures.
+void draw_cell_texts(const PictureTexts& texts, const FrameSettings& frame, int picture_height, Picture cell,
+                     std::span<const CaptionPlace> captions, Notes& notes);
 
-/// Draws `warp.texts.image_text` into both finished views, in the screen plane. The shifts move its place.
-void draw_image_text(WarpState& warp, int row_shift, int column_shift);
+/// Draws the text into both views, in the screen plane, over a darker or lighter ground where it
+/// `has_ground`. The shifts move its place up and to the right.
+void draw_image_text(const WorkingViews& views, const TextSpec& spec, int row_shift, int column_shift,
+                     bool has_ground, Notes& notes);
 
 }  // namespace zemora

@@ -17,36 +17,30 @@ namespace {
 /// Which part of a source file is the view.
 enum class SourcePart { whole, left_half, right_half };
 
-[[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(), kNoMemoryDeep);
-}
-
-Bitmap create_or_end(const WarpState& warp, int width, int height) {
-    Bitmap bitmap = create_deep(width, height);
-    if (!bitmap) {
-        fail_for_memory(warp);
-    }
-    return bitmap;
-}
-
-Bitmap turned(const WarpState& warp, Bitmap view, int mode) {
+/// Empty when the memory is not there, as what follows.
+Bitmap turned(Bitmap view, int mode) {
     if (mode <= 0 || mode >= kTurnModes) {
         return view;
     }
     const bool exchanged = exchanges_sides(mode);
     const int width = view.width();
     const int height = view.height();
-    Bitmap result = create_or_end(warp, exchanged ? height : width, exchanged ? width : height);
-    turn_pixels({view.bits(), view.pitch()}, width, height, kDeepBytes, mode,
-                {result.bits(), result.pitch()});
+    Bitmap result = create_deep(exchanged ? height : width, exchanged ? width : height);
+    if (result) {
+        turn_pixels({view.bits(), view.pitch()}, width, height, kDeepBytes, mode,
+                    {result.bits(), result.pitch()});
+    }
     return result;
 }
 
 /// The view in a larger size, its corner pixels at the corners, as `rescale` does it.
-Bitmap enlarged(const WarpState& warp, const Bitmap& view, int width, int height) {
-    Bitmap result = create_or_end(warp, width, height);
+Bitmap enlarged(const Bitmap& view, int width, int height, Colour background) {
+    Bitmap result = create_deep(width, height);
+    if (!result) {
+        return result;
+    }
     const DeepPicture target = deep_picture(result);
-    const Sampler sampler(Kernel::bicubic, 1, 1.0F, warp.passe_colour);
+    const Sampler sampler(Kernel::bicubic, 1, 1.0F, background);
     const DeepRows rows(ViewTransform(), sampler, deep_picture(view), {});
     const auto place = [](int to, int size, int from_size) {
         return size > 1 ? static_cast<std::int32_t>(std::int64_t{kPositionUnit} * to * (from_size - 1) /
@@ -63,40 +57,57 @@ Bitmap enlarged(const WarpState& warp, const Bitmap& view, int width, int height
     return result;
 }
 
-/// The view cut from its file, turned, enlarged and placed as the input did it with the 8-bit picture.
-Bitmap prepare_source(const WarpState& warp, Bitmap file, const ViewGeometry& record, SourcePart part) {
+/// The view cut from its file.
+Bitmap cut_from_file(Bitmap file, const ViewGeometry& record, SourcePart part) {
     const int half = file.width() / 2;
     const int first = part == SourcePart::right_half ? half : 0;
     const int width = part == SourcePart::left_half ? half : file.width() - first;
     const bool cropped = record.crop_width > 0 && record.crop_height > 0;
     const int kept_width = cropped ? std::min(record.crop_width, width) : width;
     const int kept_height = cropped ? std::min(record.crop_height, file.height()) : file.height();
-    Bitmap view = std::move(file);
-    if (kept_width != view.width() || kept_height != view.height()) {
-        Bitmap kept = create_or_end(warp, kept_width, kept_height);
-        copy_deep(deep_picture(view), deep_picture(kept), -first - (cropped ? record.crop_x : 0),
+    if (kept_width == file.width() && kept_height == file.height()) {
+        return file;
+    }
+    Bitmap kept = create_deep(kept_width, kept_height);
+    if (kept) {
+        copy_deep(deep_picture(file), deep_picture(kept), -first - (cropped ? record.crop_x : 0),
                   cropped ? -record.crop_y : 0);
-        view = std::move(kept);
     }
-    view = turned(warp, std::move(view), record.rot_mir);
-    if (record.scaled_width > 0 && record.scaled_height > 0) {
-        view = enlarged(warp, view, record.scaled_width, record.scaled_height);
-    }
+    return kept;
+}
+
+/// The view in its place of the common canvas.
+Bitmap placed(Bitmap view, const ViewGeometry& record) {
     const bool is_placed = record.frame_width > 0 && record.frame_height > 0;
-    if (is_placed && (record.frame_x != 0 || record.frame_y != 0 || record.frame_width != view.width() ||
-                      record.frame_height != view.height())) {
-        Bitmap canvas = create_or_end(warp, record.frame_width, record.frame_height);
-        copy_deep(deep_picture(view), deep_picture(canvas), record.frame_x, record.frame_y);
-        view = std::move(canvas);
+    if (!is_placed || (record.frame_x == 0 && record.frame_y == 0 && record.frame_width == view.width() &&
+                       record.frame_height == view.height())) {
+        return view;
     }
-    return view;
+    Bitmap canvas = create_deep(record.frame_width, record.frame_height);
+    if (canvas) {
+        copy_deep(deep_picture(view), deep_picture(canvas), record.frame_x, record.frame_y);
+    }
+    return canvas;
+}
+
+/// The view cut from its file, turned, enlarged and placed as the input did it with the 8-bit picture.
+Bitmap prepare_source(Bitmap file, const ViewGeometry& record, SourcePart part, Colour background) {
+    Bitmap view = cut_from_file(std::move(file), record, part);
+    view = view ? turned(std::move(view), record.rot_mir) : Bitmap();
+    if (view && record.scaled_width > 0 && record.scaled_height > 0) {
+        view = enlarged(view, record.scaled_width, record.scaled_height, background);
+    }
+    return view ? placed(std::move(view), record) : Bitmap();
 }
 
 /// The kept part of the warped frame.
 Bitmap warp_deep(const WarpState& warp, const Bitmap& source, View view, ConstPicture plain) {
     const bool is_left = view == View::left;
     const ViewGeometry& record = is_left ? warp.left_record : warp.right_record;
-    Bitmap result = create_or_end(warp, record.kept_width, record.kept_height);
+    Bitmap result = create_deep(record.kept_width, record.kept_height);
+    if (!result || !source) {
+        return {};
+    }
     const PairTransform pair = make_transforms(warp, warp.latest_correction, record.height, record.width);
     const Sampler sampler(kernel_of(warp.latest_interpolation), warp.filter_radius, warp.latest_gamma,
                           warp.passe_colour);
@@ -146,44 +157,31 @@ void blank_as_in(ConstPicture plain, Colour background, const Bitmap& deep) {
     }
 }
 
-/// Puts the finished deep views beside those of 8 bits.
-void make_deep_outputs(WarpState& warp, const SourceFiles& sources) {
-    DeepPair pair = make_deep_pair(warp, sources);
-    const std::array turns = {warp.left_turn, warp.right_turn};
-    const std::array views = {&pair.left, &pair.right};
-    for (std::size_t i = 0; i < views.size(); ++i) {
-        if (*views[i]) {
-            *views[i] = turned(warp, std::move(*views[i]), turns[i]);
-        }
-    }
-    if (warp.inverse_output == 1) {
-        std::swap(pair.left, pair.right);
-    }
-    const StereoPicture plain = warp.pair();
-    for (const auto& [view, shown] : {std::pair{&pair.left, plain.left}, {&pair.right, plain.right}}) {
-        if (*view && (view->width() != shown.width || view->height() != shown.height)) {
-            view->reset();  // brought to another size behind the warp
-        } else if (*view && warp.cropp_output == setting::cropp_output::blanked) {
-            blank_as_in(shown, warp.passe_colour, *view);
-        }
-    }
-    warp.deep_left = std::move(pair.left);
-    warp.deep_right = std::move(pair.right);
+Failure no_memory() {
+    return Failure::out_of_memory(kNoMemoryDeep);
 }
 
-bool wants_deep(const WarpState& warp, const std::string& file) {
-    return warp.parameters.output_format == setting::output_format::tif_16_bits && !warp.eight_bits_only &&
-           is_tiff_name(file);
+/// What the warp and the steps behind it made of a view; one of another size counts as not there.
+void fit_to_shown(Bitmap& deep, ConstPicture shown, const DeepSettings& settings, Colour background) {
+    if (deep && (deep.width() != shown.width || deep.height() != shown.height)) {
+        deep.reset();  // brought to another size behind the warp
+    } else if (deep && settings.is_blanked) {
+        blank_as_in(shown, background, deep);
+    }
 }
 
 }  // namespace
 
-DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
-    const int layout = warp.parameters.stereo_image_input;
-    const bool has_two_files = layout == setting::stereo_image_input::two_files;
-    if (!has_two_files && layout != setting::stereo_image_input::side_by_side) {
-        return {};  // the views are not what the files show
+bool has_deep_form(const Finished& pair, const SaveOptions& options, const std::string& file) {
+    return options.output_format == setting::output_format::tif_16_bits && !pair.eight_bits_only &&
+           is_tiff_name(file);
+}
+
+Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
+    if (sources.layout == SourceLayout::other) {
+        return DeepPair();  // the views are not what the files show
     }
+    const bool has_two_files = sources.layout == SourceLayout::two_files;
     std::array<Bitmap, 2> files = load_sources(sources, has_two_files);
     std::array parts = {SourcePart::whole, SourcePart::whole};
     if (!has_two_files) {
@@ -194,26 +192,45 @@ DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources) {
         files[1] = files[0] ? files[0].clone() : Bitmap();
     }
     DeepPair pair;
-    if (files[0]) {
-        const Bitmap view = prepare_source(warp, std::move(files[0]), warp.left_record, parts[0]);
-        pair.left = warp_deep(warp, view, View::left, sources.views.left);
+    for (const View view : {View::left, View::right}) {
+        const bool is_left = view == View::left;
+        const std::size_t i = is_left ? 0 : 1;
+        if (!files[i]) {
+            continue;
+        }
+        const Bitmap source = prepare_source(
+            std::move(files[i]), is_left ? warp.left_record : warp.right_record, parts[i], warp.passe_colour);
+        Bitmap& result = is_left ? pair.left : pair.right;
+        result = warp_deep(warp, source, view, is_left ? sources.views.left : sources.views.right);
+        if (!result) {
+            return no_memory();
+        }
     }
-    if (files[1]) {
-        const Bitmap view = prepare_source(warp, std::move(files[1]), warp.right_record, parts[1]);
-        pair.right = warp_deep(warp, view, View::right, sources.views.right);
-    }
-    return pair;
+    return {std::move(pair)};
 }
 
-DeepViews find_deep_views(WarpState& warp, const SourceFiles& sources, const std::string& file) {
-    if (!wants_deep(warp, file)) {
-        return {};
+Result<DeepPair> make_deep_outputs(const WarpState& warp, const Finished& finished,
+                                   const SourceFiles& sources, const DeepSettings& settings) {
+    Result<DeepPair> made = make_deep_pair(warp, sources);
+    if (!made) {
+        return made;
     }
-    if (!warp.has_looked_for_deep) {
-        make_deep_outputs(warp, sources);
-        warp.has_looked_for_deep = true;
+    DeepPair pair = std::move(*made);
+    for (const auto& [view, mode] :
+         {std::pair{&pair.left, finished.left_turn}, {&pair.right, finished.right_turn}}) {
+        if (*view) {
+            *view = turned(std::move(*view), mode);
+            if (!*view) {
+                return no_memory();
+            }
+        }
     }
-    return {warp.deep_left ? &warp.deep_left : nullptr, warp.deep_right ? &warp.deep_right : nullptr};
+    if (finished.is_exchanged) {
+        std::swap(pair.left, pair.right);
+    }
+    fit_to_shown(pair.left, finished.left.picture, settings, warp.passe_colour);
+    fit_to_shown(pair.right, finished.right.picture, settings, warp.passe_colour);
+    return {std::move(pair)};
 }
 
 Bitmap deepened(const Bitmap& canvas, std::span<const PlacedDeepView> views) {

@@ -5,28 +5,34 @@
 #include <string>
 
 #include "render/output_writer.h"
+#include "render/save_picture.h"
 #include "render/warp_state.h"
 
 namespace zemora {
 
-/// Both views in 16 bits. They belong to the sources, before the outputs are turned and exchanged; a view
-/// whose source is not deep is empty.
+/// Both views in 16 bits; a view whose source is not deep is empty.
 struct DeepPair {
     Bitmap left;
     Bitmap right;
     [[nodiscard]] explicit operator bool() const { return left && right; }
+    [[nodiscard]] DeepViews views() const { return {left ? &left : nullptr, right ? &right : nullptr}; }
 };
-[[nodiscard]] DeepPair make_deep_pair(const WarpState& warp, const SourceFiles& sources);
 
-/// The finished views in 16 bits, as the outputs stand; null where there is none.
-struct DeepViews {
-    const Bitmap* left = nullptr;
-    const Bitmap* right = nullptr;
-    [[nodiscard]] explicit operator bool() const { return left != nullptr && right != nullptr; }
+/// What of the settings decides about them.
+struct DeepSettings {
+    bool is_blanked = false;  ///< `CroppOutput` 1 has blanked what only one view shows.
 };
-/// Those for a product of that name, made with the first one and kept for the others; none where
-/// `OutputFormat` does not ask for 16 bits in that file.
-[[nodiscard]] DeepViews find_deep_views(WarpState& warp, const SourceFiles& sources, const std::string& file);
+
+/// Whether a product of that name is stored in 16 bits.
+[[nodiscard]] bool has_deep_form(const Finished& pair, const SaveOptions& options, const std::string& file);
+
+/// The latest warp in 16 bits: the views belong to the sources, before the outputs are turned and exchanged.
+/// Fails without memory.
+[[nodiscard]] Result<DeepPair> make_deep_pair(const WarpState& warp, const SourceFiles& sources);
+
+/// The same as the finished views stand, for all products of the pair.
+[[nodiscard]] Result<DeepPair> make_deep_outputs(const WarpState& warp, const Finished& finished,
+                                                 const SourceFiles& sources, const DeepSettings& settings);
 
 /// A deep view and where its lower left pixel comes to stand.
 struct PlacedDeepView {

@@ -123,14 +123,6 @@ bool packs_well(const Bitmap& picture) {
 
 }  // namespace
 
-SaveOptions::SaveOptions(const ParameterSet& parameters)
-    : output_format(parameters.output_format),
-      compress(parameters.compress_bitmap == 1),
-      jpeg_quality(parameters.jpg_quality),
-      dots_per_inch_x(parameters.dots_per_inch_x),
-      dots_per_inch_y(parameters.dots_per_inch_y),
-      cmyk_profile(parameters.cmyk_profile) {}
-
 bool is_written_suffix(const std::string& suffix) {
     return find_format("a" + suffix) != nullptr;
 }

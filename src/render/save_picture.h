@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "config/parameter_set.h"
 #include "numerics/bitmap.h"
 #include "numerics/bitmap_file.h"
 
@@ -11,13 +10,11 @@ namespace zemora {
 
 /// What the user chose for the written files.
 struct SaveOptions {
-    explicit SaveOptions(const ParameterSet& parameters);
-
-    int output_format;
-    bool compress;
-    int jpeg_quality;
-    int dots_per_inch_x;  ///< 0 leaves the library's value.
-    int dots_per_inch_y;
+    int output_format = 0;
+    bool compress = true;
+    int jpeg_quality = 100;
+    int dots_per_inch_x = 0;  ///< 0 leaves the library's value.
+    int dots_per_inch_y = 0;
     std::string cmyk_profile;  ///< A data file of the program, or an absolute path.
 };
 

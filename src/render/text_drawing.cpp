@@ -2,25 +2,27 @@
 
 #include <algorithm>
 
+#include "platform/console.h"
+
 namespace zemora {
 
 namespace {
 
-void tell_fault(const LetterFont& letters, const std::string& file, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+void tell_fault(const LetterFont& letters, const std::string& file, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     const std::string told = letters.fault() == TextFault::library
                                  ? messages.text<Msg::warpimage_ttf_init_failed>() + letters.reason()
                                  : messages.text<Msg::warpimage_font_load_failed>(
                                        letters.pixels(), printable(file), letters.reason());
-    voice.print_once(told + '\n');
-    voice.wait_once(Severity::error, file);
+    notes.print_once(told + '\n');
+    notes.wait_once(Severity::error, file);
 }
 
 template <Msg message>
-void tell_misfit(const std::string& text, Voice& voice) {
-    const std::string told = voice.messages().text<message>();
-    voice.print_once(told + '\'' + printable(text) + "'\n");
-    voice.wait_once(Severity::warning, told);
+void tell_misfit(const std::string& text, Notes& notes) {
+    const std::string told = notes.messages().text<message>();
+    notes.print_once(told + '\'' + printable(text) + "'\n");
+    notes.wait_once(Severity::warning, told);
 }
 
 /// A text that stands at an edge by intention is only too large when it is larger than the picture.
@@ -43,18 +45,18 @@ std::uint8_t blended(int ground, int cover, int colour) {
 
 }  // namespace
 
-std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest, Voice& voice) {
+std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest, Notes& notes) {
     LetterFont letters(font);
     LetterMask mask;
     if (letters.fault() == TextFault::none) {
         mask = letters.mask(text, widest);
     }
     if (letters.fault() != TextFault::none) {
-        tell_fault(letters, font.file, voice);
+        tell_fault(letters, font.file, notes);
         return std::nullopt;
     }
     if (!letters.missing().empty()) {
-        voice.print_once(format_text(voice.messages().either({"No font here has the letters '%s'.\n",
+        notes.print_once(format_text(notes.messages().either({"No font here has the letters '%s'.\n",
                                                               "Keine Schrift hat hier die Zeichen '%s'.\n"}),
                                      printable(letters.missing()).c_str()),
                          Repeat::once_a_run);
@@ -63,12 +65,12 @@ std::optional<LetterMask> told_mask(const std::string& text, const TextFont& fon
 }
 
 Picture text_ground(Picture picture, const LetterMask& mask, int row, int column, const std::string& text,
-                    Voice& voice) {
+                    Notes& notes) {
     if (!fits(row, mask.height, picture.height)) {
-        tell_misfit<Msg::warpimage_frame_too_narrow_for_text>(text, voice);
+        tell_misfit<Msg::warpimage_frame_too_narrow_for_text>(text, notes);
     }
     if (!fits(column, mask.text_width, picture.width)) {
-        tell_misfit<Msg::warpimage_text_too_long_for_frame>(text, voice);
+        tell_misfit<Msg::warpimage_text_too_long_for_frame>(text, notes);
     }
     const int x = std::clamp(column, 0, picture.width);
     const int y = std::clamp(row, 0, picture.height);
@@ -92,14 +94,14 @@ void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool i
 }
 
 bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
-               Colour colour, Voice& voice) {
-    const std::optional<LetterMask> mask = told_mask(text, font, picture.width, voice);
+               Colour colour, Notes& notes) {
+    const std::optional<LetterMask> mask = told_mask(text, font, picture.width, notes);
     if (!mask) {
         return false;
     }
     if (mask->width > 0) {
         const Picture ground =
-            text_ground(picture, *mask, place.row, aligned_column(place, mask->text_width), text, voice);
+            text_ground(picture, *mask, place.row, aligned_column(place, mask->text_width), text, notes);
         blend_letters(ground, *mask, colour, place.is_mirrored);
     }
     return true;

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "numerics/bitmap.h"
 #include "render/letter_mask.h"
 
@@ -22,12 +22,12 @@ struct TextPlace {
 
 /// The mask of `text`, without pixels when it has no width. Nothing when it failed, which is told.
 [[nodiscard]] std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
-                                                  Voice& voice);
+                                                  Notes& notes);
 
 /// The part of the picture that a text of the mask's size with that lower left pixel covers, moved in at the
 /// left and the bottom and cut at the right and the top. Tells a text that does not fit.
 [[nodiscard]] Picture text_ground(Picture picture, const LetterMask& mask, int row, int column,
-                                  const std::string& text, Voice& voice);
+                                  const std::string& text, Notes& notes);
 
 /// Blends a colour over one pixel by a cover of 0 to 255.
 void blend(std::uint8_t* pixel, int cover, Colour colour);
@@ -36,6 +36,6 @@ void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool i
 
 /// Draws the text; false when it failed, which is told.
 bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
-               Colour colour, Voice& voice);
+               Colour colour, Notes& notes);
 
 }  // namespace zemora

@@ -5,10 +5,10 @@
 
 #include "config/number_scan.h"
 #include "config/text_lines.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "render/font_search.h"
 #include "render/picture_texts.h"
-#include "render/warp_state.h"
 
 namespace zemora {
 
@@ -35,30 +35,30 @@ std::string directory_name(const std::string& file) {
     return bare_name_of(folder_of(folder_of(file)));
 }
 
-std::string headline_text(const TextSource& source, Voice& /*voice*/) {
+std::string headline_text(const TextSource& source, Notes& /*notes*/) {
     return source.headline;
 }
 
-std::string file_text(const TextSource& source, Voice& /*voice*/) {
+std::string file_text(const TextSource& source, Notes& /*notes*/) {
     return bare_name_of(source.file);
 }
 
-std::string directory_text(const TextSource& source, Voice& /*voice*/) {
+std::string directory_text(const TextSource& source, Notes& /*notes*/) {
     return directory_name(source.file);
 }
 
-std::string date_text(const TextSource& source, Voice& /*voice*/) {
+std::string date_text(const TextSource& source, Notes& /*notes*/) {
     return source.date_text.empty() ? std::string() : source.date_text.substr(1);
 }
 
 /// The number of an entry: that of the folder and the place of the pair in it.
-std::string award_text(const TextSource& source, Voice& voice) {
+std::string award_text(const TextSource& source, Notes& notes) {
     const std::string name = directory_name(source.file);
     const int number = scan_integer(name).value_or(0);
     if (number == 0) {
-        voice.say<Msg::warpimage_directory_name_must_be_digits>();
-        voice.print('\'' + printable(name) + "'\n");
-        voice.wait(Severity::warning);
+        notes.say<Msg::warpimage_directory_name_must_be_digits>();
+        notes.print('\'' + printable(name) + "'\n");
+        notes.wait(Severity::warning);
     }
     const long long entry = static_cast<long long>(number) + source.index;
     return number_text(static_cast<int>(std::clamp<long long>(entry, INT_MIN, INT_MAX)));
@@ -67,7 +67,7 @@ std::string award_text(const TextSource& source, Voice& voice) {
 struct Keyword {
     std::string_view mark;
     std::string_view word;  ///< What is left of it before the fields.
-    std::string (*text)(const TextSource& source, Voice& voice);
+    std::string (*text)(const TextSource& source, Notes& notes);
 };
 /// In the order in which they are looked for.
 constexpr Keyword kKeywords[] = {
@@ -125,7 +125,7 @@ std::optional<Fields> split_fields(std::string_view text) {
 
 }  // namespace
 
-TextSpec resolve_text(const std::string& setting, const TextSource& source, const WarpState& warp) {
+TextSpec resolve_text(const std::string& setting, const TextSource& source, Notes& notes) {
     const SizePrefix& prefix = prefix_of(setting);
     const std::string text = utf8_text(std::string_view(setting).substr(prefix.mark.size()));
     const Keyword* const keyword = keyword_of(text);
@@ -135,7 +135,7 @@ TextSpec resolve_text(const std::string& setting, const TextSource& source, cons
     }
     TextSpec spec;
     spec.size = prefix.size;
-    spec.text = keyword != nullptr ? keyword->text(source, warp.voice)
+    spec.text = keyword != nullptr ? keyword->text(source, notes)
                                    : std::string(fields ? fields->head : std::string_view(text));
     if (!spec) {
         return spec;
@@ -145,7 +145,7 @@ TextSpec resolve_text(const std::string& setting, const TextSource& source, cons
         spec.style = fields->style;
     }
     if (fields && !fields->font.empty()) {
-        const ChosenFont font = choose_font(std::string(fields->font), fields->style, warp.voice);
+        const ChosenFont font = choose_font(std::string(fields->font), fields->style, notes);
         spec.font_path = font.file;
         spec.style = font.style;
     } else {

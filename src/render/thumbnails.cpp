@@ -9,17 +9,8 @@ namespace {
 
 constexpr Colour kBars{0x40, 0xFF, 0x40};
 
-[[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(),
-                                   "13513: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (THUMB)\n");
-}
-
-Bitmap small_bitmap(const WarpState& warp, int width, int height) {
-    Bitmap bitmap = Bitmap::create(width, height);
-    if (!bitmap) {
-        fail_for_memory(warp);
-    }
-    return bitmap;
+Failure no_memory() {
+    return Failure::out_of_memory("13513: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (THUMB)\n");
 }
 
 /// A view in the largest size inside the thumbnail, in the lower left of `room`.
@@ -30,9 +21,13 @@ Picture scaled_view(ConstPicture view, const Bitmap& room) {
     return room.picture(size.width, size.height);
 }
 
-Bitmap thumb(const WarpState& warp, ConstPicture view) {
-    Bitmap result = small_bitmap(warp, kThumbWidth, kThumbHeight);
-    const Bitmap room = small_bitmap(warp, kThumbWidth, kThumbHeight);
+/// Empty when the memory is not there.
+Bitmap thumb(ConstPicture view) {
+    Bitmap result = Bitmap::create(kThumbWidth, kThumbHeight);
+    const Bitmap room = Bitmap::create(kThumbWidth, kThumbHeight);
+    if (!result || !room) {
+        return {};
+    }
     const Picture scaled = scaled_view(view, room);
     fill(result.picture(), kBars);
     copy(scaled, result.picture().part((kThumbWidth - scaled.width) / 2, (kThumbHeight - scaled.height) / 2,
@@ -40,13 +35,19 @@ Bitmap thumb(const WarpState& warp, ConstPicture view) {
     return result;
 }
 
-std::string save_thumb(const WarpState& warp, ConstPicture view, const std::string& file) {
-    const Bitmap room = small_bitmap(warp, kThumbWidth, kThumbHeight);
+Result<std::string> save_thumb(ConstPicture view, const std::string& file) {
+    const Bitmap room = Bitmap::create(kThumbWidth, kThumbHeight);
+    if (!room) {
+        return no_memory();
+    }
     const Picture scaled = scaled_view(view, room);
     if (scaled.width <= 0 || scaled.height <= 0) {
         return file + ": the picture is too narrow for a thumbnail";
     }
-    const Bitmap whole = small_bitmap(warp, scaled.width, scaled.height);
+    const Bitmap whole = Bitmap::create(scaled.width, scaled.height);
+    if (!whole) {
+        return no_memory();
+    }
     copy(scaled, whole.picture());
     const std::string reason = encode_and_write(whole.handle(), FIF_JPEG, JPEG_DEFAULT, file);
     return reason.empty() ? reason : file + ": " + reason;
@@ -54,14 +55,25 @@ std::string save_thumb(const WarpState& warp, ConstPicture view, const std::stri
 
 }  // namespace
 
-Thumbnails make_thumbs(const WarpState& warp) {
-    return {thumb(warp, warp.pair().left), thumb(warp, warp.pair().right)};
+Result<Thumbnails> make_thumbs(const StereoPicture& views) {
+    Thumbnails thumbs{thumb(views.left), thumb(views.right)};
+    if (!thumbs.left || !thumbs.right) {
+        return no_memory();
+    }
+    return {std::move(thumbs)};
 }
 
-std::string save_thumbs(const WarpState& warp, const std::string& left_file, const std::string& right_file) {
-    const std::string reason = save_thumb(warp, warp.pair().left, left_file);
-    const std::string second = save_thumb(warp, warp.pair().right, right_file);
-    return reason + (reason.empty() || second.empty() ? "" : "\n") + second;
+Result<std::string> save_thumbs(const StereoPicture& views, const std::string& left_file,
+                                const std::string& right_file) {
+    const Result<std::string> first = save_thumb(views.left, left_file);
+    if (!first) {
+        return first;
+    }
+    const Result<std::string> second = save_thumb(views.right, right_file);
+    if (!second) {
+        return second;
+    }
+    return *first + (first->empty() || second->empty() ? "" : "\n") + *second;
 }
 
 }  // namespace zemora

@@ -3,7 +3,8 @@
 
 #include <string>
 
-#include "render/warp_state.h"
+#include "numerics/bitmap.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -15,10 +16,12 @@ struct Thumbnails {
     Bitmap left;
     Bitmap right;
 };
-[[nodiscard]] Thumbnails make_thumbs(const WarpState& warp);
+/// Fails without memory.
+[[nodiscard]] Result<Thumbnails> make_thumbs(const StereoPicture& views);
 
-/// Saves the views at thumbnail size, without the bars, as JPEG. Empty, or the reason of a failure.
-[[nodiscard]] std::string save_thumbs(const WarpState& warp, const std::string& left_file,
-                                      const std::string& right_file);
+/// Saves the views at thumbnail size, without the bars, as JPEG. Empty, or the reason why a file is not
+/// there; fails without memory.
+[[nodiscard]] Result<std::string> save_thumbs(const StereoPicture& views, const std::string& left_file,
+                                              const std::string& right_file);
 
 }  // namespace zemora

@@ -1,7 +1,8 @@
-#include <array>
+#include "render/turn_outputs.h"
+
+#include <utility>
 
 #include "numerics/turn.h"
-#include "render/output_writer.h"
 
 namespace zemora {
 
@@ -20,35 +21,44 @@ bool turn(Bitmap& bitmap, int width, int height, int mode) {
     return true;
 }
 
+/// The view behind its turning; the pixels are not there yet.
+FinishedView turned_view(int mode, int floating_sign) {
+    constexpr int kUpsideDown = 2;
+    constexpr int kMirrored = 4;
+    const bool exchanges_edges = mode == kUpsideDown || mode == kMirrored;
+    return {{}, mode == kMirrored, exchanges_edges ? -floating_sign : floating_sign};
+}
+
 }  // namespace
 
-void turn_outputs(WarpState& warp) {
+Result<void> turn_outputs(Finished& pair, WarpedPair& warped, int left_mode, int right_mode) {
     const auto known = [](int mode) { return mode >= 0 && mode < kTurnModes ? mode : 0; };
-    const int left = known(warp.parameters.rot_mir_output_left);
-    int right = known(warp.parameters.rot_mir_output_right);
+    const int left = known(left_mode);
+    int right = known(right_mode);
     if (exchanges_sides(left) != exchanges_sides(right)) {
         right = left;  // the views keep one size
     }
-    constexpr int kUpsideDown = 2;
-    constexpr int kMirrored = 4;
-    const auto floating_sign = [](int mode) { return mode == kUpsideDown || mode == kMirrored ? -1 : 1; };
-    warp.left_turn = left;
-    warp.right_turn = right;
-    warp.left_is_mirrored = left == kMirrored;
-    warp.right_is_mirrored = right == kMirrored;
-    warp.left_floating_sign = -floating_sign(left);
-    warp.right_floating_sign = floating_sign(right);
-    if (left == 0 && right == 0) {
-        return;
+    pair.left_turn = left;
+    pair.right_turn = right;
+    pair.left = turned_view(left, -1);
+    pair.right = turned_view(right, 1);
+    if (left != 0 || right != 0) {
+        if (!turn(warped.left, warped.width, warped.height, left) ||
+            !turn(warped.right, warped.width, warped.height, right)) {
+            return Failure::out_of_memory(kNoMemoryForViews);
+        }
+        if (exchanges_sides(left)) {
+            std::swap(warped.width, warped.height);
+        }
     }
-    if (!turn(warp.left, warp.width, warp.height, left) ||
-        !turn(warp.right, warp.width, warp.height, right)) {
-        end_run_without_picture_memory(warp.voice.console(),
-                                       "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
-    }
-    if (exchanges_sides(left)) {
-        std::swap(warp.width, warp.height);
-    }
+    pair.left.picture = warped.pair().left;
+    pair.right.picture = warped.pair().right;
+    return {};
+}
+
+void exchange_outputs(Finished& pair) {
+    std::swap(pair.left, pair.right);
+    pair.is_exchanged = !pair.is_exchanged;
 }
 
 }  // namespace zemora

@@ -12,15 +12,6 @@ namespace {
 
 constexpr int kLevels = 256;
 
-/// The finished views of a pair, to be changed.
-struct FinishedViews {
-    explicit FinishedViews(const WarpState& warp)
-        : left(warp.left.picture(warp.width, warp.height)),
-          right(warp.right.picture(warp.width, warp.height)) {}
-    Picture left;
-    Picture right;
-};
-
 std::size_t row_bytes(const Picture& picture) {
     return static_cast<std::size_t>(picture.width) * kPixelBytes;
 }
@@ -31,7 +22,7 @@ int leaked(int level, int percent) {
 }
 
 /// How far the deepest subtraction would fall below black; 0 or less.
-int depth_below_black(const FinishedViews& pair, const std::array<std::uint8_t, kLevels>& leak) {
+int depth_below_black(const WorkingViews& pair, const std::array<std::uint8_t, kLevels>& leak) {
     int lowest = 0;
 #pragma omp parallel for schedule(static) reduction(min : lowest)
     for (int y = 0; y < pair.left.height; ++y) {
@@ -144,17 +135,11 @@ void add_detail(Picture view, ConstPicture detail, const std::array<int, kLevels
     }
 }
 
-[[noreturn]] void fail_for_memory(const WarpState& warp) {
-    end_run_without_picture_memory(warp.voice.console(),
-                                   "w15385: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
-}
-
 }  // namespace
 
-void ghost_bust(WarpState& warp, int percent) {
+void reduce_ghosts(const WorkingViews& pair, int percent) {
     constexpr double kSpan = 256.0;  // levels
     const int share = std::clamp(percent, 0, 100);
-    const FinishedViews pair(warp);
     std::array<std::uint8_t, kLevels> leak{};
     for (int level = 0; level < kLevels; ++level) {
         leak[static_cast<std::size_t>(level)] = static_cast<std::uint8_t>(leaked(level, share));
@@ -180,17 +165,18 @@ void ghost_bust(WarpState& warp, int percent) {
     }
 }
 
-void sharpen(WarpState& warp, int intensity, int rounds) {
-    const FinishedViews pair(warp);
+Result<void> sharpen(const WorkingViews& pair, int intensity, int rounds) {
+    const int width = pair.left.width;
+    const int height = pair.left.height;
     const std::array<int, kLevels> strengths = sharpening_strengths(intensity);
     const std::array<Picture, 2> views{pair.left, pair.right};
     std::array<Bitmap, 2> blurred;
     {
-        const Bitmap scratch = Bitmap::create(warp.width, warp.height);
+        const Bitmap scratch = Bitmap::create(width, height);
         for (std::size_t i = 0; i < views.size(); ++i) {
-            blurred[i] = Bitmap::create(warp.width, warp.height);
+            blurred[i] = Bitmap::create(width, height);
             if (!scratch || !blurred[i]) {
-                fail_for_memory(warp);
+                return Failure::out_of_memory("w15385: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
             }
             copy(views[i], blurred[i].picture());
             blur(blurred[i].picture(), scratch.picture(), rounds);
@@ -203,6 +189,7 @@ void sharpen(WarpState& warp, int intensity, int rounds) {
         const auto view = static_cast<std::size_t>(i);
         add_detail(views[view], blurred[view].picture(), strengths);
     }
+    return {};
 }
 
 }  // namespace zemora

@@ -1,15 +1,17 @@
 #pragma once
 /// The last changes of the two finished views: ghost reduction and sharpening.
 
-#include "render/warp_state.h"
+#include "numerics/result.h"
+#include "render/frame_settings.h"
 
 namespace zemora {
 
 /// Takes the share of the other view that a display lets through (`AutoGhostBust` percent) out of each
 /// view; black is lifted just so far that nothing clips.
-void ghost_bust(WarpState& warp, int percent);
+void reduce_ghosts(const WorkingViews& views, int percent);
 
-/// Unsharp mask with a dead zone in very dark areas; `rounds` of a small blur make the radius.
-void sharpen(WarpState& warp, int intensity, int rounds);
+/// Unsharp mask with a dead zone in very dark areas; `rounds` of a small blur make the radius. Fails
+/// without memory.
+[[nodiscard]] Result<void> sharpen(const WorkingViews& views, int intensity, int rounds);
 
 }  // namespace zemora

@@ -12,8 +12,6 @@ namespace zemora {
 
 namespace {
 
-constexpr const char* kNoMemory = "w1024: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n";
-
 /// The size step of this call; it changes the scale and frame of `warp`.
 SizeStep apply_size_step(WarpState& warp, const WarpRequest& request) {
     const SizeStep step =
@@ -31,25 +29,25 @@ SizeStep apply_size_step(WarpState& warp, const WarpRequest& request) {
 /// Told by how much the target must be reduced.
 bool check_frame(const WarpState& warp) {
     if (warp.height > kLargestSide) {
-        warp.voice.say<Msg::warpimage_output_height_not_possible>();
-        warp.voice.say<Msg::warpimage_reduce_output_height_by>();
-        warp.voice.print(format_text("%d\n", warp.height - (kLargestSide - 1)));
+        warp.notes.say<Msg::warpimage_output_height_not_possible>();
+        warp.notes.say<Msg::warpimage_reduce_output_height_by>();
+        warp.notes.print(format_text("%d\n", warp.height - (kLargestSide - 1)));
     }
     if (warp.width > kLargestSide) {
-        warp.voice.say<Msg::warpimage_output_width_not_possible>();
-        warp.voice.say<Msg::warpimage_reduce_output_width_by>();
-        warp.voice.print(format_text("%d\n", warp.width - (kLargestSide - 1)));
+        warp.notes.say<Msg::warpimage_output_width_not_possible>();
+        warp.notes.say<Msg::warpimage_reduce_output_width_by>();
+        warp.notes.print(format_text("%d\n", warp.width - (kLargestSide - 1)));
     }
     return warp.height > 0 && warp.width > 0 && warp.height <= kLargestSide && warp.width <= kLargestSide;
 }
 
-/// Makes both working pictures hold `width` by `height` pixels, at one pitch.
-void provide_working_pictures(WarpState& warp) {
+/// Makes both working pictures hold `width` by `height` pixels, at one pitch. False without memory.
+bool provide_working_pictures(WarpState& warp) {
     const auto fits = [&warp](const Bitmap& bitmap) {
         return bitmap.width() >= warp.width && bitmap.height() >= warp.height;
     };
     if (fits(warp.left) && fits(warp.right) && warp.left.pitch() == warp.right.pitch()) {
-        return;
+        return true;
     }
     warp.left.reset();
     warp.right.reset();
@@ -59,9 +57,7 @@ void provide_working_pictures(WarpState& warp) {
     for (int i = 0; i < 2; ++i) {
         *bitmaps[static_cast<std::size_t>(i)] = Bitmap::create(warp.width, warp.height);
     }
-    if (!warp.left || !warp.right) {
-        end_run_without_picture_memory(warp.voice.console(), kNoMemory);
-    }
+    return warp.left && warp.right;
 }
 
 void warp_range(WarpState& warp, const std::array<ViewRows, 2>& views, const PixelRectangle& range) {
@@ -78,7 +74,7 @@ void warp_range(WarpState& warp, const std::array<ViewRows, 2>& views, const Pix
 void warp_pixels(WarpState& warp, const WarpRequest& request, const FixedCorrection& fixed,
                  const PixelRectangle& range) {
     if (!has_kernel(request.interpolation)) {
-        warp.voice.print(
+        warp.notes.print(
             format_text("image_interpol_discret: Interpolation_Mode = %d ist nicht implementiert!\n",
                         request.interpolation));
     }
@@ -137,17 +133,6 @@ bool crop(WarpState& warp, const WarpRequest& request, SelectionBox& selection, 
     return true;
 }
 
-/// What was made of the finished views of an earlier warp no longer holds.
-void forget_finished_views(WarpState& warp) {
-    warp.left_is_mirrored = warp.right_is_mirrored = false;
-    warp.left_floating_sign = -1;
-    warp.right_floating_sign = 1;
-    warp.left_turn = warp.right_turn = 0;
-    warp.deep_left.reset();
-    warp.deep_right.reset();
-    warp.has_looked_for_deep = false;
-}
-
 /// Keeps what the 16-bit output needs to repeat this warp.
 void keep_for_repeat(WarpState& warp, const WarpRequest& request, const FixedCorrection& fixed) {
     record_transforms(warp, fixed, warp.height, warp.width);
@@ -162,18 +147,19 @@ void keep_for_repeat(WarpState& warp, const WarpRequest& request, const FixedCor
 
 }  // namespace
 
-WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox& selection) {
+Result<void> warp_still(WarpState& warp, const WarpRequest& request, SelectionBox& selection) {
     const SizeStep step = apply_size_step(warp, request);
     if (!check_frame(warp)) {
-        return WarpStatus::beyond_limits;
+        return Failure::of_pair({});
     }
     FixedCorrection fixed = fixed_correction(warp, request.correction, step.factor, warp.width);
-    if (!check_limits(fixed, warp.height, warp.width, warp.voice)) {
-        return WarpStatus::beyond_limits;
+    if (!check_limits(fixed, warp.height, warp.width, warp.notes)) {
+        return Failure::of_pair({});
     }
     keep_for_repeat(warp, request, fixed);
-    provide_working_pictures(warp);
-    forget_finished_views(warp);
+    if (!provide_working_pictures(warp)) {
+        return Failure::out_of_memory(kNoMemoryForViews);
+    }
     const bool whole = request.crop == 0;
     const PixelRectangle frame{0, warp.width - 1, 0, warp.height - 1};
     const PixelRectangle range =
@@ -181,9 +167,9 @@ WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox&
     warp_pixels(warp, request, fixed, range);
     if (whole) {
         record_kept(warp, frame);
-        return WarpStatus::done;
+        return {};
     }
-    return crop(warp, request, selection, range) ? WarpStatus::done : WarpStatus::beyond_limits;
+    return crop(warp, request, selection, range) ? Result<void>() : Failure::of_pair({});
 }
 
 int choose_interpolation(WarpState& warp, float scale) {
@@ -192,14 +178,6 @@ int choose_interpolation(WarpState& warp, float scale) {
         return warp.interpolation_mode;
     }
     return 0.666 >= static_cast<double>(scale) ? 3 : 2;
-}
-
-void swap_outputs(WarpState& warp) {
-    if (warp.inverse_output == 1) {
-        std::swap(warp.left, warp.right);
-        std::swap(warp.left_is_mirrored, warp.right_is_mirrored);
-        std::swap(warp.left_floating_sign, warp.right_floating_sign);
-    }
 }
 
 }  // namespace zemora

@@ -2,6 +2,7 @@
 /// The warp: from the source pair and one set of corrections to a corrected pair.
 
 #include "analysis/tone_tables.h"
+#include "numerics/result.h"
 #include "render/selection_box.h"
 #include "render/warp_state.h"
 
@@ -39,17 +40,11 @@ struct WarpRequest {
     int crop = 1;
 };
 
-/// Result of a warp: beyond the limits the pair cannot be mounted.
-enum class WarpStatus { done = 0, beyond_limits = 2 };
-
-/// Warps `request.source` into the working pair of `warp` and sets its size. Messages of limits go
-/// to the voice of `warp`.
-[[nodiscard]] WarpStatus warp_still(WarpState& warp, const WarpRequest& request, SelectionBox& selection);
+/// Warps `request.source` into the working pair of `warp` and sets its size. Fails for the pair, with all
+/// said, beyond the limits of the warp; for the run without memory.
+[[nodiscard]] Result<void> warp_still(WarpState& warp, const WarpRequest& request, SelectionBox& selection);
 
 /// Kernel for the next warp at `scale` output pixels per source pixel; sets `filter_radius`.
 [[nodiscard]] int choose_interpolation(WarpState& warp, float scale);
-
-/// With `InverseOutput` 1 exchanges the working pictures.
-void swap_outputs(WarpState& warp);
 
 }  // namespace zemora

@@ -85,13 +85,13 @@ void add_vergences(const ViewTransform& view, Position& p) {
 }
 
 /// A vergence beyond the limit becomes 0.
-void drop_vergence(int& vergence, Voice& voice, Msg text) {
+void drop_vergence(int& vergence, Notes& notes, Msg text) {
     if (std::abs(vergence) <= kLargestVergence) {
         return;
     }
     vergence = 0;
-    voice.add(Note{.severity = Severity::information,
-                   .text = voice.messages().raw(text),
+    notes.add(Note{.severity = Severity::information,
+                   .text = notes.messages().raw(text),
                    .audience = Audience::everywhere,
                    .repeat = Repeat::once_a_pair,
                    .waits = true});
@@ -128,23 +128,23 @@ FixedCorrection fixed_correction(const WarpState& warp, const WarpCorrection& co
     return fixed;
 }
 
-bool check_limits(FixedCorrection& fixed, int height, int width, Voice& voice) {
+bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes) {
     const auto turned_too_far = [height, width](int sine) {
         return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
     };
     if (std::abs(std::int64_t{fixed.size_32768}) > kLargestSize) {
-        voice.tell_everywhere(voice.messages().text<Msg::warpimage_sizes_too_different>());
-        voice.wait(Severity::information);
+        notes.tell_everywhere(notes.messages().text<Msg::warpimage_sizes_too_different>());
+        notes.wait(Severity::information);
         return false;
     }
     if (std::abs(fixed.rotation_16384) > kLargestRotation || turned_too_far(fixed.pre_rotation_left_16384) ||
         turned_too_far(fixed.pre_rotation_right_16384)) {
-        voice.tell_everywhere(voice.messages().text<Msg::warpimage_rotation_too_different>());
-        voice.wait(Severity::information);
+        notes.tell_everywhere(notes.messages().text<Msg::warpimage_rotation_too_different>());
+        notes.wait(Severity::information);
         return false;
     }
-    drop_vergence(fixed.vergence_v_16384, voice, Msg::warpimage_vertical_vergence_too_different);
-    drop_vergence(fixed.vergence_h_32768, voice, Msg::warpimage_horizontal_vergence_too_different);
+    drop_vergence(fixed.vergence_v_16384, notes, Msg::warpimage_vertical_vergence_too_different);
+    drop_vergence(fixed.vergence_h_32768, notes, Msg::warpimage_horizontal_vergence_too_different);
     return true;
 }
 

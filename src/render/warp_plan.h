@@ -22,7 +22,7 @@ inline constexpr int kPositionUnit = 128;  ///< Positions per pixel.
 
 /// Whether the corrections are within what the approximations of the chain hold for. A vergence
 /// beyond its limit is told once a pair and becomes 0; a size or rotation beyond it is told and gives false.
-[[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, Voice& voice);
+[[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes);
 
 /// A position in 1/128 pixel.
 struct Position {

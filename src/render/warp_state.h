@@ -4,12 +4,12 @@
 #include <optional>
 
 #include "analysis/tone_tables.h"
+#include "config/notes.h"
 #include "config/parameter_set.h"
-#include "config/voice.h"
 #include "input/view_geometry.h"
 #include "numerics/bitmap.h"
 #include "render/colour_change.h"
-#include "render/picture_texts.h"
+#include "render/warped_pair.h"
 
 namespace zemora {
 
@@ -22,20 +22,6 @@ enum ForceSize {
     kForceHeight = 2,
     kForceBothWidthLarger = 5,   ///< Both; the width was the larger ratio.
     kForceBothHeightLarger = 6,  ///< Both; the height was the larger ratio.
-};
-
-/// The frame round a picture, in pixels of the output. Starts from the parameters; the layout and
-/// the automatic frames change it.
-struct FrameSettings {
-    int top = 0;
-    int bottom = 0;
-    int left_right = 0;
-    int central = 0;
-    int floating = 0;  ///< The left picture moves by -floating/2, the right by +floating/2.
-    int fill_height = 0;
-    int fill_width = 0;
-    int thin_line = 0;
-    Colour colour;
 };
 
 /// The corrections of one warp in fixed point, before they are shared between the views.
@@ -51,46 +37,16 @@ struct FixedCorrection {
     int pre_vergence_v_16384 = 0;
 };
 
-struct WarpState {
+struct WarpState : WarpedPair {
     WarpState(const ParameterSet& set, ViewGeometry& left_geometry, ViewGeometry& right_geometry,
-              Voice& speaker);
-
-    /// The two working pictures: the latest result of a warp, `width` by `height` pixels in the
-    /// lower left of bitmaps of one pitch.
-    Bitmap left;
-    Bitmap right;
-    int height = 0;
-    int width = 0;
-    /// Whether turning the output mirrored the view from left to right; goes with the view when both are
-    /// exchanged.
-    bool left_is_mirrored = false;
-    bool right_is_mirrored = false;
-    /// Where `FrameFloating` moves the picture that stands at the left or right: -1 and +1 for the true left
-    /// and right view, the other way round where turning has exchanged its sides; goes with the view too.
-    int left_floating_sign = -1;
-    int right_floating_sign = 1;
-    /// How turning the output turned the true views.
-    int left_turn = 0;
-    int right_turn = 0;
-    /// The finished views in 16 bits, beside `left` and `right` and of their size, where `OutputFormat` 7 has
-    /// them; made for the first product that asks.
-    Bitmap deep_left;
-    Bitmap deep_right;
-    bool has_looked_for_deep = false;
-    [[nodiscard]] StereoPicture pair() const {
-        return {left.picture(width, height), right.picture(width, height)};
-    }
+              Notes& speaker);
 
     // Copies of parameters.
     int cropp_output;
     int apply_left_right;
     int interpolation_mode;
-    int auto_output_contrast;
     int post_viewer_active;
-    int inverse_output;
     Colour passe_colour;  ///< Marks the absence of picture.
-    FrameSettings frame;
-    PictureTexts texts;
     /// External colour management, read once; nothing without `ExtColorManagement`.
     std::optional<ColourChange> colours;
 
@@ -110,11 +66,6 @@ struct WarpState {
     /// Whole, uncropped frame of the latest warp; the size step multiplies it.
     int frame_height = 0;
     int frame_width = 0;
-
-    /// The finished views of the pair were changed by a step that has no form with 16 bits.
-    bool eight_bits_only = false;
-    /// The products lie as their sources do: nothing has turned them.
-    bool keeps_orientation = false;
 
     // Shape parameters; zero except in the final passes.
     double phantogram = 0.0;
@@ -139,7 +90,7 @@ struct WarpState {
     ViewGeometry& left_record;
     ViewGeometry& right_record;
     const ParameterSet& parameters;
-    Voice& voice;
+    Notes& notes;
 };
 
 }  // namespace zemora

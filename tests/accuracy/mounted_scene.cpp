@@ -138,7 +138,7 @@ Bitmap right_view(const Scene& scene, SceneOptions options, const MountOptions& 
 }
 
 void save(const Bitmap& bitmap, const std::string& path) {
-    const std::string reason = save_picture(bitmap, path, SaveOptions(ParameterSet()));
+    const std::string reason = save_picture(bitmap, path, SaveOptions());
     if (!reason.empty()) {
         std::printf("%s: %s\n", path.c_str(), reason.c_str());
     }
@@ -165,7 +165,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     parameters.robust_estimation = mount.robust;
     Console console;
     MessageCatalogue messages(Language::english);
-    const Voice voice(console, messages, parameters);
+    Voice voice(console, messages, parameters);
     RunContext context;
     ImageList list;
     list.add_object(list.add_name(left), list.add_name(right));

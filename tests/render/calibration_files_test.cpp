@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 
@@ -35,15 +34,14 @@ protected:
     template <class Read>
     auto told(Read read) {
         ::testing::internal::CaptureStdout();
-        auto values = read(rig_.parameters, rig_.voice);
+        auto values = read(folder_.path(), rig_.voice);
         rig_.console.flush();
         text_ = ::testing::internal::GetCapturedStdout();
         return values;
     }
-    /// Reads the colour file and tells on the error output, where a death test looks.
-    void pass_on_error_output() {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        (void)read_color_management_file(rig_.parameters, rig_.voice);
+    /// The colour file of the settings.
+    [[nodiscard]] Result<ColorManagement> read_colours() const {
+        return read_colour_file(colour_file(rig_.parameters).value_or(ColourFile()), rig_.messages);
     }
 
     test::TestFolder folder_;
@@ -148,8 +146,7 @@ TEST_F(CalibrationFiles, ColourFileIsReadByItsDataLines) {
     rig_.parameters.anaglyph_type = 8;
     rig_.parameters.ext_color_management = 2;  // the anaglyph wants exponents all the same
     write(kColourName, std::string(kMatrices) + "2.2 2.3 2.4\r\n0 0.5 0.6");
-    const ColorManagement colours = told(read_color_management_file);
-    EXPECT_EQ(text_, "");
+    const ColorManagement colours = *read_colours();
     EXPECT_EQ(colours.left[0][2], 3.0F);
     EXPECT_EQ(colours.left[2][0], 7.0F);
     EXPECT_EQ(colours.right[1][0], -0.5F);
@@ -166,15 +163,15 @@ TEST_F(CalibrationFiles, ColourTablesAreReadByColumn) {
         text += std::to_string(i) + ' ' + std::to_string(i + 10000) + "  " + std::to_string(i + 20000) + '\n';
     }
     write(kColourName, text);
-    const ColorManagement colours = told(read_color_management_file);
+    const ColorManagement colours = *read_colours();
     EXPECT_EQ(colours.field_in[1][4095], 14095);
     EXPECT_EQ(colours.field_out[0][0], 4096);
     EXPECT_EQ(colours.field_out[2][4095], 28191);
 }
 
 TEST_F(CalibrationFiles, ColourFileIsOnlyReadWhereItIsUsed) {
-    EXPECT_EQ(told(read_color_management_file).left[0][0], 0.0F);
-    EXPECT_EQ(text_, "") << "the file is not there";
+    EXPECT_FALSE(colour_file(rig_.parameters)) << "the file is not there";
+    EXPECT_TRUE(read_colour_change(rig_.parameters, rig_.messages));
 }
 
 TEST_F(CalibrationFiles, FaultyColourFileEndsTheRunWithItsFirstFault) {
@@ -203,15 +200,17 @@ TEST_F(CalibrationFiles, FaultyColourFileEndsTheRunWithItsFirstFault) {
         rig_.parameters.anaglyph_type = row.type;
         rig_.parameters.ext_color_management = row.management;
         write(kColourName, row.text);
-        EXPECT_EXIT(
-            pass_on_error_output(), ::testing::ExitedWithCode(1),
+        const auto colours = read_colours();
+        ASSERT_FALSE(colours) << row.told;
+        EXPECT_TRUE(colours.failure().ends_run && colours.failure().note.waits);
+        EXPECT_THAT(
+            colours.failure().note.text,
             ::testing::AllOf(HasSubstr("Error with the external Color Management File: zemora_colors.txt"),
                              HasSubstr(row.told)))
             << row.told;
     }
     std::filesystem::remove(folder_ / kColourName);
-    EXPECT_EXIT(pass_on_error_output(), ::testing::ExitedWithCode(1),
-                HasSubstr("zemora_colors.txt cannot be opened."));
+    EXPECT_THAT(read_colours().failure().note.text, HasSubstr("zemora_colors.txt cannot be opened."));
 }
 
 }  // namespace

@@ -25,13 +25,13 @@ constexpr Colour kFrame{120, 180, 200};
 
 /// A rig with a working pair of noise.
 struct PairRig : Rig {
-    PairRig(const FrameSettings& frame, int width, int height, const ParameterSet& set = {}) : Rig(set) {
+    PairRig(const FrameSettings& settings, int width, int height, const ParameterSet& set = {}) : Rig(set) {
         warp->left = noisy(width + 3, height + 2, 1);
         warp->right = noisy(width + 3, height + 2, 2);
         warp->width = width;
         warp->height = height;
-        warp->frame = frame;
-        warp->frame.colour = kFrame;
+        frame = settings;
+        frame.colour = kFrame;
     }
 };
 
@@ -85,7 +85,7 @@ struct CanvasCase {
 /// Frame colour, black lines, pictures: one pixel after the other.
 Bitmap plain_canvas(const PairRig& rig, const CanvasCase& wanted) {
     Bitmap canvas = Bitmap::create(wanted.width, wanted.height);
-    const int line = rig.warp->frame.thin_line;
+    const int line = rig.frame.thin_line;
     const StereoPicture pair = rig.warp->pair();
     for (int y = 0; y < wanted.height; ++y) {
         for (int x = 0; x < wanted.width; ++x) {
@@ -138,8 +138,8 @@ class ExtraCanvas : public ::testing::TestWithParam<CanvasCase> {};
 
 TEST_P(ExtraCanvas, HoldsEveryPictureAtItsPlace) {
     const CanvasCase& wanted = GetParam();
-    const PairRig rig = wanted.make_rig();
-    const Bitmap canvas = compose_extra(*rig.warp, wanted.format);
+    PairRig rig = wanted.make_rig();
+    const Bitmap canvas = rig.compose_extra(wanted.format);
     const Bitmap plain = plain_squeeze(plain_canvas(rig, wanted), wanted.squeeze);
     ASSERT_EQ(canvas.width(), plain.width());
     ASSERT_EQ(canvas.height(), plain.height());
@@ -207,10 +207,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ExtraOutput, TheLimitOfTheCentralFrameBetweenRowsIsForThatCanvasAlone) {
     PairRig rig(FrameSettings(), 60, 40);
-    rig.warp->frame.left_right = 9;
-    rig.warp->frame.central = -15;
-    EXPECT_EQ(compose_extra(*rig.warp, above_below).height(), 80);
-    EXPECT_EQ(compose_extra(*rig.warp, squeezed_side_by_side).width(), (4 * 9 + 120 - 15) / 2);
+    rig.frame.left_right = 9;
+    rig.frame.central = -15;
+    EXPECT_EQ(rig.compose_extra(above_below).height(), 80);
+    EXPECT_EQ(rig.compose_extra(squeezed_side_by_side).width(), (4 * 9 + 120 - 15) / 2);
 }
 
 TEST(ExtraOutput, ASqueezedPictureMayBeFilledToHalfOfItsWidth) {
@@ -226,7 +226,7 @@ TEST(ExtraOutput, ASqueezedPictureMayBeFilledToHalfOfItsWidth) {
         PairRig rig(frame, 61, 43);
         rig.parameters.verbose_mode = 2;
         ::testing::internal::CaptureStdout();
-        const Bitmap canvas = compose_extra(*rig.warp, row.format);
+        const Bitmap canvas = rig.compose_extra(row.format);
         rig.console.flush();
         const std::string told = ::testing::internal::GetCapturedStdout();
         EXPECT_EQ(told.find("FillWidth is too low") != std::string::npos, row.told) << row.fill_width;
@@ -239,7 +239,7 @@ Bitmap plain_interlaced(const PairRig& rig, int width, int height, int margin, i
     Bitmap canvas = Bitmap::create(width, height);
     fill(canvas.picture(), kFrame);
     const StereoPicture pair = rig.warp->pair();
-    const int share = rig.warp->frame.floating / 2;
+    const int share = rig.frame.floating / 2;
     for (int r = 0; r + 1 < rig.warp->height; r += 2) {
         for (int i = 0; i < 2; ++i) {
             const ConstPicture& view = i == 0 ? pair.left : pair.right;
@@ -266,8 +266,8 @@ TEST(ExtraOutput, InterlacedRowsAlternateLeftAndRightWithoutLineAndTexts) {
     std::array rows = {Row{free_rig(), 77, 51, 8, 5}, Row{filled_rig(), 101, 71, 20, 16},
                        Row{bare_rig(), 7, 5, 0, 0}};
     for (Row& row : rows) {
-        row.rig.warp->texts.caption.text = "caption";
-        const Bitmap canvas = compose_extra(*row.rig.warp, interlaced);
+        row.rig.done.texts.caption.text = "caption";
+        const Bitmap canvas = row.rig.compose_extra(interlaced);
         ASSERT_EQ(canvas.width(), row.width);
         ASSERT_EQ(canvas.height(), row.height);
         const Bitmap plain = plain_interlaced(row.rig, row.width, row.height, row.margin, row.bottom);
@@ -297,9 +297,9 @@ TEST(ExtraOutput, EachRowOfPicturesHasTheTextsThatItsFrameHolds) {
         FrameSettings frame;
         frame.top = frame.bottom = 40;
         PairRig rig(frame, 300, 100);
-        rig.warp->texts.caption = {"ll", -20.0F, find_data_file("resource/zemora.fnt"), 0};
-        rig.warp->texts.copyright = rig.warp->texts.caption;
-        const Bitmap canvas = compose_extra(*rig.warp, row.format);
+        rig.done.texts.caption = {"ll", -20.0F, find_data_file("resource/zemora.fnt"), 0};
+        rig.done.texts.copyright = rig.done.texts.caption;
+        const Bitmap canvas = rig.compose_extra(row.format);
         ASSERT_EQ(canvas.height(), row.height);
         for (const int first : row.frames) {
             EXPECT_GT(count_letters(canvas, first, 40), 10) << first;
@@ -316,7 +316,7 @@ TEST(ExtraOutput, ValuesWithoutAFormatWriteNothing) {
         ParameterSet set;
         set.extra_output = value;
         PairRig rig(FrameSettings(), 20, 10, set);
-        EXPECT_EQ(write_extra(*rig.warp, folder / "x.png", {}).code, 0);
+        EXPECT_EQ(rig.write_extra(folder / "x.png", {}).code, 0);
         EXPECT_FALSE(file_exists(folder / "x.png")) << value;
     }
 }
@@ -327,7 +327,7 @@ TEST(ExtraOutput, AFolderThatIsNotThereIsToldForEveryFormat) {
         set.extra_output = value;
         set.meta_transfer = 0;
         PairRig rig(FrameSettings(), 20, 10, set);
-        const StoreResult result = write_extra(*rig.warp, "/nonexistent/x.png", {});
+        const StoreResult result = rig.write_extra("/nonexistent/x.png", {});
         EXPECT_EQ(result.code, 2) << value;
         EXPECT_NE(result.reason.find("/nonexistent/x.png"), std::string::npos) << result.reason;
     }
@@ -390,13 +390,14 @@ TEST(ExtraOutput, SixteenBitSourcesGiveSixteenBitCanvases) {
             set.inverse_output = inverse;
             Rig rig(set);
             const Bitmap shallow = noisy(60, 40, 1);
-            ASSERT_EQ(rig.run(rig.request(shallow, shallow)), WarpStatus::done);
-            ASSERT_EQ(write_extra(*rig.warp, folder / "x.tif", sources).code, 0);
+            ASSERT_TRUE(rig.run(rig.request(shallow, shallow)));
+            rig.arrange();
+            ASSERT_EQ(rig.write_extra(folder / "x.tif", sources).code, 0);
             const Bitmap read(FreeImage_Load(FIF_TIFF, (folder / "x.tif").c_str()));
             ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
             ASSERT_EQ(read.width(), row.width);
             ASSERT_EQ(read.height(), row.height);
-            const DeepPair pair = make_deep_pair(*rig.warp, sources);
+            const DeepPair pair = *make_deep_pair(*rig.warp, sources);
             int different = 0;
             for (int y = 0; y < row.height; ++y) {
                 for (int x = 0; x < row.width; ++x) {
@@ -423,10 +424,10 @@ TEST(ExtraOutput, FormatsWithoutADeepFormAreSavedWithEightBits) {
         set.output_format = 7;
         set.stereo_image_input = 2;
         PairRig rig(FrameSettings(), 60, 40, set);
-        ASSERT_EQ(write_extra(*rig.warp, folder / "x.tif", sources).code, 0);
+        ASSERT_EQ(rig.write_extra(folder / "x.tif", sources).code, 0);
         const LoadedPicture read = load_picture(folder / "x.tif", true);
         ASSERT_EQ(read.bitmap.bits_per_pixel(), 24);
-        EXPECT_EQ(count_differences(read.bitmap.picture(), compose_extra(*rig.warp, format).picture()), 0);
+        EXPECT_EQ(count_differences(read.bitmap.picture(), rig.compose_extra(format).picture()), 0);
     }
 }
 

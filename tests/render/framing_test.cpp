@@ -26,8 +26,8 @@ struct FramedRig : Rig {
         warp->right = textured(width + 3, height + 2, 2);
         warp->width = width;
         warp->height = height;
-        warp->frame = settings;
-        warp->frame.colour = kFrame;
+        frame = settings;
+        frame.colour = kFrame;
     }
 };
 
@@ -44,8 +44,8 @@ FrameSettings settings(int top, int bottom, int left_right, int central, int flo
 
 TEST(SingleViewLayout, FloatingMovesTheViewsApartOnTheirCanvases) {
     FramedRig rig(settings(3, 5, 8, 0, 10, 2));
-    const CanvasLayout left = single_view_layout(*rig.warp, View::left);
-    const CanvasLayout right = single_view_layout(*rig.warp, View::right);
+    const CanvasLayout left = single_view_layout(rig.finished(), rig.frame, View::left);
+    const CanvasLayout right = single_view_layout(rig.finished(), rig.frame, View::right);
     EXPECT_EQ(left.height, 40 + 4 + 8);
     EXPECT_EQ(left.width, 60 + 4 + 16);
     EXPECT_EQ(left.picture_row, 7);
@@ -59,7 +59,7 @@ TEST(SideBySideLayout, SettingsFarOutsideTheirLimitsMakeACanvasThatNoMemoryHolds
         INT_MAX;
     Rig rig(set);
     rig.warp->height = rig.warp->width = 40;
-    const CanvasLayout layout = side_by_side_layout(*rig.warp);
+    const CanvasLayout layout = side_by_side_layout(rig.finished(), rig.frame);
     EXPECT_GT(layout.height, 1 << 24);
     EXPECT_GT(layout.width, 1 << 24);
 }
@@ -70,18 +70,21 @@ TEST(SingleViewLayout, FillingSplitsTheExcessAndLargerPicturesWin) {
     fill.fill_width = 30;
     fill.thin_line = 1;
     FramedRig rig(fill);
-    const CanvasLayout layout = single_view_layout(*rig.warp, View::left);
+    const CanvasLayout layout = single_view_layout(rig.finished(), rig.frame, View::left);
     EXPECT_EQ(layout.height, 51);
-    EXPECT_EQ(rig.warp->frame.top, 4);
-    EXPECT_EQ(rig.warp->frame.bottom, 5);
+    EXPECT_EQ(layout.frame.top, 4);
+    EXPECT_EQ(layout.frame.bottom, 5);
     EXPECT_EQ(layout.width, 62) << "the fill is too low";
-    EXPECT_EQ(rig.warp->frame.fill_width, 62);
+    EXPECT_EQ(layout.frame.fill_width, 62);
+    EXPECT_TRUE(layout.faults.fill_width_too_low && !layout.faults.fill_height_too_low);
 }
 
 TEST(SingleViewLayout, FloatingIsHeldToTheMargin) {
     FramedRig rig(settings(0, 0, 4, 0, -30, 0));
-    EXPECT_EQ(single_view_layout(*rig.warp, View::left).left_picture_column, 8);
-    EXPECT_EQ(rig.warp->frame.floating, -8);
+    const CanvasLayout layout = single_view_layout(rig.finished(), rig.frame, View::left);
+    EXPECT_EQ(layout.left_picture_column, 8);
+    EXPECT_EQ(layout.frame.floating, -8);
+    EXPECT_TRUE(layout.faults.floating_reduced);
 }
 
 struct StereoCase {
@@ -95,11 +98,11 @@ class StereoLayouts : public ::testing::TestWithParam<StereoCase> {};
 TEST_P(StereoLayouts, PlaceBothPictures) {
     const StereoCase& c = GetParam();
     FramedRig rig(c.frame);
-    const CanvasLayout layout = side_by_side_layout(*rig.warp);
+    const CanvasLayout layout = side_by_side_layout(rig.finished(), rig.frame);
     EXPECT_EQ(layout.width, c.width);
     EXPECT_EQ(layout.left_picture_column, c.left_column);
     EXPECT_EQ(layout.right_picture_column, c.right_column);
-    EXPECT_EQ(rig.warp->frame.central, c.central);
+    EXPECT_EQ(layout.frame.central, c.central);
 }
 
 FrameSettings filled_width(int width, int central) {
@@ -120,10 +123,23 @@ INSTANTIATE_TEST_SUITE_P(
                       StereoCase{"filled_touching", filled_width(71, -50), 131, 5, 65, -11}),
     [](const auto& row) { return std::string(row.param.name); });
 
+/// What one product has limited stays limited for the next one, as far as the value is handed on.
+TEST(StereoLayouts, HandTheirFrameOnAndChangeNothing) {
+    FramedRig rig(settings(4, 4, 10, -50, 0, 0));
+    const Tiling above_below{{"l", "r"}};
+    const FrameSettings held = side_by_side_layout(rig.finished(), rig.frame).frame;
+    EXPECT_EQ(held.central, -20);
+    EXPECT_EQ(tiled_layout(rig.finished(), rig.frame, above_below).height, 2 * 48 - 8);
+    FrameSettings closer = held;
+    closer.central = -3;
+    EXPECT_EQ(tiled_layout(rig.finished(), closer, above_below).height, 2 * 48 - 3);
+    EXPECT_EQ(rig.frame.central, -50);
+}
+
 TEST(ComposeSideBySide, PutsFrameLineAndPicturesWhereTheyBelong) {
     FramedRig rig(settings(3, 5, 10, 4, 6, 2));
-    const CanvasLayout layout = side_by_side_layout(*rig.warp);
-    const Bitmap canvas = compose_side_by_side(*rig.warp, layout);
+    const CanvasLayout layout = side_by_side_layout(rig.finished(), rig.frame);
+    const Bitmap canvas = compose_side_by_side(rig.finished(), layout, rig.voice);
     const ConstPicture picture = canvas.picture();
     ASSERT_EQ(picture.width, layout.width);
     const StereoPicture pair = rig.warp->pair();
@@ -138,8 +154,8 @@ TEST(ComposeSideBySide, PutsFrameLineAndPicturesWhereTheyBelong) {
 
 TEST(ComposeView, WithoutFrameShowsTheWorkingPictureItself) {
     FramedRig rig(FrameSettings{});
-    const CanvasLayout layout = single_view_layout(*rig.warp, View::right);
-    const Bitmap canvas = compose_view(*rig.warp, layout, View::right);
+    const CanvasLayout layout = single_view_layout(rig.finished(), rig.frame, View::right);
+    const Bitmap canvas = compose_view(rig.finished(), layout, View::right, rig.voice);
     EXPECT_EQ(canvas.bits(), rig.warp->right.bits());
     EXPECT_EQ(canvas.width(), 60);
 }
@@ -161,7 +177,7 @@ struct AutoCase {
     const char* name;
     int mode, left_right, fill_width;
     double far_point;
-    int floating, new_left_right, new_fill, new_work;
+    int floating, new_left_right, new_fill;
     int narrowed;
 };
 
@@ -174,48 +190,50 @@ TEST_P(AutomaticFrames, DrawThePicturesTogether) {
     frame.left_right = c.left_right;
     frame.fill_width = c.fill_width;
     FramedRig rig(frame, 1000, 20);
-    rig.warp->work_width = 1000;
-    rig.warp->force_size = kForceWidth;
-    rig.warp->latest_size_step = 1;
-    ParameterSet set;
-    set.auto_frame_floating = c.mode;
-    set.floating_target = 20;
-    set.win_off_reference = 1;
-    EXPECT_EQ(apply_automatic_frame(*rig.warp, set, c.far_point, 1.0), c.narrowed);
-    EXPECT_EQ(rig.warp->frame.floating, c.floating);
-    EXPECT_EQ(rig.warp->frame.left_right, c.new_left_right);
-    EXPECT_EQ(rig.warp->frame.fill_width, c.new_fill);
-    EXPECT_EQ(rig.warp->work_width, c.new_work);
+    AutomaticFrameRequest request;
+    request.mode = c.mode;
+    request.floating_target = 20;
+    request.win_off_reference = 1;
+    request.width = 1000;
+    request.height = 20;
+    request.forced_width = 1000;
+    request.far_point_px = c.far_point;
+    const AutomaticFrame automatic = automatic_frame(rig.frame, request, rig.voice);
+    EXPECT_EQ(automatic.narrowed_width, c.narrowed);
+    EXPECT_EQ(automatic.frame.floating, c.floating);
+    EXPECT_EQ(automatic.frame.left_right, c.new_left_right);
+    EXPECT_EQ(automatic.frame.fill_width, c.new_fill);
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, AutomaticFrames,
-                         ::testing::Values(AutoCase{"below_target", 1, 5, 0, 12.0, 0, 5, 0, 1000, 0},
-                                           AutoCase{"one_below_target", 1, 5, 0, 19.0, 0, 5, 0, 1000, 0},
-                                           AutoCase{"odd_becomes_even", 1, 50, 0, 33.4, -12, 50, 0, 1000, 0},
-                                           AutoCase{"frame_grows", 1, 5, 0, 50.0, -30, 15, 0, 1000, 0},
-                                           AutoCase{"picture_narrows", 2, 5, 0, 50.0, -30, 15, 0, 980, 980},
-                                           AutoCase{"fill_grows", 1, 0, 1010, 50.0, -30, 0, 1030, 1000, 0},
-                                           AutoCase{"fill_narrows", 2, 0, 1010, 50.0, -30, 0, 1010, 980, 980},
-                                           AutoCase{"off", 0, 5, 0, 50.0, 0, 5, 0, 1000, 0}),
+                         ::testing::Values(AutoCase{"below_target", 1, 5, 0, 12.0, 0, 5, 0, 0},
+                                           AutoCase{"one_below_target", 1, 5, 0, 19.0, 0, 5, 0, 0},
+                                           AutoCase{"odd_becomes_even", 1, 50, 0, 33.4, -12, 50, 0, 0},
+                                           AutoCase{"frame_grows", 1, 5, 0, 50.0, -30, 15, 0, 0},
+                                           AutoCase{"picture_narrows", 2, 5, 0, 50.0, -30, 15, 0, 980},
+                                           AutoCase{"fill_grows", 1, 0, 1010, 50.0, -30, 0, 1030, 0},
+                                           AutoCase{"fill_narrows", 2, 0, 1010, 50.0, -30, 0, 1010, 980},
+                                           AutoCase{"off", 0, 5, 0, 50.0, 0, 5, 0, 0}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(AutomaticFrames, WithoutAForcedWidthTheViewsAreCutEquallyAndTheCanvasStays) {
     FrameSettings frame;
     frame.left_right = 5;
     FramedRig rig(frame, 1000, 20);
-    rig.warp->work_height = 20;  // of a forced height
-    rig.warp->force_size = kForceHeight;
-    rig.warp->latest_size_step = 1;
     rig.left_record.kept_x = 7;
-    ParameterSet set;
-    set.auto_frame_floating = 2;
-    const int canvas = single_view_layout(*rig.warp, View::left).width;
+    AutomaticFrameRequest request;
+    request.mode = 2;
+    request.floating_target = 33;
+    request.width = 1000;
+    request.height = 20;
+    request.far_point_px = 30.0 + request.floating_target;
+    const int canvas = single_view_layout(rig.finished(), rig.frame, View::left).width;
     const Bitmap before = rig.warp->right.clone();
-    const int narrowed = apply_automatic_frame(*rig.warp, set, 30.0 + set.floating_target, 1.0);
-    EXPECT_EQ(narrowed, 980);
-    EXPECT_EQ(rig.warp->work_width, 0);
-    narrow_views(*rig.warp, narrowed);
-    EXPECT_EQ(single_view_layout(*rig.warp, View::left).width, canvas);
+    const AutomaticFrame automatic = automatic_frame(rig.frame, request, rig.voice);
+    EXPECT_EQ(automatic.narrowed_width, 980);
+    rig.frame = automatic.frame;
+    narrow_views(*rig.warp, automatic.narrowed_width);
+    EXPECT_EQ(single_view_layout(rig.finished(), rig.frame, View::left).width, canvas);
     EXPECT_EQ(rig.warp->width, 980);
     EXPECT_EQ(colour_at(rig.warp->pair().right, 0, 3), colour_at(before.picture(), 10, 3));
     EXPECT_EQ(rig.left_record.kept_x, 17);
@@ -242,23 +260,28 @@ TEST(FrameFloating, BelongsToTheTrueViewAndToItsSidesAsSeen) {
         FramedRig rig(settings(0, 0, 20, 0, 10, 0));
         rig.parameters.rot_mir_output_left = c.turn_left;
         rig.parameters.rot_mir_output_right = c.turn_right;
-        rig.warp->inverse_output = c.inverse;
-        turn_outputs(*rig.warp);
-        swap_outputs(*rig.warp);
+        rig.parameters.inverse_output = c.inverse;
+        rig.arrange();
         const std::string name =
             std::to_string(c.turn_left) + std::to_string(c.turn_right) + std::to_string(c.inverse);
-        EXPECT_EQ(single_view_layout(*rig.warp, View::left).left_picture_column, 20 + 5 * c.left) << name;
-        EXPECT_EQ(single_view_layout(*rig.warp, View::right).left_picture_column, 20 + 5 * c.right) << name;
-        const CanvasLayout both = side_by_side_layout(*rig.warp);
+        EXPECT_EQ(single_view_layout(rig.finished(), rig.frame, View::left).left_picture_column,
+                  20 + 5 * c.left)
+            << name;
+        EXPECT_EQ(single_view_layout(rig.finished(), rig.frame, View::right).left_picture_column,
+                  20 + 5 * c.right)
+            << name;
+        const CanvasLayout both = side_by_side_layout(rig.finished(), rig.frame);
         EXPECT_EQ(both.left_picture_column, 20 + 5 * c.left) << name;
         EXPECT_EQ(both.right_picture_column, 120 + 5 * c.right) << name;
-        const CanvasLayout merged = anaglyph_layout(*rig.warp);
+        const CanvasLayout merged = anaglyph_layout(rig.finished(), rig.frame);
         EXPECT_EQ(merged.left_picture_column, 20 + 5 * c.left) << name;
         EXPECT_EQ(merged.right_picture_column, 20 + 5 * c.right) << name;
-        const TiledLayout tiled = tiled_layout(*rig.warp, {{"lr", ""}});
+        const TiledLayout tiled = tiled_layout(rig.finished(), rig.frame, {{"lr", ""}});
         EXPECT_EQ(tiled.rows[0].views[0].column, 20 + 5 * c.left) << name;
         EXPECT_EQ(tiled.rows[0].views[1].column, 120 + 5 * c.right) << name;
-        EXPECT_EQ(caption_place(*rig.warp, both.left_picture_column, View::left).middle_column, 20 + 30)
+        EXPECT_EQ(
+            caption_place(rig.finished(), rig.frame, both.left_picture_column, View::left).middle_column,
+            20 + 30)
             << name << ": the caption stays in the middle of its frame";
     }
 }
@@ -274,7 +297,7 @@ TEST(PixelsFromReference, KnowsTheUnits) {
 TEST(FloatingBands, HardCurtainsBlackenTheOuterEdgesOnly) {
     FramedRig rig(FrameSettings{});
     const Bitmap before = rig.warp->left.clone();
-    floating_bands(*rig.warp, {5, 99}, 3);
+    floating_bands(rig.warp->views(), {5, 99}, 3);
     const StereoPicture pair = rig.warp->pair();
     EXPECT_EQ(colour_at(pair.left, 4, 20), Colour{});
     EXPECT_EQ(colour_at(pair.left, 5, 20), colour_at(before.picture(), 5, 20));
@@ -288,7 +311,7 @@ TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
     FramedRig rig(FrameSettings{}, 400, 4);
     fill(rig.warp->left.picture(), Colour{200, 200, 200});
     fill(rig.warp->right.picture(), Colour{200, 200, 200});
-    floating_bands(*rig.warp, {10, 0}, 4);
+    floating_bands(rig.warp->views(), {10, 0}, 4);
     const StereoPicture pair = rig.warp->pair();
     const auto left = [&pair](int x) { return int{colour_at(pair.left, x, 2).green}; };
     // The ramp of 1 per cent is 4 columns, half of them inside the curtain's edge.
@@ -304,12 +327,12 @@ TEST(FloatingBands, SoftCurtainsRampOnceToFullBrightness) {
 
 TEST(FloatingBands, NarrowPicturesAndModesWithoutCurtainsOfTheirOwnHaveNoRamp) {
     FramedRig hard(FrameSettings{});
-    floating_bands(*hard.warp, {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
+    floating_bands(hard.warp->views(), {5, 0}, 6);  // 1 per cent of 60 is below 2 columns
     EXPECT_EQ(colour_at(hard.warp->pair().left, 4, 2), Colour{});
     for (const int mode : {0, 1, 2}) {  // curtains that a selection brings
         FramedRig selected(FrameSettings{}, 400, 4);
         const Bitmap before = selected.warp->left.clone();
-        floating_bands(*selected.warp, {5, 5}, mode);
+        floating_bands(selected.warp->views(), {5, 5}, mode);
         const StereoPicture pair = selected.warp->pair();
         EXPECT_EQ(colour_at(pair.left, 4, 2), Colour{}) << mode;
         EXPECT_EQ(colour_at(pair.left, 5, 2), colour_at(before.picture(), 5, 2)) << mode;

@@ -425,7 +425,7 @@ TEST(ExtraOutput, AMultiPictureFileTakesTheExifOfItsSource) {
         rig.warp->right = noisy(60, 40, 2);
         rig.warp->width = 60;
         rig.warp->height = 40;
-        ASSERT_EQ(write_extra(*rig.warp, folder / "x.mpo", sources).code, 0);
+        ASSERT_EQ(rig.write_extra(folder / "x.mpo", sources).code, 0);
         std::string reason;
         const auto file = read_file_whole(folder / "x.mpo", reason);
         ASSERT_TRUE(file) << reason;

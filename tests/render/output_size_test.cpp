@@ -102,7 +102,7 @@ int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& corre
     request.correction = correction;
     request.frame_height = rig.warp->scaled_height;
     request.frame_width = rig.warp->scaled_width;
-    EXPECT_EQ(rig.run(request), WarpStatus::done);
+    EXPECT_TRUE(rig.run(request));
     int warps = 1;
     for (; warps < 6; ++warps) {
         const SizeRepeat repeat = check_forced_size(*rig.warp, target.size_flag);
@@ -116,7 +116,7 @@ int warps_until_size(Rig& rig, const Bitmap& source, const WarpCorrection& corre
         request.width_done = repeat.width_done ? 1 : 0;
         request.ratio_height = repeat.ratio_height;
         request.ratio_width = repeat.ratio_width;
-        EXPECT_EQ(rig.run(request), WarpStatus::done);
+        EXPECT_TRUE(rig.run(request));
     }
     EXPECT_FALSE(check_forced_size(*rig.warp, target.size_flag).needed())
         << output_height << " x " << output_width << ": " << rig.warp->height << " x " << rig.warp->width;
@@ -243,7 +243,7 @@ TEST_P(CropModes, KeepWhatTheyName) {
     request.crop = 1;
     request.correction.shift = 20;
     request.correction.height = 10;
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    ASSERT_TRUE(rig.run(request));
     EXPECT_EQ(rig.warp->height, c.height);
     EXPECT_EQ(rig.warp->width, c.width);
     EXPECT_EQ(rig.warp->frame_height, 160) << "the whole frame is remembered for the size step";
@@ -274,7 +274,7 @@ TEST(CropModes, Crop1BlanksTheSamePixelsInBothViewsAndWritesTheRectangle) {
     WarpRequest request = rig.request(source, source);
     request.crop = 1;
     request.correction.shift = 20;
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    ASSERT_TRUE(rig.run(request));
     std::filesystem::current_path(before);
     EXPECT_EQ(rig.warp->width, 200);
     for (const int x : {0, 9, 190, 199}) {
@@ -297,7 +297,7 @@ TEST(CropModes, APairWithoutCommonPictureCannotBeMounted) {
     Rig rig;
     WarpRequest request = rig.request(left, right);
     request.crop = 1;
-    EXPECT_EQ(rig.run(request), WarpStatus::beyond_limits);
+    EXPECT_FALSE(rig.run(request));
 }
 
 TEST(FindRange, TellsTheRatioOnceAPair) {
@@ -369,8 +369,8 @@ TEST_P(RescaleToFinal, KeepsTheRatio) {
     rig.warp->right = textured(c.width + 20, c.height + 20);
     rig.warp->width = c.width;
     rig.warp->height = c.height;
-    rescale_to_final(*rig.warp, find_target_size(c.source_height, c.source_width, c.output_height,
-                                                 c.output_width, c.crop));
+    (void)rescale_to_final(*rig.warp, find_target_size(c.source_height, c.source_width, c.output_height,
+                                                       c.output_width, c.crop));
     EXPECT_EQ(rig.warp->height, c.final_height);
     EXPECT_EQ(rig.warp->width, c.final_width);
     EXPECT_EQ(rig.warp->pair().left.width, c.final_width);

@@ -69,7 +69,7 @@ TEST_F(Outputs, EveryFormatIsWrittenAndReadBack) {
         set.stereo_output = 1;
         Rig rig(set);
         hold_pair(rig, 61, 43);
-        const StoreResult result = write_stereo(*rig.warp, file(row.name), {});
+        const StoreResult result = rig.write_stereo(file(row.name), {});
         ASSERT_EQ(result.code, 0) << result.reason;
         const LoadedPicture read = load_picture(file(row.name));
         ASSERT_EQ(read.status, LoadStatus::done) << row.name << ": " << read.reason;
@@ -92,9 +92,9 @@ TEST_F(Outputs, LeftAndRightAreSeparateFilesWithResolution) {
     set.dots_per_inch_y = 150;
     Rig rig(set);
     hold_pair(rig, 50, 30);
-    rig.warp->frame.left_right = 4;
-    rig.warp->frame.colour = {1, 2, 3};
-    ASSERT_EQ(write_left_right(*rig.warp, file("x_l.png"), file("x_r.png"), {}).code, 0);
+    rig.frame.left_right = 4;
+    rig.frame.colour = {1, 2, 3};
+    ASSERT_EQ(rig.write_left_right(file("x_l.png"), file("x_r.png"), {}).code, 0);
     const Bitmap left = loaded(file("x_l.png"), FIF_PNG);
     const Bitmap right = loaded(file("x_r.png"), FIF_PNG);
     ASSERT_TRUE(left && right);
@@ -106,27 +106,18 @@ TEST_F(Outputs, LeftAndRightAreSeparateFilesWithResolution) {
     EXPECT_EQ(FreeImage_GetDotsPerMeterY(left.handle()), 5906U);
 }
 
-TEST_F(Outputs, WithoutStereoOutputNothingIsWritten) {
-    ParameterSet set;
-    set.stereo_output = 0;
-    Rig rig(set);
-    hold_pair(rig, 50, 30);
-    EXPECT_EQ(write_stereo(*rig.warp, file("s.png"), {}).code, 0);
-    EXPECT_EQ(count_files(), 0);
-}
-
 TEST_F(Outputs, FailuresNameTheFileAndLeaveNothing) {
     Rig rig;
     hold_pair(rig, 50, 30);
     const std::string missing = file("no/such/folder_l.jpg");
-    const StoreResult result = write_left_right(*rig.warp, missing, file("good_r.jpg"), {});
+    const StoreResult result = rig.write_left_right(missing, file("good_r.jpg"), {});
     EXPECT_EQ(result.code, 2);
     EXPECT_NE(result.reason.find(missing), std::string::npos) << result.reason;
     EXPECT_TRUE(fs::exists(file("good_r.jpg"))) << "the other view is written";
-    const StoreResult unknown = write_stereo(*rig.warp, file("s.xyz"), {});
+    const StoreResult unknown = rig.write_stereo(file("s.xyz"), {});
     EXPECT_EQ(unknown.code, 2);
     EXPECT_NE(unknown.reason.find("s.xyz"), std::string::npos);
-    EXPECT_EQ(write_stereo(*rig.warp, "/dev/full", {}).code, 2);
+    EXPECT_EQ(rig.write_stereo("/dev/full", {}).code, 2);
     EXPECT_EQ(count_files(), 1);
 }
 
@@ -149,7 +140,7 @@ TEST_F(Outputs, TiffFormsHaveTheirColourType) {
         Rig rig(set);
         hold_pair(rig, 40, 30);
         const std::string path = file(std::to_string(row.format).append(".tif"));
-        ASSERT_EQ(write_stereo(*rig.warp, path, {}).code, 0);
+        ASSERT_EQ(rig.write_stereo(path, {}).code, 0);
         const Bitmap read = loaded(path, FIF_TIFF, TIFF_CMYK);
         ASSERT_TRUE(read);
         EXPECT_EQ(read.bits_per_pixel(), row.bits) << row.format;
@@ -195,7 +186,7 @@ TEST_F(Outputs, CmykByProfileGoesThroughTheProfile) {
     hold_pair(rig, 40, 30);
     fill(rig.warp->left.picture(), Colour{255, 255, 255});
     fill(rig.warp->right.picture(), Colour{0, 0, 0});
-    const StoreResult result = write_stereo(*rig.warp, file("p.tif"), {});
+    const StoreResult result = rig.write_stereo(file("p.tif"), {});
     ASSERT_EQ(result.code, 0) << result.reason;
     const Bitmap read = loaded(file("p.tif"), FIF_TIFF, TIFF_CMYK);
     ASSERT_TRUE(read);
@@ -210,7 +201,7 @@ TEST_F(Outputs, AMissingProfileIsTold) {
     set.cmyk_profile = file("none.icc");
     Rig rig(set);
     hold_pair(rig, 40, 30);
-    const StoreResult result = write_stereo(*rig.warp, file("p.tif"), {});
+    const StoreResult result = rig.write_stereo(file("p.tif"), {});
     EXPECT_EQ(result.code, 2);
     EXPECT_NE(result.reason.find("none.icc"), std::string::npos) << result.reason;
     EXPECT_EQ(count_files(), 0);
@@ -232,7 +223,7 @@ TEST_P(TurnedOutputs, MoveThePixelsAsNamed) {
     rig.warp->width = 50;
     rig.warp->height = 30;
     const Colour marked = colour_at(rig.warp->pair().right, 2, 1);
-    turn_outputs(*rig.warp);
+    rig.arrange();
     EXPECT_EQ(rig.warp->width, c.mode % 2 == 1 ? 30 : 50);
     EXPECT_EQ(rig.warp->height, c.mode % 2 == 1 ? 50 : 30);
     EXPECT_EQ(colour_at(rig.warp->pair().right, c.column, c.row), marked);

@@ -54,7 +54,7 @@ TEST_P(TextSettings, AreTakenApart) {
     std::filesystem::create_directories(windows / "fonts");
     test::write_text(windows / "fonts/arial.ttf", "");
     setenv("windir", windows.path().c_str(), 1);
-    const TextSpec spec = resolve_text(c.setting, source, *rig.warp);
+    const TextSpec spec = resolve_text(c.setting, source, rig.voice);
     unsetenv("windir");
     EXPECT_EQ(spec.text, c.text);
     EXPECT_FLOAT_EQ(spec.size, c.size);
@@ -89,11 +89,11 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(TextSetting, AFolderThatIsNoNumberIsToldAndAFontThatIsNotThereToo) {
     Rig rig;
     const std::string award = console_text([&] {
-        EXPECT_EQ(resolve_text("__AWARD__", {"/a/b/c.jpg", "", "", 3}, *rig.warp).text, "3");
+        EXPECT_EQ(resolve_text("__AWARD__", {"/a/b/c.jpg", "", "", 3}, rig.voice).text, "3");
     });
     EXPECT_NE(award.find("only consist on digits:\n'a'\n"), std::string::npos) << award;
     const std::string font = console_text([&] {
-        const TextSpec spec = resolve_text("x__Nobody's Font, 7:3__20__0", {}, *rig.warp);
+        const TextSpec spec = resolve_text("x__Nobody's Font, 7:3__20__0", {}, rig.voice);
         EXPECT_EQ(spec.font_path, default_font());
         EXPECT_FLOAT_EQ(spec.size, -20.0F);
     });
@@ -102,7 +102,7 @@ TEST(TextSetting, AFolderThatIsNoNumberIsToldAndAFontThatIsNotThereToo) {
 
 TEST(TextSetting, AFontIsFoundByItsFamily) {
     Rig rig;
-    const TextSpec spec = resolve_text("x__DejaVu Sans Mono__20__0", {}, *rig.warp);
+    const TextSpec spec = resolve_text("x__DejaVu Sans Mono__20__0", {}, rig.voice);
     if (spec.font_path == default_font()) {
         GTEST_SKIP() << "no DejaVu Sans Mono here";
     }
@@ -291,14 +291,14 @@ TEST(DrawnText, AFontThatCannotBeOpenedIsToldAndCostsOnlyTheText) {
 
 /// A pair in a frame with texts in the default font.
 struct TextRig : Rig {
-    TextRig(const FrameSettings& frame, const ParameterSet& set = {}) : Rig(set) {
+    TextRig(const FrameSettings& settings, const ParameterSet& set = {}) : Rig(set) {
         warp->left = noisy(303, 202, 1);
         warp->right = noisy(303, 202, 2);
         warp->width = 300;
         warp->height = 200;
-        warp->frame = frame;
-        warp->texts.caption = {"Below", 10.0F, default_font(), 0};  // 20 pixels
-        warp->texts.copyright = {"Above", 10.0F, default_font(), 0};
+        frame = settings;
+        done.texts.caption = {"Below", 10.0F, default_font(), 0};  // 20 pixels
+        done.texts.copyright = {"Above", 10.0F, default_font(), 0};
     }
 };
 
@@ -326,10 +326,10 @@ class FrameTexts : public ::testing::TestWithParam<FrameCase> {};
 TEST_P(FrameTexts, StandInTheirFramesInAShadeOfTheFrame) {
     const FrameCase& c = GetParam();
     TextRig rig(frame_of(c.top, c.bottom, c.frame));
-    rig.warp->right_is_mirrored = true;
-    rig.warp->texts.caption.size = rig.warp->texts.copyright.size = c.size;
-    const CanvasLayout layout = side_by_side_layout(*rig.warp);
-    const Bitmap canvas = compose_side_by_side(*rig.warp, layout);
+    rig.done.right.is_mirrored = true;
+    rig.done.texts.caption.size = rig.done.texts.copyright.size = c.size;
+    const CanvasLayout layout = side_by_side_layout(rig.finished(), rig.frame);
+    const Bitmap canvas = compose_side_by_side(rig.finished(), layout, rig.voice);
     const Bitmap expected = Bitmap::create(layout.width, layout.height);
     fill(expected.picture(), c.frame);
     const auto draw = [&](const char* text, int font_px, const TextPlace& place) {
@@ -363,22 +363,24 @@ TEST(FrameText, ACaptionIsMirroredBelowTheViewThatWasAndBelowNoOther) {
     ParameterSet set;
     set.rot_mir_output_right = 4;
     TextRig rig(frame_of(0, 60, kDark), set);
-    const auto is_mirrored = [&](View view) { return caption_place(*rig.warp, 40, view).is_mirrored; };
+    const auto is_mirrored = [&](View view) {
+        return caption_place(rig.finished(), rig.frame, 40, view).is_mirrored;
+    };
     EXPECT_FALSE(is_mirrored(View::left) || is_mirrored(View::right)) << "not turned yet";
-    turn_outputs(*rig.warp);
+    rig.arrange();
     EXPECT_TRUE(!is_mirrored(View::left) && is_mirrored(View::right));
-    rig.warp->inverse_output = 1;
-    swap_outputs(*rig.warp);
+    exchange_outputs(rig.done);
     EXPECT_TRUE(is_mirrored(View::left) && !is_mirrored(View::right)) << "views exchanged";
 }
 
 TEST(FrameText, BothViewsThatAreStoredAtTheSameTimeHaveTheirs) {
     TextRig rig(frame_of(60, 60, kDark));
     const test::TestFolder folder;
-    ASSERT_EQ(write_left_right(*rig.warp, folder / "l.png", folder / "r.png", {}).code, 0);
+    ASSERT_EQ(rig.write_left_right(folder / "l.png", folder / "r.png", {}).code, 0);
     for (const View view : {View::left, View::right}) {
         const Bitmap stored = load_picture(folder / (view == View::left ? "l.png" : "r.png")).bitmap;
-        const Bitmap canvas = compose_view(*rig.warp, single_view_layout(*rig.warp, view), view);
+        const Bitmap canvas = compose_view(
+            rig.finished(), single_view_layout(rig.finished(), rig.frame, view), view, rig.voice);
         EXPECT_EQ(count_differences(stored.picture(), canvas.picture()), 0);
     }
 }
@@ -417,10 +419,10 @@ TEST(ImageText, IsWhiteOnADarkenedBoxOrBlackOnALightenedOneInBothViewsAlike) {
             TextRig rig({}, set);
             const std::uint8_t grey = white ? 191 : 192;
             fill(rig.warp->left.picture().part(0, 0, 300, 90), {grey, grey, grey});
-            rig.warp->texts.image_text = {"On top", -30.0F, default_font(), 1};
+            rig.done.texts.image_text = {"On top", -30.0F, default_font(), 1};
             const LetterMask mask = mask_of("On top", 30, 1);
             const std::array<Bitmap, 2> before = {rig.warp->left.clone(), rig.warp->right.clone()};
-            draw_image_text(*rig.warp, 3, -11);
+            draw_image_text(rig.warp->views(), rig.done.texts.image_text, 3, -11, tinted == 1, rig.voice);
             const int x0 = 300 - 11 - mask.width - mask.height;
             for (std::size_t i = 0; i < 2; ++i) {
                 const Bitmap& view = i == 0 ? rig.warp->left : rig.warp->right;
@@ -436,9 +438,11 @@ TEST(ImageText, IsWhiteOnADarkenedBoxOrBlackOnALightenedOneInBothViewsAlike) {
 TEST(ImageText, ThatIsFarTooLargeIsToldAndStaysInThePicture) {
     for (const float size : {-4000.0F, -70.0F}) {
         TextRig rig(FrameSettings{});
-        rig.warp->texts.image_text = {std::string(100000, 'M'), size, default_font(), 0};
+        rig.done.texts.image_text = {std::string(100000, 'M'), size, default_font(), 0};
         const Bitmap before = rig.warp->left.clone();
-        const std::string told = console_text([&] { draw_image_text(*rig.warp, -500, -100000); });
+        const std::string told = console_text([&] {
+            draw_image_text(rig.warp->views(), rig.done.texts.image_text, -500, -100000, false, rig.voice);
+        });
         EXPECT_NE(told.find("too long"), std::string::npos) << told.substr(0, 200);
         EXPECT_EQ(count_differences(rig.warp->left.picture().part(300, 0, 3, 202),
                                     before.picture().part(300, 0, 3, 202)),

@@ -1,11 +1,18 @@
 #pragma once
 /// Small asymmetric pictures and a ready-made rendering state for the tests of this folder.
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <random>
 #include <string>
 
 #include "config/voice.h"
+#include "driver/settings_render.h"
+#include "render/extra_output.h"
+#include "render/framing.h"
+#include "render/rgb16.h"
+#include "render/turn_outputs.h"
 #include "render/warp.h"
 
 namespace zemora::testing {
@@ -56,12 +63,14 @@ inline int count_differences(ConstPicture a, ConstPicture b) {
     return different;
 }
 
-/// A state with its surroundings, quiet and never waiting.
+/// A state with its surroundings, quiet and never waiting. The views that a warp left are the finished ones;
+/// products are made with the options of `parameters`, one after the other as in a run.
 struct Rig {
     explicit Rig(const ParameterSet& set = {}) : parameters(set) {
         parameters.stop_at_error = -1;
         parameters.verbose_mode = 0;
         warp = std::make_unique<WarpState>(parameters, left_record, right_record, voice);
+        frame = frame_settings(parameters);
     }
 
     /// A request without correction at the size of the source.
@@ -74,7 +83,59 @@ struct Rig {
         return wanted;
     }
 
-    WarpStatus run(const WarpRequest& wanted) { return warp_still(*warp, wanted, selection); }
+    /// Whether the pair was warped.
+    bool run(const WarpRequest& wanted) { return warp_still(*warp, wanted, selection).has_value(); }
+
+    /// The finished views as they stand now.
+    const Finished& finished() {
+        const StereoPicture pair = warp->pair();
+        done.left.picture = done.is_exchanged ? pair.right : pair.left;
+        done.right.picture = done.is_exchanged ? pair.left : pair.right;
+        return done;
+    }
+    /// Turns and exchanges the views as `parameters` say.
+    void arrange() {
+        ASSERT_TRUE(
+            turn_outputs(done, *warp, parameters.rot_mir_output_left, parameters.rot_mir_output_right));
+        if (parameters.inverse_output == 1) {
+            exchange_outputs(done);
+        }
+    }
+
+    StoreResult write_stereo(const std::string& file, const SourceFiles& sources = {}) {
+        const FrameSettings before = frame;
+        frame = side_by_side_layout(finished(), before).frame;
+        const DeepPair deep = deep_pair(file, sources);
+        return *zemora::write_stereo(finished(), before, file, deep.views(), save_options(parameters), voice);
+    }
+    StoreResult write_left_right(const std::string& left, const std::string& right,
+                                 const SourceFiles& sources = {}) {
+        const FrameSettings before = frame;
+        frame = frame_behind_views(finished(), before);
+        const DeepPair deep = deep_pair(left, sources);
+        return *zemora::write_left_right(finished(), before, left, right, deep.views(),
+                                         save_options(parameters), voice);
+    }
+    StoreResult write_extra(const std::string& file, const SourceFiles& sources = {}) {
+        const FrameSettings before = frame;
+        const ExtraOptions options = extra_options(parameters, false);
+        frame = frame_behind_extra(finished(), before, options.format);
+        const DeepPair deep = has_deep_form(options.format) ? deep_pair(file, sources) : DeepPair();
+        return *zemora::write_extra(finished(), before, file, sources, deep.views(), options, voice);
+    }
+    Bitmap compose_extra(ExtraFormat format) {
+        Bitmap canvas = *zemora::compose_extra(finished(), frame, format, voice);
+        frame = frame_behind_extra(finished(), frame, format);
+        return canvas;
+    }
+
+    DeepPair deep_pair(const std::string& file, SourceFiles sources) {
+        sources.layout = source_layout(parameters);
+        if (!has_deep_form(finished(), save_options(parameters), file)) {
+            return {};
+        }
+        return *make_deep_outputs(*warp, finished(), sources, {warp->cropp_output == 1});
+    }
 
     ParameterSet parameters;
     ViewGeometry left_record;
@@ -84,6 +145,8 @@ struct Rig {
     Voice voice{console, messages, parameters};
     SelectionBox selection;
     std::unique_ptr<WarpState> warp;
+    FrameSettings frame;  ///< For the next product.
+    Finished done;
 };
 
 }  // namespace zemora::testing

@@ -88,10 +88,10 @@ TEST_F(DeepOutputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
     request.interpolation = 2;
     request.use_tone = true;
     request.correction = {3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F};
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
-    rig.warp->frame.left_right = 3;
+    ASSERT_TRUE(rig.run(request));
+    rig.frame.left_right = 3;
     const SourceFiles sources{file("deep.tif"), file("deep.tif")};
-    ASSERT_EQ(write_stereo(*rig.warp, file("s.tif"), sources).code, 0);
+    ASSERT_EQ(rig.write_stereo(file("s.tif"), sources).code, 0);
     const Bitmap read = loaded(file("s.tif"), FIF_TIFF);
     ASSERT_TRUE(read);
     ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
@@ -117,9 +117,9 @@ TEST_F(DeepOutputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
     WarpRequest request = rig.request(painted, painted);
     request.interpolation = 2;
     request.correction = {3.0F, 0.01F, 0.02F, 0.01F, 0.01F, 6.0F};
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    ASSERT_TRUE(rig.run(request));
     const SourceFiles sources{file("deep.tif"), file("deep.tif"), {painted.picture(), painted.picture()}};
-    const DeepPair deep = make_deep_pair(*rig.warp, sources);
+    const DeepPair deep = *make_deep_pair(*rig.warp, sources);
     ASSERT_TRUE(deep);
     int background = 0;
     int different = 0;
@@ -149,12 +149,12 @@ TEST_F(DeepOutputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
     Rig rig(set);
     WarpRequest request = rig.request(large, large);
     request.interpolation = 2;
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    ASSERT_TRUE(rig.run(request));
     for (ViewGeometry* record : {&rig.warp->left_record, &rig.warp->right_record}) {
         record->scaled_width = 150;
         record->scaled_height = 113;
     }
-    const DeepPair deep = make_deep_pair(*rig.warp, {file("deep.tif"), file("deep.tif")});
+    const DeepPair deep = *make_deep_pair(*rig.warp, {file("deep.tif"), file("deep.tif")});
     ASSERT_TRUE(deep);
     ASSERT_EQ(deep.left.width(), rig.warp->width);
     EXPECT_LT(compare_deep(deep.left, 0, rig.warp->pair().left).largest, 1.6);
@@ -168,10 +168,10 @@ TEST_F(DeepOutputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
     set.output_format = 7;
     set.stereo_image_input = 2;
     Rig rig(set);
-    ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
-    rig.warp->frame.floating = 6;
+    ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+    rig.frame.floating = 6;
     ::testing::internal::CaptureStdout();
-    const StoreResult result = write_stereo(*rig.warp, file("s.tif"), {file("deep.tif"), file("deep.tif")});
+    const StoreResult result = rig.write_stereo(file("s.tif"), {file("deep.tif"), file("deep.tif")});
     std::fflush(stdout);
     EXPECT_NE(::testing::internal::GetCapturedStdout().find("FrameFloating was too large"),
               std::string::npos);
@@ -186,9 +186,9 @@ TEST_F(DeepOutputs, AnEightBitSourceStaysEightBits) {
     set.output_format = 7;
     Rig rig(set);
     WarpRequest request = rig.request(source, source);
-    ASSERT_EQ(rig.run(request), WarpStatus::done);
+    ASSERT_TRUE(rig.run(request));
     const SourceFiles sources{file("flat.tif"), file("flat.tif")};
-    ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
+    ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), sources).code, 0);
     EXPECT_EQ(loaded(file("r.tif"), FIF_TIFF).bits_per_pixel(), 24);
 }
 
@@ -202,9 +202,10 @@ TEST_F(DeepOutputs, OnlyTheViewWithADeepSourceHasSixteenBits) {
         set.stereo_image_input = 2;
         set.inverse_output = inverse ? 1 : 0;
         Rig rig(set);
-        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
+        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        rig.arrange();
         const SourceFiles sources{file("deep.tif"), file("flat.tif")};
-        ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
+        ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), sources).code, 0);
         EXPECT_EQ(loaded(file("l.tif"), FIF_TIFF).bits_per_pixel(), inverse ? 24 : 48);
         EXPECT_EQ(loaded(file("r.tif"), FIF_TIFF).bits_per_pixel(), inverse ? 48 : 24);
     }
@@ -218,8 +219,8 @@ TEST_F(DeepOutputs, SqueezedAndAnaglyphSourcesStayEightBits) {
         set.output_format = 7;
         set.stereo_image_input = layout;
         Rig rig(set);
-        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
-        ASSERT_EQ(write_stereo(*rig.warp, file("s.tif"), {file("deep.tif"), file("deep.tif")}).code, 0);
+        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        ASSERT_EQ(rig.write_stereo(file("s.tif"), {file("deep.tif"), file("deep.tif")}).code, 0);
         EXPECT_EQ(loaded(file("s.tif"), FIF_TIFF).bits_per_pixel(), 24) << layout;
     }
 }
@@ -237,8 +238,9 @@ TEST_F(DeepOutputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
         Bitmap right = Bitmap::create(80, 60);
         copy(source.shallow.picture().part(0, 0, 80, 60), left.picture());
         copy(source.shallow.picture().part(80, 0, 80, 60), right.picture());
-        ASSERT_EQ(rig.run(rig.request(left, right)), WarpStatus::done);
-        ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), {file("both.tif"), ""}).code, 0);
+        ASSERT_TRUE(rig.run(rig.request(left, right)));
+        rig.arrange();
+        ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), {file("both.tif"), ""}).code, 0);
         const Bitmap read = loaded(file(inverse ? "r.tif" : "l.tif"), FIF_TIFF);
         ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
         EXPECT_EQ(reinterpret_cast<const FIRGB16*>(read.bits())[10].red, 50000 - 197 * 10) << inverse;
@@ -290,7 +292,7 @@ protected:
         rig.warp->interpolation_mode = c.interpolation;
         rig.warp->cropp_output = c.crop;
         rig.warp->passe_colour = {0, 30, 255};
-        rig.warp->inverse_output = c.inverse;
+        rig.parameters.inverse_output = c.inverse;
         rig.warp->total_scale = c.scale;
         WarpRequest request = rig.request(source.shallow, source.shallow);
         request.frame_height = static_cast<int>(c.scale * static_cast<float>(source.shallow.height()));
@@ -299,14 +301,13 @@ protected:
         request.gamma = c.gamma;
         request.interpolation = choose_interpolation(*rig.warp, c.scale);
         request.correction = {2.0F, 0.01F, 0.02F, 0.01F, 0.01F, 4.0F};
-        ASSERT_EQ(rig.run(request), WarpStatus::done);
+        ASSERT_TRUE(rig.run(request));
         if (c.is_framed) {
-            FrameSettings& frame = rig.warp->frame;
+            FrameSettings& frame = rig.frame;
             frame = {11, 37, 9, 6, -4, 0, 0, 2, {200, 90, 40}};
-            rig.warp->texts.caption = resolve_text("Caption", {}, *rig.warp);
+            rig.done.texts.caption = resolve_text("Caption", {}, rig.voice);
         }
-        turn_outputs(*rig.warp);
-        swap_outputs(*rig.warp);
+        rig.arrange();
     }
 };
 
@@ -326,9 +327,9 @@ TEST_P(SixteenBits, ReducedToEightAreTheEightBitProducts) {
         Rig rig(set);
         mount(rig, source);
         const std::string end = std::to_string(format) + ".tif";
-        EXPECT_EQ(write_left_right(*rig.warp, file("l" + end), file("r" + end), sources).code, 0);
-        EXPECT_EQ(write_stereo(*rig.warp, file("s" + end), sources).code, 0);
-        EXPECT_EQ(write_extra(*rig.warp, file("e" + end), sources).code, 0);
+        EXPECT_EQ(rig.write_left_right(file("l" + end), file("r" + end), sources).code, 0);
+        EXPECT_EQ(rig.write_stereo(file("s" + end), sources).code, 0);
+        EXPECT_EQ(rig.write_extra(file("e" + end), sources).code, 0);
     }
     for (const char* product : {"l", "r", "s", "e"}) {
         const Bitmap plain = loaded(file(std::string(product) + "5.tif"), FIF_TIFF);
@@ -360,7 +361,7 @@ TEST_F(DeepOutputs, DeepFilesArePackedWhereThatMakesThemSmaller) {
     constexpr std::uintmax_t kPlain = 300 * 280 * kDeepBytes;
     ParameterSet set;
     const auto size = [&](const Bitmap& picture) {
-        EXPECT_EQ(save_deep_picture(picture, file("d.tif"), SaveOptions(set)), "");
+        EXPECT_EQ(save_deep_picture(picture, file("d.tif"), save_options(set)), "");
         EXPECT_TRUE(is_deep(loaded(file("d.tif"), FIF_TIFF)));
         return fs::file_size(file("d.tif"));
     };
@@ -380,12 +381,12 @@ TEST_F(DeepOutputs, SixteenBitViewsFloatWithTheTrueView) {
         set.stereo_image_input = 2;
         set.inverse_output = inverse ? 1 : 0;
         Rig rig(set);
-        ASSERT_EQ(rig.run(rig.request(source.shallow, source.shallow)), WarpStatus::done);
-        swap_outputs(*rig.warp);
-        rig.warp->frame.left_right = 5;
-        rig.warp->frame.floating = 6;
+        ASSERT_TRUE(rig.run(rig.request(source.shallow, source.shallow)));
+        rig.arrange();
+        rig.frame.left_right = 5;
+        rig.frame.floating = 6;
         const SourceFiles sources{file("deep.tif"), file("deep.tif")};
-        ASSERT_EQ(write_left_right(*rig.warp, file("l.tif"), file("r.tif"), sources).code, 0);
+        ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), sources).code, 0);
         const int share = inverse ? 3 : -3;
         for (const auto& [name, margin] : {std::pair{"l.tif", 5 + share}, std::pair{"r.tif", 5 - share}}) {
             const Bitmap read = loaded(file(name), FIF_TIFF);

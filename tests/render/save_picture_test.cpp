@@ -12,7 +12,7 @@ namespace {
 TEST(SavePicture, EverySuffixGetsItsFormat) {
     const test::TestFolder folder;
     const Bitmap picture = test::place_picture(80, 49);
-    SaveOptions options{ParameterSet()};
+    SaveOptions options;
     options.jpeg_quality = 100;
     // The library calls the whole family of ".ppm" by its first member.
     const std::pair<const char*, FREE_IMAGE_FORMAT> rows[] = {

@@ -32,7 +32,7 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     fill(rig.warp->left.picture(), kGreen);
     fill(rig.warp->left.picture(c.width, c.height), {10, 20, 200});
     fill(rig.warp->right.picture(), {200, 20, 10});
-    const Thumbnails thumbs = make_thumbs(*rig.warp);
+    const Thumbnails thumbs = *make_thumbs(rig.warp->pair());
     const ConstPicture left = thumbs.left.picture();
     ASSERT_EQ(left.width, 267);
     ASSERT_EQ(left.height, 178);
@@ -45,7 +45,7 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     }
     EXPECT_EQ(colour_at(thumbs.right.picture(), 133, 89), (Colour{200, 20, 10}));
     const test::TestFolder folder;
-    EXPECT_EQ(save_thumbs(*rig.warp, folder / "l.jpg", folder / "r.jpg"), "");
+    EXPECT_EQ(*save_thumbs(rig.warp->pair(), folder / "l.jpg", folder / "r.jpg"), "");
     const LoadedPicture stored = load_picture(folder / "l.jpg");
     EXPECT_EQ(stored.bitmap.width(), c.thumb_width);
     EXPECT_EQ(stored.bitmap.height(), c.thumb_height);
@@ -64,7 +64,7 @@ TEST(Thumbnail, AFolderThatIsNotThereIsNamed) {
     rig.warp->width = 30;
     rig.warp->height = 20;
     const test::TestFolder folder;
-    const std::string reason = save_thumbs(*rig.warp, folder / "no/l.jpg", folder / "r.jpg");
+    const std::string reason = *save_thumbs(rig.warp->pair(), folder / "no/l.jpg", folder / "r.jpg");
     EXPECT_NE(reason.find("no/l.jpg"), std::string::npos);
     EXPECT_EQ(folder.files(), std::set<std::string>{"r.jpg"}) << "the other one is stored";
 }

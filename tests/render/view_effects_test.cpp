@@ -142,7 +142,7 @@ TEST_P(ViewEffects, GhostReductionIsTheDefinitionForAllThreads) {
         for (const int threads : {1, 3}) {
             SetUp();
             omp_set_num_threads(threads);
-            ghost_bust(*rig.warp, percent);
+            reduce_ghosts(rig.warp->views(), percent);
             const Bytes expected = plain_ghost_bust(before, percent);
             EXPECT_EQ(bytes_of(rig.warp->pair().left), expected.left) << percent << " %, " << threads;
             EXPECT_EQ(bytes_of(rig.warp->pair().right), expected.right) << percent << " %, " << threads;
@@ -164,7 +164,7 @@ TEST_P(ViewEffects, AStepOfTwoViewsEndsNoneOfTheThreads) {
     constexpr int kThreads = 6;
     omp_set_num_threads(kThreads);
     const std::vector<pid_t> before_step = workers(kThreads);
-    sharpen(*rig.warp, 30, 2);
+    ASSERT_TRUE(sharpen(rig.warp->views(), 30, 2));
     EXPECT_EQ(workers(kThreads), before_step);
 }
 
@@ -175,7 +175,7 @@ TEST_P(ViewEffects, SharpeningIsTheDefinitionForAllThreads) {
             SetUp();
             omp_set_num_threads(threads);
             const int rounds = intensity / 30 + 1;
-            sharpen(*rig.warp, intensity, rounds);
+            ASSERT_TRUE(sharpen(rig.warp->views(), intensity, rounds));
             EXPECT_EQ(bytes_of(rig.warp->pair().left),
                       plain_sharpen(before.left, width, height, intensity, rounds))
                 << intensity;
@@ -200,7 +200,7 @@ TEST(GhostReduction, BlackBehindWhiteIsLiftedJustEnough) {
     rig.warp->height = 1;
     fill(rig.warp->left.picture(), {});
     fill(rig.warp->right.picture(), {255, 255, 255});
-    ghost_bust(*rig.warp, 20);
+    reduce_ghosts(rig.warp->views(), 20);
     EXPECT_EQ(testing::colour_at(rig.warp->pair().left, 0, 0), Colour{}) << "ends at black";
     EXPECT_GT(testing::colour_at(rig.warp->pair().right, 1, 0).green, 240);
 }
