@@ -47,9 +47,12 @@ phases::WorkingCopies phases::make_copies(AnalysisState& state, const StereoPict
     }
     const Picture left = state.working_left.picture(size.width, size.height);
     const Picture right = state.working_right.picture(size.width, size.height);
-    rescale(pair.left, left, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch);
-    rescale(pair.right, right, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch);
-    return {{left, right}, true};
+    const auto copy_view = [&state](ConstPicture view, Picture copy) {
+        return rescale(view, copy, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch)
+                   .width > 0;
+    };
+    const bool made = copy_view(pair.left, left) && copy_view(pair.right, right);
+    return {{left, right}, made};
 }
 
 AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair, const PhaseRequest& request,

@@ -277,7 +277,7 @@ def stereo(make):
 
 
 def deep(make):
-    left, right = (deep_rows(rows) for rows in make.rows(320, 240, "seed=3", "height=3"))
+    left, right = (deep_rows(rows) for rows in make.rows(440, 340, "seed=3", "height=3"))
     make.write("k_l.png", png(left, depth=16))
     make.write("k_r.png", png(right, depth=16))
     make.write("t_l.tif", tiff16(left))
