@@ -18,7 +18,7 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.mode = pair.mode;
     report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >=
                                                setting::stereo_image_input::photo_and_depth_files;
-    report.status = static_cast<int>(pair.status);
+    report.status = pair.status;
     report.width = pair.output_width;
     report.height = pair.output_height;
     report.pre_rotation_left = preset.rotation_left;
