@@ -17,7 +17,7 @@ namespace zemora {
 namespace {
 
 PairReadOptions read_options_with_phone_depth(const ParameterSet& parameters, ExifTool& exiftool) {
-    PairReadOptions options = pair_read_options_of(parameters);
+    PairReadOptions options = pair_read_options(parameters);
     options.find_phone_depth = [&exiftool](const std::string& photo, Notes& notes) {
         return read_phone_depth(exiftool, photo, notes);
     };
@@ -34,12 +34,12 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       exiftool(exiftool_in),
       voice(voice_in),
       source(list_in, read_options_with_phone_depth(parameters_in, exiftool_in)),
-      preparer(prepare_options_of(parameters_in)),
+      preparer(prepare_options(parameters_in)),
       analysis_dump(dump_options(parameters_in, run_in.working_directory, run_in.program_directory),
                     voice_in),
       analysis(analysis_options(parameters_in)),
       render(render_settings(parameters_in)),
-      depth(depth_settings_of(parameters_in)),
+      depth(depth_settings(parameters_in)),
       inputs(list_in),
       frame(frame_settings(parameters_in)) {
     analysis.visitor = &analysis_dump;

@@ -195,7 +195,7 @@ void announce_call(const Invocation& invocation, Voice& voice) {
 }
 
 FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, Voice& voice) {
-    CollectOptions options = collect_options_of(parameters);
+    CollectOptions options = collect_options(parameters);
     options.path_of_images = absolute_name(invocation.arguments[0]);
     const FolderLayout found = find_folder_layout(options);
     if (!found.is_certain() && voice.console().can_ask()) {

@@ -176,7 +176,7 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     pair.stored = *left;
     pair.has_stored = true;
     tell_stored_record(pipeline, pair);
-    if (drop_foreign_selection(pair.stored, wanted_shape_of(pipeline.parameters))) {
+    if (drop_foreign_selection(pair.stored, wanted_shape(pipeline.parameters))) {
         pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
                                  : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
         pipeline.voice.wait(Severity::error);

@@ -257,7 +257,7 @@ void open_reports(Run& run) {
     const ParameterSet& p = run.parameters;
     const bool links_calculator = p.verbose_mode > 1 && p.video_mode == 0;
     const std::string failed =
-        run.report.open(report_names(report_source_of(p, run.context.stamp)), links_calculator);
+        run.report.open(report_names(report_source(p, run.context.stamp)), links_calculator);
     if (!failed.empty()) {
         run.console.print("Zemora: " + printable(failed) +
                           run.messages.text<Msg::main_report_cannot_be_opened>());
@@ -282,7 +282,7 @@ std::string empty_list_hint(const Run& run) {
             return two ? messages.text<Msg::main_searches_l_and_r_files>()
                        : messages.text<Msg::main_searches_s_files>();
         case setting::input_mode::from_list:
-            return collect_options_of(p).applies_stored_values
+            return collect_options(p).applies_stored_values
                        ? messages.text<Msg::main_no_correction_values_in_list>()
                        : messages.text<Msg::main_marks_in_list_prevent_mounting>();
         default:
@@ -295,7 +295,7 @@ void collect_input(Run& run) {
     const auto make_depth_masks = [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
         return fill_depth_gaps(plan, photos, masks, run.voice);
     };
-    run.list = value_or_end(run.voice, build_image_list(collect_options_of(p), run.voice, make_depth_masks));
+    run.list = value_or_end(run.voice, build_image_list(collect_options(p), run.voice, make_depth_masks));
     if (p.write_data_base == setting::write_data_base::list_only && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(Severity::error);
@@ -395,7 +395,7 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     open_reports(run);
     report_parameters(run.parameters, run.voice);
     if (run.parameters.auto_ghost_bust != 0) {
-        succeed_or_end(run.voice, write_alignment_image(alignment_options_of(run.parameters), run.voice));
+        succeed_or_end(run.voice, write_alignment_image(alignment_options(run.parameters), run.voice));
     }
     collect_input(run);
     refuse_video(run);

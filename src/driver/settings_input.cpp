@@ -5,7 +5,7 @@
 
 namespace zemora {
 
-CollectOptions collect_options_of(const ParameterSet& p) {
+CollectOptions collect_options(const ParameterSet& p) {
     CollectOptions options;
     options.path_of_images = p.path_of_images;
     options.image_type = p.image_type;
@@ -25,7 +25,7 @@ CollectOptions collect_options_of(const ParameterSet& p) {
     options.applies_stored_values = p.estimate_geometry == setting::estimate_geometry::from_list ||
                                     p.estimate_geometry == setting::estimate_geometry::from_list_and_stored ||
                                     p.estimate_geometry == setting::estimate_geometry::from_list_unchanged;
-    options.shape = wanted_shape_of(p);
+    options.shape = wanted_shape(p);
     return options;
 }
 
@@ -33,11 +33,11 @@ std::string list_path_of(const ParameterSet& parameters) {
     return list_path_of(parameters.path_of_images, parameters.list_of_images);
 }
 
-WantedShape wanted_shape_of(const ParameterSet& parameters) {
+WantedShape wanted_shape(const ParameterSet& parameters) {
     return {parameters.cropp_output, parameters.output_height, parameters.output_width};
 }
 
-PairReadOptions pair_read_options_of(const ParameterSet& p) {
+PairReadOptions pair_read_options(const ParameterSet& p) {
     using namespace setting::estimate_geometry;
     const int mode = p.estimate_geometry;
     PairReadOptions options;
@@ -49,16 +49,17 @@ PairReadOptions pair_read_options_of(const ParameterSet& p) {
     return options;
 }
 
-PrepareOptions prepare_options_of(const ParameterSet& p) {
-    const Colour chosen{static_cast<std::uint8_t>(p.passe_color_blue),
-                        static_cast<std::uint8_t>(p.passe_color_green),
-                        static_cast<std::uint8_t>(p.passe_color_red)};
-    return {
-        p.cropp_input,
-        {p.passepartout, passe_colour_of(p.passepartout, chosen), p.passe_tolerance, p.passe_output == 1}};
+PrepareOptions prepare_options(const ParameterSet& p) {
+    return {p.cropp_input, {p.passepartout, passe_colour_of(p), p.passe_tolerance, p.passe_output == 1}};
 }
 
-DepthSettings depth_settings_of(const ParameterSet& parameters) {
+Colour passe_colour_of(const ParameterSet& p) {
+    return passe_colour_of(p.passepartout, {static_cast<std::uint8_t>(p.passe_color_blue),
+                                            static_cast<std::uint8_t>(p.passe_color_green),
+                                            static_cast<std::uint8_t>(p.passe_color_red)});
+}
+
+DepthSettings depth_settings(const ParameterSet& parameters) {
     return {parameters.deviation_target, parameters.depth_mask_offset, parameters.depth_mask_nonlin,
             parameters.depth_mask_nl_type};
 }

@@ -10,17 +10,20 @@
 
 namespace zemora {
 
-[[nodiscard]] CollectOptions collect_options_of(const ParameterSet& parameters);
+[[nodiscard]] CollectOptions collect_options(const ParameterSet& parameters);
 
 /// Absolute path of `ListofImages`.
 [[nodiscard]] std::string list_path_of(const ParameterSet& parameters);
 
-[[nodiscard]] WantedShape wanted_shape_of(const ParameterSet& parameters);
+[[nodiscard]] WantedShape wanted_shape(const ParameterSet& parameters);
 
-[[nodiscard]] PairReadOptions pair_read_options_of(const ParameterSet& parameters);
+[[nodiscard]] PairReadOptions pair_read_options(const ParameterSet& parameters);
 
-[[nodiscard]] PrepareOptions prepare_options_of(const ParameterSet& parameters);
+[[nodiscard]] PrepareOptions prepare_options(const ParameterSet& parameters);
 
-[[nodiscard]] DepthSettings depth_settings_of(const ParameterSet& parameters);
+/// `PasseColor`, black where a measured frame is painted.
+[[nodiscard]] Colour passe_colour_of(const ParameterSet& parameters);
+
+[[nodiscard]] DepthSettings depth_settings(const ParameterSet& parameters);
 
 }  // namespace zemora

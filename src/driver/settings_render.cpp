@@ -34,7 +34,7 @@ bool changes_colours(const ParameterSet& p) {
 
 RenderSettings render_settings(const ParameterSet& p) {
     return {p.cropp_output, p.apply_left_right, p.interpolation_mode, p.post_viewer_active != 0,
-            prepare_options_of(p).frame.colour};
+            prepare_options(p).frame.colour};
 }
 
 FrameSettings frame_settings(const ParameterSet& p) {

@@ -8,10 +8,10 @@
 
 namespace zemora {
 
-[[nodiscard]] ReportOptions report_options_of(const ParameterSet& parameters);
+[[nodiscard]] ReportOptions report_options(const ParameterSet& parameters);
 
-[[nodiscard]] ReportSource report_source_of(const ParameterSet& parameters, const std::string& time_stamp);
+[[nodiscard]] ReportSource report_source(const ParameterSet& parameters, const std::string& time_stamp);
 
-[[nodiscard]] AlignmentOptions alignment_options_of(const ParameterSet& parameters);
+[[nodiscard]] AlignmentOptions alignment_options(const ParameterSet& parameters);
 
 }  // namespace zemora

@@ -18,7 +18,7 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.mode = pair.mode;
     report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >=
                                                setting::stereo_image_input::photo_and_depth_files;
-    report.status = static_cast<int>(pair.status);
+    report.status = pair.status;
     report.width = pair.output_width;
     report.height = pair.output_height;
     report.pre_rotation_left = preset.rotation_left;
@@ -47,7 +47,7 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
     if (!pair.failure_told) {
         if (pair.status != StatusCode::abandoned) {
-            write_image_report(report_options_of(pipeline.parameters), report_of(pipeline, pair),
+            write_image_report(report_options(pipeline.parameters), report_of(pipeline, pair),
                                pipeline.voice);
         }
         // Exiftool was at work beside the stores and the report; what says that the pair is done waits for

@@ -66,7 +66,7 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     const int height = input.left.height;
     StereoPicture views{depth.view_a.picture(width, height), depth.view_b.picture(width, height)};
     if (p.cropp_output >= setting::cropp_output::common_area) {
-        const int strip_px = largest_shift_px(depth_settings_of(p), input.right);
+        const int strip_px = largest_shift_px(depth_settings(p), input.right);
         for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
             blank_sides(view->picture(width, height), strip_px, pipeline.render.background);
         }

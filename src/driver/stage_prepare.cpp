@@ -191,30 +191,35 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
         !turned && lies && !is_loaded_upright(left) && !is_loaded_upright(right);
 }
 
-/// Modes 4 and -4: the record of the input, else the pair is measured as in mode 3. No record fits views that
-/// the user exchanged.
+/// Where the record of the input is wanted: that record, else the pair is measured and gets one. No record
+/// fits views that the user exchanged.
 void read_record(Pipeline& pipeline, PairRun& pair) {
-    if (pair.mode != 4 && pair.mode != -4) {
+    namespace geometry = setting::estimate_geometry;
+    if (pair.mode != geometry::from_files && pair.mode != geometry::from_files_unchanged) {
         return;
     }
     if (pair.exchanged) {
-        pair.mode = 3;
+        pair.mode = geometry::measured_and_stored;
     } else if (!read_stored_record(pipeline, pair)) {
         pipeline.voice.wait(Severity::error);
-        pair.mode = 3;
+        pair.mode = geometry::measured_and_stored;
     }
 }
 
 /// A row of the list, or the record, gives the pre-selection; none for exchanged views.
 void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
     const StoredCorrectionRecord* stored = pipeline.list.stored(pair.index);
-    const bool from_list = pair.mode == 2 || pair.mode == 5 || pair.mode == -5;
+    namespace geometry = setting::estimate_geometry;
+    const bool from_list = pair.mode == geometry::from_list || pair.mode == geometry::from_list_and_stored ||
+                           pair.mode == geometry::from_list_unchanged;
     if (from_list && stored != nullptr && !pair.exchanged) {
         pair.stored = *stored;
         pair.has_stored = true;
     } else if (from_list) {
         // A row without values: the pair is measured, and its record goes to the same files.
-        pair.mode = pair.mode == 2 ? 1 : pair.mode == 5 ? 3 : -3;
+        pair.mode = pair.mode == geometry::from_list              ? geometry::measured
+                    : pair.mode == geometry::from_list_and_stored ? geometry::measured_and_stored
+                                                                  : geometry::measured_unchanged;
     }
     if (!pair.has_stored) {
         return;

@@ -76,7 +76,9 @@ bool matches_one_of(const Table& table, const std::string& name) {
 
 /// A list may hold what an earlier run chose by its names.
 bool goes_by_names(int input_mode) {
-    return input_mode == 1 || input_mode == 2 || input_mode == 10;
+    namespace mode = setting::input_mode;
+    return input_mode == mode::by_names || input_mode == mode::by_names_in_tree ||
+           input_mode == mode::from_list;
 }
 
 }  // namespace

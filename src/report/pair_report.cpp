@@ -13,7 +13,6 @@ namespace zemora {
 
 namespace {
 
-constexpr int kUsable = 4;              // the least status that is mounted
 constexpr int kManyIterations = 20;     // `IterativeWarp` that needs no enlarging
 constexpr double kPresetShown = 0.001;  // degrees; smaller preselections are none
 constexpr double kPerMille = 1000.0;
@@ -143,7 +142,7 @@ void add_deviation_rows(const PairFacts& facts, std::vector<ValueRow>& rows) {
                              Msg::stereo_analyse_of_the_image_width));
     rows.back().is_share = true;
     rows.push_back(image_based(facts, deviation_px));
-    if (facts.options.projection_ratio == 0) {
+    if (facts.options.projection_ratio == setting::projection_ratio::none) {
         return;
     }
     rows.push_back(continued(facts, share_number(shares / facts.judgement.picture_share),
@@ -166,7 +165,7 @@ RowBlock window_block(const PairFacts& facts) {
     block.rows.push_back(image_based(facts, report.far_px));
     add(Msg::stereo_analyse_near_point_disparity, report.near_px);
     block.rows.push_back(image_based(facts, report.near_px));
-    if (facts.options.auto_frame_floating >= 3 && facts.options.auto_frame_floating <= 6) {
+    if (facts.options.auto_frame_floating >= setting::auto_frame_floating::curtains_alike) {
         add(Msg::stereo_analyse_curtain_left, report.left_curtain_px);
         add(Msg::stereo_analyse_curtain_right, report.right_curtain_px);
     }
@@ -221,7 +220,7 @@ std::vector<std::string> sentences_of(const PairFacts& facts) {
     if (!facts.report.doubt.empty()) {
         sentences.push_back(facts.report.doubt);
     }
-    if (facts.report.status == kUsable) {
+    if (facts.report.status == StatusCode::usable) {
         sentences.emplace_back(facts.messages.raw(Msg::stereo_analyse_written_under_reserve));
         if (facts.options.iterative_warp < kManyIterations) {
             sentences.emplace_back(facts.messages.raw(Msg::stereo_analyse_to_enhance_enlarge_iterative_warp));
@@ -307,7 +306,7 @@ void report_mount_failure(Notes& notes) {
 void write_image_report(const ReportOptions& options, const ImageReport& report, Notes& notes) {
     const MessageCatalogue& messages = notes.messages();
     const bool on_console = notes.verbose() > 0;
-    if (report.status < kUsable) {
+    if (!is_written(report.status)) {
         const Msg advice = Msg::stereo_analyse_if_correct_enlarge_iterative_warp;
         tell_failure(notes, options.iterative_warp < kManyIterations ? messages.raw(advice) : "", on_console);
         if (on_console) {

@@ -8,6 +8,7 @@
 #include "analysis/stereo_analyse.h"
 #include "config/notes.h"
 #include "config/setting_values.h"
+#include "numerics/pair_geometry.h"
 
 namespace zemora {
 
@@ -17,8 +18,8 @@ struct ImageReport {
     /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the
     /// views come from a depth mask.
     bool is_analysed = true;
-    int status = 0;  ///< `StatusCode` as a number; below 4 the pair cannot be mounted.
-    int width = 0;   ///< Output, pixels.
+    StatusCode status = StatusCode::failed;
+    int width = 0;  ///< Output, pixels.
     int height = 0;
     float pre_rotation_left = 0.0F;  ///< Degrees.
     float pre_rotation_right = 0.0F;
@@ -42,9 +43,9 @@ struct ImageReport {
 /// What the reports of all pairs of a run go by, under the names of the parameters.
 struct ReportOptions {
     int projection_ratio = setting::projection_ratio::none;
-    int estimate_window = 2;
+    int estimate_window = setting::estimate_window::near_point;
     int iterative_warp = 10;
-    int auto_frame_floating = 2;
+    int auto_frame_floating = setting::auto_frame_floating::none;
     bool links_calculator = true;  ///< With `VerboseMode` above 1 the page hands values to the calculator.
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "config/setting_values.h"
+
 namespace zemora {
 
 namespace {
@@ -125,7 +127,7 @@ void judge_before(WindowJudgement& judgement, bool cuts_edge) {
 
 std::string ratio_text(const WindowJudgement& judgement, int projection_ratio,
                        const MessageCatalogue& messages) {
-    return projection_ratio == 0
+    return projection_ratio == setting::projection_ratio::none
                ? format_text(words_of(Preface::ratio_assumed, messages), judgement.picture_ratio,
                              judgement.limit_per_mille)
                : format_text(words_of(Preface::ratio_given, messages), judgement.projection_ratio,
@@ -136,10 +138,10 @@ std::string ratio_text(const WindowJudgement& judgement, int projection_ratio,
 
 double projected_ratio(int projection_ratio, double picture_ratio) {
     switch (projection_ratio) {
-        case 2: return 1.333;
-        case 3: return 1.6;
-        case 4: return 1.777;
-        case 5: return 1.896;
+        case setting::projection_ratio::ratio_4_3: return 1.333;
+        case setting::projection_ratio::ratio_16_10: return 1.6;
+        case setting::projection_ratio::ratio_16_9: return 1.777;
+        case setting::projection_ratio::cinema: return 1.896;
         default: return picture_ratio;
     }
 }
@@ -155,7 +157,7 @@ WindowJudgement judge_window(const WindowFigures& figures) {
     judgement.near_point =
         k * (std::min(figures.left_curtain_px, figures.right_curtain_px) + figures.near_px) / width;
     judgement.far_point = k * figures.far_px / width;
-    judgement.window_moved_back = figures.estimate_window == 5 && figures.near_px < 0.0;
+    judgement.window_moved_back = figures.estimate_window == setting::estimate_window::within_limit && figures.near_px < 0.0;
     const std::array limits{kUnsuited, kPrintOnly, kCritical, kTypical};
     judgement.depth = static_cast<DepthVerdict>(range_of(judgement.deviation, limits));
     judgement.far_verdict = static_cast<FarVerdict>(range_of(judgement.far_point, limits));

@@ -9,13 +9,13 @@ TEST(CollectOptionsOf, OnlySomeModesTakeTheValuesOfTheList) {
     for (int mode = -5; mode <= 5; ++mode) {
         ParameterSet parameters;
         parameters.estimate_geometry = mode;
-        EXPECT_EQ(collect_options_of(parameters).applies_stored_values, mode == 2 || mode == 5 || mode == -5)
+        EXPECT_EQ(collect_options(parameters).applies_stored_values, mode == 2 || mode == 5 || mode == -5)
             << mode;
     }
 }
 
 TEST(CollectOptionsOf, StartsWithTheDefaultsOfTheParameters) {
-    const CollectOptions given = collect_options_of(ParameterSet());
+    const CollectOptions given = collect_options(ParameterSet());
     const CollectOptions plain;
     EXPECT_EQ(given.image_type, plain.image_type);
     EXPECT_EQ(given.left_file_name, plain.left_file_name);
@@ -36,16 +36,16 @@ TEST(PairReadOptionsOf, CutPicturesStayWhereTheGeometryIsKept) {
     for (int mode = -5; mode <= 5; ++mode) {
         ParameterSet parameters;
         parameters.estimate_geometry = mode;
-        EXPECT_EQ(pair_read_options_of(parameters).keeps_cut_pictures, mode == 0 || mode >= 3) << mode;
+        EXPECT_EQ(pair_read_options(parameters).keeps_cut_pictures, mode == 0 || mode >= 3) << mode;
     }
 }
 
 TEST(PrepareOptionsOf, AMeasuredFrameIsBlackWhateverTheColourOfTheSettings) {
     ParameterSet parameters;
     parameters.passe_color_red = 200;
-    EXPECT_EQ(prepare_options_of(parameters).frame.colour, (Colour{0, 0, 200}));
+    EXPECT_EQ(prepare_options(parameters).frame.colour, (Colour{0, 0, 200}));
     parameters.passepartout = 2;
-    EXPECT_EQ(prepare_options_of(parameters).frame.colour, Colour{});
+    EXPECT_EQ(prepare_options(parameters).frame.colour, Colour{});
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ bool write_report(const std::string& folder) {
     ReportOptions options;
     options.projection_ratio = setting::projection_ratio::ratio_16_10;
     ImageReport pair;
-    pair.status = 5;
+    pair.status = StatusCode::success;
     pair.width = 4000;
     pair.height = 3000;
     pair.near_px = -12.0;

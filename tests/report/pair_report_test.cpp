@@ -80,7 +80,7 @@ Settings settings_of(int verbose_mode) {
     return settings;
 }
 
-const ImageReport kExample = {.status = 5,
+const ImageReport kExample = {.status = StatusCode::success,
                               .width = 1500,
                               .height = 1000,
                               .pre_vergence_v = -0.5F,
@@ -202,7 +202,7 @@ TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {
 TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
     Settings settings = settings_of(1);
     ImageReport report = kExample;
-    report.status = 3;
+    report.status = StatusCode::no_result;
     const Told failed = told_pair(settings, report);
     EXPECT_TRUE(
         failed.console.ends_with("\n\nIf all that is correct, please try to enlarge the parameter "
@@ -211,11 +211,11 @@ TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
         << failed.html;
     settings.verbose_mode = 0;
     EXPECT_EQ(told_pair(settings, report).console, "");
-    report.status = 4;
+    report.status = StatusCode::usable;
     EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\nTo enhance the result"));
     settings.iterative_warp = 20;
     EXPECT_TRUE(holds(told_pair(settings, report).text, "under reverse!\n====="));
-    report.status = 2;
+    report.status = StatusCode::first_phase_failed;
     EXPECT_FALSE(holds(told_pair(settings, report).text, "IterativeWarp!"));
 }
 
@@ -266,7 +266,7 @@ TEST(PairReport, ExchangedViewsAreAWarningInAllThreePlacesAtEveryVerbosity) {
 
 TEST(PairReport, RemedyAndDoubtStandBeforeTheReserve) {
     ImageReport report = checked(2.0, 4.0);
-    report.status = 4;
+    report.status = StatusCode::usable;
     report.doubt = "Not told as success: it is not.\n";
     const Told told = told_pair(settings_of(1), report);
     EXPECT_TRUE(holds(told.text, "mounting.\n" + report.doubt + "Images will be written under reverse!\n"))
