@@ -157,7 +157,8 @@ WindowJudgement judge_window(const WindowFigures& figures) {
     judgement.near_point =
         k * (std::min(figures.left_curtain_px, figures.right_curtain_px) + figures.near_px) / width;
     judgement.far_point = k * figures.far_px / width;
-    judgement.window_moved_back = figures.estimate_window == setting::estimate_window::within_limit && figures.near_px < 0.0;
+    judgement.window_moved_back =
+        figures.estimate_window == setting::estimate_window::within_limit && figures.near_px < 0.0;
     const std::array limits{kUnsuited, kPrintOnly, kCritical, kTypical};
     judgement.depth = static_cast<DepthVerdict>(range_of(judgement.deviation, limits));
     judgement.far_verdict = static_cast<FarVerdict>(range_of(judgement.far_point, limits));
