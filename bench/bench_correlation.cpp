@@ -209,12 +209,12 @@ void whole_phase(benchmark::State& state) {
     const Bitmap wide = make_texture(width + kShift, height);
     const StereoPicture pair{wide.picture().part(kShift, 0, width, height),
                              wide.picture().part(0, 0, width, height)};
-    AnalysisState analysis{ParameterSet{}};
+    AnalysisState analysis{AnalysisOptions{}};
     for ([[maybe_unused]] auto turn : state) {
         reset_analysis(analysis, false);
         benchmark::DoNotOptimize(analyse_phase(analysis, pair, {phase, 1, false, width <= 800}, {}));
     }
-    if (phase == AnalysePhase::geometry && std::abs(analysis.ErrorPixel_x[5][5] - kShift) > 2.0F) {
+    if (phase == AnalysePhase::geometry && std::abs(analysis.dx[5][5] - kShift) > 2.0F) {
         state.SkipWithError("wrong displacement");
     }
 }

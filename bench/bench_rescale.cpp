@@ -101,11 +101,11 @@ BENCHMARK(count_greys)->ArgName("set")->Arg(0)->Arg(1)->Unit(benchmark::kMillise
 void adapt_colours(benchmark::State& state) {
     const Bitmap source = make_gradient(kWidth, kHeight);
     const StereoPicture pair{source.picture(), source.picture()};
-    AnalysisState analysis{ParameterSet{}};
+    AnalysisState analysis{AnalysisOptions{}};
     for ([[maybe_unused]] auto turn : state) {
         colormap_adapt(analysis, pair, nullptr, static_cast<int>(state.range(0)));
     }
-    if (analysis.Colormap_l.plane != analysis.Colormap_r.plane) {
+    if (analysis.tone_left.plane != analysis.tone_right.plane) {
         state.SkipWithError("equal views, different tables");
     }
     megapixels(state, 2.0 * kWidth * kHeight);

@@ -1,5 +1,6 @@
 #!/bin/sh
-# A folder below src/ includes only from itself and from folders above it in this list.
+# A folder below src/ includes only from itself and from folders above it in this list, and the headers of the
+# system and of outside libraries only in their rooms.
 set -eu
 cd "$(dirname "$0")/../src"
 layers="platform numerics config input analysis depth render video report driver"
@@ -16,10 +17,16 @@ for layer in $layers; do
         esac
     done
 done
-for header in unistd.h sys/stat.h spawn.h windows.h; do
-    if grep -rln "#include <$header>" --include='*.cpp' --include='*.h' . | grep -v '^./platform/'; then
-        echo "<$header> belongs to src/platform alone"
+
+# A room: the headers, as a pattern, and the files that may include them, as another.
+room() {
+    if grep -rnE "^#include <($1)" --include='*.cpp' --include='*.h' . | sed 's,^\./,,' | grep -vE "^($2)"; then
+        echo "<$1> is included out of its room, $2"
         status=1
     fi
-done
+}
+room 'unistd\.h|sys/|spawn\.h|fcntl\.h|signal\.h|termios\.h|windows\.h' 'platform/'
+room 'SDL' 'render/letter_mask\.cpp|platform/screen\.cpp'
+room 'lcms2' 'render/cmyk\.cpp'
+room 'libav|libsw' 'video/'
 exit $status

@@ -1,34 +1,23 @@
 #include <algorithm>
 
-#include "analysis/analysis_dump.h"
+#include "analysis/analysis_visitor.h"
 #include "analysis/phases.h"
 #include "analysis/stereo_analyse.h"
-#include "input/passepartout.h"
 
 namespace zemora {
 
-AnalysisState::AnalysisState(const ParameterSet& parameters)
-    : estimate_window(parameters.estimate_window),
-      far_point_limit(parameters.far_point_limit),
-      win_off_reference(parameters.win_off_reference),
-      color_left_right(parameters.color_left_right),
-      auto_gamma_adjust(parameters.auto_gamma_adjust),
-      passepartout(parameters.passepartout),
-      estimate_vergence_v(parameters.estimate_vergence_v),
-      estimate_vergence_h(parameters.estimate_vergence_h),
-      robust(parameters.robust_estimation != 0),
-      passe_colour(passe_colour_of(parameters)),
-      Colormap_l(ToneTables::identity()),
-      Colormap_r(ToneTables::identity()) {}
+AnalysisState::AnalysisState(const AnalysisOptions& wanted)
+    : options(wanted), tone_left(ToneTables::identity()), tone_right(ToneTables::identity()) {}
 
 void reset_analysis(AnalysisState& state, bool keep) {
     if (!keep) {
-        state.ErrorPixel_x = {};
-        state.ErrorPixel_y = {};
+        state.dx = {};
+        state.dy = {};
     }
-    state.CQX = state.CQY = state.CQZ = state.CQM = {};
-    state.CQPDF = state.CQVAL = state.CQOK3 = state.CQOK5 = {};
-    state.values = {};
+    state.sharpness_x = state.sharpness_y = state.sharpness = state.contrast = {};
+    state.ambiguity = state.match_error = state.valid = state.valid_disparity = {};
+    state.correction = {};
+    state.window_px = 0.0F;
     state.disparity = {};
     state.residual_rms = 0.0F;
     state.ambiguous_shift = false;
@@ -40,7 +29,7 @@ void reset_analysis(AnalysisState& state, bool keep) {
 }
 
 void shift_predictions(AnalysisState& state, double shift_px) {
-    for (auto& row : state.ErrorPixel_x) {
+    for (auto& row : state.dx) {
         for (float& dx : row) {
             dx -= static_cast<float>(shift_px);
         }
@@ -58,9 +47,12 @@ phases::WorkingCopies phases::make_copies(AnalysisState& state, const StereoPict
     }
     const Picture left = state.working_left.picture(size.width, size.height);
     const Picture right = state.working_right.picture(size.width, size.height);
-    rescale(pair.left, left, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch);
-    rescale(pair.right, right, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch);
-    return {{left, right}, true};
+    const auto copy_view = [&state](ConstPicture view, Picture copy) {
+        return rescale(view, copy, state.rescale_scratch, RescaleFilter::bilinear, RescaleFit::stretch)
+                   .width > 0;
+    };
+    const bool made = copy_view(pair.left, left) && copy_view(pair.right, right);
+    return {{left, right}, made};
 }
 
 AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair, const PhaseRequest& request,
@@ -74,8 +66,10 @@ AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair, con
             status = phases::measure_disparity(state, pair, request.centre_px, progress);
             break;
     }
-    if (state.dump != nullptr && status != AnalyseStatus::no_memory) {
-        state.dump->conclude_phase(state, request.phase, request.reduced);
+    const bool has_ended = request.phase == AnalysePhase::shift ? status == AnalyseStatus::done
+                                                                : status != AnalyseStatus::no_memory;
+    if (state.visitor != nullptr && has_ended) {
+        state.visitor->visit_phase(state, request.phase, request.reduced);
     }
     return status;
 }

@@ -17,10 +17,10 @@ constexpr double kSharePassepartout = 0.5;  ///< The same for pictures with a fr
 }  // namespace
 
 MeasuredPair::MeasuredPair(const AnalysisState& state, const StereoPicture& pair)
-    : left(pair.left, state.Colormap_l),
-      right(pair.right, state.Colormap_r),
-      rule{state.passe_colour, state.passepartout == 0 ? kShareWhole : kSharePassepartout},
-      sub_pixel(state.robust ? SubPixel::vertex : SubPixel::damped_height),
+    : left(pair.left, state.tone_left),
+      right(pair.right, state.tone_right),
+      rule{state.options.passe_colour, state.options.has_passepartout ? kSharePassepartout : kShareWhole},
+      sub_pixel(state.options.robust ? SubPixel::vertex : SubPixel::damped_height),
       height(pair.left.height),
       width(pair.left.width) {}
 
@@ -56,15 +56,15 @@ bool match_inside(const TileSearch& search, float position_dx, int width) {
 void store_cell(AnalysisState& state, int row, int column, const CellValue& value) {
     const auto i = static_cast<std::size_t>(row);
     const auto j = static_cast<std::size_t>(column);
-    state.ErrorPixel_x[i][j] = value.dx;
-    state.ErrorPixel_y[i][j] = value.dy;
-    state.CQM[i][j] = value.contrast;
-    state.CQX[i][j] = value.figures.sharpness_x;
-    state.CQY[i][j] = value.figures.sharpness_y;
-    state.CQZ[i][j] = value.figures.sharpness;
+    state.dx[i][j] = value.dx;
+    state.dy[i][j] = value.dy;
+    state.contrast[i][j] = value.contrast;
+    state.sharpness_x[i][j] = value.figures.sharpness_x;
+    state.sharpness_y[i][j] = value.figures.sharpness_y;
+    state.sharpness[i][j] = value.figures.sharpness;
     state.looseness[i][j] = value.figures.looseness;
-    state.CQPDF[i][j] = value.figures.ambiguity;
-    state.CQVAL[i][j] = value.figures.value;
+    state.ambiguity[i][j] = value.figures.ambiguity;
+    state.match_error[i][j] = value.figures.value;
 }
 
 int tile_start(int nth, int tiles, int side, int length, double margin) {

@@ -11,7 +11,7 @@ namespace zemora {
 
 /// A tile with less contrast can carry no match.
 inline constexpr float kLeastContrast = 0.5F;
-/// `CQPDF` and `CQVAL` of a cell without a match.
+/// `ambiguity` and `match_error` of a cell without a match.
 inline constexpr int kNoFigure = 9999;
 
 /// The pair as a phase sees it.

@@ -86,11 +86,11 @@ Histogram mapped_histogram(const ViewHistograms& histograms, const ToneTables& t
 class Adaptation {
 public:
     Adaptation(AnalysisState& state, const ToneMode& mode, const BothViews<ViewHistograms>& counts)
-        : state_(state), mode_(mode), counts_(counts), target_(tone_target(state.color_left_right)) {}
+        : state_(state), mode_(mode), counts_(counts), target_(tone_target(state.options.color_left_right)) {}
 
     void match(std::int64_t pixels) {
-        const auto left = planes_of(state_.Colormap_l, mode_.channels);
-        const auto right = planes_of(state_.Colormap_r, mode_.channels);
+        const auto left = planes_of(state_.tone_left, mode_.channels);
+        const auto right = planes_of(state_.tone_right, mode_.channels);
         for (std::size_t c = 0; c < left.size(); ++c) {
             const BothViews<Histogram> histograms{counts_.left[c], counts_.right[c]};
             const BothViews<ToneLevels> matched = mode_.lines ? match_lines(histograms, target_)
@@ -105,7 +105,7 @@ public:
         if (!line.found || mode_.stretch == ToneMode::Stretch::none) {
             return;
         }
-        for (ToneTables* tables : {&state_.Colormap_l, &state_.Colormap_r}) {
+        for (ToneTables* tables : {&state_.tone_left, &state_.tone_right}) {
             for (ToneLevels& levels : planes_of(*tables, mode_.channels)) {
                 if (mode_.stretch == ToneMode::Stretch::hard) {
                     stretch_hard(levels, line);
@@ -117,22 +117,23 @@ public:
     }
 
     void balance_gamma() {
-        if (!mode_.gamma_always && state_.auto_gamma_adjust == 0) {
+        if (!mode_.gamma_always && state_.options.auto_gamma_adjust == 0) {
             return;
         }
         const BothViews<Histogram> histograms = mapped();
-        bend_view(state_.Colormap_l, gamma_coefficient(histograms.left));
-        bend_view(state_.Colormap_r, gamma_coefficient(histograms.right));
+        bend_view(state_.tone_left, gamma_coefficient(histograms.left));
+        bend_view(state_.tone_right, gamma_coefficient(histograms.right));
     }
 
 private:
     [[nodiscard]] BothViews<Histogram> mapped() const {
-        return {mapped_histogram(counts_.left, state_.Colormap_l, mode_.channels),
-                mapped_histogram(counts_.right, state_.Colormap_r, mode_.channels)};
+        return {mapped_histogram(counts_.left, state_.tone_left, mode_.channels),
+                mapped_histogram(counts_.right, state_.tone_right, mode_.channels)};
     }
     void bend_view(ToneTables& tables, double g) const {
         if (!mode_.gamma_always) {
-            g /= state_.auto_gamma_adjust == 1 ? 3.0 : (state_.auto_gamma_adjust == 2 ? 2.0 : 1.0);
+            g /= state_.options.auto_gamma_adjust == 1 ? 3.0
+                                                       : (state_.options.auto_gamma_adjust == 2 ? 2.0 : 1.0);
         }
         for (ToneLevels& levels : planes_of(tables, mode_.channels)) {
             bend(levels, std::clamp(g, -1.0, 1.0));
@@ -169,8 +170,8 @@ void keep_from_passe_colour(ToneTables& tables, Colour passe) {
 }  // namespace
 
 void colormap_identity(AnalysisState& state) {
-    state.Colormap_l = ToneTables::identity();
-    state.Colormap_r = ToneTables::identity();
+    state.tone_left = ToneTables::identity();
+    state.tone_right = ToneTables::identity();
 }
 
 void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle,
@@ -178,15 +179,15 @@ void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const Count
     if (mode >= 1 && mode <= static_cast<int>(kModes.size())) {
         const ToneMode& how = kModes[static_cast<std::size_t>(mode - 1)];
         const BothViews<ViewHistograms> counts{
-            count(counted_part(pair.left, rectangle), how.channels, state.passe_colour),
-            count(counted_part(pair.right, rectangle), how.channels, state.passe_colour)};
+            count(counted_part(pair.left, rectangle), how.channels, state.options.passe_colour),
+            count(counted_part(pair.right, rectangle), how.channels, state.options.passe_colour)};
         Adaptation adaptation(state, how, counts);
         adaptation.match(nominal_pixels(pair.left, rectangle));
         adaptation.stretch();
         adaptation.balance_gamma();
     }
-    keep_from_passe_colour(state.Colormap_l, state.passe_colour);
-    keep_from_passe_colour(state.Colormap_r, state.passe_colour);
+    keep_from_passe_colour(state.tone_left, state.options.passe_colour);
+    keep_from_passe_colour(state.tone_right, state.options.passe_colour);
 }
 
 }  // namespace zemora

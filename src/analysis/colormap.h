@@ -20,7 +20,7 @@ inline constexpr int kColormapForGeometry = 10;
 /// Every entry i of all planes of both views becomes i x 256.
 void colormap_identity(AnalysisState& state);
 
-/// Fills `Colormap_l` and `Colormap_r` from the histograms of the pair.
+/// Fills `tone_left` and `tone_right` from the histograms of the pair.
 void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle,
                     int mode);
 

@@ -19,7 +19,7 @@ struct CellSet {
 };
 
 /// Extremes and mean of the valid cells; returns their number.
-int take_extremes(const CellSet& cells, int width, DisparityStatistics& out, float& shift) {
+int take_extremes(const CellSet& cells, int width, DisparityStatistics& out, double& shift) {
     out.near_point = static_cast<float>(width);
     out.far_point = -static_cast<float>(width);
     double sum = 0.0;
@@ -27,7 +27,7 @@ int take_extremes(const CellSet& cells, int width, DisparityStatistics& out, flo
     for (std::size_t i = 0; i < static_cast<std::size_t>(cells.rows); ++i) {
         for (std::size_t j = 0; j < static_cast<std::size_t>(cells.columns); ++j) {
             if (cells.valid[i][j] != 0) {
-                const float x = cells.state.ErrorPixel_x[i][j];
+                const float x = cells.state.dx[i][j];
                 out.near_point = std::min(out.near_point, x);
                 out.far_point = std::max(out.far_point, x);
                 sum += x;
@@ -35,7 +35,7 @@ int take_extremes(const CellSet& cells, int width, DisparityStatistics& out, flo
             }
         }
     }
-    shift = count > 0 ? static_cast<float>(sum / count) : 0.0F;
+    shift = count > 0 ? static_cast<float>(sum / count) : 0.0F;  // a float
     return count;
 }
 
@@ -47,7 +47,7 @@ void take_edges(const CellSet& cells, DisparityStatistics& out, Counts counts) {
     const auto last_column = static_cast<std::size_t>(cells.columns - 1);
     const auto take = [&](float& edge, std::size_t i, std::size_t j) {
         if (counts(i, j)) {
-            edge = std::min(edge, cells.state.ErrorPixel_x[i][j]);
+            edge = std::min(edge, cells.state.dx[i][j]);
         }
     };
     for (std::size_t i = 0; i <= last_row; ++i) {
@@ -67,8 +67,8 @@ float centre_disparity(const AnalysisState& state) {
         int count = 0;
         for (int i = first; i < kGridMax - first; ++i) {
             for (int j = first; j < kGridMax - first; ++j) {
-                if (state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] != 0) {
-                    sum += state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+                if (state.valid_disparity[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] != 0) {
+                    sum += state.dx[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
                     ++count;
                 }
             }
@@ -83,22 +83,22 @@ float centre_disparity(const AnalysisState& state) {
 }  // namespace
 
 void update_grid_disparities(AnalysisState& state, int width, int columns, int rows) {
-    const CellSet cells{state, state.CQOK3, columns, rows};
-    take_extremes(cells, width, state.disparity, state.values.shift);
+    const CellSet cells{state, state.valid, columns, rows};
+    take_extremes(cells, width, state.disparity, state.correction.shift_px);
     take_edges(cells, state.disparity, [&state](std::size_t i, std::size_t j) {
-        return state.CQX[i][j] >= kEdgeSharpness && state.CQY[i][j] >= kEdgeSharpness &&
-               state.CQZ[i][j] >= kEdgeSharpness && state.CQM[i][j] >= kEdgeContrast;
+        return state.sharpness_x[i][j] >= kEdgeSharpness && state.sharpness_y[i][j] >= kEdgeSharpness &&
+               state.sharpness[i][j] >= kEdgeSharpness && state.contrast[i][j] >= kEdgeContrast;
     });
 }
 
 bool update_line_disparities(AnalysisState& state, int width) {
-    const CellSet cells{state, state.CQOK5, kGridMax, kGridMax};
-    if (take_extremes(cells, width, state.disparity, state.values.shift) == 0) {
+    const CellSet cells{state, state.valid_disparity, kGridMax, kGridMax};
+    if (take_extremes(cells, width, state.disparity, state.correction.shift_px) == 0) {
         state.disparity = {};
         return false;
     }
     take_edges(cells, state.disparity,
-               [&state](std::size_t i, std::size_t j) { return state.CQOK5[i][j] != 0; });
+               [&state](std::size_t i, std::size_t j) { return state.valid_disparity[i][j] != 0; });
     state.disparity.centre_disparity = centre_disparity(state);
     return true;
 }
@@ -119,20 +119,21 @@ double window_length_px(double length, int reference, double height, double widt
 
 bool choose_window(AnalysisState& state, int height, int width) {
     const DisparityStatistics& d = state.disparity;
-    float& window = state.values.window;
-    switch (state.estimate_window) {
+    float& window = state.window_px;
+    switch (state.options.estimate_window) {
         case 0: window = 0.0F; break;
-        case 1: window = state.values.shift; break;
+        case 1: window = static_cast<float>(state.correction.shift_px); break;
         case 2: window = d.near_point; break;
         case 3:
             window = std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near});
             break;
         case 4: window = d.far_point; break;
         case 5:
-            window = std::max(
-                d.near_point,
-                static_cast<float>(d.far_point - window_length_px(state.far_point_limit,
-                                                                  state.win_off_reference, height, width)));
+            window =
+                std::max(d.near_point,
+                         static_cast<float>(d.far_point - window_length_px(state.options.far_point_limit,
+                                                                           state.options.win_off_reference,
+                                                                           height, width)));
             break;
         default: return false;
     }

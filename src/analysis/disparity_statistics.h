@@ -13,7 +13,7 @@ void update_grid_disparities(AnalysisState& state, int width, int columns, int r
 /// valid cell.
 [[nodiscard]] bool update_line_disparities(AnalysisState& state, int width);
 
-/// Sets `values.window` by `EstimateWindow` for a measured image of that size; another value of the
+/// Sets `window_px` by `EstimateWindow` for a measured image of that size; another value of the
 /// setting keeps the window of the measurement before and gives false.
 bool choose_window(AnalysisState& state, int height, int width);
 

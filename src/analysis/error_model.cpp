@@ -54,11 +54,11 @@ ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width
         }
     }
     ModelFit fit;
-    fit.values.height = static_cast<float>(total[kHeight]);
+    fit.values.height_px = static_cast<float>(total[kHeight]);
     fit.values.size = static_cast<float>(total[kSize]);
-    fit.values.rotation = static_cast<float>(total[kRotation]);
-    fit.values.vergence_v = static_cast<float>(total[kVergenceV]);
-    fit.values.vergence_h = static_cast<float>(total[kVergenceH]);
+    fit.values.rotation_rad = static_cast<float>(total[kRotation]);
+    fit.values.vergence_v_rad = static_cast<float>(total[kVergenceV]);
+    fit.values.vergence_h_rad = static_cast<float>(total[kVergenceH]);
     for (const ModelPoint& point : points) {
         fit.residual_rms += point.dy * point.dy;
     }
@@ -67,15 +67,15 @@ ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width
     return fit;
 }
 
-double mean_model_error(const CorrectionValues& values, int height, int width) {
+double mean_model_error(const Correction& values, int height, int width) {
     double sum = 0.0;
     for (int i = 0; i < kLattice; ++i) {
         for (int j = 0; j < kLattice; ++j) {
             const double x = (j - kHalfLattice) * static_cast<double>(width) / kLattice;
             const double y = (i - kHalfLattice) * static_cast<double>(height) / kLattice;
-            sum += std::fabs(values.height + values.size * y + values.rotation * x +
-                             values.vergence_v * x * y / (width / 2.0) +
-                             values.vergence_h * y * y / (height / 2.0));
+            sum += std::fabs(values.height_px + values.size * y + values.rotation_rad * x +
+                             values.vergence_v_rad * x * y / (width / 2.0) +
+                             values.vergence_h_rad * y * y / (height / 2.0));
         }
     }
     return sum / (kLattice * kLattice);

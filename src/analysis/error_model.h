@@ -35,7 +35,7 @@ using ModelBasis = std::array<double, 5>;
 [[nodiscard]] ModelBasis model_basis(const ModelPoint& point, int height, int width);
 
 struct ModelFit {
-    CorrectionValues values;    ///< Shift and window stay 0.
+    Correction values;          ///< Shift and window stay 0.
     double residual_rms = 0.0;  ///< Pixels; of the weighted points where the fit has weights.
 };
 

@@ -26,11 +26,11 @@ std::vector<GridPoint> valid_points(const AnalysisState& state, int columns, int
         for (int column = 0; column < columns; ++column) {
             const auto i = static_cast<std::size_t>(row);
             const auto j = static_cast<std::size_t>(column);
-            if (state.CQOK3[i][j] != 0) {
-                points.push_back({{state.middle_x[i][j], state.middle_y[i][j], state.ErrorPixel_y[i][j],
-                                   state.looseness[i][j]},
-                                  row,
-                                  column});
+            if (state.valid[i][j] != 0) {
+                points.push_back(
+                    {{state.middle_x[i][j], state.middle_y[i][j], state.dy[i][j], state.looseness[i][j]},
+                     row,
+                     column});
             }
         }
     }
@@ -64,9 +64,9 @@ void estimate_first_grid_robustly(AnalysisState& state, const std::vector<GridPo
     for (const GridPoint& p : points) {
         heights.push_back(p.point.dy - size * (p.point.y - height / 2));
     }
-    state.values = {};
-    state.values.height = static_cast<float>(median(heights));
-    state.values.size = static_cast<float>(size);
+    state.correction = {};
+    state.correction.height_px = static_cast<float>(median(heights));
+    state.correction.size = static_cast<float>(size);
     state.residual_rms = 0.0F;
     state.first_grid_spread = 0.0F;
     for (const double dy : heights) {
@@ -92,19 +92,20 @@ void estimate_first_grid(AnalysisState& state, const std::vector<GridPoint>& poi
             square += y * y;
         }
     }
-    state.values = {};
-    state.values.height = static_cast<float>(mean);
-    state.values.size =
+    state.correction = {};
+    state.correction.height_px = static_cast<float>(mean);
+    state.correction.size =
         points.size() >= kLeastSizeCells && square > 0.0 ? static_cast<float>(product / square) : 0.0F;
     state.residual_rms = 0.0F;
 }
 
 ModelTerms terms_of(const AnalysisState& state) {
-    return model_terms(state.estimate_vergence_v, state.estimate_vergence_h, state.corner_coverage == 1);
+    return model_terms(state.options.estimate_vergence_v, state.options.estimate_vergence_h,
+                       state.corner_coverage == 1);
 }
 
 void take_fit(AnalysisState& state, const ModelFit& fit) {
-    state.values = fit.values;
+    state.correction = fit.values;
     state.residual_rms = static_cast<float>(fit.residual_rms);
 }
 
@@ -118,7 +119,7 @@ void estimate_model_robustly(AnalysisState& state, const std::vector<GridPoint>&
         for (std::size_t k = 0; k < points.size(); ++k) {
             const auto i = static_cast<std::size_t>(points[k].row);
             const auto j = static_cast<std::size_t>(points[k].column);
-            state.CQOK3[i][j] = robust.weights[k] > 0.0 ? 1 : 0;
+            state.valid[i][j] = robust.weights[k] > 0.0 ? 1 : 0;
         }
         state.corner_coverage = phases::corners_covered(state) ? 1 : 0;
     };
@@ -138,7 +139,7 @@ void estimate_model(AnalysisState& state, const std::vector<GridPoint>& points, 
     for (const GridPoint& p : points) {
         model_points.push_back(p.point);
     }
-    if (state.robust) {
+    if (state.options.robust) {
         estimate_model_robustly(state, points, model_points, height, width);
     } else {
         take_fit(state, solve_error_model(std::move(model_points), height, width, terms_of(state)));
@@ -150,12 +151,11 @@ void estimate_model(AnalysisState& state, const std::vector<GridPoint>& points, 
 EstimateStatus estimate_geometry(AnalysisState& state, int height, int width, int columns, int rows,
                                  AnalysePhase phase) {
     const std::vector<GridPoint> points = valid_points(state, columns, rows);
-    const float window = state.values.window;
     if (phase == AnalysePhase::first_grid) {
         if (points.empty()) {
             return EstimateStatus::no_cell;
         }
-        if (state.robust) {
+        if (state.options.robust) {
             estimate_first_grid_robustly(state, points, height, rows);
         } else {
             estimate_first_grid(state, points, height, rows);
@@ -166,7 +166,6 @@ EstimateStatus estimate_geometry(AnalysisState& state, int height, int width, in
         }
         estimate_model(state, points, height, width);
     }
-    state.values.window = window;
     update_grid_disparities(state, width, columns, rows);
     choose_window(state, height, width);
     return EstimateStatus::done;

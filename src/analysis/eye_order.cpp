@@ -21,8 +21,8 @@ template <class Visit>
 void for_valid_cells(const AnalysisState& state, Visit visit) {
     for (std::size_t i = 0; i < kGridMax; ++i) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
-            if (state.CQOK5[i][j] != 0) {
-                visit(static_cast<double>(i), static_cast<double>(state.ErrorPixel_x[i][j]));
+            if (state.valid_disparity[i][j] != 0) {
+                visit(static_cast<double>(i), static_cast<double>(state.dx[i][j]));
             }
         }
     }

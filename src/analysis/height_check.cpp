@@ -116,10 +116,10 @@ SideRange disparities_near(const AnalysisState& state, int x, int y) {
     std::vector<Cell> cells;
     for (std::size_t i = 0; i < kGridMax; ++i) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
-            if (state.CQOK5[i][j] != 0) {
+            if (state.valid_disparity[i][j] != 0) {
                 const std::int64_t dx = state.middle_x[i][j] - x;
                 const std::int64_t dy = state.middle_y[i][j] - y;
-                cells.push_back({dx * dx + dy * dy, state.ErrorPixel_x[i][j]});
+                cells.push_back({dx * dx + dy * dy, state.dx[i][j]});
             }
         }
     }

@@ -50,13 +50,13 @@ void substitute(const Matrix& lower, ModelBasis& b) {
 
 }  // namespace
 
-CorrectionValues values_of_terms(const ModelBasis& c) {
-    CorrectionValues values;
-    values.height = static_cast<float>(c[0]);
+Correction values_of_terms(const ModelBasis& c) {
+    Correction values;
+    values.height_px = static_cast<float>(c[0]);
     values.size = static_cast<float>(c[1]);
-    values.rotation = static_cast<float>(c[2]);
-    values.vergence_v = static_cast<float>(c[3]);
-    values.vergence_h = static_cast<float>(c[4]);
+    values.rotation_rad = static_cast<float>(c[2]);
+    values.vergence_v_rad = static_cast<float>(c[3]);
+    values.vergence_h_rad = static_cast<float>(c[4]);
     return values;
 }
 

@@ -26,7 +26,7 @@ using SolvedTerms = std::array<bool, kModelTerms>;
 }
 
 /// The correction that coefficients of the terms stand for; shift and window are 0.
-[[nodiscard]] CorrectionValues values_of_terms(const ModelBasis& c);
+[[nodiscard]] Correction values_of_terms(const ModelBasis& c);
 
 /// Root mean square of each column: what brings the columns to one length.
 [[nodiscard]] ModelBasis column_units(const std::vector<ModelBasis>& bases);

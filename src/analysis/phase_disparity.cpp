@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "analysis/analysis_dump.h"
+#include "analysis/analysis_visitor.h"
 #include "analysis/cell_measure.h"
 #include "analysis/disparity_statistics.h"
 #include "analysis/phases.h"
@@ -103,10 +103,10 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, int 
                                                    : rejected(forward, reverse);
     value.dx += static_cast<float>(centre);
     store_cell(state, row, column, value);
-    state.CQOK5[i][j] = (forward_good || reverse_good) && unambiguous(value) ? 1 : 0;
-    if (state.dump != nullptr) {
-        state.dump->write_cell(pair, {AnalysePhase::disparity, row, column}, search, &tools.reverse, value.dx,
-                               value.dy);
+    state.valid_disparity[i][j] = (forward_good || reverse_good) && unambiguous(value) ? 1 : 0;
+    if (state.visitor != nullptr) {
+        state.visitor->visit_cell(pair, {AnalysePhase::disparity, row, column}, search, &tools.reverse,
+                                  value.dx, value.dy);
     }
 }
 
@@ -114,9 +114,10 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, int cell, int 
 void scale_disparities(AnalysisState& state, float scale) {
     DisparityStatistics& d = state.disparity;
     for (float* value : {&d.near_point, &d.far_point, &d.centre_disparity, &d.left_edge_near,
-                         &d.right_edge_near, &d.top_edge_near, &d.bottom_edge_near, &state.values.shift}) {
+                         &d.right_edge_near, &d.top_edge_near, &d.bottom_edge_near}) {
         *value *= scale;
     }
+    state.correction.shift_px = static_cast<float>(state.correction.shift_px) * scale;
 }
 
 /// Calls `visit(row, column)` for the valid cells.
@@ -124,7 +125,7 @@ template <class Visit>
 void for_valid_cells(const AnalysisState& state, Visit visit) {
     for (int i = 0; i < kGridMax; ++i) {
         for (int j = 0; j < kGridMax; ++j) {
-            if (state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] != 0) {
+            if (state.valid_disparity[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] != 0) {
                 visit(i, j);
             }
         }
@@ -137,13 +138,13 @@ void remove_isolated_extremes(AnalysisState& state) {
     std::array<int, kSearch + 1> cells_at{};
     constexpr int kMiddle = kSearch / 2;
     const auto bin = [&state](std::size_t i, std::size_t j) {
-        return std::clamp(round_half_up(state.ErrorPixel_x[i][j] + kMiddle), 0, kSearch);
+        return std::clamp(round_half_up(state.dx[i][j] + kMiddle), 0, kSearch);
     };
     int low = kSearch + 1;
     int high = -1;
     for (std::size_t i = 0; i < kGridMax; ++i) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
-            if (state.CQOK5[i][j] != 0) {
+            if (state.valid_disparity[i][j] != 0) {
                 const int b = bin(i, j);
                 ++cells_at[static_cast<std::size_t>(b)];
                 low = std::min(low, b);
@@ -168,7 +169,7 @@ void remove_isolated_extremes(AnalysisState& state) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
             const int b = bin(i, j);
             if ((high_alone && b == high) || (low_alone && b == low)) {
-                state.CQOK5[i][j] = 0;
+                state.valid_disparity[i][j] = 0;
             }
         }
     }
@@ -182,16 +183,15 @@ void remove_lonely_extremes(AnalysisState& state) {
         for (int i = std::max(row - 1, 0); i <= std::min(row + 1, kGridMax - 1); ++i) {
             for (int j = std::max(column - 1, 0); j <= std::min(column + 1, kGridMax - 1); ++j) {
                 const bool self = i == row && j == column;
-                if (!self && at(state.CQOK5, i, j) != 0 &&
-                    std::fabs(at(state.ErrorPixel_x, i, j) - at(state.ErrorPixel_x, row, column)) <=
-                        static_cast<float>(kGap)) {
+                if (!self && at(state.valid_disparity, i, j) != 0 &&
+                    std::fabs(at(state.dx, i, j) - at(state.dx, row, column)) <= static_cast<float>(kGap)) {
                     return true;
                 }
             }
         }
         return false;
     };
-    const Grid<int> before = state.CQOK5;
+    const Grid<int> before = state.valid_disparity;
     int left = 0;
     for (bool goes_on = true; goes_on;) {
         goes_on = false;
@@ -199,21 +199,21 @@ void remove_lonely_extremes(AnalysisState& state) {
         float low = std::numeric_limits<float>::max();
         float high = std::numeric_limits<float>::lowest();
         for_valid_cells(state, [&](int i, int j) {
-            const float dx = state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+            const float dx = state.dx[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
             low = std::min(low, dx);
             high = std::max(high, dx);
         });
         for_valid_cells(state, [&](int i, int j) {
-            const float dx = state.ErrorPixel_x[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+            const float dx = state.dx[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
             ++left;
             if ((dx == low || dx == high) && !has_neighbour(i, j)) {
-                state.CQOK5[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = 0;
+                state.valid_disparity[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = 0;
                 goes_on = true;
             }
         });
     }
     if (left == 0) {  // each cell stands alone: then none is better than the others
-        state.CQOK5 = before;
+        state.valid_disparity = before;
     }
 }
 
@@ -242,7 +242,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
                                 const AnalyseProgress& progress) {
     const int long_side = std::max(pair.left.width, pair.left.height);
     const int short_side = std::min(pair.left.width, pair.left.height);
-    state.CQOK5 = {};
+    state.valid_disparity = {};
     if (short_side <= 0) {
         return AnalyseStatus::no_disparity;
     }
@@ -258,7 +258,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
     const bool tiles_fit = measured.width >= kDisparityTile && measured.height >= kDisparityTile;
     for_each_cell(tiles_fit ? kCells : 0, cell_order(state, AnalysePhase::disparity), progress,
                   [&](int cell, CellTools& tools) { measure_cell(state, measured, cell, centre, tools); });
-    if (state.robust) {
+    if (state.options.robust) {
         remove_lonely_extremes(state);
     } else {
         remove_isolated_extremes(state);
@@ -271,7 +271,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
     state.disparity_end_reached =
         state.disparity.far_point - middle >= kEnd || state.disparity.near_point - middle <= -kEnd;
     if (choose_window(state, measured.height, measured.width)) {
-        state.values.window *= scale;
+        state.window_px *= scale;
     }
     scale_disparities(state, scale);
     return AnalyseStatus::done;

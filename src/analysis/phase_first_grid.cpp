@@ -1,4 +1,4 @@
-#include "analysis/analysis_dump.h"
+#include "analysis/analysis_visitor.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -74,10 +74,10 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, TileSearch sea
     value.dx += static_cast<float>(shift_x);
     value.dy += static_cast<float>(shift_y);
     store_cell(state, row, column, value);
-    state.CQOK3[i][j] = forward_good || reverse_good ? 1 : 0;
-    if (state.dump != nullptr) {
-        state.dump->write_cell(pair, {AnalysePhase::first_grid, row, column}, search,
-                               &tools.surface(!value.from_reverse), value.dx, value.dy);
+    state.valid[i][j] = forward_good || reverse_good ? 1 : 0;
+    if (state.visitor != nullptr) {
+        state.visitor->visit_cell(pair, {AnalysePhase::first_grid, row, column}, search,
+                                  &tools.surface(!value.from_reverse), value.dx, value.dy);
     }
 }
 
@@ -88,8 +88,8 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
     const int tile_rows = measured.height / 6;
     const int tile_columns = measured.width / 6;
     const double margin = tile_columns / 2.0 + 1.0;
-    const int shift_x = round_half_up(state.ErrorPixel_x[0][0]);
-    const int shift_y = round_half_up(state.ErrorPixel_y[0][0]);
+    const int shift_x = round_half_up(state.dx[0][0]);
+    const int shift_y = round_half_up(state.dy[0][0]);
     const bool has_area = tile_rows > 0 && tile_columns > 0;
     state.previous_width = static_cast<float>(measured.width);
     const int cells = has_area ? kFirstGrid * kFirstGrid : 0;
@@ -110,7 +110,7 @@ void measure_first_grid(AnalysisState& state, const StereoPicture& pair, const A
         measure_cell(state, measured, search, row, column, tools);
     });
     for (std::size_t k = 0; !has_area && k < kFirstGrid * kFirstGrid; ++k) {
-        state.CQOK3[k / kFirstGrid][k % kFirstGrid] = 0;
+        state.valid[k / kFirstGrid][k % kFirstGrid] = 0;
     }
 }
 

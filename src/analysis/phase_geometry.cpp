@@ -2,7 +2,7 @@
 #include <cmath>
 #include <limits>
 
-#include "analysis/analysis_dump.h"
+#include "analysis/analysis_visitor.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -16,7 +16,7 @@ constexpr int kMostPasses = 4;
 constexpr int kLargestSearch = 500;  ///< Pixels.
 constexpr int kLeastCells = 7;       ///< Valid cells that end a phase.
 
-/// Values of `DONE`.
+/// Values of `cell_course`.
 enum Done { kNotMeasured = 0, kMeasured = 1, kAccepted = 2, kNoContrastRight = -97, kNoContrastLeft = -99 };
 
 /// What a direction without contrast shows in all of its figures.
@@ -72,28 +72,28 @@ CellValue value_of(const DirectionResult& result, float sign, int prediction) {
             result.contrast, result.figures, sign < 0.0F};
 }
 
-/// Leaves the value of a cell in the state, and lays it open. A tile without contrast has no surface.
+/// Leaves the value of a cell in the state, and shows it. A tile without contrast has no surface.
 void settle_cell(AnalysisState& state, const MeasuredPair& pair, const TileSearch& search, int row,
                  int column, const CellValue& value, bool accepted, CellTools& tools) {
     const auto i = static_cast<std::size_t>(row);
     const auto j = static_cast<std::size_t>(column);
     store_cell(state, row, column, value);
-    state.CQOK3[i][j] = accepted ? 1 : 0;
+    state.valid[i][j] = accepted ? 1 : 0;
     if (accepted) {
-        state.DONE[i][j] = kAccepted;
+        state.cell_course[i][j] = kAccepted;
     }
-    if (state.dump != nullptr) {
+    if (state.visitor != nullptr) {
         const bool correlated = value.contrast >= kLeastContrast;
-        state.dump->write_cell(pair, {AnalysePhase::geometry, row, column}, search,
-                               correlated ? &tools.surface(!value.from_reverse) : nullptr, value.dx,
-                               value.dy);
+        state.visitor->visit_cell(pair, {AnalysePhase::geometry, row, column}, search,
+                                  correlated ? &tools.surface(!value.from_reverse) : nullptr, value.dx,
+                                  value.dy);
     }
 }
 
 /// Measures the cell forward and, where that gives nothing, in reverse.
 void measure_cell(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run, TileSearch search,
                   int row, int column, CellTools& tools) {
-    int& done = state.DONE[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+    int& done = state.cell_course[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
     const int prediction = search.shift_x;
     const DirectionResult forward = try_direction(pair, true, search, kBlankForward, tools);
     const CellValue forward_value = value_of(forward, 1.0F, prediction);
@@ -125,7 +125,7 @@ void measure_cell(AnalysisState& state, const MeasuredPair& pair, const Geometry
 /// One pass over the cells.
 void measure_pass(AnalysisState& state, const MeasuredPair& pair, const GeometryRun& run,
                   const AnalyseProgress& progress) {
-    const double margin = state.TW_A[0][0] / 2.0 + 1.0;
+    const double margin = state.search_columns[0][0] / 2.0 + 1.0;
     const CellOrder order = cell_order(state, AnalysePhase::geometry);
     for_each_cell(kCells, order, progress, [&](int cell, CellTools& tools) {
         const int row = cell / kGeometryGrid;
@@ -133,23 +133,23 @@ void measure_pass(AnalysisState& state, const MeasuredPair& pair, const Geometry
         const auto i = static_cast<std::size_t>(row);
         const auto j = static_cast<std::size_t>(column);
         if (run.first) {
-            if (state.DONE[i][j] == kAccepted) {
+            if (state.cell_course[i][j] == kAccepted) {
                 return;
             }
-            state.TH_A[i][j] = std::min(state.TH_A[i][j] * 4 / 3, kLargestSearch);
-            state.TW_A[i][j] = std::min(state.TW_A[i][j] * 4 / 3, kLargestSearch);
+            state.search_rows[i][j] = std::min(state.search_rows[i][j] * 4 / 3, kLargestSearch);
+            state.search_columns[i][j] = std::min(state.search_columns[i][j] * 4 / 3, kLargestSearch);
         }
         const int x = tile_start(column, kGeometryGrid, run.tile_columns, pair.width, margin);
         const int y = tile_start(row, kGeometryGrid, run.tile_rows, pair.height, margin);
         state.middle_x[i][j] = x + run.tile_columns / 2;
         state.middle_y[i][j] = y + run.tile_rows / 2;
-        const int prediction = run.predicted ? round_half_up(state.ErrorPixel_x[i][j]) : 0;
+        const int prediction = run.predicted ? round_half_up(state.dx[i][j]) : 0;
         const TileSearch search{x,
                                 y,
                                 run.tile_rows,
                                 run.tile_columns,
-                                state.TH_A[i][j],
-                                state.TW_A[i][j],
+                                state.search_rows[i][j],
+                                state.search_columns[i][j],
                                 run.step_y,
                                 run.step_x,
                                 prediction,
@@ -163,12 +163,12 @@ void measure_pass(AnalysisState& state, const MeasuredPair& pair, const Geometry
 void prepare_searches(AnalysisState& state, const StereoPicture& pair, bool first, bool reduced) {
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            if (first || state.TH_A[i][j] == 0) {
-                state.DONE[i][j] = kNotMeasured;
-                state.TH_A[i][j] = std::min(default_search_rows(pair.left.height), kLargestSearch);
+            if (first || state.search_rows[i][j] == 0) {
+                state.cell_course[i][j] = kNotMeasured;
+                state.search_rows[i][j] = std::min(default_search_rows(pair.left.height), kLargestSearch);
             }
-            if (first || !reduced || state.TW_A[i][j] == 0) {
-                state.TW_A[i][j] = default_search_columns(pair.left.width);
+            if (first || !reduced || state.search_columns[i][j] == 0) {
+                state.search_columns[i][j] = default_search_columns(pair.left.width);
             }
         }
     }
@@ -180,7 +180,7 @@ void scale_predictions(AnalysisState& state, int width) {
     const float ratio = static_cast<float>(width) / before;
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            state.ErrorPixel_x[i][j] *= ratio;
+            state.dx[i][j] *= ratio;
         }
     }
 }
@@ -194,8 +194,8 @@ CellCount count_cells(const AnalysisState& state) {
     CellCount count;
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            const int done = state.DONE[i][j];
-            count.valid += state.CQOK3[i][j];
+            const int done = state.cell_course[i][j];
+            count.valid += state.valid[i][j];
             count.without_contrast += done == kNoContrastLeft || done == kNoContrastRight ? 1 : 0;
         }
     }
@@ -207,7 +207,7 @@ template <class Visit>
 void for_valid_cells(const AnalysisState& state, Visit visit) {
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            if (state.CQOK3[i][j] != 0) {
+            if (state.valid[i][j] != 0) {
                 visit(i, j);
             }
         }
@@ -221,14 +221,14 @@ void remove_near_outliers(AnalysisState& state, int step_x) {
     double sum = 0.0;
     int count = 0;
     for_valid_cells(state, [&](std::size_t i, std::size_t j) {
-        sum += state.ErrorPixel_x[i][j];
+        sum += state.dx[i][j];
         ++count;
     });
     const double mean = count > 0 ? sum / count : 0.0;
     double squares = 0.0;
     int near = 0;
     for_valid_cells(state, [&](std::size_t i, std::size_t j) {
-        const double x = state.ErrorPixel_x[i][j];
+        const double x = state.dx[i][j];
         if (x <= 0.0) {
             squares += (x - mean) * (x - mean);
             ++near;
@@ -239,8 +239,8 @@ void remove_near_outliers(AnalysisState& state, int step_x) {
     }
     const double limit = std::min(-kSigmas * std::sqrt(squares / near), mean - kSigmas * step_x);
     for_valid_cells(state, [&](std::size_t i, std::size_t j) {
-        if (state.ErrorPixel_x[i][j] < limit) {
-            state.CQOK3[i][j] = 0;
+        if (state.dx[i][j] < limit) {
+            state.valid[i][j] = 0;
         }
     });
 }
@@ -253,14 +253,14 @@ void remove_vertical_extremes(AnalysisState& state) {
     float high = -std::numeric_limits<float>::infinity();
     float low = std::numeric_limits<float>::infinity();
     for_valid_cells(state, [&](std::size_t i, std::size_t j) {
-        const float y = state.ErrorPixel_y[i][j];
+        const float y = state.dy[i][j];
         if (y > high) {
             high = y;
-            highest = &state.CQOK3[i][j];
+            highest = &state.valid[i][j];
         }
         if (y < low) {
             low = y;
-            lowest = &state.CQOK3[i][j];
+            lowest = &state.valid[i][j];
         }
     });
     if (count_cells(state).valid >= kLeastForRemoval && highest != nullptr && lowest != nullptr) {
@@ -277,7 +277,7 @@ bool is_textured(const AnalysisState& state) {
     int textured = 0;
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            textured += state.CQM[i][j] >= kTexture ? 1 : 0;
+            textured += state.contrast[i][j] >= kTexture ? 1 : 0;
         }
     }
     return textured >= kMost;
@@ -293,7 +293,7 @@ bool is_deep(const AnalysisState& state) {
 
 void remove_outliers(AnalysisState& state, int step_x) {
     remove_near_outliers(state, step_x);
-    if (!state.robust) {  // the robust fit finds those that are false
+    if (!state.options.robust) {  // the robust fit finds those that are false
         remove_vertical_extremes(state);
     }
 }
@@ -309,7 +309,7 @@ bool corners_covered(const AnalysisState& state) {
                 const int row = (corner & 1) != 0 ? kGeometryGrid - 1 - a : a;
                 const int column = (corner & 2) != 0 ? kGeometryGrid - 1 - b : b;
                 const int valid =
-                    state.CQOK3[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+                    state.valid[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
                 weight += valid != 0 ? kCornerWeight - a - b : 0;
             }
         }
@@ -331,7 +331,7 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     run.tile_columns = 2 * measured.width / 21;
     run.step_y = std::min(measured.height / 799 + 1, 2);
     run.step_x = std::min(measured.width / 799 + 1, 3);
-    if (state.robust && !request.reduced && is_textured(state)) {
+    if (state.options.robust && !request.reduced && is_textured(state)) {
         constexpr int kLeastForThird = 180;  // columns
         const int part = run.tile_columns >= kLeastForThird && is_deep(state) ? 3 : 2;
         run.tile_rows = std::max(run.tile_rows / part, 1);
@@ -342,7 +342,7 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     state.previous_width = static_cast<float>(measured.width);
     prepare_searches(state, pair, run.first, request.reduced);
     if (run.tile_rows == 0 || run.tile_columns == 0) {
-        state.CQOK3 = {};
+        state.valid = {};
         return;
     }
     // The first measurement of a continued frame has neither prediction nor growth: each pass would
@@ -351,8 +351,8 @@ void measure_geometry(AnalysisState& state, const StereoPicture& pair, const Pha
     for (int pass = 0; pass < passes; ++pass) {
         measure_pass(state, measured, run, progress);
         remove_outliers(state, run.step_x);
-        if (state.dump != nullptr && state.dump->wants_tables(AnalysePhase::geometry)) {
-            state.dump->display_try(state, pass + 1);
+        if (state.visitor != nullptr) {
+            state.visitor->visit_pass(state, pass + 1);
         }
         const CellCount count = count_cells(state);
         const bool enough = request.iteration > 1 || (kCells - count.without_contrast) / 2 <= count.valid;

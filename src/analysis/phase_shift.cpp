@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "analysis/analysis_dump.h"
+#include "analysis/analysis_visitor.h"
 #include "analysis/cell_measure.h"
 #include "analysis/phases.h"
 #include "numerics/rounding.h"
@@ -76,16 +76,16 @@ SurfaceFigures correlate_copy(AnalysisState& state, const StereoPicture& pair, c
     CellTools tools;
     const TileSearch search{x.start, y.start, y.tile, x.tile, y.search, x.search, 1, 1, shift_x, shift_y};
     tools.correlator.correlate(small.left, small.right, small.rule, search, tools.forward);
-    if (state.robust && plan.along.side == kFirstLongSide) {
+    if (state.options.robust && plan.along.side == kFirstLongSide) {
         state.ambiguous_shift = has_second_minimum(tools.forward);
     }
     const SurfaceFigures figures =
         evaluate_surface(tools.forward, pair.left.height, pair.left.width, small.sub_pixel);
-    if (state.dump != nullptr) {
+    if (state.visitor != nullptr) {
         const int name = plan.along.side == kFirstLongSide ? kFirstDumpName : kSecondLongSide;
-        state.dump->write_cell(small, {AnalysePhase::shift, name, name}, search, &tools.forward,
-                               static_cast<float>(shift_x) + figures.dx,
-                               static_cast<float>(shift_y) + figures.dy);
+        state.visitor->visit_cell(small, {AnalysePhase::shift, name, name}, search, &tools.forward,
+                                  static_cast<float>(shift_x) + figures.dx,
+                                  static_cast<float>(shift_y) + figures.dy);
     }
     return figures;
 }
@@ -114,11 +114,11 @@ AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
     }
     const float dx = kFinalPerSecond * (static_cast<float>(shift_x) + fine.dx);
     const float dy = kFinalPerSecond * (static_cast<float>(shift_y) + fine.dy);
-    state.ErrorPixel_x[0][0] = dx;
-    state.ErrorPixel_y[0][0] = dy;
-    if (state.dump != nullptr && state.dump->wants_tables(AnalysePhase::shift)) {
-        state.dump->print_shift({rough});
-        state.dump->print_shift({fine, true, dx, dy});
+    state.dx[0][0] = dx;
+    state.dy[0][0] = dy;
+    if (state.visitor != nullptr) {
+        state.visitor->visit_shift({rough});
+        state.visitor->visit_shift({fine, true, dx, dy});
     }
     if (std::fabs(dx) >= kLargestShift || std::fabs(dy) >= kLargestShift) {
         state.oversize_is_vertical = std::fabs(dx) < kLargestShift;

@@ -11,7 +11,7 @@ namespace zemora::phases {
 inline constexpr float kFirstGridSharpness = 0.5F;
 inline constexpr float kGeometrySharpness = 0.25F;
 inline constexpr float kDisparitySlope = 7.0F;
-/// Largest `CQVAL` of an accepted match of phase 3, on reduced and on full-size images.
+/// Largest `match_error` of an accepted match of phase 3, on reduced and on full-size images.
 inline constexpr int kValueLimitReduced = 2500;
 inline constexpr int kValueLimitFull = 10000;
 /// Phase 5: displacements of similar error, and width of the low band, of an accepted match.
@@ -52,11 +52,12 @@ void remove_outliers(AnalysisState& state, int step_x);
 /// Whether the valid cells of phase 3 reach into all four corners.
 [[nodiscard]] bool corners_covered(const AnalysisState& state);
 
-/// The plain rule: `CQOK5` of cells whose disparity stands alone at either end of all disparities is cleared.
+/// The plain rule: `valid_disparity` of cells whose disparity stands alone at either end of all disparities
+/// is cleared.
 void remove_isolated_extremes(AnalysisState& state);
 
-/// `CQOK5` of cells at either end of all disparities is cleared, again and again, where no neighbour is valid
-/// with nearly the same disparity. Where this would leave no cell, all stay.
+/// `valid_disparity` of cells at either end of all disparities is cleared, again and again, where no
+/// neighbour is valid with nearly the same disparity. Where this would leave no cell, all stay.
 void remove_lonely_extremes(AnalysisState& state);
 
 }  // namespace zemora::phases

@@ -8,22 +8,12 @@
 #include <functional>
 
 #include "analysis/tone_tables.h"
-#include "config/parameter_set.h"
+#include "config/setting_values.h"
 #include "numerics/bitmap.h"
+#include "numerics/pair_geometry.h"
 #include "numerics/rescale.h"
 
 namespace zemora {
-
-/// The measured values of a pair.
-struct CorrectionValues {
-    float height = 0.0F;      ///< Pixels of the analysed image, at its centre.
-    float shift = 0.0F;       ///< Pixels, mean of the valid cells.
-    float size = 0.0F;        ///< Pixels per pixel of distance from the horizontal centre line.
-    float rotation = 0.0F;    ///< Radians.
-    float vergence_v = 0.0F;  ///< Radians, keystone coefficient.
-    float vergence_h = 0.0F;  ///< Radians, vertical barrel coefficient.
-    float window = 0.0F;      ///< Pixels, the disparity chosen as reference of the stereo window.
-};
 
 /// Disparities of an image, in pixels of the image given to the phase or the estimate.
 struct DisparityStatistics {
@@ -65,27 +55,34 @@ struct PhaseRequest {
     double centre_px = 0.0;  ///< Disparity in the middle of the search of phase 5, pixels of the images.
 };
 
-class AnalysisDump;
+class AnalysisVisitor;
 
-/// One per run. `settings` are read when the state is made.
+/// What the user wants of the analysis.
+struct AnalysisOptions {
+    int estimate_window = setting::estimate_window::near_point;
+    int far_point_limit = 33;  ///< Of the window within a limit, in the unit of `win_off_reference`.
+    int win_off_reference = setting::win_off_reference::of_width;
+    int color_left_right = setting::color_left_right::both;  ///< The view that is adapted in tone.
+    int auto_gamma_adjust = 0;                               ///< 0 off to 3 full.
+    bool has_passepartout = false;                           ///< The views may have a frame of one colour.
+    int estimate_vergence_v = setting::estimate_vergence_v::with_corners;
+    int estimate_vergence_h = setting::estimate_vergence_h::with_corners;
+    bool robust = true;   ///< The fit rejects matches that contradict the others.
+    Colour passe_colour;  ///< Marks what is no picture.
+};
+
+/// What the phases leave for each other and for their caller; one for each pair at work.
 class AnalysisState {
 public:
-    explicit AnalysisState(const ParameterSet& parameters);
+    explicit AnalysisState(const AnalysisOptions& wanted);
 
-    // Settings.
-    int estimate_window;
-    int far_point_limit;
-    int win_off_reference;
-    int color_left_right;
-    int auto_gamma_adjust;
-    int passepartout;
-    int estimate_vergence_v;
-    int estimate_vergence_h;
-    bool robust;  ///< `RobustEstimation`.
-    Colour passe_colour;
+    AnalysisOptions options;
 
     // Results.
-    CorrectionValues values;
+    /// In pixels of the image measured; the shift is the mean disparity of the valid cells. Its values are
+    /// floats.
+    Correction correction;
+    float window_px = 0.0F;  ///< The disparity chosen as reference of the stereo window, in the same pixels.
     DisparityStatistics disparity;
     float residual_rms = 0.0F;       ///< Root mean square of the solver's residuals, pixels.
     bool ambiguous_shift = false;    ///< Phase 1 met a second shift that fits nearly as well.
@@ -99,14 +96,15 @@ public:
     bool disparity_end_reached = false;  ///< Near or far point lie at the end of the search of phase 5.
 
     // Cells, [row][column], row 0 at the bottom.
-    Grid<float> CQX{}, CQY{}, CQZ{}, CQM{}, looseness{};
-    Grid<int> CQPDF{}, CQVAL{}, CQOK3{}, CQOK5{}, DONE{}, TH_A{}, TW_A{};
-    Grid<float> ErrorPixel_x{}, ErrorPixel_y{};
+    Grid<float> sharpness_x{}, sharpness_y{}, sharpness{}, contrast{}, looseness{};
+    Grid<int> ambiguity{}, match_error{}, valid{}, valid_disparity{}, cell_course{}, search_rows{},
+        search_columns{};
+    Grid<float> dx{}, dy{};
     Grid<int> middle_x{}, middle_y{};  ///< Measured middle of each cell's tile, image pixels.
 
-    ToneTables Colormap_l, Colormap_r;
+    ToneTables tone_left, tone_right;
 
-    const AnalysisDump* dump = nullptr;  ///< Lays inner results open, if there is one.
+    AnalysisVisitor* visitor = nullptr;  ///< Looks at inner results, if there is one.
 
     // Kept between calls.
     float previous_width = 0.0F;  ///< Width analysed before; 0 after a reset.
@@ -118,8 +116,8 @@ public:
 void reset_analysis(AnalysisState& state, bool keep);
 
 /// Lays the tiles of a phase over the images and leaves the grid of measured cells in `state`.
-/// Phase 1 leaves its shift in `ErrorPixel_x/y[0][0]`. Phase 5 also updates `disparity` and
-/// `values.shift`, `values.window`.
+/// Phase 1 leaves its shift in `dx/y[0][0]`. Phase 5 also updates `disparity` and
+/// `values.shift_px`, `values.window`.
 [[nodiscard]] AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair,
                                           const PhaseRequest& request, const AnalyseProgress& progress);
 
@@ -133,6 +131,6 @@ void shift_predictions(AnalysisState& state, double shift_px);
                                                int rows, AnalysePhase phase);
 
 /// Mean of |dy| in pixels that the correction stands for, over a 16 x 16 lattice of the picture.
-[[nodiscard]] double mean_model_error(const CorrectionValues& values, int height, int width);
+[[nodiscard]] double mean_model_error(const Correction& values, int height, int width);
 
 }  // namespace zemora

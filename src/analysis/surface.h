@@ -10,11 +10,11 @@ inline constexpr float kNoMinimum = -2.0F;
 
 /// What one surface gives.
 struct SurfaceFigures {
-    float sharpness_x = 0.0F;  ///< CQX; along the line for a profile.
-    float sharpness_y = 0.0F;  ///< CQY
-    float sharpness = 0.0F;    ///< CQZ, along the direction of weakest rise.
-    int ambiguity = 0;         ///< CQPDF: displacements within twice the least error.
-    int value = 0;             ///< CQVAL: least error per mille of the cells, or width of the low band.
+    float sharpness_x = 0.0F;  ///< sharpness_x; along the line for a profile.
+    float sharpness_y = 0.0F;  ///< sharpness_y
+    float sharpness = 0.0F;    ///< sharpness, along the direction of weakest rise.
+    int ambiguity = 0;         ///< ambiguity: displacements within twice the least error.
+    int value = 0;             ///< match_error: least error per mille of the cells, or width of the low band.
     float dx = 0.0F;           ///< Pixels from the centre of the search.
     float dy = 0.0F;
     float looseness =

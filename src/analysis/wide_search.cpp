@@ -119,7 +119,7 @@ void WideSearch::find_tiles(const AnalysisState& state, const StereoPicture& cop
 }
 
 WideSearch::WideSearch(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress)
-    : terms_{state.estimate_vergence_v != 0, state.estimate_vergence_h != 0},
+    : terms_{state.options.estimate_vergence_v != 0, state.options.estimate_vergence_h != 0},
       scale_(static_cast<double>(std::max(pair.left.width, pair.left.height)) / kCopySide) {
     const PictureSize size{std::max(1, round_half_up(pair.left.width / scale_)),
                            std::max(1, round_half_up(pair.left.height / scale_))};
@@ -239,45 +239,45 @@ double WideSearch::median_shift(const ModelBasis& c) const {
     return *middle;
 }
 
-ModelBasis WideSearch::terms_of(const CorrectionValues& v) const {
-    return {v.height / scale_, v.size, v.rotation, v.vergence_v, v.vergence_h};
+ModelBasis WideSearch::terms_of(const Correction& v) const {
+    return {v.height_px / scale_, v.size, v.rotation_rad, v.vergence_v_rad, v.vergence_h_rad};
 }
 
-std::optional<CorrectionValues> WideSearch::best_correction() const {
+std::optional<Correction> WideSearch::best_correction() const {
     if (tiles_.size() < kLeastRobustPoints) {
         return std::nullopt;
     }
     const ModelBasis c = most_agreed();
-    CorrectionValues values = values_of_terms(c);
-    values.height = static_cast<float>(values.height * scale_);
-    values.shift = static_cast<float>(median_shift(c) * scale_);
+    Correction values = values_of_terms(c);
+    values.height_px = static_cast<float>(values.height_px * scale_);
+    values.shift_px = static_cast<float>(median_shift(c) * scale_);
     return values;
 }
 
-double WideSearch::agreement(const CorrectionValues& correction) const {
+double WideSearch::agreement(const Correction& correction) const {
     return agreement_of(terms_of(correction));
 }
 
-void WideSearch::guide_cells(AnalysisState& state, const CorrectionValues& correction) const {
+void WideSearch::guide_cells(AnalysisState& state, const Correction& correction) const {
     constexpr int kLowSearch = 14;   // rows
     constexpr int kLeastSearch = 8;  // where nothing fits, which the height will hardly do by chance
     const ModelBasis c = terms_of(correction);
     for (std::size_t i = 0; i < kGeometryGrid; ++i) {
         for (std::size_t j = 0; j < kGeometryGrid; ++j) {
-            if (state.CQOK3[i][j] == 0) {
-                state.TH_A[i][j] = kLeastSearch;
+            if (state.valid[i][j] == 0) {
+                state.search_rows[i][j] = kLeastSearch;
             }
         }
     }
     for (const Tile& tile : tiles_) {
         const auto i = static_cast<std::size_t>(tile.cell / kGeometryGrid);
         const auto j = static_cast<std::size_t>(tile.cell % kGeometryGrid);
-        if (tile.cell >= kCells || state.CQOK3[i][j] != 0) {
+        if (tile.cell >= kCells || state.valid[i][j] != 0) {
             continue;
         }
         if (const Place* place = fit_of(tile, c).place) {
-            state.ErrorPixel_x[i][j] = static_cast<float>(place->dx * scale_ - correction.shift);
-            state.TH_A[i][j] = kLowSearch;
+            state.dx[i][j] = static_cast<float>(place->dx * scale_ - correction.shift_px);
+            state.search_rows[i][j] = kLowSearch;
         }
     }
 }

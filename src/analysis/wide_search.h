@@ -18,16 +18,16 @@ public:
 
     /// The correction with which the tiles agree most, in pixels of the pair; its shift is the median of the
     /// places that agree. Without enough tiles there is none.
-    [[nodiscard]] std::optional<CorrectionValues> best_correction() const;
+    [[nodiscard]] std::optional<Correction> best_correction() const;
 
     /// How well the tiles agree with a correction in pixels of the pair: the share of what all of them could
     /// say together, 0 to 1. Its shift does not matter.
-    [[nodiscard]] double agreement(const CorrectionValues& correction) const;
+    [[nodiscard]] double agreement(const Correction& correction) const;
 
     /// Centres the next search of the cells of phase 3 that are not valid on the places that agree with the
     /// correction, and keeps that search low: the height is known. `state.previous_width` has to be the width
     /// of the pair.
-    void guide_cells(AnalysisState& state, const CorrectionValues& correction) const;
+    void guide_cells(AnalysisState& state, const Correction& correction) const;
 
 private:
     /// A place where a tile may have its match.
@@ -61,7 +61,7 @@ private:
     [[nodiscard]] ModelBasis most_agreed() const;
     [[nodiscard]] ModelBasis refined(ModelBasis c) const;
     [[nodiscard]] double median_shift(const ModelBasis& c) const;
-    [[nodiscard]] ModelBasis terms_of(const CorrectionValues& correction) const;
+    [[nodiscard]] ModelBasis terms_of(const Correction& correction) const;
 
     ModelTerms terms_;
     double scale_ = 1.0;  ///< Pixels of the pair per pixel of the copy.

@@ -5,7 +5,6 @@
 
 #include "config/codec_file.h"
 #include "config/number_scan.h"
-#include "platform/process_end.h"
 #include "platform/safe_file.h"
 
 namespace zemora {
@@ -85,13 +84,11 @@ std::string kept_choice(const CodecSettings& settings, const RuleSurroundings& s
                                        settings.key_frame_distance);
 }
 
-void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     voice.say<Msg::parameters_codec_dialog_waiting>();
     const VideoCodecRow* chosen = surroundings.can_ask ? ask_for_codec(voice) : nullptr;
     if (chosen == nullptr) {
-        voice.say<Msg::parameters_codec_dialog_open_failed>();
-        voice.wait(Severity::error);
-        end_process(kExitFailure);
+        return Failure::of_run(voice.messages().text<Msg::parameters_codec_dialog_open_failed>());
     }
     const CodecSettings settings = preset_for(*chosen, parameters);
     tell_encoding(settings, voice);
@@ -100,43 +97,46 @@ void choose_codec(ParameterSet& parameters, const RuleSurroundings& surroundings
         rest.remove_prefix(kFileMark.size());
     }
     parameters.video_codec = kept_choice(settings, surroundings, voice) + std::string(rest);
+    return {};
 }
 
-void choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> choose_if_asked(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     if (parameters.video_codec.starts_with('?') &&
         parameters.write_data_base != setting::write_data_base::list_only && writes_video(parameters)) {
-        choose_codec(parameters, surroundings, voice);
+        return choose_codec(parameters, surroundings, voice);
     }
+    return {};
 }
 
 /// A codec file that is gone must be made again.
-void check_codec_file(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> check_codec_file(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
     const std::string code = codec_code_of(parameters.video_codec);
     if (!find_codec_file(code, surroundings.program_folder, surroundings.own_folder()).empty()) {
-        return;
+        return {};
     }
     voice.say<Msg::parameters_codec_file_missing_use_dialog>(
         printable(join_path(surroundings.program_folder, codec_file_name(code))));
     voice.wait(Severity::error);
     parameters.video_codec = "????" + std::string(parts_of(parameters.video_codec).rest);
-    choose_if_asked(parameters, surroundings, voice);
+    return choose_if_asked(parameters, surroundings, voice);
 }
 
 /// Three values stand behind the code, each behind a bar.
-void check_values(const ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> check_values(const ParameterSet& parameters, const RuleSurroundings& surroundings,
+                          Voice& voice) {
     constexpr int kValues = 3;
     const std::string& codec = parameters.video_codec;
     const auto bars = std::count(codec.begin(), codec.end(), '|');
     const bool bar_behind_code = codec.substr(0, 5).find('|', 3) != std::string::npos;
     if (!bar_behind_code || bars >= kValues) {
-        return;
+        return {};
     }
     const MessageCatalogue& messages = voice.messages();
     voice.print((bars == 2 ? messages.text<Msg::parameters_codec_format_case_4>()
                            : messages.text<Msg::parameters_codec_format_case_5>()) +
                 printable(codec) + '\n');
     static constexpr Parameter kKeys[] = {Parameter::video_codec};
-    stop_for_settings(kKeys, surroundings, voice);
+    return refused_settings(kKeys, surroundings, messages);
 }
 
 }  // namespace
@@ -163,20 +163,25 @@ const VideoCodecRow* ask_for_codec(Voice& voice) {
     }
 }
 
-void settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings,
+                                Voice& voice) {
     if (parameters.video_mode == 0 && parameters.make_av == 0) {
-        return;
+        return {};
     }
     std::string& codec = parameters.video_codec;
     if (codec.starts_with("RGB") || codec.starts_with("rgb")) {
         codec.replace(0, 3, "DIB");
     }
-    choose_if_asked(parameters, surroundings, voice);
-    if (!holds_file_mark(codec)) {
-        check_values(parameters, surroundings, voice);
-    } else if (parameters.write_data_base != setting::write_data_base::list_only && !codec.starts_with('?')) {
-        check_codec_file(parameters, surroundings, voice);
+    if (Result<void> chosen = choose_if_asked(parameters, surroundings, voice); !chosen) {
+        return chosen;
     }
+    if (!holds_file_mark(codec)) {
+        return check_values(parameters, surroundings, voice);
+    }
+    if (parameters.write_data_base != setting::write_data_base::list_only && !codec.starts_with('?')) {
+        return check_codec_file(parameters, surroundings, voice);
+    }
+    return {};
 }
 
 }  // namespace zemora

@@ -10,8 +10,9 @@ namespace zemora {
 
 /// Brings `VideoCodec` into a form that the video writers read, for runs that may write a video
 /// (`VideoMode` is set before). A text that asks for a choice becomes the chosen code with its codec
-/// file; a choice that cannot be made and a wrong form end the process with code 1.
-void settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice);
+/// file; a choice that cannot be made and a wrong form end the run.
+[[nodiscard]] Result<void> settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings,
+                                              Voice& voice);
 
 /// Prints the table of codecs and reads the number of one; anything else is asked again. Null at the
 /// end of input.

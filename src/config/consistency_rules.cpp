@@ -201,18 +201,20 @@ std::string shown_text(const RuleText& text, const ParameterSet& p, const Messag
     return shown.ends_with('\n') ? shown : shown + '\n';
 }
 
-void conclude(const ConsistencyRule& rule, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> conclude(const ConsistencyRule& rule, const RuleSurroundings& surroundings, Voice& voice) {
     switch (rule.outcome) {
         case RuleOutcome::stop:
-            stop_for_settings(std::span(rule.keys.list, rule.keys.count), surroundings, voice);
+            return refused_settings(std::span(rule.keys.list, rule.keys.count), surroundings,
+                                    voice.messages());
         case RuleOutcome::wait_above_0: voice.wait(Severity::error); break;
         case RuleOutcome::wait_above_1: voice.wait(Severity::warning); break;
         case RuleOutcome::go: break;
     }
+    return {};
 }
 
-void apply_rule(const ConsistencyRule& rule, ParameterSet& parameters, const RuleSurroundings& surroundings,
-                Voice& voice) {
+Result<void> apply_rule(const ConsistencyRule& rule, ParameterSet& parameters,
+                        const RuleSurroundings& surroundings, Voice& voice) {
     const ParameterSet before = parameters;
     rule.change(parameters);
     for (const RuleText& text : rule.texts) {
@@ -220,7 +222,7 @@ void apply_rule(const ConsistencyRule& rule, ParameterSet& parameters, const Rul
             voice.print(shown_text(text, parameters, voice.messages()));
         }
     }
-    conclude(rule, surroundings, voice);
+    return conclude(rule, surroundings, voice);
 }
 
 /// 1 for a video file or script, 3 for numbered pictures taken as a video, else 0.
@@ -234,17 +236,23 @@ int derived_video_mode(const ParameterSet& p) {
 
 }  // namespace
 
-void apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings, Voice& voice) {
+Result<void> apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings,
+                                     Voice& voice) {
     parameters.video_mode = derived_video_mode(parameters);
-    settle_video_codec(parameters, surroundings, voice);
+    if (Result<void> settled = settle_video_codec(parameters, surroundings, voice); !settled) {
+        return settled;
+    }
     const auto& encoder = surroundings.encoder_settings;
     settle_encoder_latency(parameters, voice, encoder ? &*encoder : nullptr);
     for (const ConsistencyRule& rule : kRules) {
         const bool in_scope = rule.scope == RuleScope::every || parameters.video_mode != 0;
         if (in_scope && rule.applies(parameters, surroundings)) {
-            apply_rule(rule, parameters, surroundings, voice);
+            if (Result<void> applied = apply_rule(rule, parameters, surroundings, voice); !applied) {
+                return applied;
+            }
         }
     }
+    return {};
 }
 
 }  // namespace zemora

@@ -7,7 +7,6 @@
 #include "config/parameter_table.h"
 #include "config/text_lines.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 #include "platform/safe_file.h"
 
 namespace zemora {
@@ -41,8 +40,8 @@ public:
                         const EarlySettings& early)
         : lines_(std::move(lines)), parameters_(parameters), voice_(voice), early_(early) {}
 
-    /// True when a note told of a missing key.
-    bool read();
+    /// True when a note told of a missing key. Fails, with everything said, where the run ends.
+    Result<bool> read();
 
 private:
     void read_language();
@@ -58,9 +57,9 @@ private:
     std::string value_in_line(std::size_t line) const;
     void tell_faulty_line(const ParameterLine& line, std::string_view key) const;
     void note_missing(const ParameterRow& row);
-    [[noreturn]] void stop_without_value(std::size_t line, bool has_equality_sign) const;
-    [[noreturn]] void stop_outside_limits(const ParameterRow& row, double value) const;
-    [[noreturn]] void stop() const;
+    void stop_without_value(std::size_t line, bool has_equality_sign);
+    void stop_outside_limits(const ParameterRow& row, double value);
+    void stop();
 
     std::vector<ParameterLine> lines_;
     ParameterSet& parameters_;
@@ -68,9 +67,10 @@ private:
     EarlySettings early_;
     int stop_level_ = 0;
     bool default_used_ = false;
+    bool stopped_ = false;  ///< What was read cannot be used; nothing more is.
 };
 
-bool ParameterFileReader::read() {
+Result<bool> ParameterFileReader::read() {
     read_language();
     read_version();
     read_stop_level();
@@ -83,6 +83,11 @@ bool ParameterFileReader::read() {
         }
     }
     read_batch();
+    if (stopped_) {
+        Failure failure;
+        failure.ends_run = true;
+        return failure;
+    }
     if (stop_level_ > static_cast<int>(Severity::warning) && default_used_) {
         voice_.console().wait_for_enter();
     }
@@ -92,12 +97,15 @@ bool ParameterFileReader::read() {
 void ParameterFileReader::read_language() {
     stop_level_ = early_.stop_at_error.value_or(parameters_.stop_at_error);
     read_row(row_of(Parameter::language));
+    if (stopped_) {
+        return;
+    }
     voice_.set_language(early_.language.value_or(language_of(parameters_.language)));
 }
 
 void ParameterFileReader::read_version() {
     read_row(row_of(Parameter::zemora_version));
-    if (!parameters_.zemora_version.starts_with(kVersionStart)) {
+    if (!stopped_ && !parameters_.zemora_version.starts_with(kVersionStart)) {
         voice_.say<Msg::parameters_file_version_mismatch>();
         voice_.say<Msg::parameters_program_and_file_version>();
         voice_.print(parameters_.zemora_version + "\n");
@@ -112,6 +120,9 @@ void ParameterFileReader::read_stop_level() {
 }
 
 void ParameterFileReader::read_row(const ParameterRow& row) {
+    if (stopped_) {
+        return;
+    }
     if (row.is_text()) {
         read_text(row);
     } else if (const auto* integer = std::get_if<int ParameterSet::*>(&row.field)) {
@@ -132,7 +143,7 @@ void ParameterFileReader::read_number(const ParameterRow& row, Number ParameterS
     const bool has_equality_sign = lines_[*line].text.find('=') != std::string::npos;
     const std::string value = value_in_line(*line);
     if (trimmed(value).empty()) {
-        stop_without_value(*line, has_equality_sign);
+        return stop_without_value(*line, has_equality_sign);
     }
     std::optional<double> number;
     if constexpr (std::is_same_v<Number, int>) {
@@ -144,7 +155,7 @@ void ParameterFileReader::read_number(const ParameterRow& row, Number ParameterS
         return;  // letters leave the default in place
     }
     if (*number < row.low || *number > row.high) {
-        stop_outside_limits(row, *number);
+        return stop_outside_limits(row, *number);
     }
     parameters_.*field = static_cast<Number>(*number);
     parameters_.given.emplace(row.key);
@@ -163,6 +174,9 @@ void ParameterFileReader::read_text(const ParameterRow& row) {
 
 /// The text behind the equality sign and then all lines up to the next comment sign.
 void ParameterFileReader::read_batch() {
+    if (stopped_) {
+        return;
+    }
     const ParameterRow& row = row_of(Parameter::do_post_zemora);
     const auto line = find_line(row);
     if (!line) {
@@ -193,6 +207,7 @@ std::optional<std::size_t> ParameterFileReader::find_line(const ParameterRow& ro
             voice_.say<Msg::parameters_error_in_file>();
             voice_.say<Msg::parameters_line_too_long>(static_cast<int>(i) + 1);
             stop();
+            return std::nullopt;
         }
         const std::string_view compared = row.is_text() ? line.text : line.without_blanks;
         if (!compared.starts_with(row.key)) {
@@ -229,7 +244,7 @@ void ParameterFileReader::tell_faulty_line(const ParameterLine& line, std::strin
 }
 
 void ParameterFileReader::note_missing(const ParameterRow& row) {
-    if (row.missing != MissingKey::noted || acts_when_not_set(row)) {
+    if (stopped_ || row.missing != MissingKey::noted || acts_when_not_set(row)) {
         return;
     }
     default_used_ = true;
@@ -239,7 +254,7 @@ void ParameterFileReader::note_missing(const ParameterRow& row) {
     voice_.print(std::string(row.key) + " = " + value_text(row, parameters_) + "\n\n");
 }
 
-void ParameterFileReader::stop_without_value(std::size_t line, bool has_equality_sign) const {
+void ParameterFileReader::stop_without_value(std::size_t line, bool has_equality_sign) {
     voice_.say<Msg::parameters_error_in_file>();
     voice_.say<Msg::parameters_in_line>();
     voice_.print(number_text(static_cast<int>(line) + 1) + "\n");
@@ -249,7 +264,7 @@ void ParameterFileReader::stop_without_value(std::size_t line, bool has_equality
     stop();
 }
 
-void ParameterFileReader::stop_outside_limits(const ParameterRow& row, double value) const {
+void ParameterFileReader::stop_outside_limits(const ParameterRow& row, double value) {
     const std::string key(row.key);
     voice_.say<Msg::parameters_error_in_file>();
     if (row.type == ParameterType::integer) {
@@ -262,9 +277,9 @@ void ParameterFileReader::stop_outside_limits(const ParameterRow& row, double va
     stop();
 }
 
-void ParameterFileReader::stop() const {
-    voice_.console().wait_for_enter();
-    end_process(kExitFailure);
+void ParameterFileReader::stop() {
+    voice_.wait(Severity::must_be_seen);
+    stopped_ = true;
 }
 
 void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice& voice,
@@ -287,34 +302,40 @@ void tell_missing_file(const std::string& path, ParameterSet& parameters, Voice&
     }
 }
 
-[[noreturn]] void stop_unreadable(const std::string& path, const std::string& reason,
-                                  const ParameterSet& parameters, Voice& voice, const EarlySettings& early) {
+Failure unreadable(const std::string& path, const std::string& reason, const ParameterSet& parameters,
+                   Voice& voice, const EarlySettings& early) {
     voice.print(
         format_text(voice.messages().either({"The parameter file %s cannot be read: %s\n",
                                              "Die Parameterdatei %s kann nicht gelesen werden: %s\n"}),
                     printable(path).c_str(), reason.c_str()));
     if (early.stop_at_error.value_or(parameters.stop_at_error) > static_cast<int>(Severity::error)) {
-        voice.console().wait_for_enter();
+        voice.wait(Severity::must_be_seen);
     }
-    end_process(kExitFailure);
+    Failure failure;
+    failure.ends_run = true;
+    return failure;
 }
 
 }  // namespace
 
-ParameterFileResult read_parameter_file(const std::string& path, ParameterSet& parameters, Voice& voice,
-                                        const EarlySettings& early) {
+Result<ParameterFileResult> read_parameter_file(const std::string& path, ParameterSet& parameters,
+                                                Voice& voice, const EarlySettings& early) {
     parameters = default_parameters();
     std::string reason;
     const auto bytes = read_file_whole(path, reason);
     if (!bytes && !path.empty() && identity_of(path)) {
-        stop_unreadable(path, reason, parameters, voice, early);
+        return unreadable(path, reason, parameters, voice, early);
     }
     if (!bytes) {
         tell_missing_file(path, parameters, voice, early);
-        return {};
+        return ParameterFileResult{};
     }
     ParameterFileReader reader(parameter_lines(*bytes), parameters, voice, early);
-    return {true, reader.read()};
+    const Result<bool> default_used = reader.read();
+    if (!default_used) {
+        return default_used.failure();
+    }
+    return ParameterFileResult{true, *default_used};
 }
 
 }  // namespace zemora

@@ -18,8 +18,9 @@ struct ParameterFileResult {
 /// the first line that holds it counts. `Language` switches the catalogue as soon as it is read; the
 /// early settings of the command line take precedence for all that is told meanwhile. A line that is
 /// too long, a number without value or outside its limits and a file of another version end the
-/// process with code 1. A file that cannot be opened leaves the defaults.
-[[nodiscard]] ParameterFileResult read_parameter_file(const std::string& path, ParameterSet& parameters,
-                                                      Voice& voice, const EarlySettings& early = {});
+/// run, and so does one that is there but cannot be read. A file that cannot be opened leaves the defaults.
+[[nodiscard]] Result<ParameterFileResult> read_parameter_file(const std::string& path,
+                                                              ParameterSet& parameters, Voice& voice,
+                                                              const EarlySettings& early = {});
 
 }  // namespace zemora

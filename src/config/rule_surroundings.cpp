@@ -1,7 +1,5 @@
 #include "config/rule_surroundings.h"
 
-#include "platform/process_end.h"
-
 namespace zemora {
 
 namespace {
@@ -19,16 +17,17 @@ std::string key_list(std::span<const Parameter> settings, const MessageCatalogue
 
 }  // namespace
 
-void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
-                       Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+Failure refused_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
+                         const MessageCatalogue& messages) {
     std::string place;
     if (file_exists(surroundings.parameter_file)) {
         place = " in " + printable(surroundings.parameter_file);
     }
-    voice.print(format_text(messages.either({"Please check %s%s.\n", "Bitte %s%s pruefen.\n"}),
-                            key_list(settings, messages).c_str(), place.c_str()));
-    end_process(kExitFailure);
+    Failure failure;
+    failure.ends_run = true;
+    failure.note.text = format_text(messages.either({"Please check %s%s.\n", "Bitte %s%s pruefen.\n"}),
+                                    key_list(settings, messages).c_str(), place.c_str());
+    return failure;
 }
 
 }  // namespace zemora

@@ -22,8 +22,10 @@ struct RuleSurroundings {
     std::optional<EncoderSettings> encoder_settings;            ///< Of an encoder that keeps its own.
 };
 
-/// Names the settings to look at, and their file, and ends the process with code 1.
-[[noreturn]] void stop_for_settings(std::span<const Parameter> settings, const RuleSurroundings& surroundings,
-                                    Voice& voice);
+/// The failure that ends a run for its settings: asks to check them, and names the parameter file where there
+/// is one.
+[[nodiscard]] Failure refused_settings(std::span<const Parameter> settings,
+                                       const RuleSurroundings& surroundings,
+                                       const MessageCatalogue& messages);
 
 }  // namespace zemora

@@ -20,13 +20,14 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       exiftool(exiftool_in),
       voice(voice_in),
       input(parameters_in, left_geometry, right_geometry, voice_in),
-      analysis_dump(parameters_in, run_in.working_directory, run_in.program_directory, voice_in),
-      analysis(parameters_in),
+      analysis_dump(dump_options(parameters_in, run_in.working_directory, run_in.program_directory),
+                    voice_in),
+      analysis(analysis_options(parameters_in)),
       render(render_settings(parameters_in)),
       depth(parameters_in),
       inputs(list_in),
       frame(frame_settings(parameters_in)) {
-    analysis.dump = &analysis_dump;
+    analysis.visitor = &analysis_dump;
     colours = value_or_end(voice, read_colour_change(parameters, voice.messages()));
 }
 
@@ -47,7 +48,7 @@ bool find_geometry(Pipeline& pipeline, PairRun& pair) {
         apply_stored_geometry(pipeline, pair);
         return true;
     }
-    if (!measure_first(pipeline, pair) || !iterate_geometry(pipeline, pair) || !is_written(pair.status)) {
+    if (!measure_geometry(pipeline, pair)) {
         return false;
     }
     place_stereo_window(pipeline, pair);

@@ -3,13 +3,10 @@
 
 #include <string>
 
+#include "analysis/measure_pair.h"
 #include "driver/pipeline.h"
 
 namespace zemora {
-
-/// Full-size pictures are warped and measured in working pixels, corrections kept in input pixels:
-/// working (or reduced) height over input height.
-[[nodiscard]] double measured_scale(const Pipeline& pipeline, const PairRun& pair);
 
 /// Progress of a step on the console.
 [[nodiscard]] AnalyseProgress progress_of(const Pipeline& pipeline, std::string step);
@@ -18,21 +15,19 @@ namespace zemora {
 [[nodiscard]] AnalyseStatus run_phase(Pipeline& pipeline, const StereoPicture& pictures,
                                       const PhaseRequest& request, const AnalyseProgress& progress);
 
-/// The analysis' values in input pixels, for values measured at `scale` working pixels per input pixel.
-[[nodiscard]] Correction correction_of(const CorrectionValues& values, double scale);
-/// The way back: a correction in pixels of which `scale` are one of the input. The window is 0.
-[[nodiscard]] CorrectionValues values_of(const Correction& correction, double scale);
-[[nodiscard]] PairDisparities disparities_of(const AnalysisState& analysis, double scale);
+/// Warps the pair at work for its measurement, and leaves scale, size and common area of the latest warp in
+/// the pair.
+class PipelineWarp : public MeasuringWarp {
+public:
+    PipelineWarp(Pipeline& pipeline, PairRun& pair) : pipeline_(pipeline), pair_(pair) {}
+    [[nodiscard]] Result<WarpedViews> warp(const Correction& correction, bool reduced) override;
+
+private:
+    Pipeline& pipeline_;
+    PairRun& pair_;
+};
 
 /// Warps as planned. False when the values pass the limits of the warp; without memory the run ends.
 [[nodiscard]] bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan& plan);
-
-/// Warps the pair under work (reduced, or full size) with the present correction for the next
-/// measurement, and finds the common area. False when the values pass the limits of the warp.
-[[nodiscard]] bool warp_for_measuring(Pipeline& pipeline, PairRun& pair, const std::string& step);
-
-/// "%s Height = ..., Size = ..." in pixels, percent and degrees, behind a label.
-[[nodiscard]] std::string correction_line(const MessageCatalogue& messages, const char* label,
-                                          const Correction& correction, bool with_shift);
 
 }  // namespace zemora

@@ -6,17 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "analysis/analysis_dump.h"
 #include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
-#include "analysis/wide_search.h"
 #include "depth/depth_views.h"
 #include "driver/exiftool.h"
 #include "driver/output_names.h"
-#include "driver/pair_correction.h"
 #include "driver/post_run.h"
 #include "driver/run_context.h"
 #include "driver/run_inputs.h"
+#include "driver/settings_analysis.h"
 #include "driver/settings_render.h"
 #include "driver/trust.h"
 #include "driver/window_placement.h"
@@ -108,17 +106,12 @@ struct PairRun {
     Correction correction;
     Correction remaining;         ///< The latest iteration's values.
     PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
-    bool reduced = true;
-    std::optional<WideSearch> wide;  ///< Asked where the start is in doubt.
     double wide_agreement =
-        1.0;  ///< Share of the picture that agrees with the start taken, where it was asked.
-    bool started_wide = false;  ///< The correction started from it.
-    int iteration = 0;
+        1.0;                 ///< Share of the picture that agrees with the start taken, where it was asked.
     double scale = 1.0;      ///< Working pixels per input pixel.
     int working_height = 0;  ///< Whole frame of the latest warp.
     int working_width = 0;
-    PixelRectangle common_area;  ///< Of that frame.
-    float residual_rms = 0.0F;
+    PixelRectangle common_area;   ///< Of that frame.
     double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
     WindowPlacement window;
     SelectionBox selection;
@@ -148,10 +141,8 @@ void run_image_pipeline(Pipeline& pipeline);
 
 /// Names, suffixes, settings of the pair; reads the views and the size to work at.
 [[nodiscard]] bool prepare_pair(Pipeline& pipeline, PairRun& pair);
-/// First shift and first correction on the reduced pair.
-[[nodiscard]] bool measure_first(Pipeline& pipeline, PairRun& pair);
-/// Repeats measuring and warping until the errors are gone, at last at full size.
-[[nodiscard]] bool iterate_geometry(Pipeline& pipeline, PairRun& pair);
+/// Measures the pair: its correction and its disparities.
+[[nodiscard]] bool measure_geometry(Pipeline& pipeline, PairRun& pair);
 /// Takes the corrections from keys or from a stored record.
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
 /// The corrections and the window of a record, at the scale of the pair.

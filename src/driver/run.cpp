@@ -10,6 +10,7 @@
 #include "config/parameter_table.h"
 #include "depth/depth_masks.h"
 #include "driver/exiftool.h"
+#include "driver/failure.h"
 #include "driver/invocation.h"
 #include "driver/outside_steps.h"
 #include "driver/phone_depth.h"
@@ -149,7 +150,8 @@ void drop_untrusted_commands(Run& run, const Invocation& invocation, const Param
 }
 
 void read_settings(Run& run, const Invocation& invocation, const CommandLine& line) {
-    (void)read_parameter_file(invocation.parameter_file, run.parameters, run.voice, early_settings(line));
+    (void)value_or_end(run.voice, read_parameter_file(invocation.parameter_file, run.parameters, run.voice,
+                                                      early_settings(line)));
     const ParameterSet before_options = run.parameters;
     apply_options(line, run.parameters, run.voice);
     drop_untrusted_commands(run, invocation, before_options);
@@ -202,7 +204,7 @@ void settle_parameters(Run& run) {
     surroundings.program_folder = run.context.program_directory;
     surroundings.parameter_file = run.context.parameter_file;
     surroundings.can_ask = run.console.can_ask();
-    apply_consistency_rules(run.parameters, surroundings, run.voice);
+    succeed_or_end(run.voice, apply_consistency_rules(run.parameters, surroundings, run.voice));
 }
 
 [[noreturn]] void refuse_run(Run& run, const BothTexts& text) {

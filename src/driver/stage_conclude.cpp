@@ -23,8 +23,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.pre_rotation_left = preset.rotation_left;
     report.pre_rotation_right = preset.rotation_right;
     report.pre_vergence_v = preset.vergence_v;
-    report.correction = values_of(pair.correction, 1.0);
-    report.remaining = values_of(pair.remaining, 1.0);
+    report.correction = pair.correction.rounded_to_float();
+    report.remaining = pair.remaining.rounded_to_float();
     report.heights = pair.heights;
     report.looks_exchanged = pair.looks_exchanged;
     report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());

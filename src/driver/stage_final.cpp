@@ -63,13 +63,13 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
     AnalysisState& analysis = pipeline.analysis;
-    const ToneTables left_tone = analysis.Colormap_l;
-    const ToneTables right_tone = analysis.Colormap_r;
+    const ToneTables left_tone = analysis.tone_left;
+    const ToneTables right_tone = analysis.tone_right;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     const bool found = run_phase(pipeline, warp.pair(), {AnalysePhase::disparity, 1, false, false}, {}) ==
                        AnalyseStatus::done;
-    analysis.Colormap_l = left_tone;
-    analysis.Colormap_r = right_tone;
+    analysis.tone_left = left_tone;
+    analysis.tone_right = right_tone;
     return found ? analysis.disparity.far_point : 0.0F;
 }
 
@@ -167,7 +167,7 @@ WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair) {
     plan.applied_view = render.applied_view;
     plan.gamma = p.gamma_correction;
     plan.background = render.background;
-    plan.tone = {true, pipeline.analysis.Colormap_l, pipeline.analysis.Colormap_r,
+    plan.tone = {true, pipeline.analysis.tone_left, pipeline.analysis.tone_right,
                  p.color_left_right <= 0 ? p.auto_output_contrast : 0,
                  p.color_left_right >= 0 ? p.auto_output_contrast : 0};
     plan.crop = {false,     render.cropp_output, render.is_shown_first, pair.target.size_flag != 0,

@@ -27,7 +27,7 @@ bool no_disparity(Pipeline& pipeline, PairRun& pair) {
 void tell_evaluated_area(const Pipeline& pipeline) {
     const AnalysisState& analysis = pipeline.analysis;
     int valid = 0;
-    for (const auto& row : analysis.CQOK5) {
+    for (const auto& row : analysis.valid_disparity) {
         for (const int cell : row) {
             valid += cell == 1 ? 1 : 0;
         }
@@ -66,7 +66,7 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
 double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
     constexpr double kReach = 0.12;  // of the width; the search ends at 0.148
     const WarpedPair& warp = pipeline.warped;
-    if (!pipeline.analysis.robust || !pair.analysed) {
+    if (!pipeline.analysis.options.robust || !pair.analysed) {
         return 0.0;
     }
     const double selection_shift_px =
@@ -101,8 +101,8 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const std::string step =
         voice.messages().either({"Zemora::analyse:  phase 4: EstimateDeviation           ",
                                  "Zemora::Analyse:    Phase 4: EstimateDeviation           "});
-    const ToneTables left_tone = analysis.Colormap_l;
-    const ToneTables right_tone = analysis.Colormap_r;
+    const ToneTables left_tone = analysis.tone_left;
+    const ToneTables right_tone = analysis.tone_right;
     colormap_adapt(analysis, warp.pair(), nullptr, kColormapForDisparity);
     PhaseRequest request{AnalysePhase::disparity, 1, false, false};
     request.centre_px = expected_centre(pipeline, pair);
@@ -110,8 +110,8 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     if (status == AnalyseStatus::done) {
         check_result(pipeline, pair);
     }
-    analysis.Colormap_l = left_tone;
-    analysis.Colormap_r = right_tone;
+    analysis.tone_left = left_tone;
+    analysis.tone_right = right_tone;
     if (status != AnalyseStatus::done) {
         return no_disparity(pipeline, pair);
     }
@@ -127,7 +127,7 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     }
     pair.original_far_px = original(pair.result.far_point);
     tell_evaluated_area(pipeline);
-    if (analysis.robust && analysis.disparity_end_reached) {
+    if (analysis.options.robust && analysis.disparity_end_reached) {
         tell_end_of_search(voice);
     }
     if (voice.verbose() > 1) {

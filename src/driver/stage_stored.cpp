@@ -69,7 +69,6 @@ void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
                        {"Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"}),
                    100.0);
     colormap_identity(pipeline.analysis);
-    pair.reduced = false;
     pair.scale = static_cast<double>(scaled.height) / input.height();
     pair.working_height = scaled.height;
     pair.working_width = scaled.width;

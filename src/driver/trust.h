@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "config/messages.h"
-#include "driver/pair_correction.h"
+#include "numerics/pair_geometry.h"
 #include "report/height_judgement.h"
 
 namespace zemora {

@@ -1,44 +1,17 @@
 #include "driver/viewer_preview.h"
 
 #include <FreeImage.h>
-#include <SDL.h>
-
-#include <cstdlib>
 
 #include "analysis/colormap.h"
 #include "driver/measuring.h"
 #include "numerics/bitmap_file.h"
 #include "platform/paths.h"
+#include "platform/screen.h"
 #include "render/crop.h"
 
 namespace zemora {
 
 namespace {
-
-struct ScreenSize {
-    int height = 1080;  ///< Pixels; where no screen can be asked.
-    int width = 1920;
-};
-
-/// Size of the user's screen. Only a desktop is asked: on a bare console the question would take it over.
-ScreenSize screen_size() {
-    ScreenSize size;
-    const char* wayland = std::getenv("WAYLAND_DISPLAY");
-    if (wayland == nullptr && std::getenv("DISPLAY") == nullptr) {
-        return size;
-    }
-    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    SDL_SetHint(SDL_HINT_VIDEODRIVER, wayland == nullptr ? "x11" : "wayland,x11");
-    if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
-        return size;
-    }
-    SDL_DisplayMode mode;
-    if (SDL_GetDesktopDisplayMode(0, &mode) == 0 && mode.w > 0 && mode.h > 0) {
-        size = {mode.h, mode.w};
-    }
-    SDL_QuitSubSystem(SDL_INIT_VIDEO);
-    return size;
-}
 
 /// The viewer shows the shape itself, so that the user can change it.
 bool warp_preview(Pipeline& pipeline, PairRun& pair, const PreviewSize& frame) {

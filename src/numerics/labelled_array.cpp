@@ -2,21 +2,11 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <string>
-
-#include "platform/console.h"
-#include "platform/process_end.h"
 
 namespace zemora {
 
 namespace {
 constexpr std::size_t kAlignment = 64;  // bytes; one cache line and one vector register
-}
-
-void end_run_without_memory(const char* label) {
-    Console().print(std::string("Memory allocation error. Not enough memory for allocation: ") + label +
-                    '\n');
-    end_process(kExitFailure);
 }
 
 void* allocate_block(std::ptrdiff_t rows, std::ptrdiff_t columns, std::size_t element_bytes) {

@@ -5,11 +5,9 @@
 #include <memory>
 #include <type_traits>
 
-namespace zemora {
+#include "platform/process_end.h"
 
-/// Prints "Memory allocation error. Not enough memory for allocation: ", the label and a line end,
-/// and ends the process with code 1.
-[[noreturn]] void end_run_without_memory(const char* label);
+namespace zemora {
 
 /// A block for `rows` x `columns` elements of `element_bytes`, or null when a size is negative, the
 /// product overflows or the memory is not there. 64-byte aligned; release with `release_block`.
@@ -25,7 +23,7 @@ public:
     LabelledVector(std::ptrdiff_t size, const char* label)
         : block_(static_cast<T*>(allocate_block(1, size, sizeof(T)))), size_(size) {
         if (!block_) {
-            end_run_without_memory(label);
+            end_without_memory(label);
         }
     }
     [[nodiscard]] T& operator[](std::ptrdiff_t i) { return block_.get()[i]; }
@@ -65,7 +63,7 @@ private:
     static std::ptrdiff_t checked_size(std::ptrdiff_t rows, std::ptrdiff_t columns, const char* label) {
         std::ptrdiff_t product = 0;
         if (rows < 0 || columns < 0 || __builtin_mul_overflow(rows, columns, &product)) {
-            end_run_without_memory(label);
+            end_without_memory(label);
         }
         return product;
     }

@@ -36,6 +36,19 @@ struct Correction {
         result.shift_px *= factor;
         return result;
     }
+    /// The same errors where one pixel is `factor` of now.
+    [[nodiscard]] Correction scaled_down(double factor) const {
+        Correction result = *this;
+        result.height_px /= factor;
+        result.shift_px /= factor;
+        return result;
+    }
+    /// As the warp and the reports take it.
+    [[nodiscard]] Correction rounded_to_float() const {
+        const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
+        return {rounded(height_px),    rounded(shift_px),       rounded(size),
+                rounded(rotation_rad), rounded(vergence_v_rad), rounded(vergence_h_rad)};
+    }
 };
 
 /// The perspective of the finished views, which a person chose; shears are mirrored between the views,
@@ -107,5 +120,22 @@ enum class StatusCode {
 [[nodiscard]] constexpr bool is_written(StatusCode status) {
     return status >= StatusCode::usable;
 }
+
+/// All that is known of the geometry of a pair. The measurement fills it in first, the placing of the window
+/// next.
+struct PairGeometry {
+    StatusCode status = StatusCode::no_result;
+    bool measured = false;  ///< From the pictures; else from keys or a record.
+    Correction correction;
+    Correction remaining;         ///< What the latest round of the measurement still found.
+    PairDisparities disparities;  ///< Of the latest round, against the correction's shift.
+    WindowPlacement window;
+    ViewShape shape;
+    PreSelection preset;
+    double residual_rms_px = 0.0;  ///< Of the model in the latest round, in pixels of the pair measured.
+    int rounds = 0;                ///< Of the measurement; counts from 1.
+    double agreement = 1.0;        ///< Share of the picture that agrees with the start, where that was asked.
+    bool started_wide = false;     ///< The correction started from the wide search.
+};
 
 }  // namespace zemora

@@ -65,7 +65,9 @@ PictureSize rescale(ConstPicture source, Picture target, RescaleScratch& scratch
     }
     const Picture written = target.part(0, 0, size.width, size.height);
     if (filter == RescaleFilter::bilinear) {
-        rescale_parts::bilinear(source, written, scratch, x, y);
+        if (!rescale_parts::bilinear(source, written, scratch, x, y)) {
+            return {};
+        }
     } else {
         rescale_parts::bicubic(source, written, scratch, x, y);
     }

@@ -26,8 +26,9 @@ struct PictureSize {
 };
 
 /// Writes `source`, rescaled, to the lower left of `target`; returns the size written. Nothing is
-/// written when a side of either is not positive. The rows are shared out to all cores; the result
-/// does not depend on their number.
+/// written, and a size of 0 returned, when a side of either is not positive, or when the bilinear filter
+/// would reduce the height to less than a 255th. The rows are shared out to all cores; the result does not
+/// depend on their number.
 PictureSize rescale(ConstPicture source, Picture target, RescaleScratch& scratch, RescaleFilter filter,
                     RescaleFit fit);
 

@@ -1,12 +1,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <vector>
 
 #include "numerics/rescale_parts.h"
-#include "platform/console.h"
-#include "platform/process_end.h"
 
 namespace zemora::rescale_parts {
 
@@ -185,30 +182,20 @@ void prefilter_columns_first(ConstPicture source, const Triangle& triangle, Pict
     }
 }
 
-[[noreturn]] void end_rescaling(const char* reason) {
-    Console().print(reason);
-    end_process(kExitDone);
-}
-
-/// Whole reduction factor of the prefilter; a factor outside 1 to 255 ends the run.
+/// Whole reduction factor of the prefilter, 1 to 255; 0 where there is none.
 int prefilter_factor(PictureSize in, PictureSize out) {
     constexpr int kLargestFactor = 255;
     const int n = static_cast<int>(static_cast<float>(in.height) / static_cast<float>(out.height));
-    if (n > kLargestFactor) {
-        end_rescaling("nb1150: rescale out of range\n");
-    }
-    if (n == 0) {
-        std::array<char, 128> text{};
-        std::snprintf(text.data(), text.size(), "nb1154: severe error: HI=%d, WI=%d, HO_USE=%d, WO_USE=%d\n",
-                      in.height, in.width, out.height, out.width);
-        end_rescaling(text.data());
-    }
-    return n;
+    return n <= kLargestFactor ? n : 0;
 }
 
-void reduce(ConstPicture source, Picture target, RescaleScratch& scratch) {
+bool reduce(ConstPicture source, Picture target, RescaleScratch& scratch) {
     const PictureSize out{target.width, target.height};
-    const Triangle triangle(prefilter_factor({source.width, source.height}, out));
+    const int factor = prefilter_factor({source.width, source.height}, out);
+    if (factor == 0) {
+        return false;
+    }
+    const Triangle triangle(factor);
     const PictureSize reduced{std::max(source.width / triangle.n, 1),
                               std::max(source.height / triangle.n, 1)};
     const auto pitch = static_cast<std::size_t>(reduced.width) * kPixelBytes;
@@ -226,16 +213,17 @@ void reduce(ConstPicture source, Picture target, RescaleScratch& scratch) {
     interpolate(samples, static_cast<std::ptrdiff_t>(pitch), reduced,
                 static_cast<float>(out.width) / static_cast<float>(reduced.width),
                 static_cast<float>(out.height) / static_cast<float>(reduced.height), target);
+    return true;
 }
 
 }  // namespace
 
-void bilinear(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x, const Axis& y) {
+bool bilinear(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x, const Axis& y) {
     if (x.scale < 1.0F && y.scale < 1.0F) {
-        reduce(source, target, scratch);
-    } else {
-        interpolate(source.bits, source.pitch, {source.width, source.height}, x.scale, y.scale, target);
+        return reduce(source, target, scratch);
     }
+    interpolate(source.bits, source.pitch, {source.width, source.height}, x.scale, y.scale, target);
+    return true;
 }
 
 }  // namespace zemora::rescale_parts

@@ -18,7 +18,8 @@ struct Axis {
 
 [[nodiscard]] Axis make_axis(int in, int out);
 
-void bilinear(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x, const Axis& y);
+[[nodiscard]] bool bilinear(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x,
+                            const Axis& y);
 void bicubic(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x, const Axis& y);
 
 }  // namespace zemora::rescale_parts

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <numbers>
 #include <numeric>
 #include <utility>
 
 #include "numerics/labelled_array.h"
-#include "platform/process_end.h"
 
 namespace zemora {
 
@@ -42,9 +40,7 @@ void exchange_pivot(int n, int k, double** a, double* b, int* perm) {
 
 double raico(double x, double r) {
     if (!(r >= 0.0 && r <= 1.0)) {
-        std::fprintf(stderr, "ERROR raico r = %f != {0..1}\n      File %s, Line %d \n", r, "num_bib",
-                     __LINE__);
-        end_process(kExitFailure);
+        return std::numeric_limits<double>::quiet_NaN();
     }
     const double p = std::numbers::pi * x;
     if (std::fabs(p) <= kPole) {

@@ -3,8 +3,8 @@
 
 namespace zemora {
 
-/// Raised cosine impulse response at `x` samples with the roll-off `r` from 0 to 1; another roll-off
-/// ends the run with an error line.
+/// Raised cosine impulse response at `x` samples with the roll-off `r` from 0 to 1; not a number for
+/// another roll-off.
 [[nodiscard]] double raico(double x, double r);
 
 /// Median of the window of `size` entries round `centre` of `data` with `n` entries; entries outside

@@ -71,6 +71,12 @@ void be_the_one_that_ends() {
     }
 }
 
+[[noreturn]] void end_for_want_of(const char* label) {
+    be_the_one_that_ends();
+    g_reserve.reset();
+    end_with_line(std::string("Memory allocation error. Not enough memory for allocation: ") + label + '\n');
+}
+
 void on_missing_memory() {
     be_the_one_that_ends();
     g_reserve.reset();
@@ -94,6 +100,10 @@ void on_missing_memory() {
 }
 
 }  // namespace
+
+void end_without_memory(const char* label) {
+    end_for_want_of(label);
+}
 
 void set_last_action(std::function<void()> action) {
     g_last_action = std::move(action);

@@ -28,6 +28,10 @@ void end_well_at_signals();
 /// process as `end_process` does, with a line that says why and code 1.
 void end_well_without_memory();
 
+/// Ends the process as `end_process` does, with code 1 and a line that names the work memory that was not to
+/// be had; from whatever thread.
+[[noreturn]] void end_without_memory(const char* label);
+
 /// No end signal acts on the process as long as one of these lives, in whichever thread: it acts at the end
 /// of the last one.
 class NoEndSignals {

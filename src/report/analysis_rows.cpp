@@ -26,7 +26,7 @@ constexpr double kDegreesPerRadian = 180.0 / 3.14159265358979323846;
 
 /// A value as it is shown and as its remark judges it.
 struct CorrectionRow {
-    float CorrectionValues::*value;
+    double Correction::*value;
     double shown;   // factor to the unit of the report
     double judged;  // factor to the unit of the remark's limit
     Msg CorrectionWords::*unit;
@@ -34,11 +34,11 @@ struct CorrectionRow {
 };
 
 constexpr CorrectionRow kCorrections[] = {
-    {&CorrectionValues::height, 1.0, 1.0, &CorrectionWords::pixel, Remark::height},
-    {&CorrectionValues::size, kPercent, kPercent, &CorrectionWords::percent, Remark::size},
-    {&CorrectionValues::rotation, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::rotation},
-    {&CorrectionValues::vergence_v, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::vergence_v},
-    {&CorrectionValues::vergence_h, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::vergence_h},
+    {&Correction::height_px, 1.0, 1.0, &CorrectionWords::pixel, Remark::height},
+    {&Correction::size, kPercent, kPercent, &CorrectionWords::percent, Remark::size},
+    {&Correction::rotation_rad, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::rotation},
+    {&Correction::vergence_v_rad, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::vergence_v},
+    {&Correction::vergence_h_rad, kDegreesPerRadian, 1.0, &CorrectionWords::degree, Remark::vergence_h},
 };
 
 }  // namespace
@@ -56,7 +56,7 @@ bool counts_as_measured(int estimate_geometry) {
     return estimate_geometry == 1 || estimate_geometry == 3 || estimate_geometry == -3;
 }
 
-std::vector<ValueRow> correction_rows(const CorrectionValues& values, const CorrectionWords& words,
+std::vector<ValueRow> correction_rows(const Correction& values, const CorrectionWords& words,
                                       bool with_remarks, const MessageCatalogue& messages) {
     std::vector<ValueRow> rows;
     for (const CorrectionRow& row : kCorrections) {

@@ -32,8 +32,7 @@ struct CorrectionWords {
 };
 
 /// Five rows: height in pixels, size in percent, angles in degrees.
-[[nodiscard]] std::vector<ValueRow> correction_rows(const CorrectionValues& values,
-                                                    const CorrectionWords& words, bool with_remarks,
-                                                    const MessageCatalogue& messages);
+[[nodiscard]] std::vector<ValueRow> correction_rows(const Correction& values, const CorrectionWords& words,
+                                                    bool with_remarks, const MessageCatalogue& messages);
 
 }  // namespace zemora

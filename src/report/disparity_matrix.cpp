@@ -25,9 +25,9 @@ PerMilleGrid per_mille_of(const AnalysisState& analysis) {
     const double width = std::max(1, analysis.disparity_width);
     for (std::size_t i = 0; i < kGridMax; ++i) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
-            const int cell = round_half_up(analysis.ErrorPixel_x[i][j] * 1000.0 / width);
+            const int cell = round_half_up(analysis.dx[i][j] * 1000.0 / width);
             grid.cells[i][j] = cell;
-            if (analysis.CQOK5[i][j] == 1) {
+            if (analysis.valid_disparity[i][j] == 1) {
                 grid.near_point = std::min(grid.near_point, cell);
                 grid.far_point = std::max(grid.far_point, cell);
             }
@@ -60,7 +60,7 @@ DisparityMatrix disparity_matrix(const AnalysisState& analysis, const MessageCat
         matrix.html += start;
         for (std::size_t column = 0; column < kGridMax; ++column) {
             const int value = grid.cells[row][column];
-            const bool counts = analysis.CQOK5[row][column] == 1;
+            const bool counts = analysis.valid_disparity[row][column] == 1;
             const bool is_extreme = counts && (value == grid.near_point || value == grid.far_point);
             const std::string cell = counts ? format_text("%4d", value) : "   x";
             matrix.text += ' ' + cell;

@@ -23,10 +23,10 @@ struct ImageReport {
     float pre_rotation_left = 0.0F;  ///< Degrees.
     float pre_rotation_right = 0.0F;
     float pre_vergence_v = 0.0F;
-    CorrectionValues correction;    ///< Accumulated; height in input pixels.
+    Correction correction;          ///< Accumulated; height in input pixels.
     double original_near_px = 0.0;  ///< Before the correction, input pixels.
     double original_far_px = 0.0;
-    CorrectionValues remaining;               ///< The last step of the iteration.
+    Correction remaining;                     ///< The last step of the iteration.
     std::optional<HeightCheck> heights = {};  ///< Of the finished pair, where it was checked.
     bool looks_exchanged = false;             ///< Near and far look turned round; only a warning.
     std::string doubt = {};  ///< Why a pair that has settled is no success; a line, or empty.
@@ -47,7 +47,7 @@ void report_mount_failure(Voice& voice);
 
 /// Mean values of all frames of a sequence.
 struct SequenceReport {
-    CorrectionValues correction;
+    Correction correction;
     double near_shift_px = 0.0;
     int seconds = 0;
 };

@@ -164,7 +164,7 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     parameters.robust_estimation = mount.robust;
     Console console;
     MessageCatalogue messages(Language::english);
-    const Voice voice(console, messages, parameters);
+    Voice voice(console, messages, parameters);
     RunContext context;
     ImageList list;
     list.add_object(list.add_name(left), list.add_name(right));

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "driver/pair_correction.h"
+#include "analysis/iteration_verdict.h"
 #include "report/height_judgement.h"
 #include "scene.h"
 

@@ -34,10 +34,10 @@ TexturePair toned_pair(double gain, double offset, double red_offset = 0.0) {
 }
 
 AnalysisState state_for(int color_left_right, int gamma = 0) {
-    ParameterSet parameters = testing::analysis_parameters();
-    parameters.color_left_right = color_left_right;
-    parameters.auto_gamma_adjust = gamma;
-    return AnalysisState(parameters);
+    AnalysisOptions options = testing::analysis_options();
+    options.color_left_right = color_left_right;
+    options.auto_gamma_adjust = gamma;
+    return AnalysisState(options);
 }
 
 /// Mean of one channel after the tables, or of all channels through plane 0.
@@ -68,9 +68,9 @@ TEST_P(ColormapMode, BringsADarkViewToTheToneOfTheOther) {
         colormap_adapt(state, pair.pictures(), nullptr, mode);
         for (int channel = 0; channel < kPixelBytes; ++channel) {
             const double left =
-                mapped_mean(pair.left.picture(), state.Colormap_l, is_channel_mode(mode), channel);
+                mapped_mean(pair.left.picture(), state.tone_left, is_channel_mode(mode), channel);
             const double right =
-                mapped_mean(pair.right.picture(), state.Colormap_r, is_channel_mode(mode), channel);
+                mapped_mean(pair.right.picture(), state.tone_right, is_channel_mode(mode), channel);
             EXPECT_NEAR(left, right, 4.0) << "ColorLeftRight " << direction << " channel " << channel;
         }
     }
@@ -85,10 +85,9 @@ TEST_P(ColormapMode, EqualViewsGetEqualRisingTables) {
             colormap_adapt(state, same, nullptr, GetParam());
             for (std::size_t p = 0; p < ToneTables::kPlanes; ++p) {
                 for (std::size_t i = 11; i < 256; ++i) {  // below, the passepartout colour is avoided
-                    EXPECT_NEAR(state.Colormap_l.plane[p][i], state.Colormap_r.plane[p][i], 320)
+                    EXPECT_NEAR(state.tone_left.plane[p][i], state.tone_right.plane[p][i], 320)
                         << p << " " << i;
-                    EXPECT_GE(state.Colormap_l.plane[p][i], state.Colormap_l.plane[p][i - 1])
-                        << p << " " << i;
+                    EXPECT_GE(state.tone_left.plane[p][i], state.tone_left.plane[p][i - 1]) << p << " " << i;
                 }
             }
         }
@@ -106,11 +105,11 @@ TEST(Colormap, TheViewThatSetsTheToneKeepsItsTable) {
         AnalysisState to_right = state_for(-1);
         colormap_adapt(to_right, pair.pictures(), nullptr, mode);
         for (std::size_t i = 10; i < 256; ++i) {
-            EXPECT_EQ(to_left.Colormap_l.plane[1][i], identity[1][i]) << mode;
-            EXPECT_EQ(to_right.Colormap_r.plane[1][i], identity[1][i]) << mode;
+            EXPECT_EQ(to_left.tone_left.plane[1][i], identity[1][i]) << mode;
+            EXPECT_EQ(to_right.tone_right.plane[1][i], identity[1][i]) << mode;
         }
-        EXPECT_NE(to_left.Colormap_r.plane, identity);
-        EXPECT_NE(to_right.Colormap_l.plane, identity);
+        EXPECT_NE(to_left.tone_right.plane, identity);
+        EXPECT_NE(to_right.tone_left.plane, identity);
     }
 }
 
@@ -143,9 +142,9 @@ TEST(Colormap, ChannelsAreBroughtTogetherOneByOne) {
     const TexturePair pair = toned_pair(1.0, 0.0, 30.0);
     AnalysisState state = state_for(1);
     colormap_adapt(state, pair.pictures(), nullptr, 3);
-    EXPECT_NEAR(mapped_mean(pair.right.picture(), state.Colormap_r, true, 2),
-                mapped_mean(pair.left.picture(), state.Colormap_l, true, 2), 2.0);
-    EXPECT_GT(state.Colormap_r.plane[3][100], state.Colormap_r.plane[1][100] + 20 * 256)
+    EXPECT_NEAR(mapped_mean(pair.right.picture(), state.tone_right, true, 2),
+                mapped_mean(pair.left.picture(), state.tone_left, true, 2), 2.0);
+    EXPECT_GT(state.tone_right.plane[3][100], state.tone_right.plane[1][100] + 20 * 256)
         << "red is raised, blue is not";
 }
 
@@ -154,8 +153,8 @@ TEST(Colormap, MeanOfBothModesForMeasuringIsOneHalf) {
     for (const int mode : {9, 10}) {
         AnalysisState state = state_for(0);
         colormap_adapt(state, pair.pictures(), nullptr, mode);
-        EXPECT_NEAR(mapped_mean(pair.left.picture(), state.Colormap_l, false, 1), 128.0, 12.0);
-        EXPECT_NEAR(mapped_mean(pair.right.picture(), state.Colormap_r, false, 1), 128.0, 12.0);
+        EXPECT_NEAR(mapped_mean(pair.left.picture(), state.tone_left, false, 1), 128.0, 12.0);
+        EXPECT_NEAR(mapped_mean(pair.right.picture(), state.tone_right, false, 1), 128.0, 12.0);
     }
 }
 
@@ -168,7 +167,7 @@ TEST(Colormap, PassepartoutPixelsAndTheOutsideOfTheRectangleDoNotCount) {
     colormap_adapt(plain, cut, nullptr, 5);
     AnalysisState rectangle = state_for(0);
     colormap_adapt(rectangle, pair.pictures(), &inner, 5);
-    EXPECT_EQ(rectangle.Colormap_l.plane, plain.Colormap_l.plane);
+    EXPECT_EQ(rectangle.tone_left.plane, plain.tone_left.plane);
     for (const Bitmap* view : {&pair.left, &pair.right}) {
         for (int y = 0; y < kHeight; ++y) {
             for (int x = 0; x < kWidth; ++x) {
@@ -180,8 +179,8 @@ TEST(Colormap, PassepartoutPixelsAndTheOutsideOfTheRectangleDoNotCount) {
     }
     AnalysisState framed = state_for(0);
     colormap_adapt(framed, pair.pictures(), nullptr, 5);
-    EXPECT_EQ(framed.Colormap_l.plane, plain.Colormap_l.plane);
-    EXPECT_EQ(framed.Colormap_r.plane, plain.Colormap_r.plane);
+    EXPECT_EQ(framed.tone_left.plane, plain.tone_left.plane);
+    EXPECT_EQ(framed.tone_right.plane, plain.tone_right.plane);
 }
 
 TEST(Colormap, ModeZeroOnlyKeepsDarkColoursFromThePassepartoutColour) {
@@ -189,11 +188,11 @@ TEST(Colormap, ModeZeroOnlyKeepsDarkColoursFromThePassepartoutColour) {
     AnalysisState state = state_for(0);
     colormap_adapt(state, pair.pictures(), nullptr, 0);
     const ToneTables identity = ToneTables::identity();
-    EXPECT_EQ(state.Colormap_l.plane[0][0], identity.plane[0][0] + 1) << "black is the passepartout colour";
+    EXPECT_EQ(state.tone_left.plane[0][0], identity.plane[0][0] + 1) << "black is the passepartout colour";
     for (std::size_t i = 1; i < 256; ++i) {
-        EXPECT_EQ(state.Colormap_l.plane[0][i], identity.plane[0][i]);
+        EXPECT_EQ(state.tone_left.plane[0][i], identity.plane[0][i]);
     }
-    EXPECT_EQ(state.Colormap_r.plane[2], identity.plane[2]);
+    EXPECT_EQ(state.tone_right.plane[2], identity.plane[2]);
 }
 
 TEST(Colormap, FlatAndEmptyViewsGiveTablesThatMatch) {
@@ -205,7 +204,7 @@ TEST(Colormap, FlatAndEmptyViewsGiveTablesThatMatch) {
             for (const int direction : {-1, 0, 1}) {
                 AnalysisState state = state_for(direction, 3);
                 colormap_adapt(state, {flat.picture(), flat.picture()}, nullptr, mode);
-                EXPECT_NEAR(state.Colormap_l.plane[0][value], state.Colormap_r.plane[0][value], 8 * 256)
+                EXPECT_NEAR(state.tone_left.plane[0][value], state.tone_right.plane[0][value], 8 * 256)
                     << level << " mode " << mode << " direction " << direction;
             }
         }

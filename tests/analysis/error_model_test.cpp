@@ -11,15 +11,15 @@ constexpr int kWidth = 800;
 constexpr int kHeight = 600;
 
 /// dy of the model at a point of the picture.
-double model(const CorrectionValues& v, int x, int y) {
+double model(const Correction& v, int x, int y) {
     const double cx = x - kWidth / 2;
     const double cy = y - kHeight / 2;
-    return v.height + v.size * cy + v.rotation * cx + v.vergence_v * cx * cy / (kWidth / 2.0) +
-           v.vergence_h * (cy * cy / (kHeight / 2.0) - kHeight / 6.0);
+    return v.height_px + v.size * cy + v.rotation_rad * cx + v.vergence_v_rad * cx * cy / (kWidth / 2.0) +
+           v.vergence_h_rad * (cy * cy / (kHeight / 2.0) - kHeight / 6.0);
 }
 
 /// Cells of a 10 x 10 grid; `thinned` leaves a lopsided third of them.
-std::vector<ModelPoint> points(const CorrectionValues& v, bool thinned) {
+std::vector<ModelPoint> points(const Correction& v, bool thinned) {
     std::vector<ModelPoint> all;
     for (int i = 0; i < 10; ++i) {
         for (int j = 0; j < 10; ++j) {
@@ -35,7 +35,7 @@ std::vector<ModelPoint> points(const CorrectionValues& v, bool thinned) {
 
 struct TermCase {
     const char* name;
-    CorrectionValues truth;
+    Correction truth;
 };
 void PrintTo(const TermCase& c, std::ostream* out) {
     *out << c.name;
@@ -43,26 +43,28 @@ void PrintTo(const TermCase& c, std::ostream* out) {
 class ErrorModel : public ::testing::TestWithParam<TermCase> {};
 
 TEST_P(ErrorModel, RecoversEachTermAndKeepsThemApart) {
-    const CorrectionValues& truth = GetParam().truth;
+    const Correction& truth = GetParam().truth;
     for (const bool thinned : {false, true}) {
         const ModelFit fit = solve_error_model(points(truth, thinned), kHeight, kWidth, {true, true});
         const double tolerance_px = thinned ? 0.15 : 0.01;
-        EXPECT_NEAR(fit.values.height, truth.height, tolerance_px);
+        EXPECT_NEAR(fit.values.height_px, truth.height_px, tolerance_px);
         EXPECT_NEAR(fit.values.size * kHeight / 2, truth.size * kHeight / 2, tolerance_px);
-        EXPECT_NEAR(fit.values.rotation * kWidth / 2, truth.rotation * kWidth / 2, tolerance_px);
-        EXPECT_NEAR(fit.values.vergence_v * kHeight / 2, truth.vergence_v * kHeight / 2, tolerance_px);
-        EXPECT_NEAR(fit.values.vergence_h * kHeight / 2, truth.vergence_h * kHeight / 2, tolerance_px);
+        EXPECT_NEAR(fit.values.rotation_rad * kWidth / 2, truth.rotation_rad * kWidth / 2, tolerance_px);
+        EXPECT_NEAR(fit.values.vergence_v_rad * kHeight / 2, truth.vergence_v_rad * kHeight / 2,
+                    tolerance_px);
+        EXPECT_NEAR(fit.values.vergence_h_rad * kHeight / 2, truth.vergence_h_rad * kHeight / 2,
+                    tolerance_px);
         EXPECT_LT(fit.residual_rms, tolerance_px);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Terms, ErrorModel,
-                         ::testing::Values(TermCase{"height", {.height = -3.0F}},
+                         ::testing::Values(TermCase{"height", {.height_px = -3.0F}},
                                            TermCase{"size", {.size = 0.01F}},
-                                           TermCase{"rotation", {.rotation = -0.01F}},
-                                           TermCase{"keystone", {.vergence_v = 0.008F}},
-                                           TermCase{"barrel", {.vergence_h = -0.008F}},
-                                           TermCase{"all", {2.0F, 0, -0.004F, 0.006F, 0.003F, 0.004F, 0}}),
+                                           TermCase{"rotation", {.rotation_rad = -0.01F}},
+                                           TermCase{"keystone", {.vergence_v_rad = 0.008F}},
+                                           TermCase{"barrel", {.vergence_h_rad = -0.008F}},
+                                           TermCase{"all", {2.0F, 0, -0.004F, 0.006F, 0.003F, 0.004F}}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 TEST(ErrorModelTerms, SettingTwoWantsPointsInAllCorners) {
@@ -84,25 +86,25 @@ TEST(ErrorModelTerms, SettingTwoWantsPointsInAllCorners) {
 
 TEST(ErrorModel, TermsThatAreLeftOutAreExactlyZeroAndStayInTheResidual) {
     const ModelFit fit =
-        solve_error_model(points({.vergence_v = 0.01F}, false), kHeight, kWidth, {false, true});
-    EXPECT_EQ(fit.values.vergence_v, 0.0F);
+        solve_error_model(points({.vergence_v_rad = 0.01F}, false), kHeight, kWidth, {false, true});
+    EXPECT_EQ(fit.values.vergence_v_rad, 0.0F);
     EXPECT_GT(fit.residual_rms, 0.5);
     const ModelFit nothing = solve_error_model({}, kHeight, kWidth, {true, true});
-    EXPECT_EQ(nothing.values.height, 0.0F);
+    EXPECT_EQ(nothing.values.height_px, 0.0F);
 }
 
 TEST(ErrorModel, OneColumnOfPointsGivesNoRotation) {
     const std::vector<ModelPoint> column = {{400, 100, 1.0}, {400, 300, 1.0}, {400, 500, 1.0}};
     const ModelFit fit = solve_error_model(column, kHeight, kWidth, {true, false});
-    EXPECT_EQ(fit.values.rotation, 0.0F);
-    EXPECT_FLOAT_EQ(fit.values.height, 1.0F);
+    EXPECT_EQ(fit.values.rotation_rad, 0.0F);
+    EXPECT_FLOAT_EQ(fit.values.height_px, 1.0F);
 }
 
 TEST(MeanModelError, AveragesTheAbsoluteDisplacement) {
-    EXPECT_DOUBLE_EQ(mean_model_error({.height = -2.5F}, 600, 800), 2.5);
+    EXPECT_DOUBLE_EQ(mean_model_error({.height_px = -2.5F}, 600, 800), 2.5);
     EXPECT_NEAR(mean_model_error({.size = 0.01F}, 600, 800), 1.5, 1e-6) << "mean |Y| of the lattice is H/4";
-    EXPECT_NEAR(mean_model_error({.vergence_h = 0.01F}, 600, 800), 0.01 * (600.0 / 6.0) * (1.0 + 2.0 / 256.0),
-                1e-3)
+    EXPECT_NEAR(mean_model_error({.vergence_h_rad = 0.01F}, 600, 800),
+                0.01 * (600.0 / 6.0) * (1.0 + 2.0 / 256.0), 1e-3)
         << "no constant part";
 }
 

@@ -10,7 +10,7 @@
 namespace zemora {
 namespace {
 
-using testing::analysis_parameters;
+using testing::analysis_options;
 using testing::Displacement;
 using testing::TexturePair;
 
@@ -52,7 +52,7 @@ struct Squares {
 };
 
 EyeOrder measured(const StereoPicture& pair) {
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     EXPECT_EQ(analyse_phase(state, pair, {AnalysePhase::disparity, 1, false, false}, {}),
               AnalyseStatus::done);
     return measure_eye_order(state, pair);
@@ -111,7 +111,7 @@ TEST(EyeOrder, ContoursDecideAndRowsOnlyHelp) {
 TEST(EyeOrder, KnowsNothingWithoutCopiesOrWithARangeThatIsTooWide) {
     const Squares squares(6.0, -6.0);
     const StereoPicture pair = squares.pair.pictures();
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     EXPECT_EQ(measure_eye_order(state, pair).value(), 0.0) << "no copies";
     const MeasuredPair whole(state, pair);
     EXPECT_GT(vote_on_contours(whole, {-80, 79}).in_order, 60);

@@ -10,13 +10,13 @@
 namespace zemora {
 namespace {
 
-using testing::analysis_parameters;
+using testing::analysis_options;
 using testing::Displacement;
 using testing::DisplacementField;
 using testing::TexturePair;
 
 HeightCheck checked(const StereoPicture& pair, double scale = 1.0) {
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     EXPECT_EQ(analyse_phase(state, pair, {AnalysePhase::disparity, 1, false, false}, {}),
               AnalyseStatus::done);
     return check_heights(state, pair, scale);
@@ -110,14 +110,14 @@ TEST(HeightCheck, WhatStandsBesideAPatternTellsThatItIsOnePeriodOff) {
 TEST(HeightCheck, ViewsOfDifferentThingsHaveNothingToMatch) {
     const TexturePair one(1400, 1000, [](double, double) { return Displacement{}; });
     const TexturePair other(1400, 1000, [](double, double) { return Displacement{900.0, 700.0}; });
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     ASSERT_EQ(analyse_phase(state, one.pictures(), {AnalysePhase::disparity, 1, false, false}, {}),
               AnalyseStatus::done);
     // The disparities of a pair that can be matched, with copies of one that cannot.
-    const Grid<int> valid = state.CQOK5;
+    const Grid<int> valid = state.valid_disparity;
     const StereoPicture mixed{one.left.picture(), other.right.picture()};
     (void)analyse_phase(state, mixed, {AnalysePhase::disparity, 1, false, false}, {});
-    state.CQOK5 = valid;
+    state.valid_disparity = valid;
     const HeightCheck check = check_heights(state, mixed, 1.0);
     EXPECT_EQ(check.tiles, kHeightCheckTiles);
     EXPECT_LT(check.matched, 6);
@@ -125,7 +125,7 @@ TEST(HeightCheck, ViewsOfDifferentThingsHaveNothingToMatch) {
 
 TEST(HeightCheck, APlainPictureOrForeignCopiesMeasureNothing) {
     const TexturePair pair(1400, 1000, [](double, double) { return Displacement{}; });
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     EXPECT_EQ(check_heights(state, pair.pictures(), 1.0).tiles, 0) << "no copies";
     ASSERT_EQ(analyse_phase(state, pair.pictures(), {AnalysePhase::disparity, 1, false, false}, {}),
               AnalyseStatus::done);

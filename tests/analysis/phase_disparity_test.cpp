@@ -10,7 +10,7 @@
 namespace zemora {
 namespace {
 
-using testing::analysis_parameters;
+using testing::analysis_options;
 using testing::Displacement;
 using testing::TexturePair;
 
@@ -23,18 +23,18 @@ struct Cell {
     float dx;
 };
 AnalysisState grid_with(std::initializer_list<Cell> cells) {
-    AnalysisState state(analysis_parameters());
-    for (auto& row : state.CQOK5) {
+    AnalysisState state(analysis_options());
+    for (auto& row : state.valid_disparity) {
         row.fill(1);
     }
     for (const Cell& cell : cells) {
-        state.ErrorPixel_x[cell.row][cell.column] = cell.dx;
+        state.dx[cell.row][cell.column] = cell.dx;
     }
     return state;
 }
 
 bool is_valid(const AnalysisState& state, std::size_t row, std::size_t column) {
-    return state.CQOK5[row][column] != 0;
+    return state.valid_disparity[row][column] != 0;
 }
 
 TEST(LonelyExtremes, GoUntilOneHasANeighbour) {
@@ -73,7 +73,7 @@ TEST(LonelyExtremes, NeighboursAreNearInPlaceAndDisparityAndValid) {
         EXPECT_TRUE(is_valid(state, 5, 4)) << "they stand by each other";
     }
     AnalysisState beside_a_rejected_one = grid_with({{4, 4, -30}, {4, 5, -30}});
-    beside_a_rejected_one.CQOK5[4][5] = 0;
+    beside_a_rejected_one.valid_disparity[4][5] = 0;
     phases::remove_lonely_extremes(beside_a_rejected_one);
     EXPECT_FALSE(is_valid(beside_a_rejected_one, 4, 4));
 }
@@ -84,19 +84,19 @@ TEST(LonelyExtremes, CornersOfTheGridAndEmptyGridsAreNoSpecialCases) {
     EXPECT_FALSE(is_valid(corners, 0, 0));
     EXPECT_FALSE(is_valid(corners, 15, 15));
     EXPECT_TRUE(is_valid(corners, 0, 15));
-    AnalysisState one(analysis_parameters());
+    AnalysisState one(analysis_options());
     phases::remove_lonely_extremes(one);
-    one.CQOK5[7][7] = 1;
+    one.valid_disparity[7][7] = 1;
     phases::remove_lonely_extremes(one);
     EXPECT_TRUE(is_valid(one, 7, 7)) << "none is left to be better";
 }
 
 TEST(LonelyExtremes, StayWhereAllCellsStandAlone) {
     for (const bool couple : {false, true}) {
-        AnalysisState state(analysis_parameters());
+        AnalysisState state(analysis_options());
         const auto set = [&state](std::size_t row, std::size_t column, float dx) {
-            state.CQOK5[row][column] = 1;
-            state.ErrorPixel_x[row][column] = dx;
+            state.valid_disparity[row][column] = 1;
+            state.dx[row][column] = dx;
         };
         set(2, 2, -20.0F);
         set(8, 8, 3.0F);
@@ -118,8 +118,8 @@ TEST(LonelyExtremes, ThePlainRuleAsksTheHistogram) {
         return Displacement{pole ? -22.0 : x / 1024.0 * 40.0, 0.0};
     });
     for (const bool robust : {true, false}) {
-        AnalysisState state(analysis_parameters());
-        state.robust = robust;
+        AnalysisState state(analysis_options());
+        state.options.robust = robust;
         ASSERT_EQ(analyse_phase(state, pair.pictures(), {AnalysePhase::disparity, 1, false, false}, {}),
                   AnalyseStatus::done);
         EXPECT_NEAR(state.disparity.near_point, robust ? -18.0 : -22.0, 0.6);
@@ -130,7 +130,7 @@ TEST(LonelyExtremes, ThePlainRuleAsksTheHistogram) {
 
 /// Phase 5 with the search round `centre_px`.
 AnalysisState searched(const TexturePair& pair, double centre_px, AnalyseStatus& status) {
-    AnalysisState state(analysis_parameters());
+    AnalysisState state(analysis_options());
     PhaseRequest request{AnalysePhase::disparity, 1, false, false};
     request.centre_px = centre_px;
     status = analyse_phase(state, pair.pictures(), request, {});
@@ -156,7 +156,7 @@ TEST(DisparitySearch, ReachesAFifthOfTheWidthFromACentreOfItsOwn) {
         EXPECT_FALSE(state.disparity_end_reached);
         // The match of a left tile there would lie outside: only the right view's tiles can be found.
         const std::size_t last = middle > 0.0 ? kGridMax - 1 : 0;
-        EXPECT_EQ(state.CQOK5[8][last], 1) << "both directions search round the centre";
+        EXPECT_EQ(state.valid_disparity[8][last], 1) << "both directions search round the centre";
         const AnalysisState uncentred = searched(pair, 0.0, status);
         EXPECT_TRUE(status == AnalyseStatus::no_disparity ||
                     std::fabs(uncentred.disparity.centre_disparity - middle) > 60.0)

@@ -18,13 +18,14 @@ constexpr int kWidth = 800;
 constexpr int kHeight = 600;
 constexpr int kGrid = 10;
 constexpr ModelTerms kAllTerms = {true, true};
-constexpr CorrectionValues kTruth = {2.5F, 0, -0.006F, 0.012F, 0.005F, -0.004F, 0};
+constexpr Correction kTruth = {2.5F, 0, -0.006F, 0.012F, 0.005F, -0.004F};
 /// What a pattern of 24 rows leads to that is one period off, in views that are a little turned.
-constexpr CorrectionValues kPeriodOff = {26.5F, 0, -0.004F, 0.008F, 0.002F, -0.002F, 0};
+constexpr Correction kPeriodOff = {26.5F, 0, -0.004F, 0.008F, 0.002F, -0.002F};
 
-double model(const CorrectionValues& v, const ModelPoint& point) {
+double model(const Correction& v, const ModelPoint& point) {
     const ModelBasis b = model_basis(point, kHeight, kWidth);
-    return v.height * b[0] + v.size * b[1] + v.rotation * b[2] + v.vergence_v * b[3] + v.vergence_h * b[4];
+    return v.height_px * b[0] + v.size * b[1] + v.rotation_rad * b[2] + v.vergence_v_rad * b[3] +
+           v.vergence_h_rad * b[4];
 }
 
 /// Numbers of -1 to 1 without order, the same in every run.
@@ -41,7 +42,7 @@ private:
 };
 
 /// All cells of the grid, each up to `noise_px` off the correction.
-std::vector<ModelPoint> grid_points(const CorrectionValues& truth, double noise_px) {
+std::vector<ModelPoint> grid_points(const Correction& truth, double noise_px) {
     Noise noise(7);
     std::vector<ModelPoint> points;
     for (int i = 0; i < kGrid; ++i) {
@@ -54,12 +55,12 @@ std::vector<ModelPoint> grid_points(const CorrectionValues& truth, double noise_
     return points;
 }
 
-void expect_terms(const CorrectionValues& found, const CorrectionValues& truth, double tolerance_px) {
-    EXPECT_NEAR(found.height, truth.height, tolerance_px);
+void expect_terms(const Correction& found, const Correction& truth, double tolerance_px) {
+    EXPECT_NEAR(found.height_px, truth.height_px, tolerance_px);
     EXPECT_NEAR(found.size * kHeight / 2, truth.size * kHeight / 2, tolerance_px);
-    EXPECT_NEAR(found.rotation * kWidth / 2, truth.rotation * kWidth / 2, tolerance_px);
-    EXPECT_NEAR(found.vergence_v * kHeight / 2, truth.vergence_v * kHeight / 2, tolerance_px);
-    EXPECT_NEAR(found.vergence_h * kHeight / 2, truth.vergence_h * kHeight / 2, tolerance_px);
+    EXPECT_NEAR(found.rotation_rad * kWidth / 2, truth.rotation_rad * kWidth / 2, tolerance_px);
+    EXPECT_NEAR(found.vergence_v_rad * kHeight / 2, truth.vergence_v_rad * kHeight / 2, tolerance_px);
+    EXPECT_NEAR(found.vergence_h_rad * kHeight / 2, truth.vergence_h_rad * kHeight / 2, tolerance_px);
 }
 
 struct GrossCase {
@@ -77,7 +78,7 @@ protected:
     static bool is_gross(std::size_t k) {
         return GetParam().is_gross(static_cast<int>(k) / kGrid, static_cast<int>(k) % kGrid);
     }
-    static void expect_found(const std::vector<ModelPoint>& points, const CorrectionValues& truth,
+    static void expect_found(const std::vector<ModelPoint>& points, const Correction& truth,
                              double tolerance_px) {
         const RobustFit robust = solve_error_model_robustly(points, kHeight, kWidth, kAllTerms);
         expect_terms(robust.fit.values, truth, tolerance_px);
@@ -110,8 +111,8 @@ TEST_P(RobustModel, FindsAllTermsWhereGrossErrorsAgreeOnAnotherCorrection) {
                 }
             }
             const ModelFit plain = solve_error_model(points, kHeight, kWidth, kAllTerms);
-            EXPECT_GT(std::fabs(plain.values.height - truth.height), 1.0) << "they do mislead";
-            SCOPED_TRACE(truth.height);
+            EXPECT_GT(std::fabs(plain.values.height_px - truth.height_px), 1.0) << "they do mislead";
+            SCOPED_TRACE(truth.height_px);
             expect_found(points, truth, noise_px == 0.0 ? 1e-4 : 0.1);
         }
     }
@@ -143,20 +144,19 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return std::string(tested.param.name); });
 
 TEST(RobustModelTerms, ThoseLeftOutAreExactlyZero) {
-    CorrectionValues truth = kTruth;
+    Correction truth = kTruth;
     for (const ModelTerms terms : {ModelTerms{false, false}, {true, false}, {false, true}}) {
-        truth.vergence_v = terms.vergence_v ? kTruth.vergence_v : 0.0F;
-        truth.vergence_h = terms.vergence_h ? kTruth.vergence_h : 0.0F;
+        truth.vergence_v_rad = terms.vergence_v ? kTruth.vergence_v_rad : 0.0F;
+        truth.vergence_h_rad = terms.vergence_h ? kTruth.vergence_h_rad : 0.0F;
         std::vector<ModelPoint> points = grid_points(truth, 0.1);
         for (std::size_t k = 0; k < 25; ++k) {
             points[k * 4].dy += 9.0;
         }
-        const CorrectionValues found = solve_error_model_robustly(points, kHeight, kWidth, terms).fit.values;
+        const Correction found = solve_error_model_robustly(points, kHeight, kWidth, terms).fit.values;
         expect_terms(found, truth, 0.08);
-        EXPECT_TRUE(terms.vergence_v || found.vergence_v == 0.0F);
-        EXPECT_TRUE(terms.vergence_h || found.vergence_h == 0.0F);
-        EXPECT_EQ(found.shift, 0.0F);
-        EXPECT_EQ(found.window, 0.0F);
+        EXPECT_TRUE(terms.vergence_v || found.vergence_v_rad == 0.0F);
+        EXPECT_TRUE(terms.vergence_h || found.vergence_h_rad == 0.0F);
+        EXPECT_EQ(found.shift_px, 0.0F);
     }
 }
 
@@ -175,9 +175,9 @@ TEST(RobustModel, FewPointsAreFittedPlainly) {
     const RobustFit few = solve_error_model_robustly(points, kHeight, kWidth, {false, false});
     const ModelFit plain = solve_error_model(points, kHeight, kWidth, {false, false});
     EXPECT_EQ(few.weights, std::vector<double>(points.size(), 1.0));
-    EXPECT_EQ(few.fit.values.height, plain.values.height);
+    EXPECT_EQ(few.fit.values.height_px, plain.values.height_px);
     EXPECT_EQ(few.fit.values.size, plain.values.size);
-    EXPECT_EQ(few.fit.values.rotation, plain.values.rotation);
+    EXPECT_EQ(few.fit.values.rotation_rad, plain.values.rotation_rad);
     EXPECT_EQ(few.fit.residual_rms, plain.residual_rms);
     EXPECT_TRUE(solve_error_model_robustly({}, kHeight, kWidth, kAllTerms).weights.empty());
 }
@@ -194,13 +194,13 @@ RobustFit fit_of_two_voices(float looseness) {
 }
 
 TEST(RobustModel, PointsThatHoldTheirHeightLooselyCountLessAndMayMissMore) {
-    EXPECT_NEAR(fit_of_two_voices(0.2F).fit.values.height, 0.3, 0.02) << "two equal voices";
+    EXPECT_NEAR(fit_of_two_voices(0.2F).fit.values.height_px, 0.3, 0.02) << "two equal voices";
     // Scales of hypot(1, 0.2 / 0.4) and hypot(1, looseness / 0.4).
     const RobustFit looser = fit_of_two_voices(0.8F);
-    EXPECT_LT(looser.fit.values.height, 0.25);
-    EXPECT_GT(looser.fit.values.height, 0.05);
-    EXPECT_LT(fit_of_two_voices(3.0F).fit.values.height, 0.02);
-    EXPECT_NEAR(fit_of_two_voices(30.0F).fit.values.height, 0.0, 0.005);
+    EXPECT_LT(looser.fit.values.height_px, 0.25);
+    EXPECT_GT(looser.fit.values.height_px, 0.05);
+    EXPECT_LT(fit_of_two_voices(3.0F).fit.values.height_px, 0.02);
+    EXPECT_NEAR(fit_of_two_voices(30.0F).fit.values.height_px, 0.0, 0.005);
 }
 
 TEST(RobustModel, WhatContradictsAFirmPointIsNothingForALooseOne) {
@@ -241,11 +241,11 @@ TEST(RobustModel, GivesTheSameBitsInEveryCall) {
     for (int call = 0; call < 3; ++call) {
         const RobustFit again = solve_error_model_robustly(points, kHeight, kWidth, kAllTerms);
         EXPECT_EQ(again.weights, first.weights);
-        EXPECT_EQ(again.fit.values.height, first.fit.values.height);
+        EXPECT_EQ(again.fit.values.height_px, first.fit.values.height_px);
         EXPECT_EQ(again.fit.values.size, first.fit.values.size);
-        EXPECT_EQ(again.fit.values.rotation, first.fit.values.rotation);
-        EXPECT_EQ(again.fit.values.vergence_v, first.fit.values.vergence_v);
-        EXPECT_EQ(again.fit.values.vergence_h, first.fit.values.vergence_h);
+        EXPECT_EQ(again.fit.values.rotation_rad, first.fit.values.rotation_rad);
+        EXPECT_EQ(again.fit.values.vergence_v_rad, first.fit.values.vergence_v_rad);
+        EXPECT_EQ(again.fit.values.vergence_h_rad, first.fit.values.vergence_h_rad);
         EXPECT_EQ(again.fit.residual_rms, first.fit.residual_rms);
     }
 }
@@ -253,15 +253,15 @@ TEST(RobustModel, GivesTheSameBitsInEveryCall) {
 TEST(RobustModel, PointsThatDetermineNothingGiveFiniteValues) {
     const std::vector<ModelPoint> one_place(20, ModelPoint{300, 200, 1.5});
     const RobustFit same = solve_error_model_robustly(one_place, kHeight, kWidth, kAllTerms);
-    EXPECT_TRUE(std::isfinite(same.fit.values.height));
+    EXPECT_TRUE(std::isfinite(same.fit.values.height_px));
     EXPECT_TRUE(std::isfinite(same.fit.residual_rms));
     std::vector<ModelPoint> column;
     for (int i = 0; i < 20; ++i) {
         column.push_back({400, 25 * i + 60, 2.0});
     }
-    const CorrectionValues values = solve_error_model_robustly(column, kHeight, kWidth, kAllTerms).fit.values;
-    EXPECT_TRUE(std::isfinite(values.rotation));
-    EXPECT_LT(std::fabs(values.rotation), 0.01F) << "one column says nothing about rotation";
+    const Correction values = solve_error_model_robustly(column, kHeight, kWidth, kAllTerms).fit.values;
+    EXPECT_TRUE(std::isfinite(values.rotation_rad));
+    EXPECT_LT(std::fabs(values.rotation_rad), 0.01F) << "one column says nothing about rotation";
 }
 
 }  // namespace

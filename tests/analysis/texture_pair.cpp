@@ -81,11 +81,11 @@ TexturePair::TexturePair(int width, int height, const DisplacementField& field, 
     draw(right.picture(), field, surface);
 }
 
-ParameterSet analysis_parameters() {
-    ParameterSet parameters;
-    parameters.estimate_vergence_v = 1;
-    parameters.estimate_vergence_h = 1;
-    return parameters;
+AnalysisOptions analysis_options() {
+    AnalysisOptions options;
+    options.estimate_vergence_v = 1;
+    options.estimate_vergence_h = 1;
+    return options;
 }
 
 void for_each_instruction_set(const std::function<void()>& run) {

@@ -37,8 +37,8 @@ public:
     Bitmap right;
 };
 
-/// Parameters with their defaults and no tone mapping; every test starts from these.
-[[nodiscard]] ParameterSet analysis_parameters();
+/// Options with their defaults and no tone mapping; every test starts from these.
+[[nodiscard]] AnalysisOptions analysis_options();
 
 /// Calls `run` with every instruction set of this machine.
 void for_each_instruction_set(const std::function<void()>& run);

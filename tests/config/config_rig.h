@@ -32,6 +32,7 @@ private:
 struct ReadBack {
     ParameterSet parameters;
     ParameterFileResult result;
+    bool stopped = false;  ///< The file ends the run.
     std::string told;
     Language language_after = Language::english;
 };
@@ -46,7 +47,9 @@ inline ReadBack read_path(const std::string& path, Language language = Language:
     MessageCatalogue messages(language);
     Voice voice(console, messages, back.parameters);
     ::testing::internal::CaptureStdout();
-    back.result = read_parameter_file(path, back.parameters, voice, early);
+    const Result<ParameterFileResult> result = read_parameter_file(path, back.parameters, voice, early);
+    back.stopped = !result && result.failure().ends_run;
+    back.result = result ? *result : ParameterFileResult{};
     console.flush();
     back.told = ::testing::internal::GetCapturedStdout();
     back.language_after = messages.language();

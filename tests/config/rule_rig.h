@@ -33,7 +33,11 @@ public:
         Console console;
         MessageCatalogue messages(language);
         Voice voice(console, messages, parameters);
-        apply_consistency_rules(parameters, around, voice);
+        const Result<void> passed = apply_consistency_rules(parameters, around, voice);
+        stopped = !passed && passed.failure().ends_run;
+        if (!passed) {
+            voice.add(passed.failure().note);
+        }
         console.flush();
     }
 
@@ -44,15 +48,10 @@ public:
         return ::testing::internal::GetCapturedStdout();
     }
 
-    /// A pass that may end the process: prints to standard error.
-    void pass_on_error_output() {
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        pass();
-    }
-
     test::TestFolder folder;
     ParameterSet parameters;
     RuleSurroundings around;
+    bool stopped = false;  ///< The latest pass ended the run.
 };
 
 /// Two video files.

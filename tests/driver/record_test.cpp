@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "driver/pair_correction.h"
+#include "analysis/iteration_verdict.h"
 #include "driver/window_placement.h"
 #include "input/stored_record.h"
 

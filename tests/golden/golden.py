@@ -14,6 +14,7 @@ import difflib
 import fnmatch
 import hashlib
 import os
+import pty
 import re
 import shlex
 import shutil
@@ -21,15 +22,18 @@ import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 
-import pictures
+sys.dont_write_bytecode = True
+import pictures  # noqa: E402
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SUMS = os.path.join(HERE, "sums.txt")
 CASES = os.path.join(HERE, "cases.txt")
 SKIPPED = 77  # for ctest
-LONGEST = 120  # seconds of a run
+LONGEST = 300  # seconds of a run, on a busy machine
+EMPTY_FOLDER = "empty folder"
 CELL = re.compile(r"(?<=_)\d+(?=[_.])")  # a number of a file of a cell
 MOST_CELLS = 8  # files with a sum each
 
@@ -39,6 +43,8 @@ RULES = [
     (STAMP, b"_TIME"),
     # The duration of a pair.
     (re.compile(rb"(Consumed CPU time for this image: |Verbrauchte CPU-Zeit fuer dieses Bild: )\d+"), rb"\1N"),
+    # Steps of the progress in a terminal below 100 %: which ones come depends on the threads.
+    (re.compile(rb"\r[^\r\n]* \d?\d\.\d %\x1b\[K"), b""),
 ]
 
 
@@ -47,15 +53,24 @@ def without_padding(data):
     pixels of odd length to an even place."""
     if data[:4] != b"II*\0":
         return data
+    try:
+        end, directory = last_pixel_and_directory(data)
+    except (struct.error, KeyError):
+        return data
+    return data[:end] + b"\0" + data[end + 1:] if end % 2 == 1 and end + 1 == directory else data
+
+
+def last_pixel_and_directory(data):
+    """Where the pixels of a little-endian TIFF end and where its directory begins."""
     directory, = struct.unpack_from("<I", data, 4)
     tags = {}
     for entry in range(struct.unpack_from("<H", data, directory)[0]):
         tag, kind, count, value = struct.unpack_from("<HHII", data, directory + 2 + 12 * entry)
         form = f"<{count}{'H' if kind == 3 else 'I'}"
-        tags[tag] = (kind, struct.unpack_from(form, data, value) if struct.calcsize(form) > 4 and kind in (3, 4) else (value,))
-    offsets, sizes = tags[273][1], tags[279][1]
-    end = max(offset + size for offset, size in zip(offsets, sizes))
-    return data[:end] + b"\0" + data[end + 1:] if end % 2 == 1 and end + 1 == directory else data
+        in_entry = struct.calcsize(form) <= 4
+        if tag in (273, 279):  # offsets and sizes of the strips
+            tags[tag] = struct.unpack_from(form, struct.pack("<I", value) if in_entry else data, 0 if in_entry else value)
+    return max(offset + size for offset, size in zip(tags[273], tags[279])), directory
 
 
 class Case:
@@ -89,49 +104,74 @@ def read_cases():
 class Workplace:
     """The folders of one case: the program's own, the pictures, temporary files, the user's home."""
 
-    def __init__(self, root, case, assets, exe):
+    def __init__(self, root, case):
         self.case = case
         self.root = os.path.join(root, case.name)
         self.folders = {name: os.path.join(self.root, name) for name in ("pictures", "program", "temporary", "home")}
         for folder in self.folders.values():
             os.makedirs(folder)
         self.program = os.path.join(self.folders["program"], "zemora")
-        shutil.copyfile(exe, self.program)
-        os.chmod(self.program, 0o755)
-        for name in ("resource", "doc", "sRGB.icc", "AdobeCompatible.icc"):
-            source = os.path.join(assets, name)
-            (shutil.copytree if os.path.isdir(source) else shutil.copyfile)(source, os.path.join(self.folders["program"], name))
+        shutil.copytree(os.path.join(root, "program"), self.folders["program"], copy_function=os.link, dirs_exist_ok=True)
         for one in case.sets:
             shutil.copytree(os.path.join(root, "sets", one), self.folders["pictures"], dirs_exist_ok=True)
         self.before = self.files()
         self.console = b""
         self.answers = ""
-        self.locale = "C"
+        self.on_terminal = False
+        self.variables = {"LC_ALL": "C"}
 
     def files(self):
-        """Content sums of all files of the case by their names."""
+        """What tells a file that was written from one that was not, for all files and empty folders."""
         found = {}
-        for folder in ("pictures", "program", "temporary", "home"):
-            for place, folders, names in os.walk(self.folders[folder]):
+        for folder in self.folders.values():
+            for place, folders, names in os.walk(folder):
                 for name in names + [name for name in folders if not os.listdir(os.path.join(place, name))]:
                     path = os.path.join(place, name)
-                    found[os.path.relpath(path, self.root)] = short_sum(read(path)) if os.path.isfile(path) else "folder"
+                    status = os.lstat(path)
+                    found[os.path.relpath(path, self.root)] = (
+                        EMPTY_FOLDER if os.path.isdir(path) else (status.st_ino, status.st_size, status.st_mtime_ns))
         return found
 
     def environment(self):
         kept = {name: value for name, value in os.environ.items()
                 if name in ("PATH", "OMP_NUM_THREADS", "ZEMORA_ISA", "ASAN_OPTIONS", "UBSAN_OPTIONS", "GCOV_PREFIX")}
         kept.setdefault("OMP_NUM_THREADS", "1")
-        return {**kept, "HOME": self.folders["home"], "TMPDIR": self.folders["temporary"], "LC_ALL": self.locale, "TZ": "UTC"}
+        return {**kept, "HOME": self.folders["home"], "TMPDIR": self.folders["temporary"], "TZ": "UTC", **self.variables}
 
     def call(self, arguments, **settings):
         return subprocess.run(arguments, cwd=self.folders["pictures"], env=self.environment(), stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, timeout=LONGEST, check=False, **settings)
 
+    def call_on_terminal(self, arguments):
+        """As `call`, with a terminal of 100 columns for input and output; the answers are typed ahead."""
+        master, terminal = pty.openpty()
+        settings = termios.tcgetattr(terminal)
+        settings[3] &= ~termios.ECHO
+        termios.tcsetattr(terminal, termios.TCSANOW, settings)
+        termios.tcsetwinsize(terminal, (30, 100))
+        os.write(master, self.answers.encode())
+        with subprocess.Popen(arguments, cwd=self.folders["pictures"], env=self.environment(), stdin=terminal,
+                              stdout=terminal, stderr=terminal) as process:
+            os.close(terminal)
+            output = b""
+            try:
+                while data := os.read(master, 65536):
+                    output += data
+            except OSError:  # the program has closed the terminal
+                pass
+        os.close(master)
+        return subprocess.CompletedProcess(arguments, process.returncode, output.replace(b"\r\n", b"\n"))
+
     def run(self, arguments):
-        result = self.call([self.program, *arguments], input=self.answers.encode())
-        self.console += b"$ zemora " + shlex.join(arguments).encode() + b"\n" + result.stdout
-        self.console += b"\n= exit code %d\n" % result.returncode
+        self.console += b"$ zemora " + shlex.join(arguments).encode("utf-8", "surrogateescape") + b"\n"
+        try:
+            if self.on_terminal:
+                result = self.call_on_terminal([self.program, *arguments])
+            else:
+                result = self.call([self.program, *arguments], input=self.answers.encode())
+            self.console += result.stdout + b"\n= exit code %d\n" % result.returncode
+        except subprocess.TimeoutExpired:
+            self.console += b"= does not end\n"
         self.answers = ""
 
     def add_viewer(self, text):
@@ -148,9 +188,11 @@ class Workplace:
         with open(path, "w", encoding="utf-8") as file:
             file.write(script + "esac\nexit 1\n")
         os.chmod(path, 0o755)
-        self.before[os.path.relpath(path, self.root)] = short_sum(read(path))
+        self.before = {**self.files(), **self.before}  # the script is no result
 
     def step(self, verb, text, common):
+        for name in ("pictures", "program"):
+            text = text.replace("{" + name + "}", self.folders[name])
         if verb == "run":
             self.run([*common, *shlex.split(text)])
         elif verb == "bare":  # without the common settings
@@ -163,8 +205,10 @@ class Workplace:
                 self.console += b"$ " + text.encode() + b"\n" + result.stdout
         elif verb == "answer":  # on the standard input of the next run
             self.answers = text.replace("\\n", "\n")
-        elif verb == "locale":
-            self.locale = text
+        elif verb == "terminal":  # for the runs from here on
+            self.on_terminal = True
+        elif verb == "environment":
+            self.variables.update([text.split("=", 1)])
         elif verb == "viewer":
             self.add_viewer(text)
         else:
@@ -185,10 +229,10 @@ class Workplace:
         for name in sorted(set(self.before) | set(after)):
             if self.before.get(name) == after.get(name):
                 continue
-            shown = os.fsdecode(self.normal(os.fsencode(name)))
+            shown = re.sub(r"[\0-\x1f]", "?", os.fsdecode(self.normal(os.fsencode(name))))
             while shown in found:
                 shown += "+"
-            if name not in after or after[name] == "folder":
+            if name not in after or after[name] == EMPTY_FOLDER:
                 found[shown] = None if name not in after else b""
                 continue
             data = read(os.path.join(self.root, name))
@@ -224,10 +268,10 @@ def grouped(results):
     return merged
 
 
-def run_case(root, case, common, assets, exe, keep):
+def run_case(root, case, common, keep):
     """The sums of a case: name -> sum."""
     start = time.monotonic()
-    place = Workplace(root, case, assets, exe)
+    place = Workplace(root, case)
     for verb, text in case.steps:
         place.step(verb, text, common)
     seconds = time.monotonic() - start
@@ -241,6 +285,20 @@ def run_case(root, case, common, assets, exe, keep):
                 file.write(data)
     shutil.rmtree(place.root)
     return seconds, sums
+
+
+def lay_out_program(root, exe, scene):
+    """A copy of the program with the data files beside it; the cases link to its files."""
+    folder = os.path.join(root, "program")
+    assets = find_assets(exe, scene)
+    os.mkdir(folder)
+    for name in ("resource", "doc"):
+        shutil.copytree(os.path.join(assets, name), os.path.join(folder, name))
+    for name in ("sRGB.icc", "AdobeCompatible.icc"):
+        profile = read(os.path.join(assets, name))
+        with open(os.path.join(folder, name), "wb") as file:  # without the moment of its making
+            file.write(profile[:24] + bytes(12) + profile[36:])
+    shutil.copy(exe, os.path.join(folder, "zemora"))
 
 
 def make_set(scene, root, name):
@@ -258,14 +316,14 @@ def find_assets(exe, scene):
 
 def run_all(options, cases, common):
     exe, scene = os.path.abspath(options.exe), os.path.abspath(options.scene)
-    assets = find_assets(exe, scene)
     keep = options.keep and os.path.abspath(options.keep)
     sums = {}
     with tempfile.TemporaryDirectory(prefix="golden-") as root, \
             concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        lay_out_program(root, exe, scene)
         needed = sorted({one for case in cases for one in case.sets})
         list(pool.map(lambda name: make_set(scene, root, name), needed))
-        results = pool.map(lambda case: run_case(root, case, common, assets, exe, keep), cases)
+        results = pool.map(lambda case: run_case(root, case, common, keep), cases)
         for case, (seconds, done) in zip(cases, results):
             sums.update(done)
             if options.times:
@@ -337,12 +395,11 @@ def main():
     chosen = [case for case in cases if fnmatch.fnmatch(case.name, options.only or "*")]
     names = {case.name for case in chosen}
     sums = run_all(options, chosen, common)
-    all_sums = read_sums()
-    count = compare({name: value for name, value in all_sums.items() if name.split("/")[0] in names
-                     or (not options.only and name)}, sums)
+    old = read_sums()
+    others = {name: value for name, value in old.items() if options.only and name.split("/")[0] not in names}
+    count = compare({name: value for name, value in old.items() if name not in others}, sums)
     if options.renew:
-        kept = {name: value for name, value in all_sums.items() if options.only and name.split("/")[0] not in names}
-        write_sums({**kept, **sums})
+        write_sums({**others, **sums})
         print(f"{count} of {len(sums)} sums are new")
         return 0
     print(f"{len(chosen)} cases, {len(sums)} files: {count or 'no'} differences")

@@ -113,6 +113,26 @@ def mpo(left, right):
     return left[:2] + exif + index(size, len(second), size - origin) + left[2:] + second
 
 
+def ink_profile():
+    """A colour profile of a printer with four inks, as tables of two places a side from and to Lab."""
+    def table(inputs, outputs, places):
+        straight = bytes(range(256))
+        unit = b"".join(struct.pack(">i", 65536 if i % 4 == 0 else 0) for i in range(9))
+        return (b"mft1" + bytes(4) + bytes([inputs, outputs, 2, 0]) + unit + straight * inputs + bytes(places)
+                + straight * outputs)
+    to_inks = [value for place in range(8) for value in
+               ((40, 30, 20, 220) if place < 4 else (250 * (place % 4 < 2), 200 * (place % 2), 180 * (1 - place % 2), 5))]
+    to_lab = [value for place in range(16) for value in (255 - 16 * place, 100 + 4 * place, 160 - 5 * place)]
+    tags = [(b"B2A0", table(3, 4, to_inks)), (b"A2B0", table(4, 3, to_lab))]
+    place, directory, body = 132 + 12 * len(tags), b"", b""
+    for name, data in tags:
+        directory += name + struct.pack(">II", place + len(body), len(data))
+        body += data + bytes(-len(data) % 4)
+    head = (struct.pack(">I", place + len(body)) + bytes(4) + b"\2\x40\0\0prtrCMYKLab " + bytes(12) + b"acsp" + bytes(28)
+            + struct.pack(">III", 0xF6D6, 0x10000, 0xD32D))
+    return head + bytes(128 - len(head)) + struct.pack(">I", len(tags)) + directory + body
+
+
 def plain(width, height, colour):
     return [bytes(colour) * width for _ in range(height)]
 
@@ -159,6 +179,10 @@ def bitmaps(make):
     make.scene("c_l.bmp", "c_r.bmp", 450, 340, "seed=5", "height=4", "rotation=0.5", "brightness=1.2")
 
 
+def inks(make):
+    make.write("inks.icc", ink_profile())
+
+
 def wide(make):
     make.scene("w_l.bmp", "w_r.bmp", 1400, 900, "seed=4", "height=11", "size=0.9", "rotation=-0.5", "vergence_v=0.4",
                "vergence_h=-0.2", "noise=2")
@@ -179,7 +203,7 @@ def portrait(make):
 def lying(make):
     """Portrait pictures that lie on their side and say so in their Exif."""
     make.scene("y_l.jpg", "y_r.jpg", 400, 300, "seed=9", "height=2")
-    for name, turn in (("y_l.jpg", "6"), ("y_r.jpg", "8")):
+    for name, turn in (("y_l.jpg", "6"), ("y_r.jpg", "6")):
         subprocess.run(["exiftool", "-q", "-n", "-overwrite_original", "-Exif:Model=Twin", "-Exif:Orientation=" + turn,
                         make.path(name)], check=True)
 
@@ -229,8 +253,13 @@ def barrel(make):
 
 
 def far_off(make):
-    """Errors that need the wide search."""
+    """Errors beyond what is found."""
     make.scene("f_l.bmp", "f_r.bmp", 700, 520, "seed=11", "height=60", "rotation=3", "size=2", "noise=3")
+
+
+def far_turned(make):
+    """Errors that only the wide search finds."""
+    make.scene("h40_l.bmp", "h40_r.bmp", 700, 520, "seed=11", "height=40", "rotation=3")
 
 
 def dull(make):
@@ -248,7 +277,7 @@ def stereo(make):
 
 
 def deep(make):
-    left, right = (deep_rows(rows) for rows in make.rows(320, 240, "seed=3", "height=3"))
+    left, right = (deep_rows(rows) for rows in make.rows(440, 340, "seed=3", "height=3"))
     make.write("k_l.png", png(left, depth=16))
     make.write("k_r.png", png(right, depth=16))
     make.write("t_l.tif", tiff16(left))
@@ -276,17 +305,45 @@ def depth(make):
     make.write("both/b.png", png(beside(photo, mask)))
 
 
+def bmp_forms(make):
+    """A view of 256 greys and one of 32 bits, from the top down."""
+    left, right = make.rows(300, 220, "seed=15", "height=2")
+    greys = b"".join(bytes((value, value, value, 0)) for value in range(256))
+    body = b"".join(row[1::3] for row in reversed(left))
+    make.write("1_l.bmp", b"BM" + struct.pack("<IHHI", 1078 + len(body), 0, 0, 1078)
+               + struct.pack("<IiiHHIIiiII", 40, 300, 220, 1, 8, 0, len(body), 0, 0, 256, 0) + greys + body)
+    body = b"".join(bytes((row[i + 2], row[i + 1], row[i], 255)) for row in right for i in range(0, 900, 3))
+    make.write("1_r.bmp", b"BM" + struct.pack("<IHHI", 54 + len(body), 0, 0, 54)
+               + struct.pack("<IiiHHIIiiII", 40, 300, -220, 1, 32, 0, len(body), 0, 0, 0, 0) + body)
+
+
+def samsung_photo(photo, mask, width, height):
+    """The photo with a depth map, dark near, in the trailer of that maker."""
+    def block(kind, name, data):
+        return struct.pack("<HHI", 0, kind, len(name)) + name + data
+    extra = bytes(32) + struct.pack("<III", 0xFFFF0001, width, height) + bytes(52)
+    blocks = [(0x0AB1, block(0x0AB1, b"DualShot_DepthMap_1", mask)), (0x0AB3, block(0x0AB3, b"DualShot_Extra_Info", extra))]
+    total, place, directory = sum(len(data) for _, data in blocks), 0, b"SEFH" + struct.pack("<II", 101, 2)
+    for kind, data in blocks:
+        directory += struct.pack("<HHII", 0, kind, total - place, len(data))
+        place += len(data)
+    return photo + b"".join(data for _, data in blocks) + directory + struct.pack("<I", len(directory)) + b"SEFT"
+
+
 def phone(make):
-    """A photo with a depth picture behind it, one with a mask beside it, one without any."""
+    """A photo with a depth picture behind it, one with a map of another maker, one with a mask beside it, one
+    without any."""
     make.scene("apple.jpg", "spare.jpg", 400, 300, "seed=5")
     os.remove(make.path("spare.jpg"))
     make.scene("mask.jpg", "other_D.jpg", 400, 300, "seed=6", "texture=0")
     photo = make.read("apple.jpg")
     make.write("other.jpg", photo)
     make.write("none.jpg", photo)
+    dark_near = b"".join(bytes(255 - value for value in row) for row in mask_rows(200, 150, 1))
+    make.write("sam.jpg", samsung_photo(photo, dark_near, 200, 150))
     make.write("apple.jpg", mpo(photo, make.read("mask.jpg")))
     os.remove(make.path("mask.jpg"))
-    for name, maker in (("apple.jpg", "Apple"), ("none.jpg", "samsung")):
+    for name, maker in (("apple.jpg", "Apple"), ("none.jpg", "samsung"), ("sam.jpg", "samsung")):
         subprocess.run(["exiftool", "-q", "-m", "-overwrite_original", "-EXIF:Make=" + maker, "-EXIF:Orientation#=1",
                         make.path(name)], check=True)
 

@@ -21,8 +21,7 @@ TEST(Raico, ValuesAtThePolesJoinTheCurve) {
         }
         EXPECT_DOUBLE_EQ(raico(0.7, r), raico(-0.7, r));
     }
-    EXPECT_EXIT((void)raico(1.0, 1.5), ::testing::ExitedWithCode(1),
-                "ERROR raico r = 1.500000 != \\{0..1\\}");
+    EXPECT_TRUE(std::isnan(raico(1.0, 1.5)));
 }
 
 TEST(WindowMedian, EntriesOutsideCountAsZero) {

@@ -6,13 +6,13 @@ namespace zemora {
 namespace {
 
 TEST(DisparityMatrix, ShowsTheTopRowFirstAndTheExtremesInRed) {
-    AnalysisState analysis{ParameterSet{}};
+    AnalysisState analysis{AnalysisOptions{}};
     analysis.disparity_width = 500;
-    analysis.CQOK5[0][0] = analysis.CQOK5[15][15] = analysis.CQOK5[15][1] = 1;
-    analysis.ErrorPixel_x[0][0] = -12.3F;
-    analysis.ErrorPixel_x[15][1] = 0.25F;
-    analysis.ErrorPixel_x[15][15] = 7.0F;
-    analysis.ErrorPixel_x[8][8] = 99.0F;  // does not count
+    analysis.valid_disparity[0][0] = analysis.valid_disparity[15][15] = analysis.valid_disparity[15][1] = 1;
+    analysis.dx[0][0] = -12.3F;
+    analysis.dx[15][1] = 0.25F;
+    analysis.dx[15][15] = 7.0F;
+    analysis.dx[8][8] = 99.0F;  // does not count
     const DisparityMatrix matrix = disparity_matrix(analysis, MessageCatalogue(Language::english));
 
     const std::string inner = "    x    x    x    x    x    x    x    x    x    x    x    x    x";

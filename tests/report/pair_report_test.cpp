@@ -75,10 +75,10 @@ const ImageReport kExample = {.status = 5,
                               .width = 1500,
                               .height = 1000,
                               .pre_vergence_v = -0.5F,
-                              .correction = {-3.25F, 0.0F, 0.0002F, 0.0201F, -0.01F, 0.0F, 0.0F},
+                              .correction = {-3.25F, 0.0F, 0.0002F, 0.0201F, -0.01F, 0.0F},
                               .original_near_px = -1.0,
                               .original_far_px = 1.5,
-                              .remaining = {0.004F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F},
+                              .remaining = {0.004F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F},
                               .near_px = 2.5,
                               .far_px = 42.5,
                               .seconds = 7};
@@ -280,7 +280,7 @@ TEST(PairReport, AHeightThatCouldNotBeCheckedHasADash) {
 
 TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {
     ParameterSet settings = settings_of(1);
-    const SequenceReport report = {{2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
+    const SequenceReport report = {{2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
     settings.estimate_geometry = 1;
     const Told means = told(write_sequence_report, settings, report);
     const std::string rule = std::string(74, '=') + '\n';

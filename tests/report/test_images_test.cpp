@@ -63,7 +63,7 @@ TEST_P(CalibrationImage, HasRampsAndSquaresByTheTableAndLabelsOnWhite) {
     const int percent = GetParam();
     constexpr int kUnit = 36;
     constexpr int kColumns = 50 * kUnit;
-    const Speaker speaker;
+    Speaker speaker;
     const test::TestFolder folder;
     std::string profiled;
     ASSERT_EQ(write_anaglyph_test_image(1803, folder.path(), percent, speaker.voice,
@@ -108,7 +108,7 @@ int dark_pixels(ConstPicture picture) {
 }
 
 TEST(CalibrationImageLabels, StandAboveTheSquaresAndBesideTheBands) {
-    const Speaker speaker;
+    Speaker speaker;
     const test::TestFolder folder;
     ASSERT_EQ(write_anaglyph_test_image(1800, folder.path(), 7, speaker.voice, [](const std::string&) {}), 0);
     const Bitmap bitmap = stored(folder / "tintrovela_print_007.tif");
@@ -127,7 +127,7 @@ TEST(CalibrationImageLabels, StandAboveTheSquaresAndBesideTheBands) {
 }
 
 TEST(CalibrationImageFailure, NoRoomAndNoFolderGiveOne) {
-    const Speaker speaker;
+    Speaker speaker;
     const test::TestFolder folder;
     const AddProfile none = [](const std::string&) { FAIL() << "there is no file"; };
     EXPECT_EQ(write_anaglyph_test_image(49, folder.path(), 50, speaker.voice, none), 1);

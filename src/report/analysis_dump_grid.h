@@ -7,15 +7,15 @@ namespace zemora {
 
 struct PhaseGrid {
     int side;                ///< Cells.
-    const Grid<int>& valid;  ///< `CQOK3` or `CQOK5`.
+    const Grid<int>& valid;  ///< `valid` or `valid_disparity`.
 };
 
 /// Of phase 2, 3 or 5.
 [[nodiscard]] inline PhaseGrid grid_of(const AnalysisState& state, AnalysePhase phase) {
     switch (phase) {
-        case AnalysePhase::first_grid: return {kFirstGrid, state.CQOK3};
-        case AnalysePhase::disparity: return {kGridMax, state.CQOK5};
-        default: return {kGeometryGrid, state.CQOK3};
+        case AnalysePhase::first_grid: return {kFirstGrid, state.valid};
+        case AnalysePhase::disparity: return {kGridMax, state.valid_disparity};
+        default: return {kGeometryGrid, state.valid};
     }
 }
 

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-#include "analysis/analysis_dump.h"
-#include "analysis/analysis_dump_grid.h"
 #include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
+#include "report/analysis_dump.h"
+#include "report/analysis_dump_grid.h"
 
 namespace zemora {
 
@@ -32,18 +32,17 @@ void cut_piece(const ConstPicture& view, int x, int y, const Picture& piece) {
 void AnalysisDump::write_piece(const ConstPicture& view, const PiecePlace& place,
                                const std::string& name) const {
     const Bitmap piece = Bitmap::create(place.width, place.height);
-    if (!piece) {
-        end_run_without_picture_memory(voice_.console(), "FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+    if (piece) {
+        cut_piece(view, place.x, place.y, piece.picture());
     }
-    cut_piece(view, place.x, place.y, piece.picture());
     const std::string path = image_path(name);
-    if (!encode_and_write(piece.handle(), FIF_JPEG, JPEG_QUALITYSUPERB | JPEG_SUBSAMPLING_444, path)
-             .empty()) {
+    if (!piece || !encode_and_write(piece.handle(), FIF_JPEG, JPEG_QUALITYSUPERB | JPEG_SUBSAMPLING_444, path)
+                       .empty()) {
         tell_not_opened("\nFile ", path);
     }
 }
 
-void AnalysisDump::write_segment_images(const MeasuredPair& pair, const DumpedCell& cell,
+void AnalysisDump::write_segment_images(const MeasuredPair& pair, const VisitedCell& cell,
                                         const TileSearch& search, float dx, float dy) const {
     const auto write_both = [&](int index, const PiecePlace& left, const PiecePlace& right) {
         const std::string name = format_text("segment_%02d_%02d_%02d_%02d", static_cast<int>(cell.phase),
@@ -72,8 +71,8 @@ void AnalysisDump::show_segments(const AnalysisState& state, AnalysePhase phase)
         for (int column = 0; column < grid.side; ++column) {
             const auto i = static_cast<std::size_t>(row);
             const auto j = static_cast<std::size_t>(column);
-            text += format_text("%2d %2d %4d %4d %1d\n", row, column, round_half_up(state.ErrorPixel_x[i][j]),
-                                round_half_up(state.ErrorPixel_y[i][j]), grid.valid[i][j]);
+            text += format_text("%2d %2d %4d %4d %1d\n", row, column, round_half_up(state.dx[i][j]),
+                                round_half_up(state.dy[i][j]), grid.valid[i][j]);
         }
     }
     const std::string path = image_path("zemora_segment_data.txt");
@@ -81,11 +80,10 @@ void AnalysisDump::show_segments(const AnalysisState& state, AnalysePhase phase)
         tell_not_opened("\nFile ", path);
     }
     for (const char* name : {"zemora_segment_viewer", "zemora_segment_viewer.au3"}) {
-        const std::string viewer = join_path(program_folder_, name);
+        const std::string viewer = join_path(options_.program_folder, name);
         if (file_exists(viewer) && !is_directory(viewer)) {
-            voice_.console().flush();
-            (void)run_child(
-                {viewer, parameters_.path_of_images, std::to_string(static_cast<int>(phase)), "0"});
+            flush_console();
+            (void)run_child({viewer, options_.image_folder, std::to_string(static_cast<int>(phase)), "0"});
             return;
         }
     }

@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <memory>
 
-#include "analysis/analysis_dump.h"
-#include "analysis/analysis_dump_grid.h"
 #include "analysis/phases.h"
 #include "platform/paths.h"
+#include "report/analysis_dump.h"
+#include "report/analysis_dump_grid.h"
 
 namespace zemora {
 
@@ -58,21 +58,21 @@ struct GridTable {
 
 // clang-format off
 constexpr std::array<GridTable, 9> kTables = {{
-    {"\nQualitaet Monochrom:",          &AnalysisState::CQM, nullptr, 1, Mark::below_limit, &PhaseLimits::qm,    "individuelle Schwelle: QM_Level  = "},
-    {"\nQualitaet QX:",                 &AnalysisState::CQX, nullptr, 2, Mark::below_limit, &PhaseLimits::qx,    "individuelle Schwelle: QX_Level   = "},
-    {"\nQualitaet Q_Ycur:",             &AnalysisState::CQY, nullptr, 2, Mark::below_limit, &PhaseLimits::qy_qz, "individuelle Schwelle: QY_Level   = "},
-    {"\nQualitaet QZ:",                 &AnalysisState::CQZ, nullptr, 2, Mark::below_limit, &PhaseLimits::qy_qz, "individuelle Schwelle: QZ_Level   = "},
-    {"\nQualitaet QPDF:",               nullptr, &AnalysisState::CQPDF, 0, Mark::above_limit, &PhaseLimits::qp,  "individuelle Schwelle: QP_Level   = "},
-    {"\nQualitaet QVAL:",               nullptr, &AnalysisState::CQVAL, 0, Mark::above_limit, &PhaseLimits::qv,  "individuelle Schwelle: QV_Level   = "},
+    {"\nQualitaet Monochrom:",          &AnalysisState::contrast, nullptr, 1, Mark::below_limit, &PhaseLimits::qm,    "individuelle Schwelle: QM_Level  = "},
+    {"\nQualitaet QX:",                 &AnalysisState::sharpness_x, nullptr, 2, Mark::below_limit, &PhaseLimits::qx,    "individuelle Schwelle: QX_Level   = "},
+    {"\nQualitaet Q_Ycur:",             &AnalysisState::sharpness_y, nullptr, 2, Mark::below_limit, &PhaseLimits::qy_qz, "individuelle Schwelle: QY_Level   = "},
+    {"\nQualitaet QZ:",                 &AnalysisState::sharpness, nullptr, 2, Mark::below_limit, &PhaseLimits::qy_qz, "individuelle Schwelle: QZ_Level   = "},
+    {"\nQualitaet QPDF:",               nullptr, &AnalysisState::ambiguity, 0, Mark::above_limit, &PhaseLimits::qp,  "individuelle Schwelle: QP_Level   = "},
+    {"\nQualitaet QVAL:",               nullptr, &AnalysisState::match_error, 0, Mark::above_limit, &PhaseLimits::qv,  "individuelle Schwelle: QV_Level   = "},
     {"\nQualitaet QOK:",                nullptr, nullptr, 0},
-    {"\nSeitenfehler ErrorPixel_x:",    &AnalysisState::ErrorPixel_x, nullptr, 1, Mark::not_valid},
-    {"\nHoehenfehler ErrorPixel_y:",    &AnalysisState::ErrorPixel_y, nullptr, 2, Mark::not_valid},
+    {"\nSeitenfehler ErrorPixel_x:",    &AnalysisState::dx, nullptr, 1, Mark::not_valid},
+    {"\nHoehenfehler ErrorPixel_y:",    &AnalysisState::dy, nullptr, 2, Mark::not_valid},
 }};
 
 constexpr std::array<GridTable, 3> kTryTables = {{
-    {"\nDONE:", nullptr, &AnalysisState::DONE, 0},
-    {"\nTW_A:", nullptr, &AnalysisState::TW_A, 0},
-    {"\nTH_A:", nullptr, &AnalysisState::TH_A, 0},
+    {"\nDONE:", nullptr, &AnalysisState::cell_course, 0},
+    {"\nTW_A:", nullptr, &AnalysisState::search_columns, 0},
+    {"\nTH_A:", nullptr, &AnalysisState::search_rows, 0},
 }};
 // clang-format on
 
@@ -147,27 +147,29 @@ bool append(const std::string& path, const std::string& text) {
 
 void AnalysisDump::append_to_tables(AnalysePhase phase, const std::string& text) const {
     const std::string name = format_text("analyse_file_%02d.dat", static_cast<int>(phase));
-    if (!append(join_path(working_folder_, name), text)) {
+    if (!append(join_path(options_.working_folder, name), text)) {
         tell_not_opened("\nFile ", name);
     }
 }
 
-void AnalysisDump::write_head(const std::string& left_name, const std::string& right_name) const {
+void AnalysisDump::write_heads() const {
     if (!wants_tables(AnalysePhase::shift)) {
         return;
     }
-    const std::string names = right_name.empty() ? left_name : left_name + ", " + right_name;
-    const std::string head = "analysis for files: " + printable(names) + '\n';
+    const std::string head = "analysis for files: " + printable(names_) + '\n';
     append_to_tables(AnalysePhase::first_grid, head);
     append_to_tables(AnalysePhase::geometry, head);
 }
 
-void AnalysisDump::print_shift(const ShiftFigures& shift) const {
+void AnalysisDump::visit_shift(const ShiftFigures& shift) {
+    if (!wants_tables(AnalysePhase::shift)) {
+        return;
+    }
     const SurfaceFigures& f = shift.figures;
     // Any minimum inside the search is taken in this phase.
     const bool valid = f.sharpness_x > kNoMinimum && f.sharpness_y > kNoMinimum && f.sharpness > kNoMinimum;
-    voice_.print(shift.is_second ? "\nPHASE 1: zweite Korrelation:\n" : "\nPHASE 1: erste Korrelation:\n");
-    voice_.print(format_text(
+    notes_.print(shift.is_second ? "\nPHASE 1: zweite Korrelation:\n" : "\nPHASE 1: erste Korrelation:\n");
+    notes_.print(format_text(
         "EP_X     = %f\n"
         "EP_Y     = %f\n"
         "CQX1     = %f\n"
@@ -178,24 +180,27 @@ void AnalysisDump::print_shift(const ShiftFigures& shift) const {
         "CQOK1    = %d\n",
         f.dx, f.dy, f.sharpness_x, f.sharpness_y, f.sharpness, f.ambiguity, f.value, valid ? 1 : 0));
     if (shift.is_second) {
-        voice_.print(
+        notes_.print(
             format_text("dX       = %f\n"
                         "dY       = %f\n",
                         shift.shift_x, shift.shift_y));
     }
 }
 
-void AnalysisDump::display_try(const AnalysisState& state, int number) const {
+void AnalysisDump::visit_pass(const AnalysisState& state, int number) {
+    if (!wants_tables(AnalysePhase::geometry)) {
+        return;
+    }
     const PhaseTables tables = tables_of(state, AnalysePhase::geometry, true);
     std::string text = format_text("Beginn Output Try: %d\n", number);
     for (const GridTable& table : kTryTables) {
         text += table_text(table, tables);
     }
-    voice_.print(text);
+    notes_.print(text);
     append_to_tables(AnalysePhase::geometry, text);
 }
 
-void AnalysisDump::display_analyse(const AnalysisState& state, AnalysePhase phase, bool reduced) const {
+void AnalysisDump::print_tables(const AnalysisState& state, AnalysePhase phase, bool reduced) const {
     const PhaseTables tables = tables_of(state, phase, reduced);
     std::string text =
         "\n\nstereo_analyse::display_analyse: correlation durchgefuert\n"
@@ -206,10 +211,10 @@ void AnalysisDump::display_analyse(const AnalysisState& state, AnalysePhase phas
     for (const GridTable& table : kTables) {
         text += table_text(table, tables);
     }
-    voice_.print(text);
+    notes_.print(text);
     append_to_tables(phase, text);
     if (phase != AnalysePhase::disparity) {
-        voice_.console().wait_for_enter();
+        notes_.wait(Severity::must_be_seen);
     }
 }
 

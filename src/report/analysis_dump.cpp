@@ -1,4 +1,4 @@
-#include "analysis/analysis_dump.h"
+#include "report/analysis_dump.h"
 
 #include <utility>
 
@@ -15,27 +15,27 @@ bool names_phase(int setting, AnalysePhase phase) {
 
 }  // namespace
 
-AnalysisDump::AnalysisDump(const ParameterSet& parameters, std::string working_folder,
-                           std::string program_folder, Voice& voice)
-    : parameters_(parameters),
-      working_folder_(std::move(working_folder)),
-      program_folder_(std::move(program_folder)),
-      voice_(voice) {}
+AnalysisDump::AnalysisDump(AnalysisDumpOptions options, Notes& notes)
+    : options_(std::move(options)), notes_(notes) {}
+
+void AnalysisDump::set_names(const std::string& left_name, const std::string& right_name) {
+    names_ = right_name.empty() ? left_name : left_name + ", " + right_name;
+}
 
 bool AnalysisDump::wants_surfaces(AnalysePhase phase) const {
-    return names_phase(parameters_.gnu_error_output, phase);
+    return names_phase(options_.surface_phase, phase);
 }
 
 bool AnalysisDump::wants_segments(AnalysePhase phase) const {
-    return names_phase(parameters_.image_segment_output, phase);
+    return names_phase(options_.segment_phase, phase);
 }
 
 bool AnalysisDump::wants_tables(AnalysePhase phase) const {
-    return names_phase(parameters_.matrix_output, phase);
+    return names_phase(options_.table_phase, phase);
 }
 
-void AnalysisDump::write_cell(const MeasuredPair& pair, const DumpedCell& cell, const TileSearch& search,
-                              const ErrorSurface* surface, float dx, float dy) const {
+void AnalysisDump::visit_cell(const MeasuredPair& pair, const VisitedCell& cell, const TileSearch& search,
+                              const ErrorSurface* surface, float dx, float dy) {
     if (surface != nullptr && wants_surfaces(cell.phase)) {
         if (cell.phase == AnalysePhase::disparity) {
             write_error_profile(*surface, cell);
@@ -48,12 +48,13 @@ void AnalysisDump::write_cell(const MeasuredPair& pair, const DumpedCell& cell, 
     }
 }
 
-void AnalysisDump::conclude_phase(const AnalysisState& state, AnalysePhase phase, bool reduced) const {
+void AnalysisDump::visit_phase(const AnalysisState& state, AnalysePhase phase, bool reduced) {
     if (phase == AnalysePhase::shift) {
+        write_heads();
         return;
     }
     if (wants_tables(phase)) {
-        display_analyse(state, phase, reduced);
+        print_tables(state, phase, reduced);
     }
     if (wants_segments(phase)) {
         show_segments(state, phase);
@@ -61,7 +62,7 @@ void AnalysisDump::conclude_phase(const AnalysisState& state, AnalysePhase phase
 }
 
 std::string AnalysisDump::image_path(const std::string& name) const {
-    return join_path(parameters_.path_of_images, name);
+    return join_path(options_.image_folder, name);
 }
 
 bool AnalysisDump::write_text(const std::string& path, const std::string& text) const {
@@ -69,8 +70,8 @@ bool AnalysisDump::write_text(const std::string& path, const std::string& text) 
 }
 
 void AnalysisDump::tell_not_opened(const char* what, const std::string& name) const {
-    voice_.print(what + printable(name));
-    voice_.say<Msg::stereo_analyse_cannot_be_opened>();
+    notes_.print(what + printable(name));
+    notes_.say<Msg::stereo_analyse_cannot_be_opened>();
 }
 
 }  // namespace zemora

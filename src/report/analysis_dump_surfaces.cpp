@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "analysis/analysis_dump.h"
 #include "platform/paths.h"
+#include "report/analysis_dump.h"
 
 namespace zemora {
 
@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kSurfaceFault = "\nstereo_analyse::write_errors: File ";
 constexpr const char* kProfileFault = "\nstereo_analyse::write_errors_1dim: File ";
 
-std::string file_name(const DumpedCell& cell, const char* suffix) {
+std::string file_name(const VisitedCell& cell, const char* suffix) {
     return format_text("segment_%02d_%02d_%02d%s", static_cast<int>(cell.phase), cell.row, cell.column,
                        suffix);
 }
@@ -101,11 +101,11 @@ std::string profile_commands(const std::string& data_name, const AxisEnd& end) {
 
 }  // namespace
 
-void AnalysisDump::write_error_surface(const ErrorSurface& surface, const DumpedCell& cell) const {
+void AnalysisDump::write_error_surface(const ErrorSurface& surface, const VisitedCell& cell) const {
     const auto write = [this](const std::string& name, const std::string& text) {
-        voice_.print("\nFile " + name);
-        voice_.say<Msg::stereo_analyse_will_be_created>();
-        if (!write_text(join_path(working_folder_, name), text)) {
+        notes_.print("\nFile " + name);
+        notes_.say<Msg::stereo_analyse_will_be_created>();
+        if (!write_text(join_path(options_.working_folder, name), text)) {
             tell_not_opened(kSurfaceFault, name);
         }
     };
@@ -114,7 +114,7 @@ void AnalysisDump::write_error_surface(const ErrorSurface& surface, const Dumped
     write(file_name(cell, ".gpl"), surface_commands(data_name, axis_end(surface)));
 }
 
-void AnalysisDump::write_error_profile(const ErrorSurface& profile, const DumpedCell& cell) const {
+void AnalysisDump::write_error_profile(const ErrorSurface& profile, const VisitedCell& cell) const {
     const auto write = [this](const std::string& name, const std::string& text, const char* fault) {
         const std::string path = image_path(name);
         if (!write_text(path, text)) {

@@ -1,4 +1,4 @@
-#include "driver/pair_correction.h"
+#include "analysis/iteration_verdict.h"
 
 #include <algorithm>
 #include <cmath>
