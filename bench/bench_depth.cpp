@@ -33,9 +33,7 @@ Bitmap make_picture(bool is_mask) {
 void depth_views_12mp(benchmark::State& state) {
     const Bitmap photo = make_picture(false);
     const Bitmap mask = make_picture(true);
-    ParameterSet parameters;
-    parameters.deviation_target = static_cast<int>(state.range(0));
-    DepthState depth(parameters);
+    DepthState depth({.deviation_target = static_cast<int>(state.range(0))});
     for ([[maybe_unused]] auto round : state) {
         (void)depth.render_view_from_depth(photo.picture(), mask.picture(), DepthView::right);
         (void)depth.render_view_from_depth(photo.picture(), mask.picture(), DepthView::left);
@@ -78,19 +76,18 @@ Bitmap make_frame(int number) {
 }
 
 struct Talk {
-    Console console;
     MessageCatalogue messages{Language::english};
-    ParameterSet parameters;
-    Voice voice{console, messages, parameters};
+    int verbosity = 1;
+    KeptNotes notes{messages, verbosity};
 };
 
 void motion_field_2mp(benchmark::State& state) {
     const Bitmap from = make_frame(0);
     const Bitmap to = make_frame(1);
     Talk talk;
-    MotionField field(talk.voice);
+    MotionField field(talk.notes);
     for ([[maybe_unused]] auto round : state) {
-        field.estimate_motion_field(from.picture(), to.picture());
+        (void)field.estimate_motion_field(from.picture(), to.picture());
         benchmark::ClobberMemory();
     }
     if (field.at(950, 500) != MotionVector{4, 0} || field.at(100, 100) != MotionVector{-2, 0}) {
@@ -102,8 +99,8 @@ BENCHMARK(motion_field_2mp)->Unit(benchmark::kMillisecond)->UseRealTime();
 void moved_mask_2mp(benchmark::State& state) {
     const Bitmap from = make_frame(0);
     Talk talk;
-    MotionField field(talk.voice);
-    field.estimate_motion_field(from.picture(), make_frame(1).picture());
+    MotionField field(talk.notes);
+    (void)field.estimate_motion_field(from.picture(), make_frame(1).picture());
     const Bitmap target = Bitmap::create(kFrameWidth, kFrameHeight);
     for ([[maybe_unused]] auto round : state) {
         project_depth_mask(field, from.picture(), target.picture());

@@ -25,22 +25,21 @@ void fill(const test::TestFolder& folder) {
 void build_list(benchmark::State& state) {
     const test::TestFolder folder;
     fill(folder);
-    ParameterSet parameters;
-    parameters.path_of_images = folder.path();
-    parameters.input_mode = static_cast<int>(state.range(0));
-    parameters.write_data_base = static_cast<int>(state.range(1));
-    parameters.verbose_mode = 0;
-    Console console;
-    MessageCatalogue messages(Language::english);
-    const Voice voice(console, messages, parameters);
+    CollectOptions options;
+    options.path_of_images = folder.path();
+    options.input_mode = static_cast<int>(state.range(0));
+    options.write_data_base = static_cast<int>(state.range(1));
+    const int verbosity = 0;
+    const MessageCatalogue messages(Language::english);
+    KeptNotes notes(messages, verbosity);
     int count = 0;
     std::string last;
     for ([[maybe_unused]] auto turn : state) {
-        const ImageList list = build_image_list(parameters, voice);
-        count = list.count();
-        last = list.right(count - 1);
+        const Result<ImageList> list = build_image_list(options, notes);
+        count = list->count();
+        last = list->right(count - 1);
     }
-    const int expected = parameters.input_mode == 5 ? kNames - 1 : kNames / 2;
+    const int expected = options.input_mode == 5 ? kNames - 1 : kNames / 2;
     if (count != expected || last != folder / format_text("img%05d_r.jpg", kNames / 2 - 1)) {
         state.SkipWithError("wrong list");
     }

@@ -44,16 +44,14 @@ void copy_list(benchmark::State& state) {
 void update_line(benchmark::State& state) {
     const std::string path = temporary_folder() + "/updated.txt";
     write(path, list_text(state.range(0)));
-    ParameterSet parameters;
-    parameters.path_of_images = temporary_folder();
-    Console console;
-    MessageCatalogue messages(Language::english);
-    const Voice voice(console, messages, parameters);
+    const int verbosity = 1;
+    const MessageCatalogue messages(Language::english);
+    KeptNotes notes(messages, verbosity);
     const StoredCorrectionRecord values = empty_record();
     const long number = state.range(0) - 1;  // the last line is the slowest to find
     const std::string root = temporary_folder() + '/';
     for ([[maybe_unused]] auto round : state) {
-        update_database_line(parameters, voice, path, root + name_of(number, 'l'),
+        update_database_line(temporary_folder(), notes, path, root + name_of(number, 'l'),
                              root + name_of(number, 'r'), {"OK", &values});
     }
     std::string reason;

@@ -14,6 +14,7 @@
 #include "numerics/bitmap_file.h"
 #include "numerics/rescale.h"
 #include "numerics/rounding.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 #include "platform/temp_folder.h"
@@ -194,138 +195,171 @@ std::string moved_mask_file(std::int64_t index) {
 /// Makes the masks between two that are there.
 class BlockFiller {
 public:
-    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, Voice& voice)
-        : step_(plan.photo_step), photo_(photo), mask_(mask), voice_(voice), field_(voice) {}
+    BlockFiller(const DepthGapPlan& plan, const std::string& photo, const std::string& mask, Notes& notes)
+        : step_(plan.photo_step), photo_(photo), mask_(mask), notes_(notes), field_(notes) {}
 
-    /// Whether all photos of a gap and its masks can be read; false with the reason told.
-    [[nodiscard]] bool check(const DepthGap& gap) {
+    /// Whether all photos of a gap and its masks can be read.
+    [[nodiscard]] Result<void> check(const DepthGap& gap) {
         for (std::int64_t index = gap.first; index <= gap.last; index += step_) {
-            if (!load(photo_, index, "d1860")) {
-                return false;
+            if (const auto photo = load(photo_, index, "d1860"); !photo) {
+                return photo.failure();
             }
         }
-        return load(mask_, gap.first, "d3474") && load(mask_, gap.last, "d3474");
+        for (const std::int64_t index : {gap.first, gap.last}) {
+            if (const auto mask = load(mask_, index, "d3474"); !mask) {
+                return mask.failure();
+            }
+        }
+        return {};
     }
 
-    /// The masks of a gap, which are stored together at its end; false, with the reason told, on a failure.
-    [[nodiscard]] bool fill(const DepthGap& gap) {
-        Bitmap mask = load(mask_, gap.first, "d3474");
-        for (std::int64_t index = gap.first + step_; mask && index < gap.last; index += step_) {
-            mask = moved(mask, index - step_, index);
-            if (mask && !keep(mask, index)) {
-                return false;
-            }
+    /// The masks of a gap, which are stored together at its end.
+    [[nodiscard]] Result<void> fill(const DepthGap& gap) {
+        if (auto forward = move_forward(gap); !forward) {
+            return forward;
         }
-        mask = mask ? load(mask_, gap.last, "d3474") : Bitmap();
-        for (std::int64_t index = gap.last - step_; mask && index > gap.first; index -= step_) {
-            mask = moved(mask, index + step_, index);
-            const double t =
-                static_cast<double>(index - gap.first) / static_cast<double>(gap.last - gap.first);
-            if (mask && !blend(mask, index, t)) {
-                return false;
-            }
+        if (auto blended = move_backward(gap); !blended) {
+            return blended;
         }
-        return mask && store(gap);
+        return store(gap);
     }
 
 private:
-    Bitmap load(const std::string& name, std::int64_t index, const char* number) {
+    [[nodiscard]] Result<void> move_forward(const DepthGap& gap) {
+        Result<Bitmap> mask = load(mask_, gap.first, "d3474");
+        for (std::int64_t index = gap.first + step_; mask && index < gap.last; index += step_) {
+            mask = moved(*mask, index - step_, index);
+            if (!mask) {
+                break;
+            }
+            if (auto kept = keep(*mask, index); !kept) {
+                return kept;
+            }
+        }
+        return mask ? Result<void>() : mask.failure();
+    }
+
+    [[nodiscard]] Result<void> move_backward(const DepthGap& gap) {
+        Result<Bitmap> mask = load(mask_, gap.last, "d3474");
+        for (std::int64_t index = gap.last - step_; mask && index > gap.first; index -= step_) {
+            mask = moved(*mask, index + step_, index);
+            if (!mask) {
+                break;
+            }
+            const double t =
+                static_cast<double>(index - gap.first) / static_cast<double>(gap.last - gap.first);
+            if (auto blended = blend(*mask, index, t); !blended) {
+                return blended;
+            }
+        }
+        return mask ? Result<void>() : mask.failure();
+    }
+
+    [[nodiscard]] Result<Bitmap> load(const std::string& name, std::int64_t index, const char* number) {
         const std::string path = with_counter(name, index);
         LoadedPicture picture = load_picture(path);
         if (picture.status != LoadStatus::done) {
-            tell(number, voice_.messages().either({"Image %s not found\n", "Bild %s nicht gefunden\n"}),
-                 path);
-            return {};
+            return failure_of(
+                number, notes_.messages().either({"Image %s not found\n", "Bild %s nicht gefunden\n"}), path);
         }
         if (size_.width == 0) {
             size_ = {picture.bitmap.width(), picture.bitmap.height()};
             tell_small_size();
         }
         if (picture.bitmap.width() != size_.width || picture.bitmap.height() != size_.height) {
-            tell(number,
-                 voice_.messages().either({"Image %s has another size than the others\n",
-                                           "Bild %s hat eine andere Groesse als die anderen\n"}),
-                 path);
-            return {};
+            return failure_of(number,
+                              notes_.messages().either({"Image %s has another size than the others\n",
+                                                        "Bild %s hat eine andere Groesse als die anderen\n"}),
+                              path);
         }
         return std::move(picture.bitmap);
     }
 
     void tell_small_size() const {
         if (size_.width < kLeastRefinedWidth) {
-            voice_.print(format_text(
-                voice_.messages().either(
+            notes_.print(format_text(
+                notes_.messages().either(
                     {"The images are less than %d pixels wide: the edges of the masks will be coarse.\n",
                      "Die Bilder sind weniger als %d Pixel breit: die Kanten der Masken werden grob.\n"}),
                 kLeastRefinedWidth));
         }
     }
 
-    void tell(const char* number, const char* text, const std::string& path) const {
-        voice_.print(number + std::string(": ") + format_text(text, printable(path).c_str()));
+    [[nodiscard]] static Failure failure_of(const char* number, const char* text, const std::string& path) {
+        return Failure::of_run(number + std::string(": ") + format_text(text, printable(path).c_str()));
     }
 
     /// The mask of photo `from` as it looks in photo `to`.
-    Bitmap moved(const Bitmap& mask, std::int64_t from, std::int64_t to) {
-        const Bitmap photo_from = load(photo_, from, "d1860");
-        const Bitmap photo_to = photo_from ? load(photo_, to, "d1866") : Bitmap();
-        if (!photo_to) {
-            return {};
+    [[nodiscard]] Result<Bitmap> moved(const Bitmap& mask, std::int64_t from, std::int64_t to) {
+        const Result<Bitmap> photo_from = load(photo_, from, "d1860");
+        if (!photo_from) {
+            return photo_from.failure();
         }
-        field_.estimate_motion_field(photo_from.picture(), photo_to.picture());
+        const Result<Bitmap> photo_to = load(photo_, to, "d1866");
+        if (!photo_to) {
+            return photo_to.failure();
+        }
+        if (const auto found = field_.estimate_motion_field(photo_from->picture(), photo_to->picture());
+            !found) {
+            return found.failure();
+        }
         Bitmap target = Bitmap::create(size_.width, size_.height);
         if (!target) {
-            end_run_without_picture_memory(voice_.console(),
-                                           "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+            return Failure::out_of_memory("d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
         }
         project_depth_mask(field_, mask.picture(), target.picture());
         return target;
     }
 
-    [[nodiscard]] bool keep(const Bitmap& mask, std::int64_t index) const {
-        return is_written(encode_and_write(mask.handle(), FIF_BMP, BMP_SAVE_RLE, moved_mask_file(index)),
-                          moved_mask_file(index));
+    [[nodiscard]] Result<void> keep(const Bitmap& mask, std::int64_t index) const {
+        const std::string file = moved_mask_file(index);
+        return outcome_of(encode_and_write(mask.handle(), FIF_BMP, BMP_SAVE_RLE, file), file);
     }
 
-    [[nodiscard]] bool is_written(const std::string& reason, const std::string& path) const {
-        if (!reason.empty()) {
-            voice_.print(format_text(
-                voice_.messages().either({"d4371: name_i=%s could not be written! (%s)\n",
-                                          "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"}),
-                printable(path).c_str(), printable(reason).c_str()));
+    /// Done where there is no reason why a file could not be written.
+    [[nodiscard]] Result<void> outcome_of(const std::string& reason, const std::string& path) const {
+        if (reason.empty()) {
+            return {};
         }
-        return reason.empty();
+        return Failure::of_run(format_text(
+            notes_.messages().either({"d4371: name_i=%s could not be written! (%s)\n",
+                                      "d4371: name_i=%s konnte nicht geschrieben werden! (%s)\n"}),
+            printable(path).c_str(), printable(reason).c_str()));
     }
 
     /// The mask between the one that came from before and `backward`, in place of the former.
-    [[nodiscard]] bool blend(const Bitmap& backward, std::int64_t index, double t) const {
+    [[nodiscard]] Result<void> blend(const Bitmap& backward, std::int64_t index, double t) const {
         const std::string file = moved_mask_file(index);
         const LoadedPicture forward = load_picture(file);
         const Bitmap result = Bitmap::create(size_.width, size_.height);
         if (forward.status != LoadStatus::done || !result) {
-            return is_written(forward.reason.empty() ? "no memory" : forward.reason, file);
+            return outcome_of(forward.reason.empty() ? "no memory" : forward.reason, file);
         }
         blend_depth_masks(forward.bitmap.picture(), backward.picture(), t, result.picture());
         return keep(result, index);
     }
 
     /// The masks of a gap under their final names, but for those that the user has put there.
-    [[nodiscard]] bool store(const DepthGap& gap) const {
+    [[nodiscard]] Result<void> store(const DepthGap& gap) const {
         for (std::int64_t index = gap.first + step_; index < gap.last; index += step_) {
             const std::string file = moved_mask_file(index);
             const std::string path = with_counter(mask_, index);
             const LoadedPicture made = load_picture(file);
             std::remove(file.c_str());
             if (made.status != LoadStatus::done) {
-                return is_written(made.reason, file);
+                return outcome_of(made.reason.empty() ? "no memory" : made.reason, file);
+            }
+            if (file_exists(path)) {
+                continue;
             }
             const FREE_IMAGE_FORMAT format = format_of_name(path);
-            if (!file_exists(path) &&
-                !is_written(encode_and_write(made.bitmap.handle(), format, flags_of(format), path), path)) {
-                return false;
+            auto written =
+                outcome_of(encode_and_write(made.bitmap.handle(), format, flags_of(format), path), path);
+            if (!written) {
+                return written;
             }
         }
-        return true;
+        return {};
     }
 
     static int flags_of(FREE_IMAGE_FORMAT format) {
@@ -344,7 +378,7 @@ private:
     std::int64_t step_;
     const std::string& photo_;
     const std::string& mask_;
-    Voice& voice_;
+    Notes& notes_;
     MotionField field_;
     PictureSize size_;
 };
@@ -385,26 +419,27 @@ void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Pi
     }
 }
 
-bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
-                     const std::vector<std::string>& masks, Voice& voice) {
-    BlockFiller filler(plan, photos.front(), masks.front(), voice);
-    if (!std::all_of(plan.gaps.begin(), plan.gaps.end(),
-                     [&](const DepthGap& gap) { return filler.check(gap); })) {
-        return false;
+Result<void> fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
+                             const std::vector<std::string>& masks, Notes& notes) {
+    BlockFiller filler(plan, photos.front(), masks.front(), notes);
+    for (const DepthGap& gap : plan.gaps) {
+        if (auto checked = filler.check(gap); !checked) {
+            return checked;
+        }
     }
     int block = 0;
     for (const DepthGap& gap : plan.gaps) {
-        voice.print(format_text(
-            voice.messages().either({"*** Interpolation of depth masks block %3d, image no. %05lld to %05lld "
+        notes.print(format_text(
+            notes.messages().either({"*** Interpolation of depth masks block %3d, image no. %05lld to %05lld "
                                      "(please be patient)!\n",
                                      "*** Interpolation Tiefenmasken Block %3d, Bild Nr. %05lld bis %05lld "
                                      "(bitte Geduld)!\n"}),
             block++, static_cast<long long>(gap.first), static_cast<long long>(gap.last)));
-        if (!filler.fill(gap)) {
-            return false;
+        if (auto filled = filler.fill(gap); !filled) {
+            return filled;
         }
     }
-    return true;
+    return {};
 }
 
 }  // namespace zemora

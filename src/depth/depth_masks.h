@@ -5,10 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "depth/motion_field.h"
 #include "input/depth_gaps.h"
 #include "numerics/bitmap.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -20,9 +21,10 @@ void project_depth_mask(const MotionField& field, ConstPicture mask, Picture tar
 void blend_depth_masks(ConstPicture forward, ConstPicture backward, double t, Picture target);
 
 /// Makes the missing masks of a sequence beside those that are there, named by their counters, in the
-/// format of the first mask. A mask that exists already is never written. False, with the reason told,
-/// when a frame cannot be read, which is found out before the first mask is made, or a mask not be written.
-[[nodiscard]] bool fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
-                                   const std::vector<std::string>& masks, Voice& voice);
+/// format of the first mask. A mask that exists already is never written. Fails for the run when a frame
+/// cannot be read, which is found out before the first mask is made, when a mask cannot be written, or
+/// without memory.
+[[nodiscard]] Result<void> fill_depth_gaps(const DepthGapPlan& plan, const std::vector<std::string>& photos,
+                                           const std::vector<std::string>& masks, Notes& notes);
 
 }  // namespace zemora

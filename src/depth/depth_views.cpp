@@ -246,12 +246,6 @@ void soften_filled(Picture view, const std::vector<std::uint8_t>& marks) {
 
 }  // namespace
 
-DepthSettings::DepthSettings(const ParameterSet& parameters)
-    : deviation_target(parameters.deviation_target),
-      depth_mask_offset(parameters.depth_mask_offset),
-      depth_mask_nonlin(parameters.depth_mask_nonlin),
-      depth_mask_nl_type(parameters.depth_mask_nl_type) {}
-
 ShiftTable grey_to_shift(const DepthSettings& settings) {
     constexpr double kWhite = 255.0;
     constexpr double kPowerStep = 5.0;
@@ -262,7 +256,7 @@ ShiftTable grey_to_shift(const DepthSettings& settings) {
         const double d = kWhite - static_cast<double>(g);
         if (settings.depth_mask_nonlin == 0) {
             table[g] = d;
-        } else if (settings.depth_mask_nl_type == 1) {
+        } else if (settings.depth_mask_nl_type == setting::depth_mask_nl_type::sine) {
             table[g] = d - n / kSineStep * kWhite * std::sin(d * std::numbers::pi / kWhite);
         } else {
             const double exponent = n < 0 ? 1.0 - n / kPowerStep : 1.0 / (1.0 + n / kPowerStep);
@@ -296,7 +290,7 @@ int largest_shift_px(const DepthSettings& settings, ConstPicture depth) {
     return static_cast<int>(std::ceil(largest_px));
 }
 
-bool DepthState::render_view_from_depth(ConstPicture colour, ConstPicture depth, DepthView view) {
+Result<void> DepthState::render_view_from_depth(ConstPicture colour, ConstPicture depth, DepthView view) {
     Bitmap& target = view == DepthView::left ? view_a : view_b;
     for (Bitmap* bitmap : {&view_a, &view_b}) {
         if (!*bitmap || bitmap->width() < colour.width || bitmap->height() < colour.height) {
@@ -304,7 +298,7 @@ bool DepthState::render_view_from_depth(ConstPicture colour, ConstPicture depth,
         }
     }
     if (!view_a || !view_b) {
-        return false;
+        return Failure::out_of_memory("d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
     }
     const GreyShift shift = grey_shift(settings_, colour.width, view);
     const Picture out = target.picture(colour.width, colour.height);
@@ -320,7 +314,7 @@ bool DepthState::render_view_from_depth(ConstPicture colour, ConstPicture depth,
         }
     }
     soften_filled(out, marks);
-    return true;
+    return {};
 }
 
 }  // namespace zemora

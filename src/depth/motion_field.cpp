@@ -281,7 +281,7 @@ BlockMatch match_block(ConstPicture from, ConstPicture to, int size, int x, int 
     return {{range.dx_min + least % columns, range.dy_min + least / columns}, is_clear ? 0 : kUnclear};
 }
 
-void MotionField::estimate_motion_field(ConstPicture from, ConstPicture to) {
+Result<void> MotionField::estimate_motion_field(ConstPicture from, ConstPicture to) {
     width_ = from.width;
     height_ = from.height;
     vectors_.assign(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_), {});
@@ -290,16 +290,14 @@ void MotionField::estimate_motion_field(ConstPicture from, ConstPicture to) {
     const Bitmap smooth_from = smoothed(from);
     const Bitmap smooth_to = smoothed(to);
     if (!smooth_from || !smooth_to) {
-        end_run_without_picture_memory(voice_.console(), "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+        return Failure::out_of_memory("d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
     }
     match_grid(from, smooth_from.picture(), smooth_to.picture(), block);
-    if (block < kLeastRefinedCell) {
-        return;
-    }
-    for (int level = 0; level < kRefinements; ++level) {
+    for (int level = 0; level < kRefinements && block >= kLeastRefinedCell; ++level) {
         fine_step_ /= 2;
         refine(smooth_from.picture(), smooth_to.picture(), fine_step_);
     }
+    return {};
 }
 
 void MotionField::match_grid(ConstPicture from, ConstPicture smooth_from, ConstPicture smooth_to, int block) {
@@ -343,9 +341,9 @@ void MotionField::match_grid(ConstPicture from, ConstPicture smooth_from, ConstP
 
 void MotionField::widen_search(int stray, int allowed, int width) {
     shift_h_ = width;
-    if (voice_.verbose() > 1) {
-        voice_.print(
-            format_text(voice_.messages().either(
+    if (notes_.verbose() > 1) {
+        notes_.print(
+            format_text(notes_.messages().either(
                             {"d2431: ShiftHM1=%d, allowed are: %d, ShiftH too small -> ShiftH=%d\n",
                              "d2431: ShiftHM1=%d, erlaubt sind: %d, ShiftH zu klein -> ShiftH=%d\n"}),
                         stray, allowed, shift_h_));

@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "numerics/bitmap.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -25,11 +26,11 @@ struct MotionVector {
 /// One per sequence; keeps its memory and the search width from call to call.
 class MotionField {
 public:
-    explicit MotionField(Voice& voice) : voice_(voice) {}
+    explicit MotionField(Notes& notes) : notes_(notes) {}
 
     /// Finds for each pixel of `from` its place in `to`, of the same size. The result does not depend on
-    /// the number of threads.
-    void estimate_motion_field(ConstPicture from, ConstPicture to);
+    /// the number of threads. Fails for the run without memory.
+    [[nodiscard]] Result<void> estimate_motion_field(ConstPicture from, ConstPicture to);
 
     [[nodiscard]] MotionVector at(int x, int y) const {
         return vectors_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
@@ -52,7 +53,7 @@ private:
     void refine_node(ConstPicture from, ConstPicture to, int half, int x, int y,
                      const std::array<MotionVector, 4>& corners);
 
-    Voice& voice_;
+    Notes& notes_;
     int width_ = 0;
     int height_ = 0;
     int fine_step_ = 0;

@@ -38,7 +38,7 @@ std::string claim_thumb(Pipeline& pipeline, const std::string& relative, const c
     name.base = bare_name_of(file);
     name.tail = tail;
     name.suffix = ".jpg";
-    (void)pipeline.given_names.claim(name);
+    (void)pipeline.given_names.give_free_name(name);
     return name.path();
 }
 

@@ -2,8 +2,10 @@
 
 #include "driver/failure.h"
 #include "driver/outside_steps.h"
+#include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/product_names.h"
+#include "driver/settings_input.h"
 #include "driver/settings_render.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
@@ -12,6 +14,18 @@
 
 namespace zemora {
 
+namespace {
+
+PairReadOptions read_options_with_phone_depth(const ParameterSet& parameters, ExifTool& exiftool) {
+    PairReadOptions options = pair_read_options_of(parameters);
+    options.find_phone_depth = [&exiftool](const std::string& photo, Notes& notes) {
+        return read_phone_depth(exiftool, photo, notes);
+    };
+    return options;
+}
+
+}  // namespace
+
 Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
                    Voice& voice_in)
     : parameters(parameters_in),
@@ -19,12 +33,13 @@ Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& l
       list(list_in),
       exiftool(exiftool_in),
       voice(voice_in),
-      input(parameters_in, left_geometry, right_geometry, voice_in),
+      source(list_in, read_options_with_phone_depth(parameters_in, exiftool_in)),
+      preparer(prepare_options_of(parameters_in)),
       analysis_dump(dump_options(parameters_in, run_in.working_directory, run_in.program_directory),
                     voice_in),
       analysis(analysis_options(parameters_in)),
       render(render_settings(parameters_in)),
-      depth(parameters_in),
+      depth(depth_settings_of(parameters_in)),
       inputs(list_in),
       frame(frame_settings(parameters_in)) {
     analysis.visitor = &analysis_dump;
@@ -167,7 +182,7 @@ void run_image_pipeline(Pipeline& pipeline) {
         pipeline.voice.begin_report_section();
         run_pair(pipeline, index);
         pipeline.voice.end_report_section();
-        pipeline.input.release_images();
+        pipeline.preparer.take_back(std::move(pipeline.input));
         pipeline.exiftool.forget_pair();
         if (pipeline.parameters.corr_input_output == setting::corr_input_output::from_file) {
             break;

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "driver/settings_input.h"
 #include "input/file_selection.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
@@ -194,7 +195,9 @@ void announce_call(const Invocation& invocation, Voice& voice) {
 }
 
 FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& parameters, Voice& voice) {
-    const FolderLayout found = find_folder_layout(parameters, absolute_name(invocation.arguments[0]));
+    CollectOptions options = collect_options_of(parameters);
+    options.path_of_images = absolute_name(invocation.arguments[0]);
+    const FolderLayout found = find_folder_layout(options);
     if (!found.is_certain() && voice.console().can_ask()) {
         return {found.sign, ask_for_layout(voice), setting::input_mode::consecutive};
     }
@@ -203,21 +206,24 @@ FolderLayout choose_layout(const Invocation& invocation, const ParameterSet& par
 }
 
 void force_values(const Invocation& invocation, ParameterSet& parameters, const FolderLayout& layout) {
-    constexpr int kByNamesInTree = 2;
+    namespace mode = setting::input_mode;
+    namespace views = setting::stereo_image_input;
     const auto& arguments = invocation.arguments;
     const int told = parameters.stereo_image_input;  // a photo with a depth mask is not seen at its name
     switch (invocation.form) {
         case InvocationForm::stereo_file:
         case InvocationForm::stereo_file_and_parameters:
-            parameters.input_mode = 0;
-            parameters.stereo_image_input = holds_depth_mask(told) && !takes_two_files(told) ? told : 1;
+            parameters.input_mode = mode::single;
+            parameters.stereo_image_input =
+                holds_depth_mask(told) && !takes_two_files(told) ? told : views::side_by_side;
             parameters.stereo_file_name = named_file(arguments[0]);
             take_image_folder(parameters.stereo_file_name, 's', parameters);
             break;
         case InvocationForm::pair:
         case InvocationForm::pair_and_parameters:
-            parameters.input_mode = 0;
-            parameters.stereo_image_input = holds_depth_mask(told) && takes_two_files(told) ? told : 2;
+            parameters.input_mode = mode::single;
+            parameters.stereo_image_input =
+                holds_depth_mask(told) && takes_two_files(told) ? told : views::two_files;
             parameters.left_file_name = named_file(arguments[0]);
             parameters.right_file_name = named_file(arguments[1]);
             take_image_folder(parameters.left_file_name, 'l', parameters);
@@ -225,18 +231,18 @@ void force_values(const Invocation& invocation, ParameterSet& parameters, const 
         case InvocationForm::folder:
             parameters.stereo_image_input = layout.stereo_image_input;
             parameters.input_mode = layout.input_mode;
-            if (layout.input_mode == setting::input_mode::by_names && parameters.include_subdirs != 0) {
-                parameters.input_mode = kByNamesInTree;
+            if (layout.input_mode == mode::by_names && parameters.include_subdirs != 0) {
+                parameters.input_mode = mode::by_names_in_tree;
             }
-            if (layout.stereo_image_input == 1) {
+            if (layout.stereo_image_input == views::side_by_side) {
                 parameters.stereo_output = 0;
-                parameters.extra_output = 5;
+                parameters.extra_output = setting::extra_output::multi_picture;
             }
             parameters.path_of_images = join_path(working_directory(), arguments[0]);
             break;
         case InvocationForm::two_folders:
-            parameters.stereo_image_input = 2;
-            parameters.input_mode = 9;
+            parameters.stereo_image_input = views::two_files;
+            parameters.input_mode = mode::view_folders;
             parameters.path_of_images = folder_of(join_path(working_directory(), arguments[0]));
             break;
         default: break;

@@ -30,7 +30,8 @@ bool warp_views(Pipeline& pipeline, const StereoPicture& source, const WarpPlan&
 }
 
 Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduced) {
-    const InputPair& input = pipeline_.input;
+    const InputViews& input = pipeline_.input;
+    const RenderSettings& render = pipeline_.render;
     WarpPlan plan;
     double scale = 1.0;
     if (reduced) {
@@ -41,17 +42,17 @@ Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduce
         scale = static_cast<double>(plan.frame.height) / input.height();
         plan.scale = static_cast<float>(scale);
         // The reduced copies have the pre-correction in them, the full-size views not.
-        pair_.preset = input.has_pre_selection ? input.pre_selection : PreSelection();
+        pair_.preset = pair_.orders.has_pre_selection ? pair_.orders.pre_selection : PreSelection();
     }
     plan.correction = correction.scaled(scale);
     plan.preset = pair_.preset;
-    plan.applied_view = pipeline_.render.applied_view;
-    plan.background = pipeline_.render.background;
+    plan.applied_view = render.applied_view;
+    plan.background = render.background;
     const ColourChange* colours = pipeline_.colours ? &*pipeline_.colours : nullptr;
     WarpedPair& warped = pipeline_.warped;
-    const Result<void> done =
-        warp_pair(reduced ? input.reduced() : input.full(), plan, colours, warped, pipeline_.voice);
-    if (!done) {
+    if (Result<void> done =
+            warp_pair(reduced ? input.reduced() : input.full(), plan, colours, warped, pipeline_.voice);
+        !done) {
         return done.failure();
     }
     pair_.scale = scale;

@@ -288,7 +288,7 @@ std::string stamp_text(long long calendar_seconds) {
     return format_text("_%04d.%02d.%02d_%02d.%02d.%02d", t.year, t.month, t.day, t.hour, t.minute, t.second);
 }
 
-bool GivenNames::claim(OutputName& name) {
+bool GivenNames::give_free_name(OutputName& name) {
     const std::string stamp = name.stamp;
     const auto earlier = earlier_.empty() ? earlier_.end() : earlier_.find(hash_without_stamp(name));
     const Earlier limits = earlier == earlier_.end() ? Earlier() : earlier->second;
@@ -306,7 +306,7 @@ void GivenNames::close(const OutputName& name, bool has_stamp) {
     ++earlier.count;
     if (has_stamp) {
         OutputName given = name;
-        (void)claim(given);
+        (void)give_free_name(given);
     } else {
         earlier.closed_up_to = earlier.count;
     }

@@ -72,7 +72,7 @@ void add_extra_ending(OutputName& name, int extra_output, bool inverse_output);
 class GivenNames {
 public:
     /// Changes `name` until it is new; true when it had to.
-    bool claim(OutputName& name);
+    bool give_free_name(OutputName& name);
     /// Gives a name away that an earlier run has written. Without `has_stamp` its stamp of the deviation is
     /// unknown, so nothing gets this name with any stamp.
     void close(const OutputName& name, bool has_stamp);

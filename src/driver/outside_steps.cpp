@@ -8,6 +8,7 @@
 
 #include "driver/failure.h"
 #include "driver/measuring.h"
+#include "driver/settings_input.h"
 #include "driver/viewers.h"
 #include "input/list_file.h"
 #include "input/mask_crop.h"
@@ -115,7 +116,7 @@ long long current_seconds() {
 void rename_refused(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     if (p.input_mode == setting::input_mode::view_folders && p.rename_refused != 0) {
-        rename_refused_files(p, pipeline.voice, sided_files(pipeline, pair));
+        rename_refused_files(p.rename_refused, pipeline.voice, sided_files(pipeline, pair));
     }
 }
 
@@ -144,8 +145,9 @@ void update_list_line(const Pipeline& pipeline, const PairRun& pair) {
         return;  // tried again by a later run, or nothing new
     }
     const bool two = pipeline.list.two_files;
-    update_database_line(p, pipeline.voice, list_path_of(p), two ? pair.files.left : pair.files.stereo,
-                         two ? pair.files.right : std::string(), result);
+    update_database_line(p.path_of_images, pipeline.voice, list_path_of(p),
+                         two ? pair.files.left : pair.files.stereo, two ? pair.files.right : std::string(),
+                         result);
 }
 
 bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
@@ -174,7 +176,7 @@ bool read_stored_record(Pipeline& pipeline, PairRun& pair) {
     pair.stored = *left;
     pair.has_stored = true;
     tell_stored_record(pipeline, pair);
-    if (drop_foreign_selection(pair.stored, pipeline.parameters)) {
+    if (drop_foreign_selection(pair.stored, wanted_shape_of(pipeline.parameters))) {
         pipeline.voice.print(two ? pipeline.voice.messages().text<Msg::main_stored_selection_ignored_right>()
                                  : pipeline.voice.messages().text<Msg::main_stored_selection_ignored_left>());
         pipeline.voice.wait(Severity::error);
@@ -208,7 +210,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
 }
 
 StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) {
-    const PreSelection& preset = pipeline.input.pre_selection;
+    const PreSelection& preset = pair.orders.pre_selection;
     const Correction& c = pair.correction;
     const SelectionBox& box = pair.selection;
     const ParameterSet& p = pipeline.parameters;
@@ -260,7 +262,11 @@ void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {
 
 void write_progress_views(const Pipeline& pipeline) {
     if (pipeline.parameters.graphical_interface != 0) {
-        write_mask_thumbs(pipeline.input.full(), state_directory(), std::nullopt, pipeline.voice);
+        if (const auto written =
+                write_mask_thumbs(pipeline.input.full(), state_directory(), std::nullopt, pipeline.voice);
+            !written) {
+            conclude_failure(pipeline.voice, written.failure());
+        }
     }
 }
 

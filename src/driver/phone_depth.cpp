@@ -32,10 +32,10 @@ LoadedPicture failed(const std::string& reason) {
     return {LoadStatus::unreadable, {}, reason};
 }
 
-LoadedPicture without_depth(Voice& voice) {
-    const std::string text = voice.messages().text<Msg::img_input_no_depth_mask_in_image>();
-    voice.print(text + '\n');
-    voice.wait(Severity::error);
+LoadedPicture without_depth(Notes& notes) {
+    const std::string text = notes.messages().text<Msg::img_input_no_depth_mask_in_image>();
+    notes.print(text + '\n');
+    notes.wait(Severity::error);
     return failed(text.substr(0, text.find('\n')));
 }
 
@@ -55,10 +55,10 @@ LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&&
 }
 
 /// Apple's second picture, which may be of another kind.
-LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Voice& voice) {
+LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Notes& notes) {
     const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "MPImage2");
     if (file.empty() || is_gain_map(file)) {
-        return without_depth(voice);
+        return without_depth(notes);
     }
     LoadedPicture depth = decode_picture(file, photo);
     if (depth.status != LoadStatus::done) {
@@ -69,10 +69,10 @@ LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Voice& vo
 }
 
 /// Samsung's map is dark near.
-LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Voice& voice) {
+LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Notes& notes) {
     const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "DepthMapTiff");
     if (file.empty()) {
-        return without_depth(voice);
+        return without_depth(notes);
     }
     LoadedPicture depth = decode_picture(file, photo);
     if (depth.status != LoadStatus::done) {
@@ -86,14 +86,14 @@ LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Voice& 
 }
 
 /// A depth image that somebody put beside the photo moves to its place; an earlier run may have done so.
-LoadedPicture read_beside(const std::string& photo, Voice& voice) {
+LoadedPicture read_beside(const std::string& photo, Notes& notes) {
     const std::string kept = kept_depth_name(photo);
     const std::string beside = join_path(folder_of(photo), bare_name_of(kept));
     if (!file_exists(beside)) {
         return file_exists(kept)
                    ? load_picture(kept)
                    : failed(format_text(
-                         voice.messages().either({"there is no depth image %s", "das Tiefenbild %s fehlt"}),
+                         notes.messages().either({"there is no depth image %s", "das Tiefenbild %s fehlt"}),
                          beside.c_str()));
     }
     LoadedPicture depth = load_picture(beside);
@@ -110,15 +110,15 @@ std::string kept_depth_name(const std::string& photo) {
     return join_path(folder_of(photo), "cd/" + without_suffix(bare_name_of(photo)) + "_D.jpg");
 }
 
-LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, Voice& voice) {
+LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, Notes& notes) {
     const std::string maker = exiftool.read_maker(photo);
     if (maker.find("Apple") != std::string::npos) {
-        return read_apple(exiftool, photo, voice);
+        return read_apple(exiftool, photo, notes);
     }
     if (maker.find("samsung") != std::string::npos) {
-        return read_samsung(exiftool, photo, voice);
+        return read_samsung(exiftool, photo, notes);
     }
-    return read_beside(photo, voice);
+    return read_beside(photo, notes);
 }
 
 }  // namespace zemora

@@ -19,8 +19,9 @@
 #include "driver/trust.h"
 #include "driver/window_placement.h"
 #include "input/image_list.h"
-#include "input/input_pair.h"
+#include "input/pair_reader.h"
 #include "input/stored_record.h"
+#include "input/view_preparer.h"
 #include "render/finished.h"
 #include "render/framing.h"
 #include "render/output_size.h"
@@ -34,7 +35,7 @@ namespace zemora {
 struct Pipeline {
     Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
              Voice& voice_in);
-    Pipeline(const Pipeline&) = delete;  // `input` calls back into it
+    Pipeline(const Pipeline&) = delete;  // its parts refer to each other
     Pipeline& operator=(const Pipeline&) = delete;
 
     ParameterSet& parameters;
@@ -42,9 +43,9 @@ struct Pipeline {
     ImageList& list;
     ExifTool& exiftool;
     Voice& voice;
-    ViewGeometry left_geometry;
-    ViewGeometry right_geometry;
-    InputPair input;
+    PairFileSource source;
+    ViewPreparer preparer;
+    InputViews input;  ///< Of the pair at work.
     AnalysisDump analysis_dump;
     AnalysisState analysis;
     const RenderSettings render;
@@ -96,6 +97,11 @@ struct PairRun {
     std::string left_thumb;  ///< Absolute; empty until there is one.
     std::string right_thumb;
     int html_images = 0;
+
+    // Input.
+    ViewOrders orders;        ///< What is done to the views before they are measured.
+    bool swap_views = false;  ///< The previewer asked for an exchange of two files.
+    int inverse_input = 0;    ///< Working copy of `InverseInput`.
 
     // Geometry.
     StoredCorrectionRecord stored = empty_record();

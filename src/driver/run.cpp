@@ -13,17 +13,18 @@
 #include "driver/failure.h"
 #include "driver/invocation.h"
 #include "driver/outside_steps.h"
-#include "driver/phone_depth.h"
 #include "driver/pipeline.h"
 #include "driver/post_run.h"
+#include "driver/settings_input.h"
+#include "driver/settings_report.h"
 #include "driver/viewers.h"
+#include "input/file_selection.h"
 #include "platform/paths.h"
 #include "platform/process_end.h"
 #include "platform/user_language.h"
 #include "render/picture_texts.h"
 #include "report/comfort_calculator.h"
 #include "report/run_report.h"
-#include "report/test_images.h"
 #include "report/value_rows.h"
 
 namespace zemora {
@@ -220,9 +221,10 @@ void make_calibration_image(Run& run) {
     if (p.graphical_interface < kCalibrationImage) {
         return;
     }
-    (void)write_anaglyph_test_image(
-        std::max(p.output_width, kLeastWidth), p.path_of_images, p.graphical_interface - kCalibrationImage,
-        run.voice, [&](const std::string& file) { run.exiftool.add_standard_profile(file); });
+    succeed_or_end(run.voice, write_anaglyph_test_image(
+                                  std::max(p.output_width, kLeastWidth), p.path_of_images,
+                                  p.graphical_interface - kCalibrationImage, run.voice,
+                                  [&](const std::string& file) { run.exiftool.add_standard_profile(file); }));
     run.console.wait_for_enter();
     run.end(kExitFailure);
 }
@@ -254,7 +256,8 @@ void open_reports(Run& run) {
     }
     const ParameterSet& p = run.parameters;
     const bool links_calculator = p.verbose_mode > 1 && p.video_mode == 0;
-    const std::string failed = run.report.open(report_names(p, run.context.stamp), links_calculator);
+    const std::string failed =
+        run.report.open(report_names(report_source_of(p, run.context.stamp)), links_calculator);
     if (!failed.empty()) {
         run.console.print("Zemora: " + printable(failed) +
                           run.messages.text<Msg::main_report_cannot_be_opened>());
@@ -271,15 +274,15 @@ void open_reports(Run& run) {
 std::string empty_list_hint(const Run& run) {
     const ParameterSet& p = run.parameters;
     const MessageCatalogue& messages = run.messages;
-    const bool two = p.stereo_image_input == 2 || p.stereo_image_input == 5;
+    const bool two = takes_two_files(p.stereo_image_input);
     switch (p.input_mode) {
-        case 0: return {};
-        case 1:
-        case 2:
+        case setting::input_mode::single: return {};
+        case setting::input_mode::by_names:
+        case setting::input_mode::by_names_in_tree:
             return two ? messages.text<Msg::main_searches_l_and_r_files>()
                        : messages.text<Msg::main_searches_s_files>();
-        case 10:
-            return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5
+        case setting::input_mode::from_list:
+            return collect_options_of(p).applies_stored_values
                        ? messages.text<Msg::main_no_correction_values_in_list>()
                        : messages.text<Msg::main_marks_in_list_prevent_mounting>();
         default:
@@ -289,11 +292,11 @@ std::string empty_list_hint(const Run& run) {
 
 void collect_input(Run& run) {
     const ParameterSet& p = run.parameters;
-    run.list = build_image_list(p, run.voice,
-                                [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
-                                    return fill_depth_gaps(plan, photos, masks, run.voice);
-                                });
-    if (p.write_data_base == 1 && run.list.count() > 0) {
+    const auto make_depth_masks = [&run](const DepthGapPlan& plan, const auto& photos, const auto& masks) {
+        return fill_depth_gaps(plan, photos, masks, run.voice);
+    };
+    run.list = value_or_end(run.voice, build_image_list(collect_options_of(p), run.voice, make_depth_masks));
+    if (p.write_data_base == setting::write_data_base::list_only && run.list.count() > 0) {
         run.voice.say<Msg::main_only_list_written>();
         run.wait(Severity::error);
         run.end(kExitDone);
@@ -303,7 +306,7 @@ void collect_input(Run& run) {
                                   printable(p.path_of_images) + '\n');
         // What a list lacks is told on the console alone.
         const std::string hint = empty_list_hint(run);
-        if (p.input_mode == 10) {
+        if (p.input_mode == setting::input_mode::from_list) {
             run.console.print(hint);
         } else if (!hint.empty()) {
             run.voice.tell_everywhere(hint);
@@ -353,9 +356,6 @@ void tell_missing_shows(Run& run) {
 void mount_all(Run& run) {
     provide_colour_file(run.parameters, run.context, run.voice);
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
-    pipeline.input.find_phone_depth = [&run](const std::string& photo) {
-        return read_phone_depth(run.exiftool, photo, run.voice);
-    };
     run_image_pipeline(pipeline);
     run.all_mounted = pipeline.mounted == run.list.count();
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
@@ -395,7 +395,7 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     open_reports(run);
     report_parameters(run.parameters, run.voice);
     if (run.parameters.auto_ghost_bust != 0) {
-        (void)write_alignment_image(run.parameters, run.voice);
+        succeed_or_end(run.voice, write_alignment_image(alignment_options_of(run.parameters), run.voice));
     }
     collect_input(run);
     refuse_video(run);

@@ -1,6 +1,6 @@
 #include "driver/settings_analysis.h"
 
-#include "input/passepartout.h"
+#include "driver/settings_input.h"
 
 namespace zemora {
 
@@ -15,7 +15,7 @@ AnalysisOptions analysis_options(const ParameterSet& p) {
     options.estimate_vergence_v = p.estimate_vergence_v;
     options.estimate_vergence_h = p.estimate_vergence_h;
     options.robust = p.robust_estimation != 0;
-    options.passe_colour = passe_colour_of(p);
+    options.passe_colour = prepare_options_of(p).frame.colour;
     return options;
 }
 

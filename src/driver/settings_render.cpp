@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "input/passepartout.h"
+#include "driver/settings_input.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -34,7 +34,7 @@ bool changes_colours(const ParameterSet& p) {
 
 RenderSettings render_settings(const ParameterSet& p) {
     return {p.cropp_output, p.apply_left_right, p.interpolation_mode, p.post_viewer_active != 0,
-            passe_colour_of(p)};
+            prepare_options_of(p).frame.colour};
 }
 
 FrameSettings frame_settings(const ParameterSet& p) {

@@ -3,6 +3,7 @@
 #include "driver/measuring.h"
 #include "driver/outside_steps.h"
 #include "driver/pipeline.h"
+#include "driver/settings_report.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
@@ -13,7 +14,7 @@ constexpr int kMoveAwayExit = 99;  // of a viewer: the user never wants to see t
 
 ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     ImageReport report;
-    const PreSelection& preset = pipeline.input.pre_selection;
+    const PreSelection& preset = pair.orders.pre_selection;
     report.mode = pair.mode;
     report.is_analysed = pair.mode != 0 || pipeline.parameters.stereo_image_input >=
                                                setting::stereo_image_input::photo_and_depth_files;
@@ -46,7 +47,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
     if (!pair.failure_told) {
         if (pair.status != StatusCode::abandoned) {
-            write_image_report(pipeline.parameters, report_of(pipeline, pair), pipeline.voice);
+            write_image_report(report_options_of(pipeline.parameters), report_of(pipeline, pair),
+                               pipeline.voice);
         }
         // Exiftool was at work beside the stores and the report; what says that the pair is done waits for
         // it.

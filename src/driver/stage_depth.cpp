@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "depth/colour_depth.h"
+#include "driver/failure.h"
 #include "driver/outside_steps.h"
+#include "driver/settings_input.h"
 #include "input/file_selection.h"
 #include "platform/paths.h"
 
@@ -55,21 +57,21 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     }
     const StereoPicture input = pipeline.input.full();
     DepthState& depth = pipeline.depth;
-    if (!depth.render_view_from_depth(input.left, input.right, DepthView::right) ||
-        !depth.render_view_from_depth(input.left, input.right, DepthView::left)) {
-        end_run_without_picture_memory(pipeline.voice.console(),
-                                       "d71: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE\n");
+    for (const DepthView view : {DepthView::right, DepthView::left}) {
+        if (const auto made = depth.render_view_from_depth(input.left, input.right, view); !made) {
+            conclude_failure(pipeline.voice, made.failure());
+        }
     }
     const int width = input.left.width;
     const int height = input.left.height;
     StereoPicture views{depth.view_a.picture(width, height), depth.view_b.picture(width, height)};
     if (p.cropp_output >= setting::cropp_output::common_area) {
-        const int strip_px = largest_shift_px(DepthSettings(p), input.right);
+        const int strip_px = largest_shift_px(depth_settings_of(p), input.right);
         for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
             blank_sides(view->picture(width, height), strip_px, pipeline.render.background);
         }
     }
-    if (pipeline.input.inverse_input == 1) {
+    if (pair.inverse_input == 1) {
         std::swap(views.left, views.right);
     }
     pipeline.input.replace_views(views);

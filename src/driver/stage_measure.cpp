@@ -14,7 +14,7 @@ MeasureSettings measure_settings(const ParameterSet& p) {
 }  // namespace
 
 bool measure_geometry(Pipeline& pipeline, PairRun& pair) {
-    const InputPair& input = pipeline.input;
+    const InputViews& input = pipeline.input;
     pipeline.analysis_dump.set_names(pair.left_relative, pipeline.list.two_files ? pair.right_relative : "");
     PipelineWarp warp(pipeline, pair);
     const PairGeometry geometry = value_or_end(

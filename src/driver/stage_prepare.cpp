@@ -1,6 +1,7 @@
 // The first stage of a pair: its names, what its settings mean for it, and its views in memory.
 
 #include <algorithm>
+#include <utility>
 
 #include "driver/failure.h"
 #include "driver/file_kinds.h"
@@ -8,6 +9,7 @@
 #include "driver/pipeline.h"
 #include "driver/viewers.h"
 #include "input/exif_time.h"
+#include "input/file_selection.h"
 #include "input/mpo_views.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
@@ -15,8 +17,6 @@
 namespace zemora {
 
 namespace {
-
-constexpr int kFromExif = -1;  // of RotMirInputLeft and RotMirInputRight
 
 PreSelection pre_selection_of(const ParameterSet& p) {
     return {p.pre_rotation_left,  p.pre_rotation_right, p.pre_vergence_v,    p.left_image_startx,
@@ -31,22 +31,17 @@ void reset_pair_state(Pipeline& pipeline, PairRun& pair) {
     p.trapez_scale = 1.0F;
     pair.inverse_output = p.inverse_output;
     pair.frame = pipeline.frame;
-    InputPair& input = pipeline.input;
     const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
-    input.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
-    input.swap_views = false;
-    input.has_pre_selection = p.pre_settings == 1;
-    input.pre_selection = input.has_pre_selection ? pre_selection_of(p) : PreSelection();
-    input.left_zoom = input.right_zoom = 1.0F;
+    pair.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
+    pair.swap_views = false;
+    pair.orders = {};
+    pair.orders.has_pre_selection = p.pre_settings == 1;
+    pair.orders.pre_selection = pair.orders.has_pre_selection ? pre_selection_of(p) : PreSelection();
 }
 
 void take_names(Pipeline& pipeline, PairRun& pair) {
     const ImageList& list = pipeline.list;
-    if (list.two_files) {
-        pair.files = {list.left(pair.index), list.right(pair.index), {}};
-    } else {
-        pair.files = {{}, {}, list.stereo(pair.index)};
-    }
+    pair.files = files_of(list, pair.index);
     const std::string& root = pipeline.parameters.path_of_images;
     pair.left_relative = relative_to(list.left(pair.index), root);
     pair.right_relative = relative_to(list.right(pair.index), root);
@@ -55,9 +50,9 @@ void take_names(Pipeline& pipeline, PairRun& pair) {
 bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
     pair.left_suffix = checked_suffix(pair.left_relative, pipeline.voice);
     pair.right_suffix = checked_suffix(pair.right_relative, pipeline.voice);
-    constexpr int kSideBySide = 1;
     if (!pipeline.list.two_files && pair.left_suffix == ".jpg" &&
-        pipeline.parameters.stereo_image_input == kSideBySide && holds_two_views(pair.files.stereo)) {
+        pipeline.parameters.stereo_image_input == setting::stereo_image_input::side_by_side &&
+        holds_two_views(pair.files.stereo)) {
         pair.left_suffix = pair.right_suffix = ".mpo";
         Voice& voice = pipeline.voice;
         voice.tell_everywhere(format_text(
@@ -107,13 +102,12 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
     const auto shown_by_browsers = [](const std::string& suffix) {
         return suffix == ".jpg" || suffix == ".png";
     };
-    constexpr int kAnaglyph = 3;
-    constexpr int kThumbnails = 4;
-    const bool is_dome = p.html_images == kAnaglyph && p.planetarium_output == 1;  // a TIFF
-    if (p.html_images >= 1 && p.html_images < kThumbnails &&
+    namespace html = setting::html_images;
+    const bool is_dome = p.html_images == html::anaglyph && p.planetarium_output == 1;  // a TIFF
+    if (p.html_images >= html::views && p.html_images < html::thumbnails &&
         (is_dome || !shown_by_browsers(pair.left_output_suffix) ||
          !shown_by_browsers(pair.right_output_suffix))) {
-        pair.html_images = kThumbnails;
+        pair.html_images = html::thumbnails;
         if (voice.verbose() > 0) {
             voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
         }
@@ -133,21 +127,20 @@ int needed_orientation(const std::string& file) {
 bool turns_unasked(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool two = pipeline.list.two_files;
-    constexpr int kPhonePhoto = 7;
     if (p.given.contains("RotMirInputLeft") || p.given.contains("RotMirInputRight") ||
         p.rot_mir_input_left != 0 || p.rot_mir_input_right != 0 ||
-        !(two || pair.left_suffix == ".mpo" || p.stereo_image_input == kPhonePhoto)) {
+        !(two || pair.left_suffix == ".mpo" ||
+          p.stereo_image_input == setting::stereo_image_input::phone_photo)) {
         return false;
     }
     const int left = needed_orientation(two ? pair.files.left : pair.files.stereo);
     const int right = two ? needed_orientation(pair.files.right) : left;
-    constexpr int kPhotoAndDepthFiles = 5;
     return left > 0 && right > 0 && std::max(left, right) > 1 &&
-           (left == right || p.stereo_image_input != kPhotoAndDepthFiles);
+           (left == right || p.stereo_image_input != setting::stereo_image_input::photo_and_depth_files);
 }
 
 /// The RotMirInput of one view, from the file where the setting says so.
-int orientation_of(Pipeline& pipeline, int setting, const std::string& file, bool is_left) {
+int orientation_of(Pipeline& pipeline, int wanted, const std::string& file, bool is_left) {
     static constexpr const char* kWords[] = {"",
                                              "rotated 90 degrees counter-clockwise",
                                              "rotated 180 degrees",
@@ -156,8 +149,8 @@ int orientation_of(Pipeline& pipeline, int setting, const std::string& file, boo
                                              "mirrored at the anti-diagonal",
                                              "mirrored vertically",
                                              "mirrored at the main diagonal"};
-    if (setting != kFromExif) {
-        return setting;
+    if (wanted != setting::rot_mir_input_left::by_exif) {
+        return wanted;
     }
     const int orientation = pipeline.exiftool.read_orientation(file);
     const int mode = rot_mir_of_orientation(orientation);
@@ -175,12 +168,12 @@ int orientation_of(Pipeline& pipeline, int setting, const std::string& file, boo
 void orient_views(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const bool two = pipeline.list.two_files;
-    InputPair& input = pipeline.input;
+    ViewOrders& orders = pair.orders;
     const std::string& left = two ? pair.files.left : pair.files.stereo;
     const std::string& right = two ? pair.files.right : pair.files.stereo;
     if (turns_unasked(pipeline, pair)) {
-        input.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
-        input.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
+        orders.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
+        orders.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
         Voice& voice = pipeline.voice;
         voice.tell_everywhere(voice.messages().either(
             {"   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
@@ -188,10 +181,10 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
              "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
              "RotMirInputRight = -1 gedreht.\n"}));
     } else {
-        input.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true);
-        input.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false);
+        orders.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true);
+        orders.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false);
     }
-    const bool turned = input.rot_mir_left != 0 || input.rot_mir_right != 0 || p.rot_mir_output_left != 0 ||
+    const bool turned = orders.rot_mir_left != 0 || orders.rot_mir_right != 0 || p.rot_mir_output_left != 0 ||
                         p.rot_mir_output_right != 0;
     const bool lies = std::max(exif_orientation(left), exif_orientation(right)) > 1;
     pair.permissions.keeps_orientation =
@@ -228,8 +221,8 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
     }
     const StoredCorrectionRecord& r = pair.stored;
     const auto value = [&](RecordField field) { return static_cast<float>(r[field]); };
-    pipeline.input.has_pre_selection = true;
-    pipeline.input.pre_selection = {
+    pair.orders.has_pre_selection = true;
+    pair.orders.pre_selection = {
         value(kRecordRotationLeft), value(kRecordRotationRight), value(kRecordPreVergence),
         value(kRecordLeftX),        value(kRecordLeftY),         value(kRecordLeftWidth),
         value(kRecordLeftHeight),   value(kRecordRightX),        value(kRecordRightY),
@@ -245,27 +238,58 @@ void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
     }
 }
 
-bool load_pair(Pipeline& pipeline, PairRun& pair) {
+/// Tells why the views of a pair could not be read.
+void tell_unreadable(Pipeline& pipeline, const Failure& failure) {
+    Voice& voice = pipeline.voice;
+    voice.tell_everywhere(voice.messages().text<Msg::main_file_not_readable_skipped>() + "   " +
+                          failure.note.text + '\n');
+    tell_photoshop_tiff(pipeline, failure.file);
+    voice.wait(Severity::warning);
+}
+
+void tell_conversion(const Pipeline& pipeline, const PairRun& pair) {
     Voice& voice = pipeline.voice;
     const MessageCatalogue& messages = voice.messages();
-    const ReadResult result = pipeline.input.read_input_images(pair.files, true);
-    std::string names = "   " + printable(pair.left_relative) + '\n';
-    if (pipeline.list.two_files) {
-        names += "   " + printable(pair.right_relative) + '\n';
+    if (voice.verbose() > 1) {
+        std::string names = "   " + printable(pair.left_relative) + '\n';
+        if (pipeline.list.two_files) {
+            names += "   " + printable(pair.right_relative) + '\n';
+        }
+        voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
+                              messages.text<Msg::main_conversion_tried_block>() + '\n');
     }
-    if (result == ReadResult::unreadable) {
-        voice.tell_everywhere(messages.text<Msg::main_file_not_readable_skipped>() + "   " +
-                              pipeline.input.failure() + '\n');
-        tell_photoshop_tiff(pipeline, pipeline.input.failed_file());
-        voice.wait(Severity::warning);
+    voice.wait(Severity::warning);
+}
+
+/// The part of the orders that the files decide: which view is which, and where their masks lie. Photo and
+/// depth mask keep their places.
+void order_files(const Pipeline& pipeline, PairRun& pair) {
+    ViewOrders& orders = pair.orders;
+    if (!pipeline.list.two_files) {
+        const std::string stem = without_suffix(pair.files.stereo);
+        orders.exchanged =
+            pair.inverse_input == 1 && !holds_depth_mask(pipeline.parameters.stereo_image_input);
+        orders.mask_stems = {stem + "_l", stem + "_r"};
+        return;
+    }
+    orders.exchanged = pair.swap_views;
+    orders.mask_stems = {without_suffix(pair.swap_views ? pair.files.right : pair.files.left),
+                         without_suffix(pair.swap_views ? pair.files.left : pair.files.right)};
+}
+
+bool load_pair(Pipeline& pipeline, PairRun& pair) {
+    Voice& voice = pipeline.voice;
+    pipeline.preparer.take_back(std::move(pipeline.input));
+    Result<RawViews> raw = pipeline.source.read(pair.index, voice);
+    if (!raw) {
+        tell_unreadable(pipeline, raw.failure());
         return false;
     }
-    if (result == ReadResult::converted) {
-        if (voice.verbose() > 1) {
-            voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
-                                  messages.text<Msg::main_conversion_tried_block>() + '\n');
-        }
-        voice.wait(Severity::warning);
+    const bool converted = raw->converted;
+    order_files(pipeline, pair);
+    pipeline.input = value_or_end(voice, pipeline.preparer.prepare(*std::move(raw), pair.orders, voice));
+    if (converted) {
+        tell_conversion(pipeline, pair);
     }
     return true;
 }

@@ -33,14 +33,14 @@ constexpr BothTexts kLeftRightWords{"your error code is (left/right image): ",
                                     "Ihr Fehlercode ist (linkes/rechtes Bild): "};
 
 SourceFiles sources_of(const Pipeline& pipeline, const PairRun& pair) {
-    const InputPair& input = pipeline.input;
+    const InputViews& input = pipeline.input;
     const SourceLayout layout = source_layout(pipeline.parameters);
     if (!pipeline.list.two_files) {
-        return {pair.files.stereo, pair.files.stereo, input.full(), input.inverse_input == 1, layout};
+        return {pair.files.stereo, pair.files.stereo, input.full(), pair.inverse_input == 1, layout};
     }
     const PairFiles& files = pair.files;
-    return input.swap_views ? SourceFiles{files.right, files.left, input.full(), false, layout}
-                            : SourceFiles{files.left, files.right, input.full(), false, layout};
+    return pair.swap_views ? SourceFiles{files.right, files.left, input.full(), false, layout}
+                           : SourceFiles{files.left, files.right, input.full(), false, layout};
 }
 
 void make_output_folder(const Pipeline& pipeline, const OutputName& name) {
@@ -64,7 +64,7 @@ NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
 void claim_and_show(Pipeline& pipeline, OutputName& name) {
     Voice& voice = pipeline.voice;
     make_output_folder(pipeline, name);
-    if (pipeline.given_names.claim(name)) {
+    if (pipeline.given_names.give_free_name(name)) {
         voice.print(format_text(
             voice.messages().either({"   The name was taken in this run: %s is written instead.\n",
                                      "   Der Name ist in diesem Lauf vergeben: %s wird geschrieben.\n"}),
@@ -149,7 +149,7 @@ DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& s
         return {};
     }
     if (!store.deep) {
-        const DeepInput input{store.sources, pipeline.left_geometry, pipeline.right_geometry,
+        const DeepInput input{store.sources, pipeline.input.left_geometry, pipeline.input.right_geometry,
                               pipeline.colours ? &*pipeline.colours : nullptr};
         store.deep = value_or_end(pipeline.voice, make_deep_outputs(pipeline.warped, pair.finished, input));
     }

@@ -64,16 +64,15 @@ void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipelin
 void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
     const PictureSize& scaled = pair.wish.scaled;
-    const InputPair& input = pipeline.input;
     voice.progress(voice.messages().either(
                        {"Zemora: reading and preparing image", "Zemora: Bild lesen und vorbereiten"}),
                    100.0);
     colormap_identity(pipeline.analysis);
-    pair.scale = static_cast<double>(scaled.height) / input.height();
+    pair.scale = static_cast<double>(scaled.height) / pipeline.input.height();
     pair.working_height = scaled.height;
     pair.working_width = scaled.width;
     pair.common_area = {0, scaled.width - 1, 0, scaled.height - 1};
-    pair.preset = input.has_pre_selection ? input.pre_selection : PreSelection();
+    pair.preset = pair.orders.has_pre_selection ? pair.orders.pre_selection : PreSelection();
     if (pair.mode == 0) {
         take_keys(pipeline, pair);
     } else if (pair.has_stored) {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "config/parameter_set.h"
-#include "input/input_pair.h"
+#include "numerics/pair_geometry.h"
 #include "render/selection_box.h"
 
 namespace zemora {

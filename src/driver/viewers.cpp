@@ -172,33 +172,33 @@ void list_answer(Voice& voice, const PreSelection& selection) {
 }
 
 /// The exchange, the pre-selection and the scale of the previewer go to the input.
-void take_answer(Pipeline& pipeline, const PreviewerAnswer& answer) {
-    InputPair& input = pipeline.input;
+void take_answer(Pipeline& pipeline, PairRun& pair, const PreviewerAnswer& answer) {
+    ViewOrders& orders = pair.orders;
     const bool two = exchanges_files(pipeline);
     const bool has_mask = holds_depth_mask(pipeline.parameters.stereo_image_input);
-    input.has_pre_selection = true;
-    input.pre_selection = answer.selection;
-    input.left_zoom = input.right_zoom = answer.scale;
+    orders.has_pre_selection = true;
+    orders.pre_selection = answer.selection;
+    orders.left_zoom = orders.right_zoom = answer.scale;
     if (answer.swaps_views) {
-        input.swap_views = two;
-        input.inverse_input = two ? input.inverse_input : 1 - input.inverse_input;
+        pair.swap_views = two;
+        pair.inverse_input = two ? pair.inverse_input : 1 - pair.inverse_input;
         if (!has_mask) {
-            input.pre_selection = with_views_swapped(answer.selection, !two);
-            std::swap(input.rot_mir_left, input.rot_mir_right);  // a view keeps the turn it was shown with
+            orders.pre_selection = with_views_swapped(answer.selection, !two);
+            std::swap(orders.rot_mir_left, orders.rot_mir_right);  // a view keeps the turn it was shown with
         }
     }
     if (pipeline.voice.verbose() > 1) {
-        list_answer(pipeline.voice, input.pre_selection);
+        list_answer(pipeline.voice, orders.pre_selection);
     }
 }
 
-std::vector<std::string> previewer_numbers(const Pipeline& pipeline) {
+std::vector<std::string> previewer_numbers(const Pipeline& pipeline, const PairRun& pair) {
     ParameterSet shown = pipeline.parameters;
-    const InputPair& input = pipeline.input;
-    shown.inverse_input = input.inverse_input;
+    const ViewOrders& orders = pair.orders;
+    shown.inverse_input = pair.inverse_input;
     std::vector<std::string> numbers;
     for (const std::uint32_t word :
-         previewer_words(shown, input.pre_selection, input.rot_mir_left, input.rot_mir_right)) {
+         previewer_words(shown, orders.pre_selection, orders.rot_mir_left, orders.rot_mir_right)) {
         numbers.push_back(format_text("%u", static_cast<unsigned>(word)));
     }
     return numbers;
@@ -325,7 +325,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
     const int exit_code =
         run_viewer(pipeline, pair,
                    find_in_program_folder(pipeline.run, {"zemora_image_preview", "zemora_image_preview.exe"}),
-                   previewer_numbers(pipeline));
+                   previewer_numbers(pipeline, pair));
     if (exit_code == kAbandoned || exit_code == kAbandonedAndMove) {
         abandon(pipeline, pair, exit_code);
         return false;
@@ -335,7 +335,7 @@ bool run_previewer(Pipeline& pipeline, PairRun& pair) {
                             : std::nullopt;
     remove_exchange_file(pipeline, kPreviewerResult);
     if (answer) {
-        take_answer(pipeline, *answer);
+        take_answer(pipeline, pair, *answer);
     } else {
         voice.tell_everywhere(voice.messages().text<Msg::main_previewer_call_failed>());
     }
@@ -432,8 +432,8 @@ bool exchanges_files(const Pipeline& pipeline) {
 }
 
 bool has_exchanged_views(const Pipeline& pipeline, const PairRun& pair) {
-    return exchanges_files(pipeline) ? pair.exchanged != pipeline.input.swap_views
-                                     : pipeline.input.inverse_input != pipeline.parameters.inverse_input;
+    return exchanges_files(pipeline) ? pair.exchanged != pair.swap_views
+                                     : pair.inverse_input != pipeline.parameters.inverse_input;
 }
 
 }  // namespace zemora

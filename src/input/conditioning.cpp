@@ -4,8 +4,8 @@
 #include "input/passepartout.h"
 #include "input/picture_file.h"
 #include "numerics/bitmap_file.h"
+#include "platform/console.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 
 namespace zemora {
 
@@ -34,130 +34,127 @@ constexpr SideTexts kRightTexts{"2896: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE
                                 cropped_text<Msg::img_input_right_cropped_in_height>,
                                 cropped_text<Msg::img_input_right_cropped_in_width>};
 
+namespace frame = setting::passepartout;
+
 /// The conditioning of one view.
 class Conditioner {
 public:
-    Conditioner(const ConditionedView& target, const SideTexts& texts, const ParameterSet& parameters,
-                Voice& voice)
-        : target_(target),
-          texts_(texts),
-          parameters_(parameters),
-          voice_(voice),
-          colour_(passe_colour_of(parameters)) {}
+    Conditioner(const RecordedView& target, const SideTexts& texts, const std::string& mask_stem,
+                const FrameOptions& options, Notes& notes)
+        : target_(target), texts_(texts), mask_stem_(mask_stem), options_(options), notes_(notes) {}
 
-    void run() const {
-        switch (parameters_.passepartout) {
-            case kPaintFrameOfColour:
-            case kPaintMeasuredFrame: paint(); break;
-            case kCutFrameOfColour:
-            case kCutMeasuredFrame:
-                cut();
-                protect_from_colour(target_.view.picture(), colour_);
-                break;
-            case kFrameFromMask:
-                protect_from_colour(target_.view.picture(), colour_);
-                paint_by_mask_file();
-                break;
-            default: protect_from_colour(target_.view.picture(), colour_);
+    [[nodiscard]] Result<void> run() const {
+        const Picture picture = target_.view.picture();
+        switch (options_.passepartout) {
+            case frame::own_colour_painted:
+            case frame::measured_painted: return paint(picture);
+            case frame::own_colour_cut:
+            case frame::measured_cut: return cut();
+            case frame::by_masks:
+                protect_from_colour(picture, options_.colour);
+                return paint_by_mask_file(picture);
+            default: protect_from_colour(picture, options_.colour); return {};
         }
     }
 
 private:
-    void paint() const {
-        const Picture picture = target_.view.picture();
-        paint_frame(picture, colour_, parameters_.passepartout == kPaintMeasuredFrame,
-                    parameters_.passe_tolerance);
-        if (parameters_.passe_output == 1) {
-            const Bitmap mask = create_mask(texts_.no_memory_for_paint_mask);
-            draw_mask(picture, colour_, mask.picture());
-            write_mask(mask);
+    [[nodiscard]] Result<void> paint(Picture picture) const {
+        paint_frame(picture, options_.colour, options_.passepartout == frame::measured_painted,
+                    options_.tolerance);
+        if (!options_.writes_masks) {
+            return {};
         }
+        const Bitmap mask = Bitmap::create(picture.width, picture.height);
+        if (!mask) {
+            return Failure::out_of_memory(texts_.no_memory_for_paint_mask);
+        }
+        draw_mask(picture, options_.colour, mask.picture());
+        write_mask(mask);
+        return {};
     }
 
-    void cut() const {
+    [[nodiscard]] Result<void> cut() const {
         CutRule rule;
-        rule.tolerance = parameters_.passe_tolerance;
-        if (parameters_.passepartout == kCutFrameOfColour) {
-            rule.frame = colour_;
+        rule.tolerance = options_.tolerance;
+        if (options_.passepartout == frame::own_colour_cut) {
+            rule.frame = options_.colour;
         }
-        const auto kept = find_inside_of_frame(target_.view, rule);
+        LoadedView& view = target_.view;
+        const auto kept = find_inside_of_frame(view, rule);
         if (!kept) {
-            end_run_without_picture_memory(voice_.console(), texts_.no_memory_for_cut);
+            return Failure::out_of_memory(texts_.no_memory_for_cut);
         }
-        if (parameters_.passe_output == 1) {
+        if (options_.writes_masks) {
             constexpr Colour kWhite{255, 255, 255};
-            const Bitmap mask = create_mask(texts_.no_memory_for_cut);
+            const Bitmap mask = Bitmap::create(view.width, view.height);
+            if (!mask) {
+                return Failure::out_of_memory(texts_.no_memory_for_cut);
+            }
             fill(mask.picture().part(kept->x, kept->y, kept->width, kept->height), kWhite);
             write_mask(mask);
         }
-        tell_cut(*kept);
-        keep_region(target_.view, kept->x, kept->y, kept->width, kept->height);
-        ViewGeometry& geometry = target_.geometry;
-        geometry.crop_x += kept->x;
-        geometry.crop_y += kept->y;
-        geometry.crop_width = kept->width;
-        geometry.crop_height = kept->height;
+        keep(*kept);
+        protect_from_colour(view.picture(), options_.colour);
+        return {};
     }
 
-    void tell_cut(const KeptRegion& kept) const {
-        if (voice_.verbose() >= 2) {
-            voice_.print(texts_.cropped_in_height(voice_.messages(), target_.view.height, kept.height));
-            voice_.print(texts_.cropped_in_width(voice_.messages(), target_.view.width, kept.width));
+    void keep(const KeptRegion& kept) const {
+        LoadedView& view = target_.view;
+        if (notes_.verbose() >= 2) {
+            notes_.print(texts_.cropped_in_height(notes_.messages(), view.height, kept.height));
+            notes_.print(texts_.cropped_in_width(notes_.messages(), view.width, kept.width));
         }
+        keep_region(view, kept.x, kept.y, kept.width, kept.height);
+        InputGeometry& geometry = target_.geometry;
+        geometry.crop_x += kept.x;
+        geometry.crop_y += kept.y;
+        geometry.crop_width = kept.width;
+        geometry.crop_height = kept.height;
     }
 
-    void paint_by_mask_file() const {
-        const std::string file = target_.mask_stem + "_pass_in.bmp";
+    [[nodiscard]] Result<void> paint_by_mask_file(Picture picture) const {
+        const MessageCatalogue& messages = notes_.messages();
+        const std::string file = mask_stem_ + "_pass_in.bmp";
         if (!file_exists(file)) {
-            voice_.say<Msg::img_input_file_cannot_be_opened>(printable(file));
-            voice_.wait(Severity::error);
-            end_process(kExitFailure);
+            return Failure::of_run(messages.text<Msg::img_input_file_cannot_be_opened>(printable(file)));
         }
         const LoadedPicture mask = load_picture(file);
-        if (mask.status != LoadStatus::done || mask.bitmap.width() != target_.view.width ||
-            mask.bitmap.height() != target_.view.height) {
-            voice_.say<Msg::img_input_error_in_file>(printable(file));
-            voice_.say<Msg::img_input_must_have_size_of_originals>();
-            voice_.wait(Severity::error);
-            end_process(kExitFailure);
+        if (mask.status != LoadStatus::done || mask.bitmap.width() != picture.width ||
+            mask.bitmap.height() != picture.height) {
+            return Failure::of_run(messages.text<Msg::img_input_error_in_file>(printable(file)) +
+                                   messages.text<Msg::img_input_must_have_size_of_originals>());
         }
-        paint_by_mask(target_.view.picture(), mask.bitmap.picture(), colour_);
-    }
-
-    /// A black mask of the view's size.
-    [[nodiscard]] Bitmap create_mask(const char* no_memory) const {
-        Bitmap mask = Bitmap::create(target_.view.width, target_.view.height);
-        if (!mask) {
-            end_run_without_picture_memory(voice_.console(), no_memory);
-        }
-        return mask;
+        paint_by_mask(picture, mask.bitmap.picture(), options_.colour);
+        return {};
     }
 
     void write_mask(const Bitmap& mask) const {
-        const std::string file = target_.mask_stem + "_pass_out.bmp";
+        const std::string file = mask_stem_ + "_pass_out.bmp";
         const std::string reason = encode_and_write(mask.handle(), FIF_BMP, BMP_DEFAULT, file);
         if (!reason.empty()) {
-            voice_.print(format_text(
-                voice_.messages().either({"The mask file %s couldn't be written: %s\n",
+            notes_.print(format_text(
+                notes_.messages().either({"The mask file %s couldn't be written: %s\n",
                                           "Die Maskendatei %s konnte nicht geschrieben werden: %s\n"}),
                 printable(file).c_str(), reason.c_str()));
-            voice_.wait(Severity::error);
+            notes_.wait(Severity::error);
         }
     }
 
-    const ConditionedView& target_;
+    const RecordedView& target_;
     const SideTexts& texts_;
-    const ParameterSet& parameters_;
-    Voice& voice_;
-    Colour colour_;
+    const std::string& mask_stem_;
+    const FrameOptions& options_;
+    Notes& notes_;
 };
 
 }  // namespace
 
-void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, Voice& voice) {
-    Conditioner(left, kLeftTexts, parameters, voice).run();
-    Conditioner(right, kRightTexts, parameters, voice).run();
+Result<void> condition_views(const RecordedView& left, const RecordedView& right, const MaskStems& mask_stems,
+                             const FrameOptions& options, Notes& notes) {
+    if (auto done = Conditioner(left, kLeftTexts, mask_stems.left, options, notes).run(); !done) {
+        return done;
+    }
+    return Conditioner(right, kRightTexts, mask_stems.right, options, notes).run();
 }
 
 }  // namespace zemora

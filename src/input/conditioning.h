@@ -3,25 +3,32 @@
 
 #include <string>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "config/setting_values.h"
 #include "input/loaded_view.h"
-#include "input/view_geometry.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
-/// One view with what belongs to it.
-struct ConditionedView {
-    LoadedView& view;
-    ViewGeometry& geometry;  ///< Takes the cut.
-    /// Name of the mask files without "_pass_in.bmp" and "_pass_out.bmp": the view's file without suffix,
-    /// with "_l" or "_r" behind it where the file holds both views.
-    std::string mask_stem;
+/// The frame round the input.
+struct FrameOptions {
+    int passepartout = setting::passepartout::none;
+    Colour colour;              ///< Marks the absence of picture (`passe_colour_of`).
+    int tolerance = 100;        ///< Colour distance up to which a pixel is frame.
+    bool writes_masks = false;  ///< As `PasseOutput` wants them.
 };
 
-/// Treats both views by `Passepartout`, so that only what is no picture has the passepartout colour, and
-/// writes the masks of `PasseOutput`. A mask file that is missing or of another size ends the run.
-void condition_views(const ConditionedView& left, const ConditionedView& right,
-                     const ParameterSet& parameters, Voice& voice);
+/// Names of the mask files of both views without "_pass_in.bmp" and "_pass_out.bmp": the view's file without
+/// suffix, with "_l" or "_r" behind it where the file holds both views.
+struct MaskStems {
+    std::string left;
+    std::string right;
+};
+
+/// Treats both views by `Passepartout`, so that only what is no picture has the colour of the options, and
+/// writes masks. Fails for the run without memory and where a mask file is missing or of another size.
+[[nodiscard]] Result<void> condition_views(const RecordedView& left, const RecordedView& right,
+                                           const MaskStems& mask_stems, const FrameOptions& options,
+                                           Notes& notes);
 
 }  // namespace zemora

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "platform/child_process.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -17,10 +18,10 @@ std::string usable_converter(const std::string& setting) {
     return file_exists(setting) ? setting : find_data_file("resource/convert");
 }
 
-void await_target(const std::string& target, Voice& voice) {
+void await_target(const std::string& target, Notes& notes) {
     for (int attempt = 0; attempt < kTriesForTarget && !file_exists(target); ++attempt) {
         if (attempt == 0) {
-            voice.print("waiting for conversion to " + printable(target) + '\n');
+            notes.print("waiting for conversion to " + printable(target) + '\n');
         }
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
@@ -29,22 +30,21 @@ void await_target(const std::string& target, Voice& voice) {
 }  // namespace
 
 Conversion convert_picture(const std::string& converter, const std::string& source, const std::string& target,
-                           Voice& voice) {
+                           Notes& notes) {
     const std::string program = usable_converter(converter);
-    voice.console().flush();
     constexpr int kWrapperWithoutProgram = 3;  // exit code
     const ChildResult result =
         program.empty() ? ChildResult{} : run_child({program, source, "/convert=" + target});
     if (program.empty() || !result.succeeded()) {
-        voice.say<Msg::img_input_irfanview_call_failed>();
-        voice.print(printable(program.empty() ? converter : program) + '\n');
-        voice.wait(Severity::error);
+        notes.say<Msg::img_input_irfanview_call_failed>();
+        notes.print(printable(program.empty() ? converter : program) + '\n');
+        notes.wait(Severity::error);
         const bool is_wrapper = program != converter;
         return program.empty() || (is_wrapper && result.exit_code == kWrapperWithoutProgram)
                    ? Conversion::no_converter
                    : Conversion::failed;
     }
-    await_target(target, voice);
+    await_target(target, notes);
     return Conversion::done;
 }
 

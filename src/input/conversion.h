@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 
 namespace zemora {
 
@@ -17,6 +17,6 @@ enum class Conversion {
 /// second). A target that never came is seen at loading.
 /// Where the converter setting names no file, the shipped wrapper resource/convert is taken.
 [[nodiscard]] Conversion convert_picture(const std::string& converter, const std::string& source,
-                                         const std::string& target, Voice& voice);
+                                         const std::string& target, Notes& notes);
 
 }  // namespace zemora

@@ -4,42 +4,37 @@
 #include <charconv>
 #include <string_view>
 
+#include "platform/console.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 
 namespace zemora {
 
 namespace {
 
-[[noreturn]] void end_run(Voice& voice, const std::string& text) {
-    voice.print(text);
-    voice.wait(Severity::error);
-    end_process(kExitFailure);
-}
-
-[[noreturn]] void end_run_at_first(Voice& voice, const std::vector<std::string>& photos,
-                                   const std::vector<std::string>& masks) {
+Failure first_do_not_match(const MessageCatalogue& messages, const std::vector<std::string>& photos,
+                           const std::vector<std::string>& masks) {
     const auto first = [](const std::vector<std::string>& files) {
         return files.empty() ? std::string() : printable(files[0]);
     };
-    end_run(voice, format_text(voice.messages().either(
-                                   {"The two FIRST images in the subdirectories must match:\n"
-                                    "left:  %s\nright: %s\n",
-                                    "Die beiden ERSTEN Bilder in den Unterverzeichnissen muessen zueinander "
-                                    "passen:\nlinks:  %s\nrechts: %s\n"}),
-                               first(photos).c_str(), first(masks).c_str()));
+    return Failure::of_run(
+        format_text(messages.either({"The two FIRST images in the subdirectories must match:\n"
+                                     "left:  %s\nright: %s\n",
+                                     "Die beiden ERSTEN Bilder in den Unterverzeichnissen muessen zueinander "
+                                     "passen:\nlinks:  %s\nrechts: %s\n"}),
+                    first(photos).c_str(), first(masks).c_str()));
 }
 
 /// The counters of all names, which must have as many digits as the first one's.
-std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, Voice& voice) {
+Result<std::vector<std::int64_t>> counters_of(const std::vector<std::string>& files,
+                                              const MessageCatalogue& messages) {
     const int digits = file_counter(files[0], '_').digits;
     std::vector<std::int64_t> counters;
     for (const std::string& file : files) {
         const FrameCounter counter = file_counter(file, '_');
         if (counter.digits != digits) {
-            end_run(voice, format_text(voice.messages().either({"Wrong length of the counter in %s\n",
-                                                                "Counterlaenge falsch in %s\n"}),
-                                       printable(file).c_str()));
+            return Failure::of_run(format_text(
+                messages.either({"Wrong length of the counter in %s\n", "Counterlaenge falsch in %s\n"}),
+                printable(file).c_str()));
         }
         counters.push_back(counter.value);
     }
@@ -47,16 +42,17 @@ std::vector<std::int64_t> counters_of(const std::vector<std::string>& files, Voi
 }
 
 /// The gaps between the masks. Each mask must come behind the one before it, at the counter of a photo.
-std::vector<DepthGap> gaps_between(const std::vector<std::int64_t>& counters, std::int64_t step,
-                                   const std::vector<std::string>& masks, Voice& voice) {
+Result<std::vector<DepthGap>> gaps_between(const std::vector<std::int64_t>& counters, std::int64_t step,
+                                           const std::vector<std::string>& masks,
+                                           const MessageCatalogue& messages) {
     std::vector<DepthGap> gaps;
     for (std::size_t i = 1; i < counters.size(); ++i) {
         const std::int64_t distance = counters[i] - counters[i - 1];
         if (distance <= 0 || distance % step != 0) {
-            end_run(voice,
-                    format_text(voice.messages().either({"The depth mask %s fits none of the images.\n",
-                                                         "Die Tiefenmaske %s passt zu keinem der Bilder.\n"}),
-                                printable(masks[i]).c_str()));
+            return Failure::of_run(
+                format_text(messages.either({"The depth mask %s fits none of the images.\n",
+                                             "Die Tiefenmaske %s passt zu keinem der Bilder.\n"}),
+                            printable(masks[i]).c_str()));
         }
         if (distance > step) {
             gaps.push_back({counters[i - 1], counters[i]});
@@ -118,33 +114,41 @@ std::string with_counter(const std::string& path, std::int64_t value) {
                                           name.substr(place.start + place.length));
 }
 
-DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos, const std::vector<std::string>& masks,
-                             Voice& voice) {
-    if (photos.size() < 2 || masks.size() < 2) {
-        end_run_at_first(voice, photos, masks);
+Result<DepthGapPlan> plan_depth_gaps(const std::vector<std::string>& photos,
+                                     const std::vector<std::string>& masks, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
+    if (photos.size() < 2 || masks.size() < 2 ||
+        file_counter(photos[0], '_').digits != file_counter(masks[0], '_').digits) {
+        return first_do_not_match(messages, photos, masks);
     }
-    if (file_counter(photos[0], '_').digits != file_counter(masks[0], '_').digits) {
-        end_run_at_first(voice, photos, masks);
+    const auto left_counters = counters_of(photos, messages);
+    if (!left_counters) {
+        return left_counters.failure();
     }
-    const std::vector<std::int64_t> left = counters_of(photos, voice);
-    const std::vector<std::int64_t> right = counters_of(masks, voice);
-    DepthGapPlan plan;
-    plan.photo_step = left[1] - left[0];
-    if (left[0] != right[0] || plan.photo_step <= 0 || right[1] <= right[0]) {
-        end_run_at_first(voice, photos, masks);
+    const auto right_counters = counters_of(masks, messages);
+    if (!right_counters) {
+        return right_counters.failure();
     }
-    plan.gaps = gaps_between(right, plan.photo_step, masks, voice);
+    const std::vector<std::int64_t>& left = *left_counters;
+    const std::vector<std::int64_t>& right = *right_counters;
+    const std::int64_t step = left[1] - left[0];
+    if (left[0] != right[0] || step <= 0 || right[1] <= right[0]) {
+        return first_do_not_match(messages, photos, masks);
+    }
+    auto gaps = gaps_between(right, step, masks, messages);
+    if (!gaps) {
+        return gaps.failure();
+    }
     if (left.back() != right.back()) {
-        voice.print(
-            format_text(voice.messages().either(
-                            {"The two LAST images in the subdirectories must match:\n"
+        notes.print(format_text(
+            messages.either({"The two LAST images in the subdirectories must match:\n"
                              "left index:  %lld\nright index: %lld\n",
                              "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander "
                              "passen:\nlinker Index:  %lld\nrechter Index: %lld\n"}),
-                        static_cast<long long>(left.back()), static_cast<long long>(right.back())));
-        voice.wait(Severity::error);
+            static_cast<long long>(left.back()), static_cast<long long>(right.back())));
+        notes.wait(Severity::error);
     }
-    return plan;
+    return DepthGapPlan{step, *std::move(gaps)};
 }
 
 }  // namespace zemora

@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "config/voice.h"
+#include "config/notes.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -36,8 +37,8 @@ struct DepthGapPlan {
     std::vector<DepthGap> gaps;
 };
 
-/// Ends the run with code 1, with the reason told, where the sequences do not fit together.
-[[nodiscard]] DepthGapPlan plan_depth_gaps(const std::vector<std::string>& photos,
-                                           const std::vector<std::string>& masks, Voice& voice);
+/// Fails for the run where the sequences do not fit together.
+[[nodiscard]] Result<DepthGapPlan> plan_depth_gaps(const std::vector<std::string>& photos,
+                                                   const std::vector<std::string>& masks, Notes& notes);
 
 }  // namespace zemora

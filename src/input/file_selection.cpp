@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/console.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
 
@@ -16,24 +17,24 @@ namespace {
 constexpr std::size_t kShortestName = 5;  // characters
 
 /// `IncludeSubdirs` as the way of the input forces it.
-int depth_of_walk(const ParameterSet& parameters) {
-    if (parameters.input_mode == setting::input_mode::by_names) {
+int depth_of_walk(const CollectOptions& options) {
+    if (options.input_mode == setting::input_mode::by_names) {
         return 0;
     }
     const bool forced =
-        parameters.input_mode == setting::input_mode::by_names_in_tree && parameters.include_subdirs == 0;
-    return forced ? setting::include_subdirs::tree_without_outputs : parameters.include_subdirs;
+        options.input_mode == setting::input_mode::by_names_in_tree && options.include_subdirs == 0;
+    return forced ? setting::include_subdirs::tree_without_outputs : options.include_subdirs;
 }
 
 class Selector {
 public:
-    Selector(const ParameterSet& parameters, Voice& voice)
-        : parameters_(parameters),
-          voice_(voice),
-          two_files_(takes_two_files(parameters.stereo_image_input)),
-          goes_by_marker_(parameters.input_mode == setting::input_mode::by_names ||
-                          parameters.input_mode == setting::input_mode::by_names_in_tree),
-          depth_(depth_of_walk(parameters)) {}
+    Selector(const CollectOptions& options, Notes& notes)
+        : options_(options),
+          notes_(notes),
+          two_files_(takes_two_files(options.stereo_image_input)),
+          goes_by_marker_(options.input_mode == setting::input_mode::by_names ||
+                          options.input_mode == setting::input_mode::by_names_in_tree),
+          depth_(depth_of_walk(options)) {}
 
     void take_named_files();
     void take_view_folders(const std::string& folder);
@@ -54,8 +55,8 @@ private:
     [[nodiscard]] bool is_taken(const std::string& folder, const std::string& name) const;
     [[nodiscard]] std::vector<std::string> files_of_side(const std::string& folder, char letter);
 
-    const ParameterSet& parameters_;
-    Voice& voice_;
+    const CollectOptions& options_;
+    Notes& notes_;
     bool two_files_;
     bool goes_by_marker_;
     int depth_;
@@ -68,7 +69,7 @@ FolderContents Selector::read(const std::string& folder) {
         return contents;
     }
     if (told_unreadable_.insert(folder).second) {
-        voice_.print(format_text(voice_.messages().either({"The folder %s cannot be read: %s\n",
+        notes_.print(format_text(notes_.messages().either({"The folder %s cannot be read: %s\n",
                                                            "Der Ordner %s kann nicht gelesen werden: %s\n"}),
                                  printable(folder).c_str(), contents.reason.c_str()));
     }
@@ -80,13 +81,13 @@ bool Selector::is_walked(const std::string& folder, const std::string& name) con
         return false;
     }
     if (depth_ != setting::include_subdirs::tree_without_outputs ||
-        !is_output_folder_name(name, parameters_.ident_output_dir)) {
+        !is_output_folder_name(name, options_.ident_output_dir)) {
         return true;
     }
     const std::string path = path_in(folder, name);
-    if (voice_.verbose() > 0 && holds_pictures(path)) {
-        voice_.print(format_text(
-            voice_.messages().either({"Folder of products by its name, passed over: %s\n",
+    if (notes_.verbose() > 0 && holds_pictures(path)) {
+        notes_.print(format_text(
+            notes_.messages().either({"Folder of products by its name, passed over: %s\n",
                                       "Ordner fuer Ergebnisse nach seinem Namen, nicht beachtet: %s\n"}),
             printable(path).c_str()));
     }
@@ -98,7 +99,7 @@ bool Selector::holds_pictures(const std::string& folder) const {
     const FolderContents contents = read_folder(folder);
     return std::any_of(contents.files.begin(), contents.files.end(),
                        [this](const std::string& name) {
-                           return !is_own_picture(name) && has_listed_suffix(parameters_.image_type, name);
+                           return !is_own_picture(name) && has_listed_suffix(options_.image_type, name);
                        }) ||
            std::any_of(contents.folders.begin(), contents.folders.end(),
                        [&](const std::string& name) { return holds_pictures(path_in(folder, name)); });
@@ -108,37 +109,37 @@ bool Selector::holds_pictures(const std::string& folder) const {
 bool Selector::is_passed_over(const std::string& path) const {
     const std::string name = bare_name_of(path);
     if (!is_left_over(name)) {
-        return !two_files_ && is_dropped_with_hint(parameters_, voice_, name);
+        return !two_files_ && is_dropped_with_hint(options_, notes_, name);
     }
-    if (voice_.verbose() > 0) {
-        voice_.say<Msg::files_input_temporary_file_ignored>();
-        voice_.print(printable(path) + '\n');
-        voice_.wait(Severity::information);
+    if (notes_.verbose() > 0) {
+        notes_.say<Msg::files_input_temporary_file_ignored>();
+        notes_.print(printable(path) + '\n');
+        notes_.wait(Severity::information);
     }
     return true;
 }
 
 bool Selector::is_taken(const std::string& folder, const std::string& name) const {
     return !is_own_picture(name) && !is_passed_over(path_in(folder, name)) && name.size() >= kShortestName &&
-           has_listed_suffix(parameters_.image_type, name);
+           has_listed_suffix(options_.image_type, name);
 }
 
 void Selector::take_named_files() {
     const auto take = [&](const std::string& name, std::vector<std::string>& files) {
-        std::string path = join_path(parameters_.path_of_images, name);
+        std::string path = join_path(options_.path_of_images, name);
         if (!name.empty() && !is_passed_over(path)) {
             files.push_back(std::move(path));
         }
     };
-    take(two_files_ ? parameters_.left_file_name : parameters_.stereo_file_name, selected.left);
+    take(two_files_ ? options_.left_file_name : options_.stereo_file_name, selected.left);
     if (two_files_) {
-        take(parameters_.right_file_name, selected.right);
+        take(options_.right_file_name, selected.right);
     }
 }
 
 void Selector::walk(const std::string& folder) {
     const FolderContents contents = read(folder);
-    const char* marker = name_marker(parameters_.stereo_image_input);
+    const char* marker = name_marker(options_.stereo_image_input);
     for (const std::string& name : contents.files) {
         if ((!goes_by_marker_ || has_marker(name, marker)) && is_taken(folder, name)) {
             selected.left.push_back(path_in(folder, name));
@@ -190,9 +191,9 @@ void Selector::take_view_folders(const std::string& folder) {
     }
     std::vector<std::string> left = files_of_side(folder, 'l');
     std::vector<std::string> right = files_of_side(folder, 'r');
-    if (left.empty() != right.empty() && voice_.verbose() > 0) {
-        voice_.print(format_text(
-            voice_.messages().either({"Images on one side only (l or r), passed over: %s\n",
+    if (left.empty() != right.empty() && notes_.verbose() > 0) {
+        notes_.print(format_text(
+            notes_.messages().either({"Images on one side only (l or r), passed over: %s\n",
                                       "Bilder nur auf einer Seite (l oder r), nicht beachtet: %s\n"}),
             printable(folder).c_str()));
     }
@@ -209,22 +210,22 @@ void Selector::walk_view_folders(const std::string& folder, bool may_have_views)
     }
     for (const std::string& name : contents.folders) {
         if (is_walked(folder, name)) {
-            const bool is_view_of_root = folder == parameters_.path_of_images && is_view_folder(name);
+            const bool is_view_of_root = folder == options_.path_of_images && is_view_folder(name);
             walk_view_folders(path_in(folder, name), !is_view_of_root);
         }
     }
 }
 
 void Selector::tell_unreadable_root() {
-    (void)read(parameters_.path_of_images);
+    (void)read(options_.path_of_images);
 }
 
 }  // namespace
 
-SelectedFiles select_files(const ParameterSet& parameters, Voice& voice) {
-    Selector selector(parameters, voice);
-    const std::string& root = parameters.path_of_images;
-    switch (parameters.input_mode) {
+SelectedFiles select_files(const CollectOptions& options, Notes& notes) {
+    Selector selector(options, notes);
+    const std::string& root = options.path_of_images;
+    switch (options.input_mode) {
         case setting::input_mode::single: selector.take_named_files(); break;
         case setting::input_mode::video_folders:
             selector.take_view_folders(root);

@@ -4,20 +4,22 @@
 #include <string>
 #include <vector>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "input/collect_options.h"
 
 namespace zemora {
 
 /// Whether an object of that `StereoImageInput` is two files: views, or photo and depth mask.
 [[nodiscard]] constexpr bool takes_two_files(int stereo_image_input) {
-    return stereo_image_input == 2 || stereo_image_input == 5;
+    return stereo_image_input == setting::stereo_image_input::two_files ||
+           stereo_image_input == setting::stereo_image_input::photo_and_depth_files;
 }
 
 /// Whether an object of that `StereoImageInput` is a photo and its depth mask. Their places are fixed: what
 /// is exchanged are the views that are rendered from them.
 [[nodiscard]] constexpr bool holds_depth_mask(int stereo_image_input) {
-    return stereo_image_input >= 5 && stereo_image_input <= 7;
+    return stereo_image_input >= setting::stereo_image_input::photo_and_depth_files &&
+           stereo_image_input <= setting::stereo_image_input::phone_photo;
 }
 
 /// Absolute names in the order of the walk.
@@ -29,7 +31,7 @@ struct SelectedFiles {
 /// The files of `InputMode` 0 to 9. Tells what it passes over and which folders it cannot read.
 /// In mode 9 a folder whose files stand on one side only is passed over: an empty or missing side tells
 /// nothing about partners.
-[[nodiscard]] SelectedFiles select_files(const ParameterSet& parameters, Voice& voice);
+[[nodiscard]] SelectedFiles select_files(const CollectOptions& options, Notes& notes);
 
 /// Whether `ImageType` names the suffix of the file, in any case, as "jpg", ".jpg" or "*.jpg".
 [[nodiscard]] bool has_listed_suffix(const std::string& image_type, const std::string& name);
@@ -48,8 +50,7 @@ struct SelectedFiles {
 /// Whether the bare name of a stereo file says that it is none: one view, or a depth mask. Then a hint is
 /// told with the name and the file is passed over. Photo and depth mask side by side are called "_d"
 /// themselves, where the input goes by names.
-[[nodiscard]] bool is_dropped_with_hint(const ParameterSet& parameters, Voice& voice,
-                                        const std::string& name);
+[[nodiscard]] bool is_dropped_with_hint(const CollectOptions& options, Notes& notes, const std::string& name);
 
 /// The partner of a left name by its marker directly before the suffix: "_l." becomes "_r.", "_L."
 /// "_R."; with depth masks "_rgb." becomes "_d.", "_RGB." "_D.". Empty without a marker.

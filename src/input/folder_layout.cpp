@@ -14,34 +14,33 @@ namespace zemora {
 
 namespace {
 
-constexpr int kTwoFiles = 2;
-constexpr int kConsecutive = 4;
-constexpr int kViewFolders = 9;
+namespace layout = setting::stereo_image_input;
+namespace mode = setting::input_mode;
 
 constexpr std::array kLayouts{
-    FolderLayout{LayoutSign::marked_pairs, kTwoFiles, setting::input_mode::by_names},
-    FolderLayout{LayoutSign::view_folders, kTwoFiles, kViewFolders},
-    FolderLayout{LayoutSign::stereo_names, setting::stereo_image_input::side_by_side, kConsecutive},
-    FolderLayout{LayoutSign::multi_pictures, setting::stereo_image_input::side_by_side, kConsecutive},
-    FolderLayout{LayoutSign::no_pictures, kTwoFiles, kConsecutive},
-    FolderLayout{LayoutSign::wide_pictures, setting::stereo_image_input::side_by_side, kConsecutive},
-    FolderLayout{LayoutSign::single_views, kTwoFiles, kConsecutive},
+    FolderLayout{LayoutSign::marked_pairs, layout::two_files, mode::by_names},
+    FolderLayout{LayoutSign::view_folders, layout::two_files, mode::view_folders},
+    FolderLayout{LayoutSign::stereo_names, layout::side_by_side, mode::consecutive},
+    FolderLayout{LayoutSign::multi_pictures, layout::side_by_side, mode::consecutive},
+    FolderLayout{LayoutSign::no_pictures, layout::two_files, mode::consecutive},
+    FolderLayout{LayoutSign::wide_pictures, layout::side_by_side, mode::consecutive},
+    FolderLayout{LayoutSign::single_views, layout::two_files, mode::consecutive},
 };
 
 /// Bare names of the pictures of a folder, without what the program makes itself.
-std::vector<std::string> pictures_of(const std::vector<std::string>& files, const ParameterSet& parameters) {
+std::vector<std::string> pictures_of(const std::vector<std::string>& files, const std::string& image_type) {
     std::vector<std::string> pictures;
     std::copy_if(files.begin(), files.end(), std::back_inserter(pictures), [&](const std::string& name) {
-        return has_listed_suffix(parameters.image_type, name) && !is_own_picture(name) && !is_left_over(name);
+        return has_listed_suffix(image_type, name) && !is_own_picture(name) && !is_left_over(name);
     });
     return pictures;
 }
 
 bool has_pictures_of_side(const std::string& folder, const std::vector<std::string>& folders,
-                          const char* side, const ParameterSet& parameters) {
+                          const char* side, const std::string& image_type) {
     return std::any_of(folders.begin(), folders.end(), [&](const std::string& name) {
         return fold_case(name) == side &&
-               !pictures_of(read_folder(path_in(folder, name)).files, parameters).empty();
+               !pictures_of(read_folder(path_in(folder, name)).files, image_type).empty();
     });
 }
 
@@ -59,15 +58,16 @@ bool is_wide(const std::string& path) {
     return loaded.status == LoadStatus::done && loaded.bitmap.width() >= 2 * loaded.bitmap.height();
 }
 
-LayoutSign find_sign(const ParameterSet& parameters, const std::string& folder) {
+LayoutSign find_sign(const CollectOptions& options) {
+    const std::string& folder = options.path_of_images;
     const FolderContents contents = read_folder(folder);
-    const std::vector<std::string> pictures = pictures_of(contents.files, parameters);
-    if (pictures.empty() && has_pictures_of_side(folder, contents.folders, "l", parameters) &&
-        has_pictures_of_side(folder, contents.folders, "r", parameters)) {
+    const std::vector<std::string> pictures = pictures_of(contents.files, options.image_type);
+    if (pictures.empty() && has_pictures_of_side(folder, contents.folders, "l", options.image_type) &&
+        has_pictures_of_side(folder, contents.folders, "r", options.image_type)) {
         return LayoutSign::view_folders;
     }
     if (pictures.empty()) {  // subfolders may have some
-        return parameters.include_subdirs != 0 ? LayoutSign::single_views : LayoutSign::no_pictures;
+        return options.include_subdirs != 0 ? LayoutSign::single_views : LayoutSign::no_pictures;
     }
     const auto all = [&](const auto& is_such) {
         return std::all_of(pictures.begin(), pictures.end(), is_such);
@@ -89,8 +89,8 @@ LayoutSign find_sign(const ParameterSet& parameters, const std::string& folder) 
 
 }  // namespace
 
-FolderLayout find_folder_layout(const ParameterSet& parameters, const std::string& folder) {
-    return kLayouts[static_cast<std::size_t>(find_sign(parameters, folder))];
+FolderLayout find_folder_layout(const CollectOptions& options) {
+    return kLayouts[static_cast<std::size_t>(find_sign(options))];
 }
 
 }  // namespace zemora

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "config/parameter_set.h"
+#include "input/collect_options.h"
 
 namespace zemora {
 
@@ -20,13 +20,13 @@ enum class LayoutSign {
 
 struct FolderLayout {
     LayoutSign sign = LayoutSign::single_views;
-    int stereo_image_input = 2;  ///< 1 both views in one file, 2 two files.
-    int input_mode = 4;          ///< 1 pairs by name, 4 consecutive files, 9 folders l and r.
+    int stereo_image_input = setting::stereo_image_input::two_files;
+    int input_mode = setting::input_mode::consecutive;
     /// Whether names or kinds of the files leave no doubt.
     [[nodiscard]] bool is_certain() const { return sign < LayoutSign::wide_pictures; }
 };
 
-/// Looks at the files of `folder` (absolute) that `ImageType` accepts, and at its folders l and r.
-[[nodiscard]] FolderLayout find_folder_layout(const ParameterSet& parameters, const std::string& folder);
+/// Looks at the files of `options.path_of_images` that `ImageType` accepts, and at its folders l and r.
+[[nodiscard]] FolderLayout find_folder_layout(const CollectOptions& options);
 
 }  // namespace zemora

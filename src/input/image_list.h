@@ -7,10 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "input/collect_options.h"
 #include "input/depth_gaps.h"
 #include "input/stored_record.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -77,15 +78,15 @@ private:
     std::vector<StoredCorrectionRecord> stored_;
 };
 
-/// Makes the depth masks that a sequence lacks; false, with the reason told, when they cannot be made.
-using MakeDepthMasks = std::function<bool(const DepthGapPlan& plan, const std::vector<std::string>& photos,
-                                          const std::vector<std::string>& masks)>;
+/// Makes the depth masks that a sequence lacks; fails for the run when they cannot be made.
+using MakeDepthMasks = std::function<Result<void>(
+    const DepthGapPlan& plan, const std::vector<std::string>& photos, const std::vector<std::string>& masks)>;
 
-/// Collects the objects of the run from `ParameterSet` by its `InputMode`, lists them, and writes the
-/// names into `ListofImages` where `WriteDataBase` asks for it. Ends the run with code 1 where there is
-/// nothing to collect from. An empty list means that every object was passed over.
-/// Where a sequence has masks at some of its photos only, the others are made first.
-[[nodiscard]] ImageList build_image_list(const ParameterSet& parameters, Voice& voice,
-                                         const MakeDepthMasks& make_depth_masks = {});
+/// Collects the objects of the run by its `InputMode`, lists them, and writes the names into `ListofImages`
+/// where `WriteDataBase` asks for it. Fails for the run where there is nothing to collect from. An empty list
+/// means that every object was passed over. Where a sequence has masks at some of its photos only, the others
+/// are made first.
+[[nodiscard]] Result<ImageList> build_image_list(const CollectOptions& options, Notes& notes,
+                                                 const MakeDepthMasks& make_depth_masks = {});
 
 }  // namespace zemora

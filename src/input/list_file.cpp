@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "input/list_scan.h"
+#include "platform/console.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 #include "platform/safe_file.h"
 
 namespace zemora {
@@ -31,21 +31,22 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     return lines;
 }
 
-std::string cannot_be_opened(Voice& voice, const std::string& path) {
-    return "\nzemora: " + printable(path) + voice.messages().text<Msg::main_check_path_of_images>();
+std::string cannot_be_opened(Notes& notes, const std::string& path) {
+    return "\nzemora: " + printable(path) + notes.messages().text<Msg::main_check_path_of_images>();
 }
 
 }  // namespace
 
-std::string list_path_of(const ParameterSet& parameters) {
-    return target_of_link(join_path(parameters.path_of_images, parameters.list_of_images));
+std::string list_path_of(const std::string& root, const std::string& name) {
+    return target_of_link(join_path(root, name));
 }
 
-ListedNames::ListedNames(const ParameterSet& parameters, Voice& voice)
-    : parameters_(parameters),
-      voice_(voice),
-      wanted_(parameters.write_data_base > 0 && parameters.input_mode != setting::input_mode::from_list),
-      old_list_(wanted_ ? identity_of(list_path_of(parameters)) : std::nullopt) {}
+ListedNames::ListedNames(const CollectOptions& options, Notes& notes)
+    : options_(options),
+      notes_(notes),
+      wanted_(options.write_data_base > 0 && options.input_mode != setting::input_mode::from_list),
+      old_list_(wanted_ ? identity_of(list_path_of(options.path_of_images, options.list_of_images))
+                        : std::nullopt) {}
 
 void ListedNames::add_stereo(const std::string& file) {
     add(file, {});
@@ -61,10 +62,10 @@ void ListedNames::add(const std::string& left, const std::string& right) {
     }
     is_picture_ = is_picture_ || (old_list_ && (identity_of(left) == old_list_ ||
                                                 (!right.empty() && identity_of(right) == old_list_)));
-    const auto line = names_line(parameters_.path_of_images, left, right);
+    const auto line = names_line(options_.path_of_images, left, right);
     if (!line) {
-        voice_.print(
-            format_text(voice_.messages().either(
+        notes_.print(
+            format_text(notes_.messages().either(
                             {"%s %s: such a name cannot stand in ListofImages and is left out there.\n",
                              "%s %s: ein solcher Name kann nicht in ListofImages stehen und fehlt dort.\n"}),
                         printable(left).c_str(), printable(right).c_str()));
@@ -77,106 +78,105 @@ void ListedNames::add(const std::string& left, const std::string& right) {
     lines_ += *line + '\n';
 }
 
-void ListedNames::store() {
+Result<void> ListedNames::store() {
     if (!wanted_ || lines_.empty()) {
-        return;
+        return {};
     }
-    const std::string path = list_path_of(parameters_);
+    const std::string path = list_path_of(options_.path_of_images, options_.list_of_images);
     std::string reason;
     if (is_picture_) {
-        end_without_list(path,
-                         voice_.messages().either({"it is one of the pictures", "sie ist eines der Bilder"}));
+        return no_list(path,
+                       notes_.messages().either({"it is one of the pictures", "sie ist eines der Bilder"}));
     }
     if (!make_folders(folder_of(path), reason)) {
-        end_without_list(path, reason);
+        return no_list(path, reason);
     }
     std::optional<std::string> old;
     if (identity_of(path)) {
         old = read_list(path, reason);
         if (!old) {
-            end_without_list(path, reason);
+            return no_list(path, reason);
         }
     }
     const bool is_text = old && old->find('\0') == std::string::npos;
-    if (is_text && parameters_.input_mode == setting::input_mode::single) {
-        if (!holds_named_object(*old)) {
-            write(path, *old + (old->empty() || old->back() == '\n' ? "" : "\n") + lines_);
-        }
-        return;
+    if (is_text && options_.input_mode == setting::input_mode::single) {
+        const bool ends_a_line = old->empty() || old->back() == '\n';
+        return holds_named_object(*old) ? Result<void>()
+                                        : write(path, *old + (ends_a_line ? "" : "\n") + lines_);
     }
     // Results, and what the user has put out, added or put into another order, would be lost.
-    if (old && (parameters_.write_data_base == setting::write_data_base::list_only ||
+    if (old && (options_.write_data_base == setting::write_data_base::list_only ||
                 lines_of(*old) != lines_of(lines_))) {
-        keep_old_list(path, *old);
+        if (auto kept = keep_old_list(path, *old); !kept) {
+            return kept;
+        }
     }
-    write(path, lines_);
+    return write(path, lines_);
 }
 
 bool ListedNames::holds_named_object(const std::string& old_text) const {
-    return find_object(old_text, parameters_.path_of_images, {first_left_, first_right_}).has_value();
+    return find_object(old_text, options_.path_of_images, {first_left_, first_right_}).has_value();
 }
 
-void ListedNames::keep_old_list(const std::string& path, const std::string& old_text) const {
+Result<void> ListedNames::keep_old_list(const std::string& path, const std::string& old_text) const {
     if (old_text.empty()) {
-        return;
+        return {};
     }
     constexpr int kMostSavedLists = 999'999;
     for (int number = 1; number <= kMostSavedLists; ++number) {
         const std::string name = format_text("%s_%03d.txt", path.c_str(), number);
         const MoveOutcome kept = keep_under_other_name(path, name);
         if (kept.result == MoveResult::failed) {
-            end_without_list(name, kept.reason);
+            return no_list(name, kept.reason);
         }
         if (kept.is_done()) {
-            voice_.print(format_text(voice_.messages().either({"The old list was saved as %s\n",
+            notes_.print(format_text(notes_.messages().either({"The old list was saved as %s\n",
                                                                "Die alte Liste wurde gesichert als %s\n"}),
                                      printable(name).c_str()));
-            return;
+            return {};
         }
     }
-    end_without_list(path, voice_.messages().either({"too many saved lists", "zu viele gesicherte Listen"}));
+    return no_list(path, notes_.messages().either({"too many saved lists", "zu viele gesicherte Listen"}));
 }
 
-void ListedNames::write(const std::string& path, const std::string& text) const {
+Result<void> ListedNames::write(const std::string& path, const std::string& text) const {
     if (const std::string reason = write_text(path, text); !reason.empty()) {
-        end_without_list(path, reason);
+        return no_list(path, reason);
     }
+    return {};
 }
 
-void ListedNames::end_without_list(const std::string& path, const std::string& reason) const {
-    voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
-    voice_.print("   " + reason + '\n');
-    voice_.wait(Severity::error);
-    end_process(kExitFailure);
+Failure ListedNames::no_list(const std::string& path, const std::string& reason) const {
+    return Failure::of_run(notes_.messages().text<Msg::files_input_file_cannot_be_opened>(printable(path)) +
+                           "   " + reason + '\n');
 }
 
-void update_database_line(const ParameterSet& parameters, Voice& voice, const std::string& list_path,
+void update_database_line(const std::string& root, Notes& notes, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result) {
-    const std::string& root = parameters.path_of_images;
     if (!names_line(root, left, right)) {
         return;  // left out when the list was made, and told then
     }
     std::string reason;
     auto text = read_list(list_path, reason);
     if (!text) {
-        voice.print(cannot_be_opened(voice, list_path) + "   " + reason + '\n');
+        notes.print(cannot_be_opened(notes, list_path) + "   " + reason + '\n');
         return;
     }
     const auto place = find_object(*text, root, {left, right});
     if (!place) {
         const auto lines = std::count(text->begin(), text->end(), '\n');
-        voice.print(format_text(voice.messages().either({"Zemora Error: %s %d, database not readable",
+        notes.print(format_text(notes.messages().either({"Zemora Error: %s %d, database not readable",
                                                          "Zemora Fehler: %s %d, Datenbank nicht lesbar"}),
                                 "zemora", static_cast<int>(lines)) +
                     ": " + printable(list_path) + '\n');
-        voice.wait(Severity::error);
+        notes.wait(Severity::error);
         return;
     }
     const StoredCorrectionRecord* values = place->is_reversed ? result.reversed_values : result.values;
     const std::string written = ' ' + result.status + (values != nullptr ? values_text(*values) : "");
     text->replace(place->names_end, place->end - place->names_end, written);
     if (reason = write_text(list_path, *text); !reason.empty()) {
-        voice.print(cannot_be_opened(voice, list_path + "_new") + "   " + reason + '\n');
+        notes.print(cannot_be_opened(notes, list_path + "_new") + "   " + reason + '\n');
     }
 }
 

@@ -4,38 +4,39 @@
 #include <optional>
 #include <string>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "input/collect_options.h"
 #include "input/image_list.h"
 #include "input/list_line.h"
+#include "numerics/result.h"
 #include "platform/paths.h"
 
 namespace zemora {
 
-/// Absolute path of the list; the file itself where the name is a link.
-[[nodiscard]] std::string list_path_of(const ParameterSet& parameters);
+/// Absolute path of the list `name` of the image folder `root`; the file itself where the name is a link.
+[[nodiscard]] std::string list_path_of(const std::string& root, const std::string& name);
 
 /// The names of a run on their way into a new list. Nothing of the old list is touched before `store`.
 class ListedNames {
 public:
-    ListedNames(const ParameterSet& parameters, Voice& voice);
+    ListedNames(const CollectOptions& options, Notes& notes);
     /// In the order in which the names are to stand in the line.
     void add_stereo(const std::string& file);
     void add_pair(const std::string& left, const std::string& right);
     /// Writes the list where `WriteDataBase` wants one and there is a name for it. An old list that is
     /// worth keeping gets another name first. A run on one named object keeps the old list and adds its
-    /// line. Ends the run with code 1 when the list cannot be written, or is one of the named pictures.
-    void store();
+    /// line. Fails for the run when the list cannot be written, or is one of the named pictures.
+    [[nodiscard]] Result<void> store();
 
 private:
     void add(const std::string& left, const std::string& right);
     [[nodiscard]] bool holds_named_object(const std::string& old_text) const;
-    void keep_old_list(const std::string& path, const std::string& old_text) const;
-    void write(const std::string& path, const std::string& text) const;
-    [[noreturn]] void end_without_list(const std::string& path, const std::string& reason) const;
+    [[nodiscard]] Result<void> keep_old_list(const std::string& path, const std::string& old_text) const;
+    [[nodiscard]] Result<void> write(const std::string& path, const std::string& text) const;
+    [[nodiscard]] Failure no_list(const std::string& path, const std::string& reason) const;
 
-    const ParameterSet& parameters_;
-    Voice& voice_;
+    const CollectOptions& options_;
+    Notes& notes_;
     bool wanted_;
     std::optional<FileIdentity> old_list_;
     bool is_picture_ = false;  ///< The name of the list leads to one of the files.
@@ -44,10 +45,17 @@ private:
     std::string first_right_;
 };
 
+/// What was found in a list.
+struct ListedObjects {
+    int named = 0;            ///< Lines that name an object.
+    int left_name_width = 0;  ///< Characters of the longest left name.
+};
+
 /// `InputMode` 10: the objects of the list, without those that its marks rule out, with their values
-/// where the run applies stored ones. Ends the run with code 1 when the list cannot be opened or a line's
-/// quotes are wrong. Returns the number of lines that name an object.
-int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list, int& left_name_width);
+/// where the run applies stored ones. Fails for the run when the list cannot be opened or a line's quotes are
+/// wrong.
+[[nodiscard]] Result<ListedObjects> read_listed_objects(const CollectOptions& options, Notes& notes,
+                                                        ImageList& list);
 
 /// What became of an object, for its line.
 struct ListResult {
@@ -59,8 +67,8 @@ struct ListResult {
 
 /// Writes the result behind the names of the object's line, in place of an older result. The names are
 /// compared as files, in any order; of equal lines the first without a result is taken. `right` is empty
-/// for a stereo file. A failure leaves the list as it was and is told.
-void update_database_line(const ParameterSet& parameters, Voice& voice, const std::string& list_path,
+/// for a stereo file. `root` is the image folder. A failure leaves the list as it was and is told.
+void update_database_line(const std::string& root, Notes& notes, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result);
 
 }  // namespace zemora

@@ -1,6 +1,7 @@
 // The objects of `InputMode` 10, from the lines of the list and their marks.
 
 #include <cmath>
+#include <optional>
 
 #include "config/text_lines.h"
 #include "input/file_selection.h"
@@ -8,9 +9,9 @@
 #include "input/list_scan.h"
 #include "input/pairing.h"
 #include "numerics/rounding.h"
+#include "platform/console.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
-#include "platform/process_end.h"
 
 namespace zemora {
 
@@ -18,24 +19,19 @@ namespace {
 
 constexpr int kWholeLine = 1 + kRecordFields;  // items: status and values
 
-/// Whether the run applies what the list holds.
-bool applies_stored_values(const ParameterSet& p) {
-    return p.estimate_geometry == 2 || p.estimate_geometry == 5 || p.estimate_geometry == -5;
-}
-
 class ListReader {
 public:
-    ListReader(const ParameterSet& parameters, Voice& voice, ImageList& list)
-        : parameters_(parameters),
-          voice_(voice),
+    ListReader(const CollectOptions& options, Notes& notes, ImageList& list)
+        : options_(options),
+          notes_(notes),
           list_(list),
-          adder_(parameters, voice, list),
-          applies_(applies_stored_values(parameters)) {}
+          adder_(options, notes, list),
+          applies_(options.applies_stored_values) {}
 
-    int read(int& left_name_width);
+    [[nodiscard]] Result<ListedObjects> read();
 
 private:
-    void read_line(std::string_view raw);
+    [[nodiscard]] Result<void> read_line(std::string_view raw);
     [[nodiscard]] bool complete_names(ListLine& line, std::string_view raw);
     [[nodiscard]] bool is_taken(ListLine& line, std::string_view raw);
     void tell_second_try(const ListLine& line) const;
@@ -45,8 +41,8 @@ private:
     void add(ListLine& line);
     [[nodiscard]] std::string as_on_disk(const std::string& name);
 
-    const ParameterSet& parameters_;
-    Voice& voice_;
+    const CollectOptions& options_;
+    Notes& notes_;
     ImageList& list_;
     PairAdder adder_;
     NameFinder finder_;
@@ -55,45 +51,50 @@ private:
     int named_ = 0;
 };
 
-int ListReader::read(int& left_name_width) {
-    const std::string path = list_path_of(parameters_);
+Result<ListedObjects> ListReader::read() {
+    const std::string path = list_path_of(options_.path_of_images, options_.list_of_images);
     std::string reason;
     const auto text = read_list(path, reason);
     if (!text) {
-        voice_.say<Msg::files_input_file_cannot_be_opened>(printable(path));
-        voice_.print("   " + reason + '\n');
-        voice_.wait(Severity::warning);
-        end_process(kExitFailure);
+        Failure failure =
+            Failure::of_run(notes_.messages().text<Msg::files_input_file_cannot_be_opened>(printable(path)) +
+                            "   " + reason + '\n');
+        failure.note.severity = Severity::warning;
+        return failure;
     }
+    Result<void> outcome;
     for_each_line(*text, [&](std::string_view raw, std::size_t) {
         ++line_number_;
-        if (raw.size() >= kShortestListLine && raw.find_first_not_of(" \t") != std::string_view::npos) {
-            read_line(raw);
+        if (outcome && raw.size() >= kShortestListLine &&
+            raw.find_first_not_of(" \t") != std::string_view::npos) {
+            outcome = read_line(raw);
         }
     });
-    left_name_width = adder_.left_name_width();
-    return named_;
+    if (!outcome) {
+        return outcome.failure();
+    }
+    return ListedObjects{named_, adder_.left_name_width()};
 }
 
-void ListReader::read_line(std::string_view raw) {
+Result<void> ListReader::read_line(std::string_view raw) {
+    const MessageCatalogue& messages = notes_.messages();
     if (raw.size() > kLongestListLine) {
-        object_to(raw, voice_.messages().either({"the line is too long", "die Zeile ist zu lang"}));
-        return;
+        object_to(raw, messages.either({"the line is too long", "die Zeile ist zu lang"}));
+        return {};
     }
     ListLine line;
     const LineFault fault = parse_list_line(raw, list_.two_files, line);
     if (fault == LineFault::wrong_quotes) {
-        voice_.say<Msg::files_input_list_line_wrong_settings>(line_number_);
-        voice_.print("   " + printable(list_path_of(parameters_)) + '\n');
-        voice_.wait(Severity::error);
-        end_process(kExitFailure);
+        const std::string path = list_path_of(options_.path_of_images, options_.list_of_images);
+        return Failure::of_run(messages.text<Msg::files_input_list_line_wrong_settings>(line_number_) +
+                               "   " + printable(path) + '\n');
     }
     if (fault == LineFault::no_name) {
         object_to(raw, "7!");
-        return;
+        return {};
     }
-    if (!list_.two_files && is_dropped_with_hint(parameters_, voice_, bare_name_of(line.left))) {
-        return;
+    if (!list_.two_files && is_dropped_with_hint(options_, notes_, bare_name_of(line.left))) {
+        return {};
     }
     ++named_;
     if (!is_taken(line, raw)) {
@@ -101,6 +102,7 @@ void ListReader::read_line(std::string_view raw) {
     } else if (complete_names(line, raw)) {
         add(line);
     }
+    return {};
 }
 
 /// The pictures of an object that is passed over are there, also when its own files have moved.
@@ -109,7 +111,7 @@ void ListReader::note_mounted(const ListLine& line) {
         return;
     }
     const auto path_of = [this](const std::string& name) {
-        const std::string path = join_path(parameters_.path_of_images, name);
+        const std::string path = join_path(options_.path_of_images, name);
         return file_exists(path) ? path : as_on_disk(name);
     };
     const bool has_values = line.item_count == kWholeLine;
@@ -127,11 +129,11 @@ bool ListReader::is_taken(ListLine& line, std::string_view raw) {
         return true;
     }
     if (line.status == "QU") {
-        voice_.say<Msg::files_input_skipped_by_mark_quit>();
+        notes_.say<Msg::files_input_skipped_by_mark_quit>();
         return false;
     }
     if (line.status == "IM") {
-        voice_.say<Msg::files_input_skipped_by_mark_imperfect>();
+        notes_.say<Msg::files_input_skipped_by_mark_imperfect>();
         return false;
     }
     if (line.status != "OK") {
@@ -146,65 +148,65 @@ bool ListReader::is_taken(ListLine& line, std::string_view raw) {
         object_to(raw, "2!");
         return false;
     }
-    if (drop_foreign_selection(line.values, parameters_)) {
-        voice_.say<Msg::files_input_stored_selection_ignored>();
-        voice_.wait(Severity::error);
+    if (drop_foreign_selection(line.values, options_.shape)) {
+        notes_.say<Msg::files_input_stored_selection_ignored>();
+        notes_.wait(Severity::error);
     }
     return true;
 }
 
 void ListReader::tell_second_try(const ListLine& line) const {
-    voice_.say<Msg::files_input_pair_failed_in_first_pass>();
-    voice_.say<Msg::files_input_pair_will_be_tried_again>();
-    voice_.print(printable(utf8_text(line.left)) +
+    notes_.say<Msg::files_input_pair_failed_in_first_pass>();
+    notes_.say<Msg::files_input_pair_will_be_tried_again>();
+    notes_.print(printable(utf8_text(line.left)) +
                  (list_.two_files ? " <-> " + printable(utf8_text(line.right)) : "") + "\n\n");
-    voice_.wait(Severity::information);
+    notes_.wait(Severity::information);
 }
 
 void ListReader::tell_done(const ListLine& line) const {
-    if (voice_.verbose() == 0) {
+    if (notes_.verbose() == 0) {
         return;
     }
     if (list_.two_files) {
-        voice_.say<Msg::files_input_ok_found_images_skipped>();
-        voice_.print("   " + printable(utf8_text(line.left)) + "\n   " + printable(utf8_text(line.right)) +
+        notes_.say<Msg::files_input_ok_found_images_skipped>();
+        notes_.print("   " + printable(utf8_text(line.left)) + "\n   " + printable(utf8_text(line.right)) +
                      '\n');
     } else {
-        voice_.say<Msg::files_input_ok_found_image_skipped>();
-        voice_.print(printable(utf8_text(line.left)) + '\n');
+        notes_.say<Msg::files_input_ok_found_image_skipped>();
+        notes_.print(printable(utf8_text(line.left)) + '\n');
     }
 }
 
 void ListReader::object_to(std::string_view raw, const char* line_case) const {
     constexpr std::size_t kShown = 1000;  // characters of a line
-    voice_.say<Msg::files_input_list_format_wrong>();
-    voice_.say<Msg::files_input_list_line_objected>();
-    voice_.print(printable(utf8_text(raw.substr(0, kShown))) + " ...\n");
-    voice_.say<Msg::files_input_list_result_unexpected>();
-    voice_.print(std::string(line_case) + "\n\n");
-    voice_.wait(Severity::information);
+    notes_.say<Msg::files_input_list_format_wrong>();
+    notes_.say<Msg::files_input_list_line_objected>();
+    notes_.print(printable(utf8_text(raw.substr(0, kShown))) + " ...\n");
+    notes_.say<Msg::files_input_list_result_unexpected>();
+    notes_.print(std::string(line_case) + "\n\n");
+    notes_.wait(Severity::information);
 }
 
 /// A name that is no valid UTF-8 may be one of this disk as it is, or come from another system.
 std::string ListReader::as_on_disk(const std::string& name) {
-    const std::string path = join_path(parameters_.path_of_images, name);
+    const std::string path = join_path(options_.path_of_images, name);
     const std::string meant = utf8_text(path);
     if (meant != path && identity_of(path)) {
         return path;
     }
-    const FoundName found = find_and_tell(finder_, voice_, meant);
+    const FoundName found = find_and_tell(finder_, notes_, meant);
     return found.is_there() ? found.path : meant;
 }
 
 bool ListReader::complete_names(ListLine& line, std::string_view raw) {
     for (const std::string* name : {&line.left, &line.right}) {
         if (name->find('\0') != std::string::npos) {  // the system would read the name only up to there
-            object_to(raw, voice_.messages().either(
+            object_to(raw, notes_.messages().either(
                                {"a name holds a zero byte", "ein Name enthaelt ein Nullbyte"}));
             return false;
         }
         if (has_drive(*name)) {
-            object_to(raw, voice_.messages().either({"a drive letter has no meaning here",
+            object_to(raw, notes_.messages().either({"a drive letter has no meaning here",
                                                      "ein Laufwerksbuchstabe hat hier keine Bedeutung"}));
             return false;
         }
@@ -222,14 +224,14 @@ void ListReader::add(ListLine& line) {
     if (list_.two_files) {
         adder_.add(line.left, line.right, stored);
     } else {
-        add_stereo_object(parameters_, voice_, line.left, stored, list_);
+        add_stereo_object(options_.interlaced_mode, notes_, line.left, stored, list_);
     }
 }
 
 }  // namespace
 
-int read_listed_objects(const ParameterSet& parameters, Voice& voice, ImageList& list, int& left_name_width) {
-    return ListReader(parameters, voice, list).read(left_name_width);
+Result<ListedObjects> read_listed_objects(const CollectOptions& options, Notes& notes, ImageList& list) {
+    return ListReader(options, notes, list).read();
 }
 
 }  // namespace zemora

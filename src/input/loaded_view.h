@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "input/view_geometry.h"
 #include "numerics/bitmap.h"
 
 namespace zemora {
@@ -19,6 +20,12 @@ struct LoadedView {
         width = bitmap.width();
         height = bitmap.height();
     }
+};
+
+/// A view at work with the record of what is done to it.
+struct RecordedView {
+    LoadedView& view;
+    InputGeometry& geometry;
 };
 
 /// Moves the region of the given size at (x, y) to the lower left corner.
@@ -37,6 +44,19 @@ inline void keep_region(LoadedView& view, int x, int y, int width, int height) {
     move_to_corner(view.picture(), x, y, width, height);
     view.width = width;
     view.height = height;
+}
+
+/// Gives the view a bitmap of exactly its size, so that both views of a pair have one pitch. Without memory
+/// the view is empty.
+inline void make_exact(LoadedView& view) {
+    if (view.bitmap.width() == view.width && view.bitmap.height() == view.height) {
+        return;
+    }
+    Bitmap exact = Bitmap::create(view.width, view.height);
+    if (exact) {
+        copy(view.picture(), exact.picture());
+    }
+    view.take(std::move(exact));
 }
 
 }  // namespace zemora

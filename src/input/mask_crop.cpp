@@ -5,6 +5,7 @@
 #include "input/loaded_view.h"
 #include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
+#include "platform/console.h"
 
 namespace zemora {
 
@@ -62,13 +63,12 @@ PictureSize apply_mask_crop(Picture left, Picture right, const MaskFrame& mask) 
     return {window.width, window.height};
 }
 
-void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
-                       const std::optional<MaskFrame>& mask, Voice& voice) {
+Result<void> write_mask_thumbs(const StereoPicture& views, const std::string& folder,
+                               const std::optional<MaskFrame>& mask, Notes& notes) {
     const PictureSize size = size_in_thumb(views.left.width, views.left.height);
     const Bitmap thumb = Bitmap::create(kThumbWidth, kThumbHeight);
     if (!thumb) {
-        end_run_without_picture_memory(voice.console(),
-                                       "5248: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (ROT)\n");
+        return Failure::out_of_memory("5248: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (ROT)\n");
     }
     const Picture place = thumb.picture().part((kThumbWidth - size.width) / 2,
                                                (kThumbHeight - size.height) / 2, size.width, size.height);
@@ -87,14 +87,15 @@ void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
         const std::string file = folder + (is_left ? "/zemora_thumb_l.bmp" : "/zemora_thumb_r.bmp");
         const std::string reason = encode_and_write(thumb.handle(), FIF_BMP, BMP_DEFAULT, file);
         if (!reason.empty()) {
-            voice.print(format_text(
-                voice.messages().either({"The preview %s couldn't be written: %s\n",
+            notes.print(format_text(
+                notes.messages().either({"The preview %s couldn't be written: %s\n",
                                          "Die Vorschau %s konnte nicht geschrieben werden: %s\n"}),
                 printable(file).c_str(), reason.c_str()));
         }
     };
     write(views.left, true);
     write(views.right, false);
+    return {};
 }
 
 }  // namespace zemora

@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "numerics/bitmap.h"
 #include "numerics/rescale.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
@@ -38,8 +39,8 @@ struct MaskWindow {
 [[nodiscard]] PictureSize apply_mask_crop(Picture left, Picture right, const MaskFrame& mask);
 
 /// Writes "zemora_thumb_l.bmp" and "zemora_thumb_r.bmp" of both views into the folder, with the lines of a
-/// mask where one is given.
-void write_mask_thumbs(const StereoPicture& views, const std::string& folder,
-                       const std::optional<MaskFrame>& mask, Voice& voice);
+/// mask where one is given. A file that cannot be written is told. Fails for the run without memory.
+[[nodiscard]] Result<void> write_mask_thumbs(const StereoPicture& views, const std::string& folder,
+                                             const std::optional<MaskFrame>& mask, Notes& notes);
 
 }  // namespace zemora

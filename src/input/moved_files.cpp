@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "config/setting_values.h"
+#include "platform/console.h"
 #include "platform/directory_walk.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
@@ -33,15 +35,15 @@ std::string with_name_start(const std::string& file, const char* start) {
     return path_in(folder_of(file), start + bare_name_of(file));
 }
 
-void tell_staying(Voice& voice, const std::string& file, const std::string& reason) {
-    voice.tell_everywhere(format_text(voice.messages().either({"The file %s stays where it is: %s\n",
+void tell_staying(Notes& notes, const std::string& file, const std::string& reason) {
+    notes.tell_everywhere(format_text(notes.messages().either({"The file %s stays where it is: %s\n",
                                                                "Die Datei %s bleibt, wo sie ist: %s\n"}),
                                       printable(file).c_str(), reason.c_str()));
 }
 
-void tell_staying_without_folder(Voice& voice, const std::string& file) {
-    tell_staying(voice, file,
-                 voice.messages().either(
+void tell_staying_without_folder(Notes& notes, const std::string& file) {
+    tell_staying(notes, file,
+                 notes.messages().either(
                      {"its folder is none of l, r and s", "ihr Ordner ist keiner von l, r und s"}));
 }
 
@@ -50,10 +52,10 @@ struct Move {
     std::string to;
 };
 
-void tell_move(Voice& voice, const Move& move) {
-    if (voice.verbose() > 1) {
-        voice.tell_everywhere(
-            voice.messages().text<Msg::files_input_renaming>(printable(move.from), printable(move.to)));
+void tell_move(Notes& notes, const Move& move) {
+    if (notes.verbose() > 1) {
+        notes.tell_everywhere(
+            notes.messages().text<Msg::files_input_renaming>(printable(move.from), printable(move.to)));
     }
 }
 
@@ -79,7 +81,7 @@ std::size_t move_in_turn(const std::vector<Move>& moves, std::string& reason) {
 }
 
 /// Makes all moves or none.
-void move_together(Voice& voice, const std::vector<Move>& moves) {
+void move_together(Notes& notes, const std::vector<Move>& moves) {
     std::string reason;
     std::size_t failed = 0;
     while (failed < moves.size() && (reason = obstacle_of(moves[failed])).empty()) {
@@ -93,71 +95,70 @@ void move_together(Voice& voice, const std::vector<Move>& moves) {
     }
     for (std::size_t i = 0; i < moves.size(); ++i) {
         if (failed == moves.size()) {
-            tell_move(voice, moves[i]);
+            tell_move(notes, moves[i]);
         } else {
-            tell_staying(voice, moves[i].from,
+            tell_staying(notes, moves[i].from,
                          i == failed
                              ? reason
-                             : voice.messages().either({"the other file of the pair cannot move",
+                             : notes.messages().either({"the other file of the pair cannot move",
                                                         "die andere Datei des Paars kann nicht umziehen"}));
         }
     }
 }
 
-void move(Voice& voice, const std::string& from, const std::string& to) {
-    move_together(voice, {{from, to}});
+void move(Notes& notes, const std::string& from, const std::string& to) {
+    move_together(notes, {{from, to}});
 }
 
 }  // namespace
 
-void rename_orphan(const ParameterSet& parameters, Voice& voice, const std::string& file, FileSide side) {
+void rename_orphan(int rename_orphans, Notes& notes, const std::string& file, FileSide side) {
     constexpr char kOrphan = 'o';
     const char letter = static_cast<char>(side);
-    if (parameters.rename_orphans != 0 && view_folder_letter(file) == '\0') {
-        tell_staying_without_folder(voice, file);
+    if (rename_orphans != 0 && view_folder_letter(file) == '\0') {
+        tell_staying_without_folder(notes, file);
         return;
     }
-    switch (parameters.rename_orphans) {
+    switch (rename_orphans) {
         case setting::rename_orphans::to_folders:
-            move(voice, file, in_sibling_folder(file, letter, kOrphan));
+            move(notes, file, in_sibling_folder(file, letter, kOrphan));
             break;
         case setting::rename_orphans::with_ending:
-            move(voice, file, with_marked_name(file, letter, kOrphan));
+            move(notes, file, with_marked_name(file, letter, kOrphan));
             break;
-        case setting::rename_orphans::with_underscore: move(voice, file, with_name_start(file, "_")); break;
-        case setting::rename_orphans::with_z: move(voice, file, with_name_start(file, "z")); break;
+        case setting::rename_orphans::with_underscore: move(notes, file, with_name_start(file, "_")); break;
+        case setting::rename_orphans::with_z: move(notes, file, with_name_start(file, "z")); break;
         default: break;
     }
 }
 
-void rename_refused_files(const ParameterSet& parameters, Voice& voice, const std::vector<SidedFile>& files) {
+void rename_refused_files(int rename_refused, Notes& notes, const std::vector<SidedFile>& files) {
     constexpr char kRefused = 'u';
-    const int mode = parameters.rename_refused;
     std::vector<Move> moves;
     for (const auto& [file, side] : files) {
         // With exchanged views the folder, and not the view, says where the file belongs.
         const char folder = view_folder_letter(file);
         const char letter = folder == '\0' ? static_cast<char>(side) : folder;
-        if (mode == setting::rename_orphans::to_folders && folder == '\0') {
-            tell_staying_without_folder(voice, file);
+        if (rename_refused == setting::rename_refused::to_folders && folder == '\0') {
+            tell_staying_without_folder(notes, file);
             return;
         }
-        if (mode == setting::rename_orphans::to_folders || mode == setting::rename_orphans::with_ending) {
-            moves.push_back({file, mode == setting::rename_orphans::to_folders
+        if (rename_refused != setting::rename_refused::left_alone) {
+            moves.push_back({file, rename_refused == setting::rename_refused::to_folders
                                        ? in_sibling_folder(file, letter, kRefused)
                                        : with_marked_name(file, letter, kRefused)});
         }
     }
-    move_together(voice, moves);
+    move_together(notes, moves);
 }
 
-void move_quit_files(Voice& voice, const std::vector<SidedFile>& files) {
+void move_quit_files(Notes& notes, const std::vector<SidedFile>& files) {
     std::vector<Move> moves;
     for (const auto& [file, side] : files) {
         const std::string folder = path_in(folder_of(file), std::string{static_cast<char>(side), 'q'});
         moves.push_back({file, path_in(folder, bare_name_of(file))});
     }
-    move_together(voice, moves);
+    move_together(notes, moves);
 }
 
 }  // namespace zemora

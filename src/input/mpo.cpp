@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 
@@ -94,34 +95,34 @@ std::optional<std::size_t> entries_by_tag(const NumberReader& numbers, std::size
     return std::nullopt;
 }
 
-void tell_irregular(const MpoIndex& index, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+void tell_irregular(const MpoIndex& index, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     const char* mail = messages.either({"unforeseen error, please mail software supplier",
                                         "unerwarteter Fehler, bitte an den Hersteller schreiben"});
     if (!index.known_order) {
-        voice.print(format_text("i883: %s %s\n", mail, kSupport));
-        voice.print(format_text(messages.either({"i883: MP Endian not recognized, Counter = %zu\n",
+        notes.print(format_text("i883: %s %s\n", mail, kSupport));
+        notes.print(format_text(messages.either({"i883: MP Endian not recognized, Counter = %zu\n",
                                                  "i883: MP-Bytefolge nicht erkannt, Counter = %zu\n"}),
                                 index.origin + index.order_mark.size()));
         for (std::size_t i = 0; i < index.order_mark.size(); ++i) {
-            voice.print(
+            notes.print(
                 format_text("i883: temp[%zu] = %2X\n", i, static_cast<unsigned>(index.order_mark[i])));
         }
     }
     if (index.first_directory != kRegularDirectory) {
-        voice.print(format_text("%s: %s %s\n", index.big_endian ? "i1111" : "i1108", mail, kSupport));
+        notes.print(format_text("%s: %s %s\n", index.big_endian ? "i1111" : "i1108", mail, kSupport));
     }
 }
 
-void tell_missing_picture(Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
-    voice.print(
+void tell_missing_picture(Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
+    notes.print(
         format_text(messages.either({"i1217: unforeseen error, please mail details to %s\n",
                                      "i1217: unerwarteter Fehler, bitte Einzelheiten senden an %s\n"}),
                     kSupport));
-    voice.print(messages.either({"i1218: jpg-header of second image couldn't be found\n",
+    notes.print(messages.either({"i1218: jpg-header of second image couldn't be found\n",
                                  "i1218: der JPG-Kopf des zweiten Bildes wurde nicht gefunden\n"}));
-    voice.console().wait_for_enter();
+    notes.wait(Severity::must_be_seen);
 }
 
 /// What became of the file that one picture is to stand in.
@@ -173,21 +174,21 @@ MpoIndex read_mpo_index(Bytes content) {
     return index;
 }
 
-std::optional<MpoPictures> cut_mpo(Bytes content, Voice& voice) {
+std::optional<MpoPictures> cut_mpo(Bytes content, Notes& notes) {
     const MpoIndex index = read_mpo_index(content);
     if (index.found) {
-        tell_irregular(index, voice);
+        tell_irregular(index, notes);
     }
     const std::size_t start2 = index.origin + index.offset2;
-    if (index.found && start2 != index.size1 && voice.verbose() >= 2) {
-        voice.print(voice.messages().either(
+    if (index.found && start2 != index.size1 && notes.verbose() >= 2) {
+        notes.print(notes.messages().either(
             {"   MPO image not according to spec, smart size evaluation and crossing fingers ;-)\n",
              "   MPO-Bild nicht nach der Norm, die Groesse wird abgeschaetzt, Daumen druecken ;-)\n"}));
     }
     const auto behind_head = index.found ? end_of(content, start2, kPictureHead) : std::nullopt;
     const std::size_t found2 = behind_head ? *behind_head - kPictureHead.size() : content.size();
     if (index.size2 < kPictureHead.size() || index.size2 > content.size() - found2) {
-        tell_missing_picture(voice);
+        tell_missing_picture(notes);
         return std::nullopt;
     }
     // Between the pictures there may be padding, which belongs to neither; but an offset that is too small
@@ -198,33 +199,27 @@ std::optional<MpoPictures> cut_mpo(Bytes content, Voice& voice) {
     return MpoPictures{content.first(ends_there ? start2 : found2), content.subspan(found2, index.size2)};
 }
 
-bool leaves_cut_pictures(int estimate_geometry) {
-    static constexpr std::array kLeaving{0, 3, 4, 5};
-    return std::find(kLeaving.begin(), kLeaving.end(), estimate_geometry) != kLeaving.end();
-}
-
-MpoCutNames mpo_cut_names(const std::string& stereo, int input_mode) {
-    constexpr int kFoldersLeftRightStereo = 9;
+MpoCutNames mpo_cut_names(const std::string& stereo, bool has_view_folders) {
     const std::string own = folder_of(stereo);
-    const bool in_folder_s = input_mode == kFoldersLeftRightStereo && lower_case(bare_name_of(own)) == "s";
+    const bool in_folder_s = has_view_folders && lower_case(bare_name_of(own)) == "s";
     const std::string base = in_folder_s ? own.substr(0, own.size() - 1) : own + '/';
     const std::string name = without_suffix(bare_name_of(stereo));
     return {base + "l/" + name + "_mpo_l.jpg", base + "r/" + name + "_mpo_r.jpg"};
 }
 
-void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     const auto keep = [&](Bytes picture, const std::string& file, const std::string& failure) {
         const CutResult result = keep_picture(picture, file);
         if (result == CutResult::differs) {
-            voice.print(format_text(
+            notes.print(format_text(
                 messages.either(
                     {"   The file %s is not from this mpo-file and stays as it is.\n",
                      "   Die Datei %s ist nicht aus dieser mpo-Datei und bleibt, wie sie ist.\n"}),
                 printable(file).c_str()));
         } else if (result == CutResult::failed) {
-            voice.print(failure);
-            voice.console().wait_for_enter();
+            notes.print(failure);
+            notes.wait(Severity::must_be_seen);
         }
     };
     keep(pictures.left, names.left,

@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-#include "config/voice.h"
+#include "config/notes.h"
 
 namespace zemora {
 
@@ -41,21 +41,18 @@ struct MpoPictures {
 
 /// The first two pictures; tells what is irregular. Nothing, with a message, when the second is not
 /// found.
-[[nodiscard]] std::optional<MpoPictures> cut_mpo(std::span<const std::uint8_t> content, Voice& voice);
-
-/// Whether the pictures are left as files of their own, by `EstimateGeometry`.
-[[nodiscard]] bool leaves_cut_pictures(int estimate_geometry);
+[[nodiscard]] std::optional<MpoPictures> cut_mpo(std::span<const std::uint8_t> content, Notes& notes);
 
 /// The files that the two pictures of `stereo` are cut to: in the folders l and r beside its folder s
-/// where `input_mode` is 9, else in the folders l and r of its own folder.
+/// with `has_view_folders`, else in the folders l and r of its own folder.
 struct MpoCutNames {
     std::string left;
     std::string right;
 };
-[[nodiscard]] MpoCutNames mpo_cut_names(const std::string& stereo, int input_mode);
+[[nodiscard]] MpoCutNames mpo_cut_names(const std::string& stereo, bool has_view_folders);
 
 /// Leaves both pictures as files of those names. A file that is there already and differs stays as it is,
 /// and a line says so.
-void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Voice& voice);
+void keep_cut_pictures(const MpoPictures& pictures, const MpoCutNames& names, Notes& notes);
 
 }  // namespace zemora

@@ -6,6 +6,7 @@
 
 #include "config/text_lines.h"
 #include "input/file_selection.h"
+#include "platform/console.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"
 
@@ -120,24 +121,24 @@ bool is_left_over(const std::string& name) {
     return matches_one_of(kLeftOvers, name);
 }
 
-bool is_dropped_with_hint(const ParameterSet& parameters, Voice& voice, const std::string& name) {
+bool is_dropped_with_hint(const CollectOptions& options, Notes& notes, const std::string& name) {
     if (has_marker(name, "_l") || has_marker(name, "_r")) {
-        voice.print(voice.messages().either(
+        notes.print(notes.messages().either(
             {"Hint: Files with identifiers \"_l\", \"_L\", \"_r\" and \"_R\" are NOT to be assumed as stereo "
              "images!\n\n",
              "Hinweis: Dateien mit den Kennungen \"_l\", \"_L\", \"_r\" und \"_R\" gelten NICHT als "
              "Stereobilder!\n\n"}));
-        voice.print("   " + printable(name) + '\n');
+        notes.print("   " + printable(name) + '\n');
         return true;
     }
     const bool may_be_depth =
-        parameters.stereo_image_input == setting::stereo_image_input::photo_and_depth_side_by_side &&
-        goes_by_names(parameters.input_mode);
+        options.stereo_image_input == setting::stereo_image_input::photo_and_depth_side_by_side &&
+        goes_by_names(options.input_mode);
     if (has_marker(name, "_d") && !may_be_depth) {
-        voice.print(voice.messages().either(
+        notes.print(notes.messages().either(
             {"Hint: Files with identifier \"_d\" or \"_D\" are assumed to be depth masks!\n\n",
              "Hinweis: Dateien mit der Kennung \"_d\" oder \"_D\" gelten als Tiefenmasken!\n\n"}));
-        voice.print("   " + printable(name) + '\n');
+        notes.print("   " + printable(name) + '\n');
         return true;
     }
     return false;

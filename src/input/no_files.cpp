@@ -1,9 +1,10 @@
 #include "input/no_files.h"
 
 #include <array>
+#include <utility>
 
 #include "input/file_selection.h"
-#include "platform/process_end.h"
+#include "platform/console.h"
 
 namespace zemora {
 
@@ -44,13 +45,12 @@ constexpr std::array kRows{
 };
 // clang-format on
 
-std::string text_of(Line line, const ParameterSet& parameters, const MessageCatalogue& messages) {
-    const std::string root = printable(parameters.path_of_images);
+std::string text_of(Line line, const CollectOptions& options, const MessageCatalogue& messages) {
+    const std::string root = printable(options.path_of_images);
     switch (line) {
         case Line::none: return {};
         case Line::image_type:
-            return messages.text<Msg::files_input_your_image_type>() + printable(parameters.image_type) +
-                   '\n';
+            return messages.text<Msg::files_input_your_image_type>() + printable(options.image_type) + '\n';
         case Line::search_path: return messages.text<Msg::files_input_search_path>() + root + '\n';
         case Line::search_paths_of_views:
             return messages.text<Msg::files_input_search_paths>() + root + "/l, " + root + "/r\n";
@@ -65,36 +65,29 @@ std::string text_of(Line line, const ParameterSet& parameters, const MessageCata
     return {};
 }
 
-[[noreturn]] void end_run(Voice& voice) {
-    voice.wait(Severity::error);
-    end_process(kExitFailure);
-}
-
 }  // namespace
 
-void end_without_files(const ParameterSet& parameters, Voice& voice) {
-    const int mode = parameters.input_mode;
-    const int layout = parameters.stereo_image_input;
-    voice.say<Msg::files_input_no_suited_files>();
+Failure no_suited_files(const CollectOptions& options, const MessageCatalogue& messages) {
+    const int mode = options.input_mode;
+    const int layout = options.stereo_image_input;
+    std::string text = messages.text<Msg::files_input_no_suited_files>();
     for (const NoFilesRow& row : kRows) {
         if (mode < row.first || mode > row.last || takes_two_files(layout) != row.two_files) {
             continue;
         }
-        voice.print(voice.messages().text<Msg::files_input_your_input_mode>() + std::to_string(mode) + '\n');
-        voice.print(voice.messages().text<Msg::files_input_your_stereo_image_input>() +
-                    std::to_string(layout) + '\n');
+        text += messages.text<Msg::files_input_your_input_mode>() + std::to_string(mode) + '\n';
+        text += messages.text<Msg::files_input_your_stereo_image_input>() + std::to_string(layout) + '\n';
         for (const Line line : row.lines) {
-            voice.print(text_of(line, parameters, voice.messages()));
+            text += text_of(line, options, messages);
         }
     }
-    end_run(voice);
+    return Failure::of_run(std::move(text));
 }
 
-void end_with_too_many_pairs(Voice& voice, long long pairs) {
-    voice.print(format_text(voice.messages().either({"%lld pairs are too many for one run.\n",
-                                                     "%lld Paare sind zu viele fuer einen Lauf.\n"}),
-                            pairs));
-    end_run(voice);
+Failure too_many_pairs(long long pairs, const MessageCatalogue& messages) {
+    return Failure::of_run(format_text(messages.either({"%lld pairs are too many for one run.\n",
+                                                        "%lld Paare sind zu viele fuer einen Lauf.\n"}),
+                                       pairs));
 }
 
 }  // namespace zemora

@@ -1,15 +1,16 @@
 #pragma once
-/// The end of a run that has nothing to mount, with the settings that decide where files are looked for.
+/// Why a run has nothing to mount, with the settings that decide where files are looked for.
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/messages.h"
+#include "input/collect_options.h"
+#include "numerics/result.h"
 
 namespace zemora {
 
-/// Tells what was looked for and ends the process with code 1.
-[[noreturn]] void end_without_files(const ParameterSet& parameters, Voice& voice);
+/// What was looked for and not found; ends the run.
+[[nodiscard]] Failure no_suited_files(const CollectOptions& options, const MessageCatalogue& messages);
 
-/// Ends the process with code 1: more pairs than a run can number.
-[[noreturn]] void end_with_too_many_pairs(Voice& voice, long long pairs);
+/// More pairs than a run can number; ends the run.
+[[nodiscard]] Failure too_many_pairs(long long pairs, const MessageCatalogue& messages);
 
 }  // namespace zemora

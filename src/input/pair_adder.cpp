@@ -3,24 +3,18 @@
 #include <algorithm>
 
 #include "input/file_selection.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 
 namespace zemora {
 
-namespace {
+namespace interlaced = setting::interlaced_mode;
 
-// Values of `InterlacedMode`: which views belong to the two fields of a frame.
-constexpr int kProgressive = 0;
-constexpr int kRightOfPairBefore = 2;
-constexpr int kLeftOfPairBefore = 3;
-
-}  // namespace
-
-FoundName find_and_tell(NameFinder& finder, Voice& voice, const std::string& file) {
+FoundName find_and_tell(NameFinder& finder, Notes& notes, const std::string& file) {
     FoundName found = finder.find(file);
     if (found.match == NameMatch::several) {
-        voice.print(
-            format_text(voice.messages().either(
+        notes.print(
+            format_text(notes.messages().either(
                             {"%s: more than one file has this name in other upper and lower case.\n",
                              "%s: mehrere Dateien heissen so in anderer Gross- und Kleinschreibung.\n"}),
                         printable(file).c_str()));
@@ -52,17 +46,17 @@ bool PairAdder::check_file(std::string& file) {
 }
 
 PairAdder::CheckedFile PairAdder::look_up(const std::string& file) {
-    const FoundName found = find_and_tell(finder_, voice_, file);
+    const FoundName found = find_and_tell(finder_, notes_, file);
     CheckedFile checked{found.is_there() ? found.path : file, false};
     checked.is_readable = found.is_there() && file_exists(checked.path);
     if (!checked.is_readable) {
-        voice_.say<Msg::files_input_file_missing_name_open>();
-        voice_.print(printable(file));
-        voice_.say<Msg::files_input_file_missing_name_close>();
-        voice_.say<Msg::files_input_file_missing_cause_names>();
-        voice_.say<Msg::files_input_file_missing_cause_characters>();
-        voice_.print("   " + printable(checked.path) + ": " + why_unreadable(checked.path) + '\n');
-        voice_.wait(Severity::information);
+        notes_.say<Msg::files_input_file_missing_name_open>();
+        notes_.print(printable(file));
+        notes_.say<Msg::files_input_file_missing_name_close>();
+        notes_.say<Msg::files_input_file_missing_cause_names>();
+        notes_.say<Msg::files_input_file_missing_cause_characters>();
+        notes_.print("   " + printable(checked.path) + ": " + why_unreadable(checked.path) + '\n');
+        notes_.wait(Severity::information);
     }
     return checked;
 }
@@ -89,17 +83,18 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
                     const StoredCorrectionRecord* stored) {
     const std::uint32_t left = number_of(left_file);
     const std::uint32_t right = number_of(right_file);
-    const bool exchanged =
-        parameters_.inverse_input == 1 && !holds_depth_mask(parameters_.stereo_image_input);
-    switch (parameters_.interlaced_mode) {
-        case kProgressive: add_object(exchanged ? right : left, exchanged ? left : right, stored); break;
-        case kRightOfPairBefore:
+    const bool exchanged = options_.inverse_input == 1 && !holds_depth_mask(options_.stereo_image_input);
+    switch (options_.interlaced_mode) {
+        case interlaced::progressive:
+            add_object(exchanged ? right : left, exchanged ? left : right, stored);
+            break;
+        case interlaced::right_of_pair_before:
             if (has_pair_before_) {
                 add_object(left, right_before_, stored);
             }
             add_object(left, right, stored);
             break;
-        case kLeftOfPairBefore:
+        case interlaced::left_of_pair_before:
             if (has_pair_before_) {
                 add_object(left_before_, right, stored);
             }
@@ -115,18 +110,16 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
     has_pair_before_ = true;
 }
 
-void add_stereo_object(const ParameterSet& parameters, Voice& voice, const std::string& file,
+void add_stereo_object(int interlaced_mode, Notes& notes, const std::string& file,
                        const StoredCorrectionRecord* stored, ImageList& list) {
-    constexpr int kFields = 1;
-    constexpr int kFieldsWithMotion = 4;
-    const int mode = parameters.interlaced_mode;
-    if (mode != kProgressive && mode != kFields && mode != kFieldsWithMotion) {
-        voice.say<Msg::files_input_stereo_input_1_with_time_shift>();
-        voice.wait(Severity::information);
+    if (interlaced_mode != interlaced::progressive && interlaced_mode != interlaced::fields &&
+        interlaced_mode != interlaced::fields_with_motion) {
+        notes.say<Msg::files_input_stereo_input_1_with_time_shift>();
+        notes.wait(Severity::information);
         return;
     }
     const std::uint32_t number = list.add_name(file);
-    for (int field = 0; field < (mode == kProgressive ? 1 : 2); ++field) {
+    for (int field = 0; field < (interlaced_mode == interlaced::progressive ? 1 : 2); ++field) {
         if (stored != nullptr) {
             list.add_object(number, number, *stored);
         } else {

@@ -6,8 +6,8 @@
 #include <string>
 #include <unordered_map>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "input/collect_options.h"
 #include "input/image_list.h"
 #include "platform/directory_walk.h"
 
@@ -16,8 +16,8 @@ namespace zemora {
 /// Adds an accepted pair to the list as `InterlacedMode` and `InverseInput` say. One adder serves a run.
 class PairAdder {
 public:
-    PairAdder(const ParameterSet& parameters, Voice& voice, ImageList& list)
-        : parameters_(parameters), voice_(voice), list_(list) {}
+    PairAdder(const CollectOptions& options, Notes& notes, ImageList& list)
+        : options_(options), notes_(notes), list_(list) {}
     /// False when a file cannot be read, which is told once a file; `left` and `right` take the names as the
     /// disk spells them. An empty name is passed over without a word.
     [[nodiscard]] bool check(std::string& left, std::string& right);
@@ -35,8 +35,8 @@ private:
     void add_object(std::uint32_t left, std::uint32_t right, const StoredCorrectionRecord* stored);
     [[nodiscard]] std::uint32_t number_of(const std::string& file);
 
-    const ParameterSet& parameters_;
-    Voice& voice_;
+    const CollectOptions& options_;
+    Notes& notes_;
     ImageList& list_;
     NameFinder finder_;
     std::unordered_map<std::string, CheckedFile> checked_;
@@ -48,13 +48,13 @@ private:
     int left_name_width_ = 0;
 };
 
-/// Adds a stereo file; a message in place of it where `InterlacedMode` has no meaning for one.
-void add_stereo_object(const ParameterSet& parameters, Voice& voice, const std::string& file,
+/// Adds a stereo file; a message in place of it where `interlaced_mode` has no meaning for one.
+void add_stereo_object(int interlaced_mode, Notes& notes, const std::string& file,
                        const StoredCorrectionRecord* stored, ImageList& list);
 
 /// The name as the disk spells it, which may differ in case. The name itself where there is no such file;
 /// where there are several a line says so.
-[[nodiscard]] FoundName find_and_tell(NameFinder& finder, Voice& voice, const std::string& file);
+[[nodiscard]] FoundName find_and_tell(NameFinder& finder, Notes& notes, const std::string& file);
 
 /// Characters of a text in UTF-8.
 [[nodiscard]] int character_count(const std::string& text);

@@ -1,5 +1,6 @@
 #include "input/pair_former.h"
 
+#include "platform/console.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -8,7 +9,7 @@ void PairFormer::add(std::string left, std::string right) {
     if (!adder_.check(left, right)) {
         return;
     }
-    if (parameters.input_mode == setting::input_mode::alternating && is_every_second_) {
+    if (options.input_mode == setting::input_mode::alternating && is_every_second_) {
         names_.add_pair(right, left);  // NOLINT(readability-suspicious-call-argument): exchanged
     } else {
         names_.add_pair(left, right);
@@ -20,13 +21,13 @@ void PairFormer::add(std::string left, std::string right) {
 void PairFormer::tell_folder(const std::string& folder) {
     const bool is_new = folder != folder_;
     folder_ = folder;
-    if (voice.verbose() > 0 && !has_told_root_) {
-        voice.say<Msg::files_input_collecting_in_path>(printable(parameters.path_of_images));
+    if (notes.verbose() > 0 && !has_told_root_) {
+        notes.say<Msg::files_input_collecting_in_path>(printable(options.path_of_images));
     }
-    if (voice.verbose() > 0 && is_new) {
+    if (notes.verbose() > 0 && is_new) {
         const std::string shown =
-            folder == parameters.path_of_images ? "./" : relative_to(folder, parameters.path_of_images);
-        voice.say<Msg::files_input_collecting_in_subfolder>(printable(shown));
+            folder == options.path_of_images ? "./" : relative_to(folder, options.path_of_images);
+        notes.say<Msg::files_input_collecting_in_subfolder>(printable(shown));
     }
     has_told_root_ = true;
 }

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "input/collect_options.h"
 #include "input/file_selection.h"
 #include "input/image_list.h"
 #include "input/list_file.h"
@@ -14,12 +14,12 @@ namespace zemora {
 
 class PairFormer {
 public:
-    PairFormer(const ParameterSet& parameters_in, Voice& voice_in, ImageList& list_in, ListedNames& names)
-        : parameters(parameters_in),
-          voice(voice_in),
+    PairFormer(const CollectOptions& options_in, Notes& notes_in, ImageList& list_in, ListedNames& names)
+        : options(options_in),
+          notes(notes_in),
           list(list_in),
           names_(names),
-          adder_(parameters_in, voice_in, list_in) {}
+          adder_(options_in, notes_in, list_in) {}
 
     /// Adds the pair if its files can be read.
     void add(std::string left, std::string right);
@@ -29,8 +29,8 @@ public:
     void start_in(const std::string& folder) { folder_ = folder; }
     [[nodiscard]] int left_name_width() const { return adder_.left_name_width(); }
 
-    const ParameterSet& parameters;
-    Voice& voice;
+    const CollectOptions& options;
+    Notes& notes;
     ImageList& list;
 
 private:

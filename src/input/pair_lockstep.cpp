@@ -62,7 +62,7 @@ private:
 
 Lockstep::Lockstep(const SelectedFiles& files, PairFormer& former)
     : former_(former),
-      control_(former.parameters, former.voice),
+      control_(former.options.exif_time_tolerance, former.notes),
       left_{files.left, FileSide::left},
       right_{files.right, FileSide::right} {
     control_.expect(files.left);
@@ -101,9 +101,9 @@ void Lockstep::switch_off_without_times() {
         return;
     }
     control_.switch_off();
-    if (former_.voice.verbose() > 0) {
-        former_.voice.say<Msg::files_input_no_exif_time_in_type>();
-        former_.voice.wait(Severity::warning);
+    if (former_.notes.verbose() > 0) {
+        former_.notes.say<Msg::files_input_no_exif_time_in_type>();
+        former_.notes.wait(Severity::warning);
     }
 }
 
@@ -146,15 +146,15 @@ Lockstep::Side* Lockstep::find_orphan_by_time(bool opens_folder) {
 }
 
 void Lockstep::tell_without_time(const Side& side) const {
-    former_.voice.tell_everywhere(former_.voice.messages().text<Msg::files_input_orphan_file>() +
+    former_.notes.tell_everywhere(former_.notes.messages().text<Msg::files_input_orphan_file>() +
                                   indented_name(side.file()) +
-                                  former_.voice.messages().either({"   (missing)\n", "   (fehlt)\n"}));
+                                  former_.notes.messages().either({"   (missing)\n", "   (fehlt)\n"}));
 }
 
 /// Takes the next file out of its list; on disk only while times are controlled.
 void Lockstep::drop(Side& side) {
     if (control_.is_on()) {
-        rename_orphan(former_.parameters, former_.voice, side.file(), side.side);
+        rename_orphan(former_.options.rename_orphans, former_.notes, side.file(), side.side);
     }
     ++side.next;
 }
@@ -168,7 +168,7 @@ void Lockstep::drop_all(Side& side) {
 }  // namespace
 
 void form_pairs_in_lockstep(const SelectedFiles& files, long long most_pairs, PairFormer& former) {
-    former.start_in(former.parameters.path_of_images);
+    former.start_in(former.options.path_of_images);
     Lockstep(files, former).form(most_pairs);
 }
 

@@ -58,7 +58,7 @@ Verdict judge(TimeControl& control, int input_mode, const std::string& left, con
 
 /// Each file with the next one, or the files two by two.
 void form_neighbours(const std::vector<std::string>& files, TimeControl& control, PairFormer& former) {
-    const int mode = former.parameters.input_mode;
+    const int mode = former.options.input_mode;
     std::string folder;
     bool is_first = true;
     for (std::size_t left = 0; left + 1 < files.size();) {
@@ -124,9 +124,9 @@ std::size_t end_of_folder(const std::vector<std::string>& files, std::size_t sta
 }  // namespace
 
 void form_pairs_of_sequence(const std::vector<std::string>& files, PairFormer& former) {
-    TimeControl control(former.parameters, former.voice);
+    TimeControl control(former.options.exif_time_tolerance, former.notes);
     control.expect(files);
-    if (former.parameters.input_mode == setting::input_mode::first_with_later) {
+    if (former.options.input_mode == setting::input_mode::first_with_later) {
         form_with_anchor(files, control, former);
     } else {
         form_neighbours(files, control, former);
@@ -144,7 +144,7 @@ long long count_all_pairs(const std::vector<std::string>& files) {
 }
 
 void form_all_pairs(const std::vector<std::string>& files, PairFormer& former) {
-    TimeControl control(former.parameters, former.voice);
+    TimeControl control(former.options.exif_time_tolerance, former.notes);
     control.expect(files);
     for (std::size_t start = 0, end = 0; start < files.size(); start = end) {
         end = end_of_folder(files, start);

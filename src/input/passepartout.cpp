@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "config/setting_values.h"
 #include "numerics/rounding.h"
 #include "platform/cpu.h"
 
@@ -115,13 +116,8 @@ private:
 
 }  // namespace
 
-Colour passe_colour_of(const ParameterSet& parameters) {
-    if (parameters.passepartout == kPaintMeasuredFrame) {
-        return {};
-    }
-    return {static_cast<std::uint8_t>(parameters.passe_color_blue),
-            static_cast<std::uint8_t>(parameters.passe_color_green),
-            static_cast<std::uint8_t>(parameters.passe_color_red)};
+Colour passe_colour_of(int passepartout, Colour chosen) {
+    return passepartout == setting::passepartout::measured_painted ? Colour{} : chosen;
 }
 
 void passepartout_kernels::protect_row_portable(std::uint8_t* pixels, int count, const std::uint8_t* colour) {

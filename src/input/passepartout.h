@@ -3,23 +3,12 @@
 
 #include <cstdint>
 
-#include "config/parameter_set.h"
 #include "numerics/bitmap.h"
 
 namespace zemora {
 
-/// Values of `Passepartout`.
-enum Passepartout {
-    kNoFrame = 0,
-    kPaintFrameOfColour = 1,
-    kPaintMeasuredFrame = 2,
-    kCutFrameOfColour = 3,
-    kCutMeasuredFrame = 4,
-    kFrameFromMask = 5,
-};
-
-/// The colour that marks the absence of picture: `PasseColor`, black where a measured frame is painted.
-[[nodiscard]] Colour passe_colour_of(const ParameterSet& parameters);
+/// The colour that marks the absence of picture: `chosen`, black where a measured frame is painted.
+[[nodiscard]] Colour passe_colour_of(int passepartout, Colour chosen);
 
 inline void set_colour(std::uint8_t* pixel, Colour colour) {
     pixel[0] = colour.blue;

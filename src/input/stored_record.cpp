@@ -72,16 +72,16 @@ StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record
     return other;
 }
 
-bool drop_foreign_selection(StoredCorrectionRecord& record, const ParameterSet& parameters) {
+bool drop_foreign_selection(StoredCorrectionRecord& record, const WantedShape& wanted) {
     constexpr double kLeastSelection = 0.001;  // fraction of the width
     constexpr double kSameRatio = 0.01;
     const double crop_output = std::floor(record[kRecordCroppOutput] + 0.5);
-    if (crop_output < 0.0 || crop_output == parameters.cropp_output ||
+    if (crop_output < 0.0 || crop_output == wanted.cropp_output ||
         record[kRecordSelectionRight] - record[kRecordSelectionLeft] <= kLeastSelection) {
         return false;
     }
-    const double wanted_height = parameters.output_height;
-    const double wanted_width = parameters.output_width;
+    const double wanted_height = wanted.height;
+    const double wanted_width = wanted.width;
     if (std::fabs(wanted_height * record[kRecordRatio] - wanted_width) <= kSameRatio * wanted_width) {
         return false;
     }

@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "config/parameter_set.h"
-
 namespace zemora {
 
 /// Places of the values, the same in the text of an image and in a list.
@@ -61,9 +59,16 @@ using StoredCorrectionRecord = std::array<double, kRecordFields>;
 /// near point and its shifts are those of the mirrored disparities.
 [[nodiscard]] StoredCorrectionRecord with_views_exchanged(const StoredCorrectionRecord& record);
 
+/// The shape of the pictures that a run makes.
+struct WantedShape {
+    int cropp_output = 0;
+    int height = 0;  ///< Pixels.
+    int width = 0;
+};
+
 /// Takes a selection out that was made for another `CroppOutput`, unless the wanted size has the shape of the
 /// stored picture. Whether there was one.
-[[nodiscard]] bool drop_foreign_selection(StoredCorrectionRecord& record, const ParameterSet& parameters);
+[[nodiscard]] bool drop_foreign_selection(StoredCorrectionRecord& record, const WantedShape& wanted);
 
 /// "Zemora_OK_V1.0" and the values; below 256 characters.
 [[nodiscard]] std::string record_text(const StoredCorrectionRecord& record);

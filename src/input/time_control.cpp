@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 
 namespace zemora {
@@ -39,42 +40,42 @@ void TimeControl::tell_missing_time(const std::string& left) {
         return;
     }
     const std::string suffix = suffix_of(left);
-    voice_.say<Msg::files_input_format_needs_exiv2>(printable(suffix.empty() ? suffix : suffix.substr(1)));
-    voice_.print(voice_.messages().either(
+    notes_.say<Msg::files_input_format_needs_exiv2>(printable(suffix.empty() ? suffix : suffix.substr(1)));
+    notes_.print(notes_.messages().either(
         {"Exiv2 is found on https://exiv2.org and among the packages of most systems.\n",
          "Exiv2 gibt es auf https://exiv2.org und als Paket der meisten Systeme.\n"}));
-    voice_.wait(Severity::error);
+    notes_.wait(Severity::error);
 }
 
 void TimeControl::set_reference(int seconds, const std::string& left, const std::string& right) {
     reference_s_ = seconds;
     has_reference_ = true;
-    if (voice_.verbose() > 0) {
-        voice_.tell_everywhere(voice_.messages().text<Msg::files_input_time_difference_reset>(seconds) +
+    if (notes_.verbose() > 0) {
+        notes_.tell_everywhere(notes_.messages().text<Msg::files_input_time_difference_reset>(seconds) +
                                names_of(left, right));
     }
 }
 
 void TimeControl::tell_end_of_pairs(const TimeComparison& times, const std::string& left,
                                     const std::string& right) const {
-    voice_.tell_everywhere(
-        voice_.messages().either({"\nThe list of pairs ends here, without capture time:\n",
+    notes_.tell_everywhere(
+        notes_.messages().either({"\nThe list of pairs ends here, without capture time:\n",
                                   "\nDie Liste der Paare endet hier, ohne Aufnahmezeit:\n"}) +
         (times.left_has_time ? "" : indented_name(left)) +
         (times.right_has_time ? "" : indented_name(right)));
 }
 
 bool TimeControl::is_near_reference(int seconds, const std::string& left, const std::string& right) const {
-    if (voice_.verbose() < 2) {
-        voice_.print(".");
+    if (notes_.verbose() < 2) {
+        notes_.print(".");
     } else {
-        voice_.tell_everywhere(voice_.messages().text<Msg::files_input_time_difference>(seconds) +
+        notes_.tell_everywhere(notes_.messages().text<Msg::files_input_time_difference>(seconds) +
                                names_of(left, right));
     }
     const int relative = seconds - reference_s_;
     const bool is_near = std::abs(relative) <= tolerance_s_;
-    if (!is_near && voice_.verbose() > 0) {
-        voice_.tell_everywhere(voice_.messages().text<Msg::files_input_time_difference_warning>(relative) +
+    if (!is_near && notes_.verbose() > 0) {
+        notes_.tell_everywhere(notes_.messages().text<Msg::files_input_time_difference_warning>(relative) +
                                names_of(left, right));
     }
     return is_near;

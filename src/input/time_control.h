@@ -4,8 +4,7 @@
 #include <string>
 #include <unordered_set>
 
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
 #include "input/capture_time.h"
 
 namespace zemora {
@@ -21,10 +20,9 @@ struct TimeComparison {
 
 class TimeControl {
 public:
-    TimeControl(const ParameterSet& parameters, Voice& voice)
-        : voice_(voice), tolerance_s_(parameters.exif_time_tolerance) {}
+    TimeControl(int tolerance_s, Notes& notes) : notes_(notes), tolerance_s_(tolerance_s) {}
 
-    /// False with `ExifTimeTolerance` 0, and after `switch_off`.
+    /// False with a tolerance of 0, and after `switch_off`.
     [[nodiscard]] bool is_on() const { return tolerance_s_ != 0; }
     /// For the rest of the list.
     void switch_off() { tolerance_s_ = 0; }
@@ -48,7 +46,7 @@ public:
 private:
     void tell_missing_time(const std::string& left);
 
-    Voice& voice_;
+    Notes& notes_;
     CaptureClock clock_;
     int tolerance_s_;
     int reference_s_ = 0;  ///< Difference left minus right of the pair that opened the folder.

@@ -3,11 +3,9 @@
 
 namespace zemora {
 
-/// One record per view, owned by the run. The 16-bit output repeats the whole way from it. Rows count from
-/// the bottom.
-struct ViewGeometry {
-    // The kept region of the loaded view, in its own pixels.
-    int crop_x = 0;
+/// From the file to the view that is measured. Rows count from the bottom.
+struct InputGeometry {
+    int crop_x = 0;  ///< The kept region of the loaded view, in its own pixels.
     int crop_y = 0;
     int crop_width = 0;
     int crop_height = 0;

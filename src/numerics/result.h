@@ -39,6 +39,7 @@ struct Failure {
     bool ends_run = false;   ///< Nothing that comes later could succeed either.
     bool no_memory = false;  ///< Pictures do not fit into memory; ends the run with the advice for that.
     std::string advice{};    ///< One more line behind that advice.
+    std::string file{};      ///< The file that it is about; empty where there is none.
 
     /// Pictures that do not fit into memory; `reason` with its number and line end.
     [[nodiscard]] static Failure out_of_memory(std::string reason, std::string advice = {}) {

@@ -59,7 +59,7 @@ Bitmap enlarged(const Bitmap& view, int width, int height, Colour background) {
 }
 
 /// The view cut from its file.
-Bitmap cut_from_file(Bitmap file, const ViewGeometry& record, SourcePart part) {
+Bitmap cut_from_file(Bitmap file, const InputGeometry& record, SourcePart part) {
     const int half = file.width() / 2;
     const int first = part == SourcePart::right_half ? half : 0;
     const int width = part == SourcePart::left_half ? half : file.width() - first;
@@ -78,7 +78,7 @@ Bitmap cut_from_file(Bitmap file, const ViewGeometry& record, SourcePart part) {
 }
 
 /// The view in its place of the common canvas.
-Bitmap placed(Bitmap view, const ViewGeometry& record) {
+Bitmap placed(Bitmap view, const InputGeometry& record) {
     const bool is_placed = record.frame_width > 0 && record.frame_height > 0;
     if (!is_placed || (record.frame_x == 0 && record.frame_y == 0 && record.frame_width == view.width() &&
                        record.frame_height == view.height())) {
@@ -92,7 +92,7 @@ Bitmap placed(Bitmap view, const ViewGeometry& record) {
 }
 
 /// The view cut from its file, turned, enlarged and placed as the input did it with the 8-bit picture.
-Bitmap prepare_source(Bitmap file, const ViewGeometry& record, SourcePart part, Colour background) {
+Bitmap prepare_source(Bitmap file, const InputGeometry& record, SourcePart part, Colour background) {
     Bitmap view = cut_from_file(std::move(file), record, part);
     view = view ? turned(std::move(view), record.rot_mir) : Bitmap();
     if (view && record.scaled_width > 0 && record.scaled_height > 0) {

@@ -22,8 +22,8 @@ struct DeepPair {
 /// What the views are made from besides the latest warp.
 struct DeepInput {
     SourceFiles sources;
-    ViewGeometry left;  ///< What the input did to the views of the files.
-    ViewGeometry right;
+    InputGeometry left;  ///< What the input did to the views of the files.
+    InputGeometry right;
     const ColourChange* colours = nullptr;
 };
 

@@ -41,10 +41,11 @@ const CorrectionWords& words_for(int mode) {
 
 /// What the rows of a pair are made from.
 struct PairFacts {
-    const ParameterSet& settings;
+    const ReportOptions& options;
     const ImageReport& report;
     const WindowJudgement& judgement;
     const MessageCatalogue& messages;
+    int verbosity;
 
     [[nodiscard]] double deviation_px() const { return report.far_px - report.near_px; }
     [[nodiscard]] HeightJudgement heights() const {
@@ -55,17 +56,10 @@ struct PairFacts {
     }
 };
 
-WindowFigures figures_of(const ParameterSet& settings, const ImageReport& report) {
-    return {report.near_px,
-            report.far_px,
-            report.left_edge_px,
-            report.right_edge_px,
-            report.left_curtain_px,
-            report.right_curtain_px,
-            report.width,
-            report.height,
-            settings.projection_ratio,
-            settings.estimate_window};
+WindowFigures figures_of(const ReportOptions& options, const ImageReport& report) {
+    return {report.near_px,           report.far_px,           report.left_edge_px, report.right_edge_px,
+            report.left_curtain_px,   report.right_curtain_px, report.width,        report.height,
+            options.projection_ratio, options.estimate_window};
 }
 
 void add_preset_rows(const PairFacts& facts, std::vector<ValueRow>& rows) {
@@ -149,7 +143,7 @@ void add_deviation_rows(const PairFacts& facts, std::vector<ValueRow>& rows) {
                              Msg::stereo_analyse_of_the_image_width));
     rows.back().is_share = true;
     rows.push_back(image_based(facts, deviation_px));
-    if (facts.settings.projection_ratio == 0) {
+    if (facts.options.projection_ratio == 0) {
         return;
     }
     rows.push_back(continued(facts, share_number(shares / facts.judgement.picture_share),
@@ -172,7 +166,7 @@ RowBlock window_block(const PairFacts& facts) {
     block.rows.push_back(image_based(facts, report.far_px));
     add(Msg::stereo_analyse_near_point_disparity, report.near_px);
     block.rows.push_back(image_based(facts, report.near_px));
-    if (facts.settings.auto_frame_floating >= 3 && facts.settings.auto_frame_floating <= 6) {
+    if (facts.options.auto_frame_floating >= 3 && facts.options.auto_frame_floating <= 6) {
         add(Msg::stereo_analyse_curtain_left, report.left_curtain_px);
         add(Msg::stereo_analyse_curtain_right, report.right_curtain_px);
     }
@@ -193,8 +187,8 @@ RowBlock output_block(const PairFacts& facts) {
 std::vector<RowBlock> blocks_of(const PairFacts& facts) {
     std::vector<RowBlock> blocks = {error_block(facts)};
     if (facts.report.is_analysed) {
-        const bool has_iterated = counts_as_measured(facts.report.mode) && facts.settings.iterative_warp > 0;
-        if (facts.settings.verbose_mode > 1 && has_iterated) {
+        const bool has_iterated = counts_as_measured(facts.report.mode) && facts.options.iterative_warp > 0;
+        if (facts.verbosity > 1 && has_iterated) {
             blocks.push_back(last_iteration_block(facts));
         }
         if (facts.report.heights) {
@@ -217,7 +211,7 @@ std::string exchange_warning(const MessageCatalogue& messages) {
 /// The judgement, and what a pair that has not quite converged is told.
 std::vector<std::string> sentences_of(const PairFacts& facts) {
     std::vector<std::string> sentences =
-        judgement_texts(facts.judgement, facts.settings.projection_ratio, facts.messages);
+        judgement_texts(facts.judgement, facts.options.projection_ratio, facts.messages);
     if (facts.report.heights && facts.heights().cause != HeightCause::none) {
         sentences.push_back(height_remedy(facts.heights().cause, facts.messages));
     }
@@ -229,7 +223,7 @@ std::vector<std::string> sentences_of(const PairFacts& facts) {
     }
     if (facts.report.status == kUsable) {
         sentences.emplace_back(facts.messages.raw(Msg::stereo_analyse_written_under_reserve));
-        if (facts.settings.iterative_warp < kManyIterations) {
+        if (facts.options.iterative_warp < kManyIterations) {
             sentences.emplace_back(facts.messages.raw(Msg::stereo_analyse_to_enhance_enlarge_iterative_warp));
         }
     }
@@ -255,7 +249,7 @@ std::string calculator_link(const PairFacts& facts) {
            "\n<p><a href=\"" +
            calculator_address(facts.messages.language(), round_half_up(report.far_px),
                               round_half_up(facts.deviation_px()), report.width, report.height,
-                              facts.settings.projection_ratio) +
+                              facts.options.projection_ratio) +
            "\" onclick=\"OpenComCalc(this.href); return false\">" +
            facts.messages.raw(Msg::stereo_analyse_pass_values_to_comfort_calculator_html);
 }
@@ -283,16 +277,16 @@ std::string quiet_text(const PairFacts& facts) {
 }
 
 /// The mount failure and what can be tried against it.
-void tell_failure(Voice& voice, const std::string& advice, bool on_console) {
-    const MessageCatalogue& messages = voice.messages();
+void tell_failure(Notes& notes, const std::string& advice, bool on_console) {
+    const MessageCatalogue& messages = notes.messages();
     const std::string text = messages.raw(Msg::stereo_analyse_cannot_be_mounted) + ('\n' + advice);
     if (on_console) {
-        voice.print(text);
+        notes.print(text);
     }
-    voice.report_text(text);
-    voice.report_html(messages.raw(Msg::stereo_analyse_cannot_be_mounted_html));
+    notes.report_text(text);
+    notes.report_html(messages.raw(Msg::stereo_analyse_cannot_be_mounted_html));
     if (!advice.empty()) {
-        voice.report_html(html_paragraph(advice));
+        notes.report_html(html_paragraph(advice));
     }
 }
 
@@ -306,35 +300,34 @@ std::string time_text(const PairFacts& facts) {
 
 }  // namespace
 
-void report_mount_failure(Voice& voice) {
-    tell_failure(voice, {}, true);
+void report_mount_failure(Notes& notes) {
+    tell_failure(notes, {}, true);
 }
 
-void write_image_report(const ParameterSet& settings, const ImageReport& report, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
-    const bool on_console = settings.verbose_mode > 0;
+void write_image_report(const ReportOptions& options, const ImageReport& report, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
+    const bool on_console = notes.verbose() > 0;
     if (report.status < kUsable) {
         const Msg advice = Msg::stereo_analyse_if_correct_enlarge_iterative_warp;
-        tell_failure(voice, settings.iterative_warp < kManyIterations ? messages.raw(advice) : "",
-                     on_console);
+        tell_failure(notes, options.iterative_warp < kManyIterations ? messages.raw(advice) : "", on_console);
         if (on_console) {
-            voice.wait(Severity::information);
+            notes.wait(Severity::information);
         }
         return;
     }
-    const WindowJudgement judgement = judge_window(figures_of(settings, report));
-    const PairFacts facts = {settings, report, judgement, messages};
+    const WindowJudgement judgement = judge_window(figures_of(options, report));
+    const PairFacts facts = {options, report, judgement, messages, notes.verbose()};
     const std::vector<RowBlock> blocks = blocks_of(facts);
     std::vector<std::string> sentences;
     if (report.is_analysed) {
         sentences = sentences_of(facts);
     }
     const std::string text = text_of(blocks, sentences);
-    voice.print(on_console ? text + time_text(facts) : quiet_text(facts));
-    voice.report_text(report.is_analysed ? text + time_text(facts) : text);
-    voice.report_html(html_of(blocks, sentences));
-    if (report.is_analysed && settings.verbose_mode > 1 && settings.video_mode == 0) {
-        voice.report_html(calculator_link(facts));
+    notes.print(on_console ? text + time_text(facts) : quiet_text(facts));
+    notes.report_text(report.is_analysed ? text + time_text(facts) : text);
+    notes.report_html(html_of(blocks, sentences));
+    if (report.is_analysed && notes.verbose() > 1 && options.links_calculator) {
+        notes.report_html(calculator_link(facts));
     }
 }
 

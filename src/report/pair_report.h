@@ -6,8 +6,8 @@
 
 #include "analysis/height_check.h"
 #include "analysis/stereo_analyse.h"
-#include "config/parameter_set.h"
-#include "config/voice.h"
+#include "config/notes.h"
+#include "config/setting_values.h"
 
 namespace zemora {
 
@@ -39,20 +39,30 @@ struct ImageReport {
     int seconds = 0;  ///< Time spent on the pair.
 };
 
+/// What the reports of all pairs of a run go by, under the names of the parameters.
+struct ReportOptions {
+    int projection_ratio = setting::projection_ratio::none;
+    int estimate_window = 2;
+    int iterative_warp = 10;
+    int auto_frame_floating = 2;
+    bool links_calculator = true;  ///< With `VerboseMode` above 1 the page hands values to the calculator.
+};
+
 /// Tells the result of a pair on the console and in both reports.
-void write_image_report(const ParameterSet& settings, const ImageReport& report, Voice& voice);
+void write_image_report(const ReportOptions& options, const ImageReport& report, Notes& notes);
 
 /// The mount failure on the console and in both reports.
-void report_mount_failure(Voice& voice);
+void report_mount_failure(Notes& notes);
 
 /// Mean values of all frames of a sequence.
 struct SequenceReport {
+    int mode = 1;  ///< `EstimateGeometry`.
     Correction correction;
     double near_shift_px = 0.0;
     int seconds = 0;
 };
 
 /// Tells the mean values of a sequence on the console and in both reports.
-void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, Voice& voice);
+void write_sequence_report(const SequenceReport& report, Notes& notes);
 
 }  // namespace zemora

@@ -12,13 +12,11 @@ namespace zemora {
 namespace {
 
 /// The name that modes 4 and 5 put behind the base name: the last folder, or the video's base name.
-std::string own_name(const ParameterSet& parameters) {
-    if (parameters.video_mode != 1) {
-        return bare_name_of(parameters.path_of_images);
+std::string own_name(const ReportSource& source) {
+    if (source.video_file.empty()) {
+        return bare_name_of(source.folder);
     }
-    const bool two_files = parameters.stereo_image_input == 2 || parameters.stereo_image_input == 5;
-    std::string name =
-        without_suffix(bare_name_of(two_files ? parameters.left_file_name : parameters.stereo_file_name));
+    std::string name = without_suffix(bare_name_of(source.video_file));
     const std::string end = name.size() >= 2 ? lower_case(name.substr(name.size() - 2)) : std::string();
     if (end == "_l" || end == "_s") {
         name.resize(name.size() - 2);
@@ -53,16 +51,17 @@ std::string more_information(const MessageCatalogue& messages) {
 
 }  // namespace
 
-ReportNames report_names(const ParameterSet& parameters, const std::string& time_stamp) {
+ReportNames report_names(const ReportSource& source) {
+    namespace mode = setting::report_mode;
     std::string insert;
-    bool append = parameters.report_mode == 2;
-    if (parameters.report_mode == 3) {
-        insert = time_stamp;
-    } else if (parameters.report_mode >= 4) {
-        insert = '_' + own_name(parameters);
-        append = parameters.report_mode == 5 && parameters.video_mode == 0;
+    bool append = source.report_mode == mode::appended;
+    if (source.report_mode == mode::with_time) {
+        insert = source.time_stamp;
+    } else if (source.report_mode >= mode::named_by_source) {
+        insert = '_' + own_name(source);
+        append = source.report_mode == mode::named_and_appended && !source.is_sequence;
     }
-    const std::string stem = join_path(parameters.path_of_images, "zemora_report" + insert);
+    const std::string stem = join_path(source.folder, "zemora_report" + insert);
     return {stem + ".txt", stem + ".html", append};
 }
 

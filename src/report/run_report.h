@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "config/parameter_set.h"
+#include "config/setting_values.h"
 #include "config/voice.h"
 
 namespace zemora {
@@ -17,8 +17,17 @@ struct ReportNames {
     bool append = false;
 };
 
+/// What the names of the reports are made of.
+struct ReportSource {
+    int report_mode = setting::report_mode::overwritten;
+    std::string folder;  ///< Of the images.
+    std::string time_stamp;
+    bool is_sequence = false;     ///< A video or a sequence of frames.
+    std::string video_file = {};  ///< Left or stereo file of a video, else empty.
+};
+
 /// By `ReportMode`: base names, with the time stamp, or with the name of the folder or video.
-[[nodiscard]] ReportNames report_names(const ParameterSet& parameters, const std::string& time_stamp);
+[[nodiscard]] ReportNames report_names(const ReportSource& source);
 
 /// A file that grows by whole sections in front of a fixed end; whoever reads it meanwhile finds it whole.
 class GrowingFile {

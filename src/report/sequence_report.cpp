@@ -34,17 +34,17 @@ RowBlock mean_block(const SequenceReport& report, bool measured, const MessageCa
 
 }  // namespace
 
-void write_sequence_report(const ParameterSet& settings, const SequenceReport& report, Voice& voice) {
-    const MessageCatalogue& messages = voice.messages();
+void write_sequence_report(const SequenceReport& report, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     const std::string rule = messages.raw(Msg::main_separator);
-    const RowBlock block = mean_block(report, counts_as_measured(settings.estimate_geometry), messages);
+    const RowBlock block = mean_block(report, counts_as_measured(report.mode), messages);
     const std::string text = rule + text_of(block) + rule + messages.raw(Msg::main_consumed_cpu_time) +
                              std::to_string(report.seconds) + messages.raw(Msg::main_unit_seconds) + '\n';
-    if (settings.verbose_mode > 0) {
-        voice.print(text);
+    if (notes.verbose() > 0) {
+        notes.print(text);
     }
-    voice.report_text(text);
-    voice.report_html("<br><table border=\"0\" cellspacing=\"5\">\n" + html_of(block, true) +
+    notes.report_text(text);
+    notes.report_html("<br><table border=\"0\" cellspacing=\"5\">\n" + html_of(block, true) +
                       "</table><br>\n");
 }
 

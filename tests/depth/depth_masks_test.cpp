@@ -83,7 +83,9 @@ protected:
                 save(frame.mask, masks_.back());
             }
         }
-        plan_ = plan_depth_gaps(photos_, masks_, talk_.voice);
+        const Result<DepthGapPlan> plan = plan_depth_gaps(photos_, masks_, talk_.voice);
+        ASSERT_TRUE(plan);
+        plan_ = *plan;
     }
     static void save(const Bitmap& picture, const std::string& path) {
         ASSERT_EQ(encode_and_write(picture.handle(), FIF_PNG, 1, path), "");
@@ -111,9 +113,10 @@ TEST_F(MaskSequence, AMissingPhotoStopsItAndAnExistingMaskStays) {
     const std::string own = name_of(folder_.path(), "mask_", 5);
     save(frame_at(0).photo, own);
     std::remove(photos_[8].c_str());
-    testing::internal::CaptureStdout();
-    EXPECT_FALSE(fill_depth_gaps(plan_, photos_, masks_, talk_.voice));
-    EXPECT_NE(testing::internal::GetCapturedStdout().find("photo_0008.png"), std::string::npos);
+    const Result<void> filled = fill_depth_gaps(plan_, photos_, masks_, talk_.voice);
+    ASSERT_FALSE(filled);
+    EXPECT_TRUE(filled.failure().ends_run && filled.failure().note.waits);
+    EXPECT_NE(filled.failure().note.text.find("photo_0008.png"), std::string::npos);
     EXPECT_EQ(folder_.files().size(), photos_.size() - 1 + masks_.size() + 1)
         << "a mask of a sequence with a hole";
     save(frame_at(8).photo, photos_[8]);
@@ -127,9 +130,10 @@ TEST_F(MaskSequence, ASecondRunGoesOnWhereTheFirstOneWasStopped) {
         save(frame_at(made).mask, masks_.back());
     }
     std::sort(masks_.begin(), masks_.end());
-    const DepthGapPlan plan = plan_depth_gaps(photos_, masks_, talk_.voice);
-    EXPECT_EQ(plan.gaps.size(), 2U);
-    ASSERT_TRUE(fill_depth_gaps(plan, photos_, masks_, talk_.voice));
+    const Result<DepthGapPlan> plan = plan_depth_gaps(photos_, masks_, talk_.voice);
+    ASSERT_TRUE(plan);
+    EXPECT_EQ(plan->gaps.size(), 2U);
+    ASSERT_TRUE(fill_depth_gaps(*plan, photos_, masks_, talk_.voice));
     for (int i = 0; i <= kLast; ++i) {
         const LoadedPicture mask = load_picture(name_of(folder_.path(), "mask_", i));
         ASSERT_EQ(mask.status, LoadStatus::done) << i;
@@ -138,30 +142,30 @@ TEST_F(MaskSequence, ASecondRunGoesOnWhereTheFirstOneWasStopped) {
 }
 
 TEST(MotionField, FindsTheMotionOfTheDiscAndOfTheWall) {
-    const Speech talk;
+    Speech talk;
     MotionField field(talk.voice);
-    field.estimate_motion_field(frame_at(3).photo.picture(), frame_at(4).photo.picture());
+    ASSERT_TRUE(field.estimate_motion_field(frame_at(3).photo.picture(), frame_at(4).photo.picture()));
     EXPECT_EQ(field.at(162, 107), (MotionVector{4, -1}));
     EXPECT_EQ(field.at(400, 30), (MotionVector{-2, 0}));
     EXPECT_EQ(field.fine_step(), 1);
 }
 
 TEST(MotionField, FastMotionWidensTheSearchWithinTheCall) {
-    const Speech talk;
+    Speech talk;
     MotionField field(talk.voice);
-    field.estimate_motion_field(frame_at(0).photo.picture(), frame_at(4).photo.picture());
+    ASSERT_TRUE(field.estimate_motion_field(frame_at(0).photo.picture(), frame_at(4).photo.picture()));
     EXPECT_EQ(field.at(166, 106), (MotionVector{16, -4}));
     EXPECT_EQ(field.at(400, 30), (MotionVector{-8, 0}));
     EXPECT_GT(field.search_width(), 32);
 }
 
 TEST(MotionField, SmallAndPlainFramesGiveNoMotionAndNoHarm) {
-    const Speech talk;
+    Speech talk;
     MotionField field(talk.voice);
     for (const auto& [width, height] :
          {std::pair{1, 1}, std::pair{59, 3}, std::pair{200, 2}, std::pair{640, 5}}) {
         const Bitmap plain = Bitmap::create(width, height);
-        field.estimate_motion_field(plain.picture(), plain.picture());
+        ASSERT_TRUE(field.estimate_motion_field(plain.picture(), plain.picture()));
         EXPECT_EQ(field.at(width - 1, height - 1), MotionVector{});
         const Bitmap target = Bitmap::create(width, height);
         project_depth_mask(field, plain.picture(), target.picture());

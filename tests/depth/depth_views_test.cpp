@@ -22,25 +22,16 @@ void put(Picture picture, int x, int y, const Pixel& colour) {
     std::copy(colour.begin(), colour.end(), picture.row(y) + kPixelBytes * x);
 }
 
-ParameterSet settings_of(int target, int offset, int nonlin, int type) {
-    ParameterSet p;
-    p.deviation_target = target;
-    p.depth_mask_offset = offset;
-    p.depth_mask_nonlin = nonlin;
-    p.depth_mask_nl_type = type;
-    return p;
-}
-
 /// Rows painted sample by sample, far before near, and holes filled in the order of reading.
 class PlainView {
 public:
-    PlainView(const ParameterSet& p, ConstPicture colour, ConstPicture depth, DepthView view)
+    PlainView(const DepthSettings& p, ConstPicture colour, ConstPicture depth, DepthView view)
         : width_(colour.width),
           height_(colour.height),
           sign_(view == DepthView::left ? -1.0 : 1.0),
           parallax_(p.deviation_target / 1000.0 * width_),
-          table_(grey_to_shift(DepthSettings(p))),
-          offset_(shift_offset(DepthSettings(p))),
+          table_(grey_to_shift(p)),
+          offset_(shift_offset(p)),
           result_(Bitmap::create(width_, height_)) {
         marks_.assign(static_cast<std::size_t>(width_ * height_), 0);
         for (int y = 0; y < height_; ++y) {
@@ -215,9 +206,9 @@ int differing_pixels(ConstPicture a, ConstPicture b) {
 
 TEST(DepthViews, EqualThePlainPainter) {
     const Scene scene = noisy_scene(203, 40);
-    for (const ParameterSet& p :
-         {settings_of(30, 0, 0, 0), settings_of(60, -20, 3, 0), settings_of(90, 15, -4, 0),
-          settings_of(50, 5, 9, 1), settings_of(-40, 0, 0, 0), settings_of(0, 30, 0, 0)}) {
+    for (const DepthSettings& p :
+         {DepthSettings{30, 0, 0, 0}, DepthSettings{60, -20, 3, 0}, DepthSettings{90, 15, -4, 0},
+          DepthSettings{50, 5, 9, 1}, DepthSettings{-40, 0, 0, 0}, DepthSettings{0, 30, 0, 0}}) {
         DepthState state(p);
         for (const DepthView view : {DepthView::right, DepthView::left}) {
             ASSERT_TRUE(state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), view));
@@ -231,7 +222,7 @@ TEST(DepthViews, EqualThePlainPainter) {
 
 TEST(DepthViews, TheWallMovesByHalfTheParallaxAndShowsBesideTheSquare) {
     const Scene scene = square_scene();
-    const ParameterSet p = settings_of(125, 0, 0, 0);  // 32 pixels: 16 a view for black
+    const DepthSettings p{125, 0, 0, 0};  // 32 pixels: 16 a view for black
     DepthState state(p);
     ASSERT_TRUE(
         state.render_view_from_depth(scene.colour.picture(), scene.depth.picture(), DepthView::right));
@@ -257,7 +248,7 @@ TEST(DepthViews, WithoutParallaxBothViewsAreThePhoto) {
     const Bitmap white = Bitmap::create(256, 256);
     fill(white.picture(), {255, 255, 255});
     for (const auto& [target, mask] : {std::pair{0, &scene.depth}, std::pair{80, &white}}) {
-        DepthState state(settings_of(target, 0, 0, 0));
+        DepthState state(DepthSettings{target, 0, 0, 0});
         for (const DepthView view : {DepthView::right, DepthView::left}) {
             ASSERT_TRUE(state.render_view_from_depth(scene.colour.picture(), mask->picture(), view));
         }

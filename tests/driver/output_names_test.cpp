@@ -234,7 +234,7 @@ TEST(GivenNames, SecondUseGetsANumberBeforeTheTail) {
     for (int i = 0; i < 3; ++i) {
         OutputName name = name_of("foo");
         name.stamp = "_031";
-        EXPECT_EQ(names.claim(name), i > 0);
+        EXPECT_EQ(names.give_free_name(name), i > 0);
         EXPECT_EQ(name.bare(), expected[i]);
     }
 }
@@ -247,7 +247,7 @@ TEST(GivenNames, OfAnEarlierRunAreNotGivenAgainAlsoWhereTheirStampIsUnknown) {
         return name;
     };
     const auto given = [](GivenNames& names, OutputName name) {
-        (void)names.claim(name);
+        (void)names.give_free_name(name);
         return name.bare();
     };
     GivenNames known;
@@ -273,7 +273,7 @@ TEST(GivenNames, OfADoubtfulNumberAreTakenOnlyWhereNoFileHasThem) {
         names.note_open(name);  // may have been called foo-2 before it was to be done again
         names.close(name, true);
         OutputName again = name;
-        (void)names.claim(again);
+        (void)names.give_free_name(again);
         EXPECT_EQ(again.bare(), expected);
         test::write_text(folder / "foo-3_cl.jpg", "of the earlier run");
     }

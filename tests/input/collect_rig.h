@@ -25,16 +25,18 @@ struct CollectRig : Speech {
         void html_line(std::string_view line) override { html += line; }
     };
 
+    CollectOptions options;
     TestFolder folder;
     Reports reports;
     std::string told;
+    Failure failure;  ///< Of the latest list that could not be built.
 
     explicit CollectRig(int input_mode, int stereo_image_input = 2) {
-        parameters.path_of_images = folder.path();
-        parameters.image_type = "jpg;png";
-        parameters.input_mode = input_mode;
-        parameters.stereo_image_input = stereo_image_input;
-        parameters.write_data_base = 0;
+        options.path_of_images = folder.path();
+        options.image_type = "jpg;png";
+        options.input_mode = input_mode;
+        options.stereo_image_input = stereo_image_input;
+        options.write_data_base = 0;
         parameters.stop_at_error = 0;
         parameters.verbose_mode = 0;
         voice.set_report(&reports);
@@ -51,18 +53,27 @@ struct CollectRig : Speech {
         std::snprintf(time, sizeof time, "2014:08:01 12:%02d:%02d", seconds / 60, seconds % 60);
         write_bytes(place(name), timed_jpeg({time, {}, {}, {}}));
     }
-    /// The objects as "left right", relative to the folder.
+    /// The objects as "left right", relative to the folder; none on a failure.
     std::vector<std::string> build() {
         ::testing::internal::CaptureStdout();
-        const ImageList list = build_image_list(parameters, voice);
+        const Result<ImageList> built = build_image_list(options, voice);
         console.flush();
         told = ::testing::internal::GetCapturedStdout();
+        if (!built) {
+            failure = built.failure();
+            return {};
+        }
+        const ImageList& list = *built;
         std::vector<std::string> objects;
         for (int i = 0; i < list.count(); ++i) {
             const std::string left = relative_to(list.left(i), folder.path());
             objects.push_back(list.two_files ? left + ' ' + relative_to(list.right(i), folder.path()) : left);
         }
         return objects;
+    }
+    /// Whether the regular expression is found in the text.
+    [[nodiscard]] static bool matches(const std::string& text, const char* expression) {
+        return ::testing::internal::RE::PartialMatch(text, ::testing::internal::RE(expression));
     }
     [[nodiscard]] bool has_told(const std::string& text) const {
         return told.find(text) != std::string::npos;

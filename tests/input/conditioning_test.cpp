@@ -11,19 +11,22 @@ namespace {
 
 using test::colour_at;
 using test::place_picture;
+using test::ReadResult;
 using test::Rig;
+using test::TestPair;
 
 constexpr Colour kFrame{200, 30, 10};
 
 /// A pair of two files, the right one with a wider frame.
 struct FramedRig : Rig {
     FramedRig() {
-        parameters.passe_color_blue = kFrame.blue;
-        parameters.passe_color_green = kFrame.green;
-        parameters.passe_color_red = kFrame.red;
-        parameters.passe_tolerance = 100;
+        preparing.frame.tolerance = 100;
         save_scan("l.bmp", 0.08);
         save_scan("r.bmp", 0.1);
+    }
+    void frame(int passepartout) {
+        preparing.frame.passepartout = passepartout;
+        preparing.frame.colour = passe_colour_of(passepartout, kFrame);
     }
     void save_scan(const char* name, double border) const {
         test::ScanPlan plan;
@@ -35,8 +38,8 @@ struct FramedRig : Rig {
         plan.noise = 3;
         save(name, test::make_scan(plan).view.bitmap);
     }
-    std::unique_ptr<InputPair> conditioned(int passepartout) {
-        parameters.passepartout = passepartout;
+    std::unique_ptr<TestPair> conditioned(int passepartout) {
+        frame(passepartout);
         auto pair = pair_of(2);
         result = read(*pair);
         return pair;
@@ -74,7 +77,7 @@ int count_different(ConstPicture a, ConstPicture b) {
 TEST(Conditioning, NoPictureHasTheColourOfBackground) {
     for (const int mode : {0, 3, 4}) {
         Rig rig;
-        rig.parameters.passepartout = mode;
+        rig.preparing.frame.passepartout = mode;
         for (const char* name : {"l.bmp", "r.bmp"}) {
             const Bitmap picture = place_picture(40, 30);
             set_colour(picture.picture().pixel(20, 15), {0, 0, 200});  // as the rig's passepartout
@@ -91,7 +94,7 @@ TEST(Conditioning, NoPictureHasTheColourOfBackground) {
 
 TEST(Conditioning, MasksOfAPaintedFrameGiveTheSameViewsAgain) {
     FramedRig rig;
-    rig.parameters.passe_output = 1;
+    rig.preparing.frame.writes_masks = true;
     const auto painted = rig.conditioned(1);
     ASSERT_EQ(rig.result, ReadResult::done);
     EXPECT_GT(count_frame(painted->full().left, kFrame), 300 * 240 / 4);
@@ -105,7 +108,7 @@ TEST(Conditioning, MasksOfAPaintedFrameGiveTheSameViewsAgain) {
 
 TEST(Conditioning, MeasuredFrameIsPaintedBlackWhateverTheColourOfTheSettings) {
     FramedRig rig;
-    rig.parameters.passe_output = 1;
+    rig.preparing.frame.writes_masks = true;
     const auto pair = rig.conditioned(2);
     ASSERT_EQ(rig.result, ReadResult::done);
     EXPECT_EQ(colour_at(pair->full().left, 0, 0), (Colour{}));
@@ -120,18 +123,18 @@ TEST(Conditioning, MeasuredFrameIsPaintedBlackWhateverTheColourOfTheSettings) {
 TEST(Conditioning, CutAfterThePercentCropAddsUpInTheRecord) {
     for (const int mode : {3, 4}) {
         FramedRig rig;
-        rig.parameters.passe_output = 1;
+        rig.preparing.frame.writes_masks = true;
         rig.parameters.verbose_mode = 2;
-        rig.parameters.cropp_input = 1;
-        rig.parameters.passepartout = mode;
+        rig.preparing.cropp_input = 1;
+        rig.frame(mode);
         const auto pair = rig.pair_of(2);
-        pair->has_pre_selection = true;
-        pair->pre_selection.left_start_x = 5.0F;
-        pair->pre_selection.left_width = 95.0F;
-        pair->pre_selection.left_start_y = 2.0F;
-        pair->pre_selection.left_height = 90.0F;
+        pair->orders.has_pre_selection = true;
+        pair->orders.pre_selection.left_start_x = 5.0F;
+        pair->orders.pre_selection.left_width = 95.0F;
+        pair->orders.pre_selection.left_start_y = 2.0F;
+        pair->orders.pre_selection.left_height = 90.0F;
         ASSERT_EQ(rig.read(*pair), ReadResult::done);
-        const ViewGeometry& record = rig.left;
+        const InputGeometry& record = pair->views.left_geometry;
         EXPECT_NEAR(record.crop_x, 24 + 2, 4) << "counted from the file's edge";
         const LoadedPicture file = load_picture(rig.folder / "l.bmp");
         const ConstPicture region =
@@ -153,8 +156,8 @@ TEST(Conditioning, CutAfterThePercentCropAddsUpInTheRecord) {
 
 TEST(Conditioning, MaskOfAStereoFileIsNamedForTheView) {
     Rig rig;
-    rig.parameters.passepartout = 1;
-    rig.parameters.passe_output = 1;
+    rig.preparing.frame.passepartout = 1;
+    rig.preparing.frame.writes_masks = true;
     rig.save("s.bmp", place_picture(40, 20));
     const auto pair = rig.pair_of(1);
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
@@ -163,20 +166,20 @@ TEST(Conditioning, MaskOfAStereoFileIsNamedForTheView) {
 
 TEST(Conditioning, MasksFollowSwappedViews) {
     FramedRig rig;
-    rig.parameters.passe_output = 1;
+    rig.preparing.frame.writes_masks = true;
     (void)rig.conditioned(1);
     rig.use_masks();
-    rig.parameters.passepartout = 5;
+    rig.frame(5);
     const auto straight = rig.conditioned(5);
     const auto swapped = rig.pair_of(2);
-    swapped->swap_views = true;
+    swapped->orders.exchanged = true;
     ASSERT_EQ(rig.read(*swapped), ReadResult::done);
     EXPECT_EQ(count_different(swapped->full().left, straight->full().right), 0);
 }
 
 TEST(Conditioning, MaskThatCannotBeWrittenIsTold) {
     FramedRig rig;
-    rig.parameters.passe_output = 1;
+    rig.preparing.frame.writes_masks = true;
     std::filesystem::create_directory(rig.folder / "l_pass_out.bmp");
     (void)rig.conditioned(3);
     EXPECT_EQ(rig.result, ReadResult::done);
@@ -184,23 +187,20 @@ TEST(Conditioning, MaskThatCannotBeWrittenIsTold) {
     EXPECT_EQ(rig.folder.files().count("r_pass_out.bmp"), 1U);
 }
 
-/// Runs what ends the process; the messages go to standard error for the comparison.
-void read_with_messages_on_error(FramedRig& rig) {
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    rig.parameters.passepartout = 5;
-    const auto pair = rig.pair_of(2);
-    (void)pair->read_input_images({rig.folder / "l.bmp", rig.folder / "r.bmp", {}}, false);
-}
-
-TEST(ConditioningDeath, MissingOrUnfitMaskEndsTheRun) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
+TEST(Conditioning, AMissingOrUnfitMaskEndsTheRun) {
     FramedRig rig;
-    EXPECT_EXIT(read_with_messages_on_error(rig), testing::ExitedWithCode(1),
-                "l_pass_in.bmp  cannot be opened");
+    const auto reason = [&rig] {
+        const auto pair = rig.conditioned(5);
+        EXPECT_EQ(rig.result, ReadResult::ends_run);
+        EXPECT_TRUE(pair->problem.ends_run && pair->problem.note.waits);
+        return pair->failure();
+    };
+    EXPECT_NE(reason().find("l_pass_in.bmp  cannot be opened"), std::string::npos) << reason();
     rig.save("l_pass_in.bmp", Bitmap::create(299, 240));
-    EXPECT_EXIT(read_with_messages_on_error(rig), testing::ExitedWithCode(1), "identical size");
+    EXPECT_NE(reason().find("identical size"), std::string::npos) << reason();
     test::write_text(rig.folder / "l_pass_in.bmp", "no picture");
-    EXPECT_EXIT(read_with_messages_on_error(rig), testing::ExitedWithCode(1), "Error in .*l_pass_in.bmp!");
+    EXPECT_NE(reason().find("Error in "), std::string::npos) << reason();
+    EXPECT_NE(reason().find("l_pass_in.bmp!"), std::string::npos) << reason();
 }
 
 }  // namespace

@@ -1,13 +1,13 @@
 #include "input/depth_gaps.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "tests/input/collect_rig.h"
 
 namespace zemora {
 namespace {
 
+using test::CollectRig;
 using test::Names;
 
 TEST(FrameCounters, StandBetweenTheLastSeparators) {
@@ -37,7 +37,7 @@ TEST(FrameCounters, StandBetweenTheLastSeparators) {
 }
 
 TEST(DepthGaps, LieBetweenTheMasksThatAreThere) {
-    test::CollectRig rig(3, 5);
+    CollectRig rig(3, 5);
     const Names photos{"p_02_rgb.jpg", "p_04_rgb.jpg", "p_06_rgb.jpg", "p_08_rgb.jpg",
                        "p_10_rgb.jpg", "p_12_rgb.jpg", "p_14_rgb.jpg"};
     struct Row {
@@ -49,10 +49,11 @@ TEST(DepthGaps, LieBetweenTheMasksThatAreThere) {
           Row{{"p_02_d.jpg", "p_04_d.jpg", "p_06_d.jpg", "p_14_d.jpg"},
               {{6, 14}}},  // of a run that was stopped
           Row{{"p_02_d.jpg", "p_06_d.jpg", "p_08_d.jpg", "p_14_d.jpg"}, {{2, 6}, {8, 14}}}}) {
-        const DepthGapPlan plan = plan_depth_gaps(photos, row.masks, rig.voice);
-        EXPECT_EQ(plan.photo_step, 2);
+        const Result<DepthGapPlan> plan = plan_depth_gaps(photos, row.masks, rig.voice);
+        ASSERT_TRUE(plan);
+        EXPECT_EQ(plan->photo_step, 2);
         std::vector<std::pair<int, int>> gaps;
-        for (const DepthGap& gap : plan.gaps) {
+        for (const DepthGap& gap : plan->gaps) {
             gaps.emplace_back(static_cast<int>(gap.first), static_cast<int>(gap.last));
         }
         EXPECT_EQ(gaps, row.gaps);
@@ -76,27 +77,27 @@ TEST(DepthGaps, SequencesThatDoNotFitEndTheRun) {
         {{"p_01.jpg", "p_02.jpg"}, {"p_01.jpg", "p_003.jpg"}, "Wrong length of the counter in p_003.jpg"},
         {{"p_01.jpg", "p_03.jpg"}, {"p_01.jpg", "p_04.jpg"}, "mask p_04.jpg fits none of the images"},
     };
-    test::CollectRig rig(3, 5);
+    CollectRig rig(3, 5);
     for (const Row& row : rows) {
-        const auto plan = [&] {
-            dup2(STDERR_FILENO, STDOUT_FILENO);
-            (void)plan_depth_gaps(row.photos, row.masks, rig.voice);
-        };
-        EXPECT_EXIT(plan(), ::testing::ExitedWithCode(1), row.told);
+        const Result<DepthGapPlan> plan = plan_depth_gaps(row.photos, row.masks, rig.voice);
+        ASSERT_FALSE(plan) << row.told;
+        EXPECT_TRUE(plan.failure().ends_run && plan.failure().note.waits);
+        EXPECT_TRUE(CollectRig::matches(plan.failure().note.text, row.told)) << plan.failure().note.text;
     }
 }
 
 TEST(DepthGaps, DifferentEndsAreToldAndTheWorkGoesOn) {
-    test::CollectRig rig(3, 5);
+    CollectRig rig(3, 5);
     rig.messages.set_language(Language::german);
     testing::internal::CaptureStdout();
-    const DepthGapPlan plan =
+    const Result<DepthGapPlan> plan =
         plan_depth_gaps({"p_1.jpg", "p_2.jpg", "p_3.jpg", "p_4.jpg"}, {"p_1.jpg", "p_3.jpg"}, rig.voice);
     rig.console.flush();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Die beiden LETZTEN Bilder in den Unterverzeichnissen muessen zueinander passen:\n"
               "linker Index:  4\nrechter Index: 3\n");
-    EXPECT_EQ(plan.gaps.size(), 1U);
+    ASSERT_TRUE(plan);
+    EXPECT_EQ(plan->gaps.size(), 1U);
 }
 
 }  // namespace

@@ -93,25 +93,27 @@ TEST(ListLine, NamesAreRelativeOnlyWhereBothLieBelowTheRoot) {
 class Listed : public testing::Test, public test::Speech {
 protected:
     Listed() {
-        parameters.path_of_images = folder.path();
+        options.path_of_images = folder.path();
         parameters.stop_at_error = 0;
         parameters.verbose_mode = 0;
-        parameters.input_mode = 1;
-        parameters.write_data_base = 2;
+        options.input_mode = 1;
+        options.write_data_base = 2;
     }
     [[nodiscard]] std::string list() const { return folder / "zemora_files.txt"; }
     void set_list(const std::string& text) const { write_text(list(), text); }
     void update(const std::string& left, const std::string& right, const ListResult& result) {
-        update_database_line(parameters, voice, list(), folder / left, right.empty() ? "" : folder / right,
+        update_database_line(folder.path(), voice, list(), folder / left, right.empty() ? "" : folder / right,
                              result);
     }
-    void store(const std::string& left, const std::string& right) {
-        ListedNames names(parameters, voice);
+    [[nodiscard]] Result<void> try_to_store(const std::string& left, const std::string& right) {
+        ListedNames names(options, voice);
         names.add_pair(folder / left, folder / right);
-        names.store();
+        return names.store();
     }
+    void store(const std::string& left, const std::string& right) { EXPECT_TRUE(try_to_store(left, right)); }
 
     TestFolder folder;
+    CollectOptions options;
 };
 
 TEST_F(Listed, AResultGoesBehindTheNamesOfItsOwnLine) {
@@ -158,8 +160,8 @@ TEST_F(Listed, AnUpdateKeepsALinkAndThePermissions) {
     write_text(folder / "real.txt", "\"a.jpg\" \"b.jpg\"\n");
     ASSERT_EQ(chmod((folder / "real.txt").c_str(), 0640), 0);
     std::filesystem::create_symlink("real.txt", list());
-    update_database_line(parameters, voice, list_path_of(parameters), folder / "a.jpg", folder / "b.jpg",
-                         {"IM"});
+    update_database_line(folder.path(), voice, list_path_of(folder.path(), "zemora_files.txt"),
+                         folder / "a.jpg", folder / "b.jpg", {"IM"});
     EXPECT_TRUE(std::filesystem::is_symlink(list()));
     EXPECT_EQ(read_text(folder / "real.txt"), "\"a.jpg\" \"b.jpg\" IM\n");
     EXPECT_EQ(static_cast<int>(std::filesystem::status(folder / "real.txt").permissions()), 0640);
@@ -184,21 +186,21 @@ TEST_F(Listed, ANewListSavesAnOldOneThatHoldsWork) {
         EXPECT_EQ(read_text(list()), plain);
     }
     EXPECT_EQ(read_text(saved(1)), worked) << "an older saved list is never replaced";
-    parameters.write_data_base = 1;
+    options.write_data_base = 1;
     store("a.jpg", "b.jpg");
     EXPECT_EQ(read_text(saved(++number)), plain) << "a list of names alone is made to be edited";
 }
 
 TEST_F(Listed, ARunWithoutNamesTouchesNoList) {
     set_list("\"a.jpg\"   \"b.jpg\" QU\n");
-    ListedNames(parameters, voice).store();
-    parameters.write_data_base = 0;
+    EXPECT_TRUE(ListedNames(options, voice).store());
+    options.write_data_base = 0;
     store("c.jpg", "d.jpg");
     EXPECT_EQ(read_text(list()), "\"a.jpg\"   \"b.jpg\" QU\n");
 }
 
 TEST_F(Listed, ARunOnOneNamedPairAddsItsLineToTheListOfTheFolder) {
-    parameters.input_mode = 0;
+    options.input_mode = 0;
     set_list("\"a.jpg\"   \"b.jpg\" QU");
     store("c.jpg", "d.jpg");
     store("a.jpg", "b.jpg");
@@ -209,16 +211,18 @@ TEST_F(Listed, ARunOnOneNamedPairAddsItsLineToTheListOfTheFolder) {
 TEST_F(Listed, APictureIsNeverTakenForTheList) {
     const std::string picture("\xFF\xD8\0picture", 10);
     for (const int mode : {0, 1}) {
-        parameters.input_mode = mode;
+        options.input_mode = mode;
         for (const char* name : {"c.jpg", "d.jpg"}) {
             write_text(folder / name, picture);
             std::filesystem::remove(list());
             std::filesystem::create_symlink(name, list());
-            EXPECT_EXIT(store("c.jpg", "d.jpg"), testing::ExitedWithCode(1), "");
+            const Result<void> stored = try_to_store("c.jpg", "d.jpg");
+            ASSERT_FALSE(stored);
+            EXPECT_TRUE(stored.failure().ends_run);
             EXPECT_EQ(read_text(folder / name), picture);
         }
     }
-    parameters.input_mode = 0;
+    options.input_mode = 0;
     store("a.jpg", "b.jpg");  // the list's name leads to a file that is no text
     EXPECT_EQ(read_text(folder / "d.jpg_001.txt"), picture);
     EXPECT_EQ(read_text(folder / "d.jpg"), "\"a.jpg\"   \"b.jpg\"\n");
@@ -228,7 +232,7 @@ TEST_F(Listed, APictureIsNeverTakenForTheList) {
 class ReadListed : public Listed {
 protected:
     ReadListed() {
-        parameters.input_mode = 10;
+        options.input_mode = 10;
         for (const char* name : {"a_l.jpg", "a_r.jpg", "b_l.jpg", "b_r.jpg"}) {
             write_text(folder / name, "x");
         }
@@ -236,12 +240,13 @@ protected:
     ImageList read(const std::string& text) {
         set_list(text);
         ImageList list;
-        list.two_files = parameters.stereo_image_input == 2;
-        int width = 0;
+        list.two_files = options.stereo_image_input == 2;
         testing::internal::CaptureStdout();
-        lines = read_listed_objects(parameters, voice, list, width);
+        const Result<ListedObjects> listed = read_listed_objects(options, voice, list);
         console.flush();
         told = testing::internal::GetCapturedStdout();
+        EXPECT_TRUE(listed);
+        lines = listed ? listed->named : 0;
         return list;
     }
     [[nodiscard]] bool tells(const std::string& part) const { return told.find(part) != std::string::npos; }
@@ -264,16 +269,13 @@ class MarksOfLines : public ReadListed, public testing::WithParamInterface<MarkC
 TEST_P(MarksOfLines, DecideWhatIsDone) {
     const MarkCase& c = GetParam();
     const std::string text = "\"a_l.jpg\"   \"a_r.jpg\"" + c.behind + "\n";
-    parameters.estimate_geometry = 1;
     EXPECT_EQ(read(text).count(), c.taken ? 1 : 0) << told;
-    for (const int mode : {2, 5, -5}) {
-        parameters.estimate_geometry = mode;
-        const ImageList list = read(text);
-        ASSERT_EQ(list.count(), c.taken_again ? 1 : 0) << told;
-        EXPECT_TRUE(tells(c.told_again)) << told;
-        if (c.taken_again) {
-            EXPECT_EQ(list.stored(0) != nullptr, c.has_values);
-        }
+    options.applies_stored_values = true;
+    const ImageList list = read(text);
+    ASSERT_EQ(list.count(), c.taken_again ? 1 : 0) << told;
+    EXPECT_TRUE(tells(c.told_again)) << told;
+    if (c.taken_again) {
+        EXPECT_EQ(list.stored(0) != nullptr, c.has_values);
     }
     EXPECT_EQ(lines, 1);
 }
@@ -290,7 +292,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ReadListed, ValuesBelongToTheirOwnObject) {
-    parameters.estimate_geometry = 2;
+    options.applies_stored_values = true;
     const ImageList list = read("\"gone_l.jpg\" \"gone_r.jpg\" OK" + kValues + "\n\"A_L.JPG\" \"a_r.jpg\"\n" +
                                 "\"b_l.jpg\" \"b_r.jpg\" OK" + kValues + "\n");
     ASSERT_EQ(list.count(), 2) << told;
@@ -308,7 +310,7 @@ TEST_F(ReadListed, ANameWithAZeroByteIsNoFile) {
     write_text(folder / "s.jpg", "x");
     for (const auto& [layout, text] :
          {std::pair{2, "\"a_l.jpg\0.jpg\"   \"a_r.jpg\""s}, {1, "\"s.jpg\0.jpg\""s}}) {
-        parameters.stereo_image_input = layout;
+        options.stereo_image_input = layout;
         EXPECT_EQ(read(text + '\n').count(), 0);
         EXPECT_TRUE(tells("zero byte")) << told;
     }
@@ -326,7 +328,7 @@ TEST_F(ReadListed, NamesOfOtherEncodingsLeadToTheirFiles) {
 }
 
 TEST_F(ReadListed, AStoredSelectionGoesWhenTheOutputTakesAnotherForm) {
-    parameters.estimate_geometry = 2;
+    options.applies_stored_values = true;
     StoredCorrectionRecord values = empty_record();
     values[kRecordRatio] = 1.5;
     values[kRecordSelectionLeft] = 0.1;
@@ -334,9 +336,7 @@ TEST_F(ReadListed, AStoredSelectionGoesWhenTheOutputTakesAnotherForm) {
     values[kRecordCroppOutput] = 2.0;
     const std::string text = "\"a_l.jpg\" \"a_r.jpg\" OK" + values_text(values) + "\n";
     const auto kept = [&](int crop_output, int height, int width) {
-        parameters.cropp_output = crop_output;
-        parameters.output_height = height;
-        parameters.output_width = width;
+        options.shape = {crop_output, height, width};
         const ImageList list = read(text);
         return list.count() == 1 && (*list.stored(0))[kRecordSelectionRight] > 0.0;
     };
@@ -348,7 +348,7 @@ TEST_F(ReadListed, AStoredSelectionGoesWhenTheOutputTakesAnotherForm) {
 }
 
 TEST_F(ReadListed, StereoListsDropViewsAndMasks) {
-    parameters.stereo_image_input = 1;
+    options.stereo_image_input = 1;
     const ImageList list = read("\"a_l.jpg\"\n\"x_d.jpg\"\n\"house_l/b.jpg\"\n\"x\"\n\"odd.jpg OK\n");
     ASSERT_EQ(list.count(), 1) << told;
     EXPECT_EQ(list.stereo(0), folder / "house_l/b.jpg") << "only the bare name counts";
@@ -360,8 +360,10 @@ TEST_F(ReadListed, StereoListsDropViewsAndMasks) {
 TEST_F(ReadListed, WrongQuotesEndTheRunWithTheLineNumber) {
     set_list("\"a_l.jpg\" \"a_r.jpg\"\n\"a_l.jpg\" a_r.jpg\n");
     ImageList list;
-    int width = 0;
-    EXPECT_EXIT((void)read_listed_objects(parameters, voice, list, width), testing::ExitedWithCode(1), "");
+    const Result<ListedObjects> listed = read_listed_objects(options, voice, list);
+    ASSERT_FALSE(listed);
+    EXPECT_TRUE(listed.failure().ends_run && listed.failure().note.waits);
+    EXPECT_NE(listed.failure().note.text.find("line 2"), std::string::npos) << listed.failure().note.text;
 }
 
 }  // namespace

@@ -49,14 +49,14 @@ TEST(MaskCrop, KeepsBothWindowsAndTheAnalysisCopiesOfThem) {
     rig.save("l.bmp", place_picture(41, 31));
     rig.save("r.bmp", place_picture(41, 31));
     const auto pair = rig.pair_of(2);
-    ASSERT_EQ(rig.read(*pair), ReadResult::done);
-    pair->crop_by_mask({0.1F, 0.6F, 0.2F, 0.5F, 3, 2});
+    ASSERT_EQ(rig.read(*pair), test::ReadResult::done);
+    pair->preparer.crop_by_mask(pair->views, {0.1F, 0.6F, 0.2F, 0.5F, 3, 2}, pair->orders);
     ASSERT_EQ(pair->width(), 21);
     ASSERT_EQ(pair->height(), 10);
     EXPECT_EQ(colour_at(pair->full().left, 1, 9), place_colour(5, 24));
     EXPECT_EQ(colour_at(pair->full().right, 1, 9), place_colour(8, 26));
-    EXPECT_EQ(pair->reduced_width(), 800);
-    EXPECT_EQ(pair->reduced_height(), 381);
+    EXPECT_EQ(pair->views.reduced_width(), 800);
+    EXPECT_EQ(pair->views.reduced_height(), 381);
 }
 
 TEST(MaskThumbs, ShowTheViewsCentredWithTheMaskLines) {
@@ -68,9 +68,9 @@ TEST(MaskThumbs, ShowTheViewsCentredWithTheMaskLines) {
     constexpr Colour kGround{64, 64, 255};
     constexpr Colour kLine{0, 255, 255};
     for (const bool drawn : {false, true}) {
-        write_mask_thumbs(views, rig.folder.path(),
-                          drawn ? std::optional(MaskFrame{0.25F, 0.75F, 0.0F, 0.5F, 20, 0}) : std::nullopt,
-                          rig.voice);
+        ASSERT_TRUE(write_mask_thumbs(
+            views, rig.folder.path(),
+            drawn ? std::optional(MaskFrame{0.25F, 0.75F, 0.0F, 0.5F, 20, 0}) : std::nullopt, rig.voice));
         EXPECT_EQ(rig.folder.files(), (std::set<std::string>{"zemora_thumb_l.bmp", "zemora_thumb_r.bmp"}));
         const LoadedPicture l = load_picture(rig.folder / "zemora_thumb_l.bmp");
         const LoadedPicture r = load_picture(rig.folder / "zemora_thumb_r.bmp");
@@ -92,7 +92,8 @@ TEST(MaskThumbs, SlimAndTinyViewsFit) {
     Rig rig;
     for (const auto& [width, height] : {std::pair{1, 1}, std::pair{5000, 1}, std::pair{3, 700}}) {
         const Bitmap view = Bitmap::create(width, height);
-        write_mask_thumbs({view.picture(), view.picture()}, rig.folder.path(), MaskFrame{}, rig.voice);
+        ASSERT_TRUE(
+            write_mask_thumbs({view.picture(), view.picture()}, rig.folder.path(), MaskFrame{}, rig.voice));
         EXPECT_EQ(load_picture(rig.folder / "zemora_thumb_r.bmp").status, LoadStatus::done);
     }
 }

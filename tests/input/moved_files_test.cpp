@@ -9,16 +9,16 @@ namespace {
 
 using test::CollectRig;
 
-void refuse_one(const ParameterSet& parameters, Voice& voice, const std::string& file, FileSide side) {
-    rename_refused_files(parameters, voice, {{file, side}});
+void refuse_one(int rename_refused, Notes& notes, const std::string& file, FileSide side) {
+    rename_refused_files(rename_refused, notes, {{file, side}});
 }
 
-void quit_one(const ParameterSet& /*parameters*/, Voice& voice, const std::string& file, FileSide side) {
-    move_quit_files(voice, {{file, side}});
+void quit_one(int /*value*/, Notes& notes, const std::string& file, FileSide side) {
+    move_quit_files(notes, {{file, side}});
 }
 
 struct MoveRow {
-    void (*move)(const ParameterSet&, Voice&, const std::string&, FileSide);
+    void (*move)(int, Notes&, const std::string&, FileSide);
     int value;  ///< Of `RenameOrphans` or `RenameRefused`.
     FileSide side;
     const char* from;
@@ -48,10 +48,8 @@ const MoveRow kMoves[] = {
 TEST(MovedFiles, GoWhereTheirKindBelongs) {
     for (const MoveRow& row : kMoves) {
         CollectRig rig(9);
-        rig.parameters.rename_orphans = row.value;
-        rig.parameters.rename_refused = row.value;
         rig.add({row.from});
-        row.move(rig.parameters, rig.voice, rig.folder / row.from, row.side);
+        row.move(row.value, rig.voice, rig.folder / row.from, row.side);
         EXPECT_EQ(rig.folder.files(), std::set<std::string>{row.to}) << row.from;
         const bool must_tell = row.value != 0 && row.from == std::string(row.to);
         EXPECT_EQ(rig.reports.text.find("none of l, r and s") != std::string::npos, must_tell) << row.from;
@@ -60,14 +58,13 @@ TEST(MovedFiles, GoWhereTheirKindBelongs) {
 
 TEST(MovedFiles, NeverReplaceAnotherFile) {
     CollectRig rig(9);
-    rig.parameters.rename_orphans = 1;
     rig.add({"l/a.jpg", "lo/a.jpg", "r/b.jpg"});
     test::write_text(rig.folder / "ro", "a file where the folder should be");
-    rename_orphan(rig.parameters, rig.voice, rig.folder / "l/a.jpg", FileSide::left);
+    rename_orphan(1, rig.voice, rig.folder / "l/a.jpg", FileSide::left);
     EXPECT_EQ(test::read_text(rig.folder / "lo/a.jpg"), "lo/a.jpg");
     EXPECT_EQ(test::read_text(rig.folder / "l/a.jpg"), "l/a.jpg");
     EXPECT_NE(rig.reports.text.find("File exists"), std::string::npos) << rig.reports.text;
-    rename_orphan(rig.parameters, rig.voice, rig.folder / "r/b.jpg", FileSide::right);
+    rename_orphan(1, rig.voice, rig.folder / "r/b.jpg", FileSide::right);
     EXPECT_NE(rig.reports.text.find("Not a directory"), std::string::npos) << rig.reports.text;
     EXPECT_EQ(rig.folder.files().count("r/b.jpg"), 1U);
 }
@@ -84,7 +81,6 @@ TEST(MovedFiles, OfAPairMoveTogetherOrStay) {
           Row{2, "r/a_ru.jpg", {"l/a.jpg", "r/a.jpg"}}, Row{0, "", {"l/lq/a.jpg", "r/rq/a.jpg"}},
           Row{0, "r/rq/a.jpg", {"l/a.jpg", "r/a.jpg"}}}) {
         CollectRig rig(9);
-        rig.parameters.rename_refused = row.refused;
         rig.add({"l/a.jpg", "r/a.jpg"});
         std::set<std::string> expected = row.after;
         if (*row.in_the_way != '\0') {
@@ -94,7 +90,7 @@ TEST(MovedFiles, OfAPairMoveTogetherOrStay) {
         const std::vector<SidedFile> pair{{rig.folder / "l/a.jpg", FileSide::left},
                                           {rig.folder / "r/a.jpg", FileSide::right}};
         if (row.refused != 0) {
-            rename_refused_files(rig.parameters, rig.voice, pair);
+            rename_refused_files(row.refused, rig.voice, pair);
         } else {
             move_quit_files(rig.voice, pair);
         }

@@ -18,6 +18,7 @@ namespace {
 using test::FileBytes;
 using test::GeneratedMpo;
 using test::MpoPlan;
+using test::ReadResult;
 using test::Rig;
 
 /// The messages wait for Enter; the tests do not.
@@ -166,7 +167,7 @@ TEST(Mpo, OnlyTwoSpellingsOfTheSuffixCount) {
 
 TEST(Mpo, CutPicturesHaveTheirFolders) {
     const auto names = [](const char* file, int mode) {
-        const MpoCutNames cut = mpo_cut_names(file, mode);
+        const MpoCutNames cut = mpo_cut_names(file, mode == 9);
         return cut.left + " " + cut.right;
     };
     EXPECT_EQ(names("/p/s/pic.mpo", 9), "/p/l/pic_mpo_l.jpg /p/r/pic_mpo_r.jpg");
@@ -177,9 +178,9 @@ TEST(Mpo, CutPicturesHaveTheirFolders) {
 
 /// A pair that is read from s/pic.mpo in its folder.
 struct MpoRig : Rig {
-    explicit MpoRig(int estimate_geometry) {
-        parameters.estimate_geometry = estimate_geometry;
-        parameters.input_mode = 9;
+    explicit MpoRig(bool keeps_cut_pictures) {
+        reading.keeps_cut_pictures = keeps_cut_pictures;
+        reading.has_view_folders = true;
         std::filesystem::create_directory(folder / "s");
         write(small_mpo().bytes);
         pair = pair_of(1);
@@ -188,7 +189,7 @@ struct MpoRig : Rig {
         test::write_text(folder / "s/pic.mpo", {bytes.begin(), bytes.end()});
     }
     ReadResult read_mpo() { return read(*pair, {{}, {}, folder / "s/pic.mpo"}); }
-    std::unique_ptr<InputPair> pair;
+    std::unique_ptr<test::TestPair> pair;
 };
 
 /// Whether the view is the picture of places from column `first` on, as far as JPEG keeps it.
@@ -199,7 +200,7 @@ bool shows_places(ConstPicture view) {
 }
 
 TEST(MpoInput, ViewsComeWithoutLeavingAFile) {
-    MpoRig rig(1);
+    MpoRig rig(false);
     ASSERT_EQ(rig.read_mpo(), ReadResult::done) << rig.pair->failure();
     EXPECT_EQ(rig.pair->width(), 24) << "of the narrower view";
     EXPECT_TRUE(shows_places(rig.pair->full().left));
@@ -209,7 +210,7 @@ TEST(MpoInput, ViewsComeWithoutLeavingAFile) {
 }
 
 TEST(MpoInput, CutFilesStayWhereTheGeometryIsKept) {
-    MpoRig rig(3);
+    MpoRig rig(true);
     const GeneratedMpo mpo = small_mpo();
     for (int round = 0; round < 2; ++round) {  // the second time they are there
         ASSERT_EQ(rig.read_mpo(), ReadResult::done);
@@ -222,7 +223,7 @@ TEST(MpoInput, CutFilesStayWhereTheGeometryIsKept) {
 }
 
 TEST(MpoInput, AFileOfTheUserIsNeverReplacedByACut) {
-    MpoRig rig(0);
+    MpoRig rig(true);
     std::filesystem::create_directory(rig.folder / "l");
     test::write_text(rig.folder / "l/pic_mpo_l.jpg", "mine");
     std::filesystem::create_directory(rig.folder / "r");
@@ -236,7 +237,7 @@ TEST(MpoInput, AFileOfTheUserIsNeverReplacedByACut) {
 }
 
 TEST(MpoInput, AFolderThatCannotBeMadeIsToldAndTheViewsCome) {
-    MpoRig rig(0);
+    MpoRig rig(true);
     test::write_text(rig.folder / "l", "a file");
     ASSERT_EQ(rig.read_mpo(), ReadResult::done);
     EXPECT_NE(rig.told.find("The left file "), std::string::npos) << rig.told;
@@ -244,7 +245,7 @@ TEST(MpoInput, AFolderThatCannotBeMadeIsToldAndTheViewsCome) {
 }
 
 TEST(MpoInput, DamagedSecondPictureIsUnreadableAndLeavesNothing) {
-    MpoRig rig(0);
+    MpoRig rig(true);
     GeneratedMpo mpo = small_mpo();
     std::fill(mpo.bytes.end() - 200, mpo.bytes.end(), std::uint8_t{0});  // no end, no pixels
     rig.write(mpo.bytes);
@@ -257,11 +258,11 @@ TEST(MpoInput, DamagedSecondPictureIsUnreadableAndLeavesNothing) {
 }
 
 TEST(MpoInput, InverseInputExchangesTheViewsOnce) {
-    MpoRig rig(1);
+    MpoRig rig(false);
     const GeneratedMpo mpo =
         test::make_mpo({}, test::place_picture(24, 20), Bitmap::create(24, 20));  // the second is black
     rig.write(mpo.bytes);
-    rig.pair->inverse_input = 1;
+    rig.pair->orders.exchanged = true;
     ASSERT_EQ(rig.read_mpo(), ReadResult::done);
     EXPECT_TRUE(shows_places(rig.pair->full().right));
     EXPECT_FALSE(shows_places(rig.pair->full().left));
@@ -279,7 +280,6 @@ TEST(MpoInput, FilesOfCamerasAreRead) {
             continue;
         }
         Rig rig;
-        rig.parameters.estimate_geometry = 1;
         const auto pair = rig.pair_of(1);
         const ReadResult result = rig.read(*pair, {{}, {}, path});
         const bool broken = path.find("/broken/") != std::string::npos;

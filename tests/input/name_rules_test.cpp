@@ -59,9 +59,9 @@ TEST(NameRules, DepthMasksAreInputWhereNamesSayPhotoAndMask) {
         {1, 1, "a_d.jpg", true},  {1, 6, "a_R.jpg", true},   {4, 1, "a_d.b.jpg", false},
     };
     for (const Row& row : rows) {
-        const test::CollectRig rig(row.input_mode, row.stereo_image_input);
+        test::CollectRig rig(row.input_mode, row.stereo_image_input);
         testing::internal::CaptureStdout();
-        EXPECT_EQ(is_dropped_with_hint(rig.parameters, rig.voice, row.name), row.dropped) << row.name;
+        EXPECT_EQ(is_dropped_with_hint(rig.options, rig.voice, row.name), row.dropped) << row.name;
         rig.voice.console().flush();
         const std::string told = testing::internal::GetCapturedStdout();
         EXPECT_EQ(told.find("Hint: ") == 0 && told.find(row.name) != std::string::npos, row.dropped) << told;

@@ -24,7 +24,7 @@ class TimedSequences : public ::testing::TestWithParam<SequenceRow> {};
 TEST_P(TimedSequences, PairsLieWithinTheTolerance) {
     const SequenceRow& row = GetParam();
     CollectRig rig(row.input_mode);
-    rig.parameters.exif_time_tolerance = 3;
+    rig.options.exif_time_tolerance = 3;
     for (std::size_t i = 0; i < row.seconds.size(); ++i) {
         const std::string name = std::to_string(i + 1) + ".jpg";
         if (row.seconds[i] == kNoTime) {
@@ -60,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(Times, TimedSequences, ::testing::ValuesIn(kSequences),
 
 TEST(TimedSequenceThatEnds, NamesTheFileWithoutTime) {
     CollectRig rig(4);
-    rig.parameters.exif_time_tolerance = 3;
+    rig.options.exif_time_tolerance = 3;
     rig.add_shot("1.jpg", 0);
     rig.add_shot("2.jpg", 1);
     rig.add_shot("3.jpg", 60);
@@ -72,8 +72,8 @@ TEST(TimedSequenceThatEnds, NamesTheFileWithoutTime) {
 
 TEST(TimedSequenceOfFolders, EachFolderHasItsOwnReference) {
     CollectRig rig(4);
-    rig.parameters.include_subdirs = 1;
-    rig.parameters.exif_time_tolerance = 3;
+    rig.options.include_subdirs = 1;
+    rig.options.exif_time_tolerance = 3;
     const std::pair<const char*, int> shots[] = {{"A/1.jpg", 0},   {"A/2.jpg", 10},  {"B/3.jpg", 60},
                                                  {"B/4.jpg", 100}, {"B/5.jpg", 120}, {"B/6.jpg", 161}};
     for (const auto& [name, seconds] : shots) {
@@ -86,7 +86,7 @@ TEST(TimedSequenceWithoutExiv2, MakesTheSamePairsAndNamesTheTool) {
     const std::string path = getenv("PATH");
     setenv("PATH", "/nowhere", 1);
     CollectRig rig(7);
-    rig.parameters.exif_time_tolerance = 3;
+    rig.options.exif_time_tolerance = 3;
     rig.add({"0.jpg", "1.jpg", "2.jpg"});
     EXPECT_EQ(rig.build().size(), 2U);
     EXPECT_EQ(CollectRig::count_of(rig.told, "The jpg-format is not supported"), 1) << rig.told;
@@ -118,9 +118,9 @@ TEST(Orphans, AFileWithoutPartnerLeavesTheRestInStep) {
     const char* const places[] = {"A/l/2.jpg", "A/lo/2.jpg", "A/l/2_lo.jpg", "A/l/_2.jpg", "A/l/z2.jpg"};
     for (int rename = 0; rename <= 4; ++rename) {
         CollectRig rig(9);
-        rig.parameters.include_subdirs = 1;
-        rig.parameters.exif_time_tolerance = 5;
-        rig.parameters.rename_orphans = rename;
+        rig.options.include_subdirs = 1;
+        rig.options.exif_time_tolerance = 5;
+        rig.options.rename_orphans = rename;
         rig.parameters.verbose_mode = 2;
         add_shots_with_orphan(rig);
         EXPECT_EQ(rig.build(), kPairsWithoutOrphan) << rig.told;
@@ -137,8 +137,8 @@ TEST(Orphans, AFileWithoutPartnerLeavesTheRestInStep) {
 
 TEST(Orphans, TheRestOfTheLongerSideAreOrphansOfTheRight) {
     CollectRig rig(3);
-    rig.parameters.exif_time_tolerance = 5;
-    rig.parameters.rename_orphans = 2;
+    rig.options.exif_time_tolerance = 5;
+    rig.options.rename_orphans = 2;
     for (const int shot : {1, 2, 3, 4}) {
         rig.add_shot("r/" + std::to_string(shot) + ".jpg", 30 * shot);
     }
@@ -151,9 +151,9 @@ TEST(Orphans, TheRestOfTheLongerSideAreOrphansOfTheRight) {
 
 TEST(Orphans, NobodyIsOneWhileTheOtherSideIsMissing) {
     CollectRig rig(9);
-    rig.parameters.include_subdirs = 1;
-    rig.parameters.exif_time_tolerance = 5;
-    rig.parameters.rename_orphans = 1;
+    rig.options.include_subdirs = 1;
+    rig.options.exif_time_tolerance = 5;
+    rig.options.rename_orphans = 1;
     rig.parameters.verbose_mode = 1;
     rig.add_shot("A/l/1.jpg", 0);
     rig.add({"A/r/1.txt", "B/l/2.jpg"});
@@ -167,9 +167,9 @@ TEST(Orphans, NobodyIsOneWhileTheOtherSideIsMissing) {
 
 TEST(Orphans, AFolderIsNotLostToTheSurplusOfTheFolderBefore) {
     CollectRig rig(9);
-    rig.parameters.include_subdirs = 1;
-    rig.parameters.exif_time_tolerance = 5;
-    rig.parameters.rename_orphans = 1;
+    rig.options.include_subdirs = 1;
+    rig.options.exif_time_tolerance = 5;
+    rig.options.rename_orphans = 1;
     rig.add_shot("A/l/1.jpg", 0);
     std::filesystem::create_directories(rig.folder / "A/r");
     std::filesystem::create_symlink(rig.folder / "none", rig.folder / "A/r/0.jpg");  // is passed over
@@ -183,8 +183,8 @@ TEST(Orphans, AFolderIsNotLostToTheSurplusOfTheFolderBefore) {
 
 TEST(Orphans, ATypeWithoutTimesSwitchesTheControlOffOnce) {
     CollectRig rig(9);
-    rig.parameters.exif_time_tolerance = 5;
-    rig.parameters.rename_orphans = 1;
+    rig.options.exif_time_tolerance = 5;
+    rig.options.rename_orphans = 1;
     rig.parameters.verbose_mode = 1;
     rig.add({"l/1.png", "l/2.png", "r/1.png", "r/2.png", "r/3.png"});
     EXPECT_EQ(rig.build(), (Names{"l/1.png r/1.png", "l/2.png r/2.png"}));
@@ -194,8 +194,8 @@ TEST(Orphans, ATypeWithoutTimesSwitchesTheControlOffOnce) {
 
 TEST(Orphans, NobodyIsOneBecauseTheFirstPairLacksATime) {
     CollectRig rig(9);
-    rig.parameters.exif_time_tolerance = 5;
-    rig.parameters.rename_orphans = 1;
+    rig.options.exif_time_tolerance = 5;
+    rig.options.rename_orphans = 1;
     rig.add({"l/1.jpg"});
     rig.add_shot("r/1.jpg", 600);
     for (const int shot : {2, 3, 4}) {
@@ -209,7 +209,7 @@ TEST(Orphans, NobodyIsOneBecauseTheFirstPairLacksATime) {
 
 TEST(Orphans, AMissingTimeIsToldAndThePairStays) {
     CollectRig rig(3);
-    rig.parameters.exif_time_tolerance = 5;
+    rig.options.exif_time_tolerance = 5;
     rig.add_shot("l/1.jpg", 0);
     rig.add_shot("l/2.jpg", 30);
     rig.add_shot("r/1.jpg", 0);

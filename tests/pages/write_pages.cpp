@@ -30,8 +30,9 @@ constexpr const char* kNames[] = {
 bool write_report(const std::string& folder) {
     ParameterSet settings;
     settings.verbose_mode = 2;
-    settings.projection_ratio = 3;
     settings.stop_at_error = 0;
+    ReportOptions options;
+    options.projection_ratio = setting::projection_ratio::ratio_16_10;
     ImageReport pair;
     pair.status = 5;
     pair.width = 4000;
@@ -48,7 +49,7 @@ bool write_report(const std::string& folder) {
     }
     for (const char* name : kNames) {
         voice.report_html("<div class=\"pair\">\n<p><b>" + html_text(name) + "</b></p>\n");
-        write_image_report(settings, pair, voice);
+        write_image_report(options, pair, voice);
         voice.report_html("</div>\n");
         voice.end_report_section();
     }

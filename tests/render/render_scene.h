@@ -156,8 +156,8 @@ struct Rig {
     }
 
     ParameterSet parameters;
-    ViewGeometry left_record;
-    ViewGeometry right_record;
+    InputGeometry left_record;
+    InputGeometry right_record;
     Console console;
     MessageCatalogue messages{Language::english};
     Voice voice{console, messages, parameters};

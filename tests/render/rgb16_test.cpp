@@ -150,7 +150,7 @@ TEST_F(DeepOutputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
     WarpPlan plan = rig.plan(large, large);
     plan.interpolation.kernel = 2;
     ASSERT_TRUE(rig.run(plan));
-    for (ViewGeometry* record : {&rig.left_record, &rig.right_record}) {
+    for (InputGeometry* record : {&rig.left_record, &rig.right_record}) {
         record->scaled_width = 150;
         record->scaled_height = 113;
     }

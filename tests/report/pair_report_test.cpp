@@ -5,6 +5,8 @@
 #include <limits>
 #include <sstream>
 
+#include "config/voice.h"
+
 namespace zemora {
 namespace {
 
@@ -15,23 +17,31 @@ struct Told : ReportSink {
     std::string console, text, html;
 };
 
-template <class Write, class Report>
-Told told(Write write, const ParameterSet& settings, const Report& report,
-          Language language = Language::english) {
+/// The options of a report and how much is told.
+struct Settings : ReportOptions {
+    int verbose_mode = 1;
+};
+
+template <class Write>
+Told told(int verbose_mode, const Write& write, Language language = Language::english) {
     Told places;
     Console console;
     MessageCatalogue messages(language);
-    Voice voice(console, messages, settings);
+    ParameterSet parameters;
+    parameters.verbose_mode = verbose_mode;
+    parameters.stop_at_error = -1;
+    Voice voice(console, messages, parameters);
     voice.set_report(&places);
     testing::internal::CaptureStdout();
-    write(settings, report, voice);
+    write(voice);
     console.flush();
     places.console = testing::internal::GetCapturedStdout();
     return places;
 }
 
-Told told_pair(const ParameterSet& settings, const ImageReport& report) {
-    return told(write_image_report, settings, report);
+Told told_pair(const Settings& settings, const ImageReport& report, Language language = Language::english) {
+    return told(
+        settings.verbose_mode, [&](Notes& notes) { write_image_report(settings, report, notes); }, language);
 }
 
 bool holds(const std::string& text, const std::string& part) {
@@ -62,11 +72,10 @@ std::string words_of(std::string text, const std::string& end = "=====") {
     return joined;
 }
 
-ParameterSet settings_of(int verbose_mode) {
-    ParameterSet settings;
+Settings settings_of(int verbose_mode) {
+    Settings settings;
     settings.verbose_mode = verbose_mode;
     settings.iterative_warp = 10;
-    settings.stop_at_error = -1;
     settings.estimate_window = 2;
     return settings;
 }
@@ -146,7 +155,7 @@ TEST(PairReport, StoredValuesCountAsUsedAndNoneEndTheReport) {
     const Told used = told_pair(settings_of(2), report);
     EXPECT_FALSE(holds(used.text, "Mean error") || holds(used.text, "upturned"));
     EXPECT_TRUE(holds(used.text, end + "\nStereo window")) << "nothing was iterated: " << used.text;
-    ParameterSet once = settings_of(2);
+    Settings once = settings_of(2);
     once.iterative_warp = 0;
     EXPECT_FALSE(holds(told_pair(once, kExample).text, "last iteration"));
     report.mode = 0;
@@ -170,7 +179,7 @@ TEST(PairReport, ViewsFromADepthMaskAreJudgedThoughTheirGeometryWasNotMeasured) 
 }
 
 TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {
-    ParameterSet settings = settings_of(1);
+    Settings settings = settings_of(1);
     ImageReport report = kExample;
     report.left_curtain_px = 12;
     settings.auto_frame_floating = 2;
@@ -191,7 +200,7 @@ TEST(PairReport, ProjectionAndCurtainsHaveTheirRowsWhereTheyAreSet) {
 }
 
 TEST(PairReport, FailureAndReserveAdviseMoreIterationsWhereThereAreMore) {
-    ParameterSet settings = settings_of(1);
+    Settings settings = settings_of(1);
     ImageReport report = kExample;
     report.status = 3;
     const Told failed = told_pair(settings, report);
@@ -233,7 +242,7 @@ TEST(PairReport, RemainingHeightStandsInAllThreePlacesAtEveryVerbosity) {
         EXPECT_EQ(told.console, verbose == 0 ? line : told.text);
     }
     EXPECT_TRUE(
-        holds(told(write_image_report, settings_of(0), report, Language::german).console,
+        holds(told_pair(settings_of(0), report, Language::german).console,
               "Verbliebener Hoehenfehler   =    0.31 Pixel   (Median; 95 % des Bildes unter 0.80 Pixel "
               "der Eingabe): gut\n"));
 }
@@ -251,7 +260,7 @@ TEST(PairReport, ExchangedViewsAreAWarningInAllThreePlacesAtEveryVerbosity) {
         EXPECT_TRUE(verbose > 0 || told.console.ends_with("good\n" + warning)) << told.console;
         EXPECT_TRUE(holds(told.html, "may be exchanged"));
     }
-    EXPECT_TRUE(holds(told(write_image_report, settings_of(0), report, Language::german).console,
+    EXPECT_TRUE(holds(told_pair(settings_of(0), report, Language::german).console,
                       "Achtung: linke und rechte Ansicht sind vielleicht vertauscht,"));
 }
 
@@ -279,18 +288,17 @@ TEST(PairReport, AHeightThatCouldNotBeCheckedHasADash) {
 }
 
 TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {
-    ParameterSet settings = settings_of(1);
-    const SequenceReport report = {{2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
-    settings.estimate_geometry = 1;
-    const Told means = told(write_sequence_report, settings, report);
+    SequenceReport report = {1, {2.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, 3.0, 61};
+    const auto write = [&report](Notes& notes) { write_sequence_report(report, notes); };
+    const Told means = told(1, write);
     const std::string rule = std::string(74, '=') + '\n';
     EXPECT_TRUE(
         means.text.starts_with(rule + "Mean values of analysis for whole image sequence:\n" + rule +
                                "Mean error of height     =    2.00 pixel   (right image upturned)\n"));
     EXPECT_TRUE(means.text.ends_with("=    3.00 pixel   (near point behind stereo window)\n" + rule +
                                      "Consumed CPU time for this image series: 61 seconds\n"));
-    settings.estimate_geometry = 2;
-    const Told german = told(write_sequence_report, settings, report, Language::german);
+    report.mode = 2;
+    const Told german = told(1, write, Language::german);
     EXPECT_TRUE(holds(german.text, "Benutzt fuer Hoehenkorrektur:    =    2.00 Pixel  \n")) << german.text;
     EXPECT_FALSE(holds(german.text, "Nahpunktlage") || holds(german.text, "("));
 }

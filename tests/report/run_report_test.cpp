@@ -43,10 +43,6 @@ int count_of(const std::string& text, const std::string& part) {
 }
 
 TEST(RunReport, NamesFollowTheReportMode) {
-    ParameterSet p;
-    p.path_of_images = "/pictures/garden";
-    p.left_file_name = "films/walk.in_L.avi";
-    p.stereo_image_input = 2;
     struct Case {
         int report_mode, video_mode;
         const char* text_name;
@@ -56,9 +52,9 @@ TEST(RunReport, NamesFollowTheReportMode) {
          {Case{1, 0, "zemora_report.txt", false}, Case{2, 1, "zemora_report.txt", true},
           Case{3, 0, "zemora_report_2024.txt", false}, Case{4, 0, "zemora_report_garden.txt", false},
           Case{5, 0, "zemora_report_garden.txt", true}, Case{5, 1, "zemora_report_walk.in.txt", false}}) {
-        p.report_mode = expected.report_mode;
-        p.video_mode = expected.video_mode;
-        const ReportNames names = report_names(p, "_2024");
+        const ReportNames names =
+            report_names({expected.report_mode, "/pictures/garden", "_2024", expected.video_mode != 0,
+                          expected.video_mode == 1 ? "films/walk.in_L.avi" : ""});
         EXPECT_EQ(names.text, std::string("/pictures/garden/") + expected.text_name);
         EXPECT_EQ(names.append, expected.append) << expected.report_mode;
     }

@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "render/canvas.h"
-#include "report/test_image_parts.h"
-#include "report/test_images.h"
+#include "render/test_image_parts.h"
+#include "render/test_images.h"
 
 namespace zemora {
 
@@ -80,6 +81,17 @@ void draw_squares(const Band& band, Picture rows, int unit, int margin, double g
     }
 }
 
+void draw_bands(Picture picture, int width, double green_share) {
+    const int unit = width / kUnits;
+    for (int i = 0; i < static_cast<int>(kBands.size()); ++i) {
+        const Band& band = kBands[static_cast<std::size_t>(i)];
+        const Picture rows =
+            picture.part(kFirstColumn, kBorder + kBandUnits * unit * i, kUnits * unit, kBandUnits * unit);
+        draw_ramp(band, rows, green_share);
+        draw_squares(band, rows, unit, width / 100, green_share);
+    }
+}
+
 std::vector<std::string> labels_of(int green_percent) {
     std::vector<std::string> labels = {format_text("%03d%%", green_percent)};
     const int highest = std::max(kSquares, static_cast<int>(kBands.size()));
@@ -120,37 +132,34 @@ void draw_labels(Picture picture, int unit, const std::vector<LetterMask>& masks
 
 }  // namespace
 
-int write_anaglyph_test_image(int width, const std::string& folder, int green_percent, Voice& voice,
-                              const AddProfile& add_profile) {
+Result<void> write_anaglyph_test_image(int width, const std::string& folder, int green_percent, Notes& notes,
+                                       const AddProfile& add_profile) {
     const int unit = width / kUnits;
     if (unit < 1) {
-        return 1;
+        return Failure::of_pair({});
     }
+    const MessageCatalogue& messages = notes.messages();
     const std::string file = join_path(folder, format_text("tintrovela_print_%03d.tif", green_percent));
-    voice.say<Msg::main_calibration_image_written>(green_percent, printable(file));
-    voice.say<Msg::main_calibration_image_print_it>();
-    const std::vector<LetterMask> masks = label_masks(labels_of(green_percent), kLabelFont, voice);
-    if (masks.empty()) {
-        return 1;
+    notes.say<Msg::main_calibration_image_written>(green_percent, printable(file));
+    notes.say<Msg::main_calibration_image_print_it>();
+    const auto masks = label_masks(labels_of(green_percent), kLabelFont, messages);
+    if (!masks) {
+        return masks.failure();
     }
-    const Bitmap bitmap =
+    const auto bitmap =
         test_bitmap(kUnits * unit + kFirstColumn + kBorder, kHeightUnits * unit + kFirstColumn + kBorder,
-                    "14139: FAILED TO ALLOCATE MEMORY FOR CALIBRATION IMAGE\n", voice);
-    const Picture picture = bitmap.picture();
-    const double green_share = green_percent / 100.0;
-    for (int i = 0; i < static_cast<int>(kBands.size()); ++i) {
-        const Band& band = kBands[static_cast<std::size_t>(i)];
-        const Picture rows =
-            picture.part(kFirstColumn, kBorder + kBandUnits * unit * i, kUnits * unit, kBandUnits * unit);
-        draw_ramp(band, rows, green_share);
-        draw_squares(band, rows, unit, width / 100, green_share);
+                    "14139: FAILED TO ALLOCATE MEMORY FOR CALIBRATION IMAGE\n");
+    if (!bitmap) {
+        return bitmap.failure();
     }
-    draw_labels(picture, unit, masks);
-    if (!store_test_image(bitmap, file, voice)) {
-        return 1;
+    const Picture picture = bitmap->picture();
+    draw_bands(picture, width, green_percent / 100.0);
+    draw_labels(picture, unit, *masks);
+    if (auto stored = store_test_image(*bitmap, file, messages); !stored) {
+        return stored;
     }
     add_profile(file);
-    return 0;
+    return {};
 }
 
 }  // namespace zemora

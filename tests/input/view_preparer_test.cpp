@@ -1,6 +1,6 @@
-#include "input/input_pair.h"
-
 #include <gtest/gtest.h>
+
+#include <thread>
 
 #include "tests/input/pair_rig.h"
 
@@ -10,6 +10,7 @@ namespace {
 using test::colour_at;
 using test::place_colour;
 using test::place_picture;
+using test::ReadResult;
 using test::Rig;
 
 const Colour kPasse{0, 0, 200};
@@ -24,7 +25,7 @@ TEST(StereoFile, OddWidthGivesTwoViewsOfTheSmallerHalf) {
     EXPECT_EQ(colour_at(pair->full().left, 2, 3), place_colour(2, 3));
     EXPECT_EQ(colour_at(pair->full().right, 2, 3), place_colour(17, 3));
     EXPECT_EQ(pair->full().left.pitch, pair->full().right.pitch);
-    pair->inverse_input = 1;
+    pair->orders.exchanged = true;
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
     EXPECT_EQ(colour_at(pair->full().left, 2, 3), place_colour(17, 3));
 }
@@ -74,13 +75,13 @@ TEST_P(EqualSize, RecordsTellWhereEachViewWent) {
     Rig rig;
     rig.save("l.bmp", place_picture(c.left_width, c.left_height));
     rig.save("r.bmp", place_picture(c.right_width, c.right_height));
-    rig.parameters.cropp_input = c.cropp_input;
+    rig.preparing.cropp_input = c.cropp_input;
     const auto pair = rig.pair_of(2);
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
     ASSERT_EQ(pair->width(), c.width);
     ASSERT_EQ(pair->height(), c.height);
     const int offsets[2][2] = {{c.left_x, c.left_y}, {c.right_x, c.right_y}};
-    const ViewGeometry* records[] = {&rig.left, &rig.right};
+    const InputGeometry* records[] = {&pair->views.left_geometry, &pair->views.right_geometry};
     const ConstPicture views[] = {pair->full().left, pair->full().right};
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(records[i]->frame_x, offsets[i][0]) << i;
@@ -133,24 +134,24 @@ TEST_P(PercentCrop, KeepsTheRangeOrSaysWhyNot) {
     rig.save("l.bmp", place_picture(80, 40));
     rig.save("r.bmp", place_picture(80, 40));
     const auto pair = rig.pair_of(2);
-    pair->has_pre_selection = true;
-    pair->pre_selection.left_start_x = pair->pre_selection.right_start_x = c.start;
-    pair->pre_selection.left_width = pair->pre_selection.right_width = c.size;
-    pair->pre_selection.left_start_y = 25.0F;  // the bottom quarter of the left view goes
-    pair->pre_selection.left_height = 75.0F;
-    pair->pre_selection.right_height = 75.0F;
+    pair->orders.has_pre_selection = true;
+    pair->orders.pre_selection.left_start_x = pair->orders.pre_selection.right_start_x = c.start;
+    pair->orders.pre_selection.left_width = pair->orders.pre_selection.right_width = c.size;
+    pair->orders.pre_selection.left_start_y = 25.0F;  // the bottom quarter of the left view goes
+    pair->orders.pre_selection.left_height = 75.0F;
+    pair->orders.pre_selection.right_height = 75.0F;
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
     EXPECT_NE(rig.told.find(c.told), std::string::npos) << rig.told;
     if (c.count == 0) {
         EXPECT_EQ(pair->width(), 80);
-        EXPECT_EQ(rig.left.crop_width, 80);
+        EXPECT_EQ(pair->views.left_geometry.crop_width, 80);
         return;
     }
     ASSERT_EQ(pair->width(), c.count);
     EXPECT_EQ(pair->height(), 30);
-    EXPECT_EQ(rig.left.crop_x, c.first);
-    EXPECT_EQ(rig.left.crop_y, 10);
-    EXPECT_EQ(rig.left.crop_height, 30);
+    EXPECT_EQ(pair->views.left_geometry.crop_x, c.first);
+    EXPECT_EQ(pair->views.left_geometry.crop_y, 10);
+    EXPECT_EQ(pair->views.left_geometry.crop_height, 30);
     EXPECT_EQ(colour_at(pair->full().left, 0, 0), place_colour(c.first, 10));
     EXPECT_EQ(colour_at(pair->full().right, 0, 0), place_colour(c.first, 0));
 }
@@ -167,14 +168,14 @@ TEST(TurnedInput, EachViewByItsOwnModeBeforeTheSizesAreMadeEqual) {
     rig.save("l.bmp", place_picture(40, 30));
     rig.save("r.bmp", place_picture(30, 40));
     const auto pair = rig.pair_of(2);
-    pair->rot_mir_left = 1;  // counter-clockwise
-    pair->rot_mir_right = 4;
+    pair->orders.rot_mir_left = 1;  // counter-clockwise
+    pair->orders.rot_mir_right = 4;
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
     ASSERT_EQ(pair->width(), 30);
     ASSERT_EQ(pair->height(), 40);
     EXPECT_EQ(colour_at(pair->full().left, 30 - 1 - 6, 9), place_colour(9, 6));
     EXPECT_EQ(colour_at(pair->full().right, 30 - 1 - 5, 7), place_colour(5, 7));
-    EXPECT_EQ(rig.left.rot_mir, 1);
+    EXPECT_EQ(pair->views.left_geometry.rot_mir, 1);
 }
 
 struct CopyCase {
@@ -190,8 +191,8 @@ TEST_P(AnalysisCopies, HaveALongSideOf800) {
     rig.save("r.bmp", Bitmap::create(c.width, c.height));
     const auto pair = rig.pair_of(2);
     ASSERT_EQ(rig.read(*pair), ReadResult::done);
-    EXPECT_EQ(pair->reduced_width(), c.copy_width);
-    EXPECT_EQ(pair->reduced_height(), c.copy_height);
+    EXPECT_EQ(pair->views.reduced_width(), c.copy_width);
+    EXPECT_EQ(pair->views.reduced_height(), c.copy_height);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, AnalysisCopies,
@@ -206,12 +207,14 @@ TEST(InputPair, UnreadableFileIsNamedAndTheNextPairLoads) {
     const auto pair = rig.pair_of(2);
     EXPECT_EQ(rig.read(*pair), ReadResult::unreadable);
     EXPECT_NE(pair->failure().find("r.bmp"), std::string::npos) << pair->failure();
+    EXPECT_EQ(pair->problem.file, rig.folder / "r.bmp");
+    EXPECT_FALSE(pair->problem.ends_run);
     rig.save("r.bmp", place_picture(20, 20));
     EXPECT_EQ(rig.read(*pair), ReadResult::done);
-    pair->swap_views = true;
+    pair->orders.exchanged = true;
     rig.save("r.bmp", place_picture(21, 20));
     EXPECT_EQ(rig.read(*pair), ReadResult::done);
-    EXPECT_EQ(rig.left.crop_width, 21);
+    EXPECT_EQ(pair->views.left_geometry.crop_width, 21);
 }
 
 TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
@@ -220,16 +223,13 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     // Copies its first argument behind eight bytes of disguise to what follows "/convert=".
     test::write_text(tools / "converter", "#!/bin/sh\ntail -c +9 \"$1\" > \"${2#/convert=}\"\n");
     std::filesystem::permissions(tools / "converter", std::filesystem::perms::owner_all);
-    rig.parameters.path_of_irfanview = tools / "converter";
+    rig.reading.converter = tools / "converter";
     const auto bytes = test::encoded(place_picture(20, 10).handle(), FIF_BMP);
     const std::string disguised = "disguise" + std::string(bytes.begin(), bytes.end());
     const std::string name = rig.folder / "odd 'name' $(touch x);.xyz";
     test::write_text(name, disguised);
     const auto pair = rig.pair_of(2);
-    testing::internal::CaptureStdout();
-    const ReadResult result = pair->read_input_images({name, name, {}}, false);
-    (void)testing::internal::GetCapturedStdout();
-    ASSERT_EQ(result, ReadResult::converted) << pair->failure();
+    ASSERT_EQ(rig.read(*pair, {name, name, {}}), ReadResult::converted) << pair->failure();
     EXPECT_EQ(colour_at(pair->full().right, 3, 4), place_colour(3, 4));
     EXPECT_EQ(rig.folder.files().size(), 1U);
     const Bitmap black = Bitmap::create(20, 10);
@@ -237,10 +237,8 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     const auto black_bytes = test::encoded(black.handle(), FIF_BMP);
     test::write_text(rig.folder / "black.xyz",
                      "disguise" + std::string(black_bytes.begin(), black_bytes.end()));
-    pair->swap_views = true;
-    testing::internal::CaptureStdout();
-    (void)pair->read_input_images({name, rig.folder / "black.xyz", {}}, false);
-    (void)testing::internal::GetCapturedStdout();
+    pair->orders.exchanged = true;
+    (void)rig.read(*pair, {name, rig.folder / "black.xyz", {}});
     EXPECT_EQ(colour_at(pair->full().right, 3, 4), place_colour(3, 4)) << "the views are exchanged";
     EXPECT_NE(colour_at(pair->full().left, 3, 4), place_colour(3, 4));
 }
@@ -253,12 +251,36 @@ TEST(InputPair, AConverterThatFailsIsNotToldAsMissing) {
     test::write_text(rig.folder / "odd.xyz", "no picture");
     for (const auto& [converter, told] : {std::pair{tools / "converter", "the converter has failed"},
                                           std::pair{tools / "none", "there is no converter"}}) {
-        rig.parameters.path_of_irfanview = converter;
+        rig.reading.converter = converter;
         const auto pair = rig.pair_of(2);
         EXPECT_EQ(rig.read(*pair, {rig.folder / "odd.xyz", rig.folder / "odd.xyz", {}}),
                   ReadResult::unreadable);
         EXPECT_NE(pair->failure().find(told), std::string::npos) << pair->failure();
     }
+}
+
+TEST(InputPair, IsReadAndPreparedWhileAnotherOneIsAtWork) {
+    Rig rig;
+    rig.save("l.bmp", place_picture(50, 100));
+    rig.save("r.bmp", place_picture(50, 60));
+    const auto first = rig.pair_of(2);
+    ASSERT_EQ(rig.read(*first), ReadResult::done);
+    const std::string told_at_once = rig.told;
+    const auto second = rig.pair_of(2);
+    KeptNotes kept(rig.messages, rig.parameters.verbose_mode);
+    ReadResult result = ReadResult::unreadable;
+    std::thread reader([&] {
+        result = second->read({rig.folder / "l.bmp", rig.folder / "r.bmp", {}}, kept);
+    });
+    EXPECT_EQ(colour_at(first->full().left, 7, 9), place_colour(7, 9));
+    reader.join();
+    ASSERT_EQ(result, ReadResult::done);
+    EXPECT_EQ(colour_at(second->full().left, 7, 9), place_colour(7, 9));
+    testing::internal::CaptureStdout();
+    kept.tell(rig.voice);
+    rig.console.flush();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), told_at_once) << "notes that were kept";
+    EXPECT_NE(told_at_once, "");
 }
 
 }  // namespace

@@ -2,11 +2,12 @@
 #include <cmath>
 
 #include "numerics/rounding.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "render/canvas.h"
+#include "render/test_image_parts.h"
+#include "render/test_images.h"
 #include "render/text_drawing.h"
-#include "report/test_image_parts.h"
-#include "report/test_images.h"
 
 namespace zemora {
 
@@ -206,32 +207,37 @@ void draw_alignment(const Halves& halves, const std::vector<LetterMask>& numbers
 
 }  // namespace
 
-int write_alignment_image(const ParameterSet& parameters, Voice& voice) {
-    const int width = parameters.output_width;
-    const int height = parameters.output_height;
+Result<void> write_alignment_image(const AlignmentOptions& options, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
+    const int width = options.width;
+    const int height = options.height;
     if (width <= 0 || height <= 0) {
-        voice.say<Msg::main_alignment_image_needs_size>();
-        voice.wait(Severity::warning);
-        return 1;
+        Failure failure = Failure::of_pair(messages.text<Msg::main_alignment_image_needs_size>());
+        failure.note.severity = Severity::warning;
+        failure.note.waits = true;
+        return failure;
     }
-    const std::string file = join_path(parameters.path_of_images, "zemora_alignment.tif");
-    voice.say<Msg::main_alignment_image_will_be_written>(printable(file));
-    voice.wait(Severity::information);
-    const std::vector<LetterMask> numbers = label_masks(number_labels(), kNumberFont, voice);
-    const std::vector<LetterMask> offset =
-        numbers.empty() ? numbers : label_masks({format_text("1/%d", kOffsetPart)}, kOffsetFont, voice);
-    if (offset.empty()) {
-        return 1;
+    const std::string file = join_path(options.folder, "zemora_alignment.tif");
+    notes.say<Msg::main_alignment_image_will_be_written>(printable(file));
+    notes.wait(Severity::information);
+    const auto numbers = label_masks(number_labels(), kNumberFont, messages);
+    if (!numbers) {
+        return numbers.failure();
+    }
+    const auto offset = label_masks({format_text("1/%d", kOffsetPart)}, kOffsetFont, messages);
+    if (!offset) {
+        return offset.failure();
     }
     constexpr int kWidest = 1 << 20;  // two of it can be counted
-    const Bitmap bitmap =
-        test_bitmap(width <= kWidest ? 2 * width : 0, height,
-                    "14627: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (GHOSTBUST)\n", voice);
-    const Picture both = bitmap.picture();
-    constexpr int kMirrored = 4;
-    draw_alignment({both.part(0, 0, width, height), both.part(width, 0, width, height)}, numbers, offset[0],
-                   parameters.rot_mir_output_right == kMirrored);
-    return store_test_image(bitmap, file, voice) ? 0 : 1;
+    const auto bitmap = test_bitmap(width <= kWidest ? 2 * width : 0, height,
+                                    "14627: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (GHOSTBUST)\n");
+    if (!bitmap) {
+        return bitmap.failure();
+    }
+    const Picture both = bitmap->picture();
+    draw_alignment({both.part(0, 0, width, height), both.part(width, 0, width, height)}, *numbers,
+                   offset->front(), options.mirrors_right);
+    return store_test_image(*bitmap, file, messages);
 }
 
 }  // namespace zemora

@@ -1,4 +1,4 @@
-#include "report/test_images.h"
+#include "render/test_images.h"
 
 #include <FreeImage.h>
 #include <gtest/gtest.h>
@@ -66,9 +66,8 @@ TEST_P(CalibrationImage, HasRampsAndSquaresByTheTableAndLabelsOnWhite) {
     Speaker speaker;
     const test::TestFolder folder;
     std::string profiled;
-    ASSERT_EQ(write_anaglyph_test_image(1803, folder.path(), percent, speaker.voice,
-                                        [&](const std::string& file) { profiled = file; }),
-              0);
+    ASSERT_TRUE(write_anaglyph_test_image(1803, folder.path(), percent, speaker.voice,
+                                          [&](const std::string& file) { profiled = file; }));
     const std::string file = folder / format_text("tintrovela_print_%03d.tif", percent);
     EXPECT_EQ(profiled, file);
     const Bitmap bitmap = stored(file);
@@ -110,7 +109,7 @@ int dark_pixels(ConstPicture picture) {
 TEST(CalibrationImageLabels, StandAboveTheSquaresAndBesideTheBands) {
     Speaker speaker;
     const test::TestFolder folder;
-    ASSERT_EQ(write_anaglyph_test_image(1800, folder.path(), 7, speaker.voice, [](const std::string&) {}), 0);
+    ASSERT_TRUE(write_anaglyph_test_image(1800, folder.path(), 7, speaker.voice, [](const std::string&) {}));
     const Bitmap bitmap = stored(folder / "tintrovela_print_007.tif");
     const Picture picture = bitmap.picture();
     const int label_row = picture.height - 48;
@@ -130,20 +129,16 @@ TEST(CalibrationImageFailure, NoRoomAndNoFolderGiveOne) {
     Speaker speaker;
     const test::TestFolder folder;
     const AddProfile none = [](const std::string&) { FAIL() << "there is no file"; };
-    EXPECT_EQ(write_anaglyph_test_image(49, folder.path(), 50, speaker.voice, none), 1);
-    EXPECT_EQ(write_anaglyph_test_image(1800, folder / "none", 50, speaker.voice, none), 1);
+    EXPECT_FALSE(write_anaglyph_test_image(49, folder.path(), 50, speaker.voice, none));
+    EXPECT_FALSE(write_anaglyph_test_image(1800, folder / "none", 50, speaker.voice, none));
     EXPECT_TRUE(folder.files().empty());
 }
 
 /// The image of 640 by 480 for each view, as it is stored.
 class AlignmentImage : public ::testing::Test {
 protected:
-    void write(int mirrored) {
-        speaker_.parameters.output_width = kWidth;
-        speaker_.parameters.output_height = kHeight;
-        speaker_.parameters.rot_mir_output_right = mirrored;
-        speaker_.parameters.path_of_images = folder_.path();
-        ASSERT_EQ(write_alignment_image(speaker_.parameters, speaker_.voice), 0);
+    void write(bool is_mirrored) {
+        ASSERT_TRUE(write_alignment_image({kWidth, kHeight, folder_.path(), is_mirrored}, speaker_.voice));
         bitmap_ = stored(folder_ / "zemora_alignment.tif");
         ASSERT_EQ(bitmap_.width(), 2 * kWidth);
         ASSERT_EQ(bitmap_.height(), kHeight);
@@ -163,7 +158,7 @@ int plain_band(int y) {
 }
 
 TEST_F(AlignmentImage, BandsAreAsBrightAsTheGhostThatTheyCancel) {
-    write(0);
+    write(false);
     constexpr int kLine = 320 - 640 / 30 / 2;  // column of the line in the left view
     std::set<int> bands;
     for (int y = 14; y < 466; ++y) {
@@ -189,7 +184,7 @@ TEST_F(AlignmentImage, BandsAreAsBrightAsTheGhostThatTheyCancel) {
 }
 
 TEST_F(AlignmentImage, LinesAreApartByAThirtiethOfTheWidth) {
-    write(0);
+    write(false);
     const int y = 150;
     std::array<int, 2> columns{};
     for (int x = 280; x < 360; ++x) {
@@ -204,7 +199,7 @@ TEST_F(AlignmentImage, LinesAreApartByAThirtiethOfTheWidth) {
 }
 
 TEST_F(AlignmentImage, FrameRingAndMarksAreAlikeInBothViews) {
-    write(0);
+    write(false);
     constexpr Colour kRed{0, 0, 255};
     constexpr Colour kWhite{255, 255, 255};
     for (const Picture& half : {left(), right()}) {
@@ -220,9 +215,9 @@ TEST_F(AlignmentImage, FrameRingAndMarksAreAlikeInBothViews) {
 }
 
 TEST_F(AlignmentImage, TheRightViewIsMirroredForAMirror) {
-    write(0);
+    write(false);
     const Bitmap plain = bitmap_.clone();
-    write(4);
+    write(true);
     for (int y = 0; y < kHeight; ++y) {
         for (int x = 0; x < kWidth; ++x) {
             const ConstPicture before = plain.picture();
@@ -238,10 +233,8 @@ TEST(AlignmentImageSizes, OddOnesAreDrawnAndNoneIsRefused) {
           std::array{90, 700, 0}, std::array{0, 100, 1}, std::array{100, 0, 1}}) {
         Speaker speaker;
         const test::TestFolder folder;
-        speaker.parameters.output_width = width;
-        speaker.parameters.output_height = height;
-        speaker.parameters.path_of_images = folder.path();
-        EXPECT_EQ(write_alignment_image(speaker.parameters, speaker.voice), result)
+        EXPECT_EQ(write_alignment_image({width, height, folder.path()}, speaker.voice).has_value(),
+                  result == 0)
             << width << " by " << height;
         EXPECT_EQ(folder.files().size(), result == 0 ? 1U : 0U);
     }

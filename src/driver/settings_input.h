@@ -1,0 +1,26 @@
+#pragma once
+/// What the settings of a run mean for the input and for depth masks.
+
+#include "config/parameter_set.h"
+#include "depth/depth_views.h"
+#include "input/collect_options.h"
+#include "input/pair_reader.h"
+#include "input/stored_record.h"
+#include "input/view_preparer.h"
+
+namespace zemora {
+
+[[nodiscard]] CollectOptions collect_options_of(const ParameterSet& parameters);
+
+/// Absolute path of `ListofImages`.
+[[nodiscard]] std::string list_path_of(const ParameterSet& parameters);
+
+[[nodiscard]] WantedShape wanted_shape_of(const ParameterSet& parameters);
+
+[[nodiscard]] PairReadOptions pair_read_options_of(const ParameterSet& parameters);
+
+[[nodiscard]] PrepareOptions prepare_options_of(const ParameterSet& parameters);
+
+[[nodiscard]] DepthSettings depth_settings_of(const ParameterSet& parameters);
+
+}  // namespace zemora
