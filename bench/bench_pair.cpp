@@ -68,14 +68,10 @@ bool mount(Pipeline& pipeline, benchmark::State& state) {
         return false;
     }
     clock.add(state, "load");
-    if (!measure_first(pipeline, pair)) {
+    if (!measure_geometry(pipeline, pair)) {
         return false;
     }
-    clock.add(state, "first");
-    if (!iterate_geometry(pipeline, pair)) {
-        return false;
-    }
-    clock.add(state, "iterate");
+    clock.add(state, "measure");
     place_stereo_window(pipeline, pair);
     if (!warp_final(pipeline, pair)) {
         return false;

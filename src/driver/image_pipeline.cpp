@@ -60,7 +60,7 @@ namespace {
 /// From the loaded pair to its corrections and its place behind the stereo window.
 bool find_geometry(Pipeline& pipeline, PairRun& pair) {
     if (!counts_as_measured(pair.mode)) {
-        apply_stored_geometry(pipeline, pair);
+        load_unmeasured_geometry(pipeline, pair);
         return true;
     }
     if (!measure_geometry(pipeline, pair)) {

@@ -42,10 +42,10 @@ Result<WarpedViews> PipelineWarp::warp(const Correction& correction, bool reduce
         scale = static_cast<double>(plan.frame.height) / input.height();
         plan.scale = static_cast<float>(scale);
         // The reduced copies have the pre-correction in them, the full-size views not.
-        pair_.preset = pair_.orders.has_pre_selection ? pair_.orders.pre_selection : PreSelection();
+        pair_.geometry.preset = pair_.orders.has_pre_selection ? pair_.orders.pre_selection : PreSelection();
     }
     plan.correction = correction.scaled(scale);
-    plan.preset = pair_.preset;
+    plan.preset = pair_.geometry.preset;
     plan.applied_view = render.applied_view;
     plan.background = render.background;
     const ColourChange* colours = pipeline_.colours ? &*pipeline_.colours : nullptr;

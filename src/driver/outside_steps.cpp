@@ -53,10 +53,12 @@ std::vector<SidedFile> sided_files(const Pipeline& pipeline, const PairRun& pair
 /// places, and the window with them.
 StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const double shift_px = pair.window.pure_shift_px + pair.window.window_shift_px;
+    const double shift_px = pair.geometry.window.pure_shift_px + pair.geometry.window.window_shift_px;
     // Against the shift, as the window is chosen: from the iteration where there was one.
-    const double near_px = pair.analysed ? -pair.disparities.far_px : shift_px - pair.original_far_px;
-    const double far_px = pair.analysed ? -pair.disparities.near_px : shift_px - pair.original_near_px;
+    const double near_px =
+        pair.geometry.measured ? -pair.geometry.disparities.far_px : shift_px - pair.original_far_px;
+    const double far_px =
+        pair.geometry.measured ? -pair.geometry.disparities.near_px : shift_px - pair.original_near_px;
     double window_px = near_px;  // also for the edges, whose far points nobody measured
     if (p.estimate_window == setting::estimate_window::far_point) {
         window_px = far_px;
@@ -211,7 +213,7 @@ void write_stored_record(Pipeline& pipeline, const PairRun& pair) {
 
 StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) {
     const PreSelection& preset = pair.orders.pre_selection;
-    const Correction& c = pair.correction;
+    const Correction& c = pair.geometry.correction;
     const SelectionBox& box = pair.selection;
     const ParameterSet& p = pipeline.parameters;
     return {preset.rotation_left,
@@ -231,10 +233,10 @@ StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) 
             c.vergence_v_rad / kRadiansPerDegree,
             c.vergence_h_rad / kRadiansPerDegree,
             static_cast<double>(pair.output_width) / std::max(pair.output_height, 1),
-            pair.window.pure_shift_px,
+            pair.geometry.window.pure_shift_px,
             pair.deviation,
             pair.original_near_px,
-            pair.window.window_shift_px,
+            pair.geometry.window.window_shift_px,
             box.window_offset,
             box.left,
             box.right,

@@ -61,9 +61,6 @@ struct Pipeline {
     BatchNames last_stored;
 };
 
-/// Where the geometry of a pair comes from.
-enum class GeometrySource { measured, keys, stored, none };
-
 /// Whether `EstimateGeometry` is one of 3 to 5 and -3 to -5, whose results go into the input files.
 [[nodiscard]] constexpr bool uses_record(int mode) {
     return (mode >= 3 && mode <= 5) || (mode >= -5 && mode <= -3);
@@ -74,7 +71,6 @@ struct PairRun {
     int index = 0;
     int mode = 1;  ///< Working copy of `EstimateGeometry`.
     StatusCode status = StatusCode::no_result;
-    bool analysed = false;
     bool failure_told = false;
     bool store_failed = false;  ///< A product is missing: no record, no line of the list.
     bool repeat = false;        ///< The post viewer wants the pair once more.
@@ -107,19 +103,13 @@ struct PairRun {
     StoredCorrectionRecord stored = empty_record();
     bool has_stored = false;
     TargetSize target;
-    SizeWish wish;        ///< The size that the final warps are to reach.
-    PreSelection preset;  ///< In force for the full-size pair.
-    Correction correction;
-    Correction remaining;         ///< The latest iteration's values.
-    PairDisparities disparities;  ///< Of the latest measurement, against the correction's shift.
-    double wide_agreement =
-        1.0;                 ///< Share of the picture that agrees with the start taken, where it was asked.
+    SizeWish wish;           ///< The size that the final warps are to reach.
+    PairGeometry geometry;   ///< Its preset is in force for the full-size pair.
     double scale = 1.0;      ///< Working pixels per input pixel.
     int working_height = 0;  ///< Whole frame of the latest warp.
     int working_width = 0;
     PixelRectangle common_area;   ///< Of that frame.
     double rejected_share = 0.0;  ///< Of the cells with a match that the fit did not believe, 0 to 1.
-    WindowPlacement window;
     SelectionBox selection;
 
     // Result, in output pixels.
@@ -150,7 +140,7 @@ void run_image_pipeline(Pipeline& pipeline);
 /// Measures the pair: its correction and its disparities.
 [[nodiscard]] bool measure_geometry(Pipeline& pipeline, PairRun& pair);
 /// Takes the corrections from keys or from a stored record.
-void apply_stored_geometry(Pipeline& pipeline, PairRun& pair);
+void load_unmeasured_geometry(Pipeline& pipeline, PairRun& pair);
 /// The corrections and the window of a record, at the scale of the pair.
 void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
 /// The selection of a record, and its shape for the final warps.

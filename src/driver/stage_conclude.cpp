@@ -24,8 +24,8 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     report.pre_rotation_left = preset.rotation_left;
     report.pre_rotation_right = preset.rotation_right;
     report.pre_vergence_v = preset.vergence_v;
-    report.correction = pair.correction.rounded_to_float();
-    report.remaining = pair.remaining.rounded_to_float();
+    report.correction = pair.geometry.correction.rounded_to_float();
+    report.remaining = pair.geometry.remaining.rounded_to_float();
     report.heights = pair.heights;
     report.looks_exchanged = pair.looks_exchanged;
     report.doubt = doubt_text(pair.doubts, pipeline.voice.messages());

@@ -24,8 +24,8 @@ ViewShape shape_of(const ParameterSet& p) {
 
 Sizing sizing_of(const Pipeline& pipeline, const PairRun& pair) {
     Sizing sizing;
-    sizing.correction = pair.correction;
-    sizing.correction.shift_px = pair.window.pure_shift_px;
+    sizing.correction = pair.geometry.correction;
+    sizing.correction.shift_px = pair.geometry.window.pure_shift_px;
     sizing.window_offset = pair.selection.window_offset;
     sizing.interpolation_mode = pipeline.render.interpolation_mode;
     return sizing;
@@ -35,9 +35,9 @@ Sizing sizing_of(const Pipeline& pipeline, const PairRun& pair) {
 /// output pair itself is measured.
 void lift_disparities(PairRun& pair, double scale) {
     DisparityStatistics& result = pair.result;
-    const PairDisparities& d = pair.disparities;
+    const PairDisparities& d = pair.geometry.disparities;
     const auto lifted = [&](double value_px) {
-        return static_cast<float>(scale * (value_px + pair.window.window_shift_px));
+        return static_cast<float>(scale * (value_px + pair.geometry.window.window_shift_px));
     };
     result.near_point = lifted(d.near_px);
     result.far_point = lifted(d.far_px);
@@ -53,13 +53,13 @@ float far_point_for_frame(Pipeline& pipeline, PairRun& pair) {
     const double scale = warp.plan.scale;
     const double selection_shift_px =
         pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
-    if (pair.analysed) {
+    if (pair.geometry.measured) {
         lift_disparities(pair, scale);
         return static_cast<float>(pair.result.far_point + selection_shift_px);
     }
     if (pair.has_stored) {
         const double near_px =
-            scale * (pair.original_near_px - pair.window.pure_shift_px) + selection_shift_px;
+            scale * (pair.original_near_px - pair.geometry.window.pure_shift_px) + selection_shift_px;
         return static_cast<float>(near_px + pair.deviation * warp.width);
     }
     AnalysisState& analysis = pipeline.analysis;
@@ -122,7 +122,7 @@ bool warp_first(Pipeline& pipeline, PairRun& pair, const Sizing& sizing) {
     const MeasuredFrame measured{{pair.working_width, pair.working_height},
                                  pair.common_area,
                                  pair.scale,
-                                 pair.analysed ? pair.correction.shift_px : 0.0};
+                                 pair.geometry.measured ? pair.geometry.correction.shift_px : 0.0};
     WarpPlan plan = output_plan(pipeline, pair);
     plan.frame = measured.frame;
     plan.scale = static_cast<float>(pair.scale);
@@ -162,7 +162,7 @@ WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const RenderSettings& render = pipeline.render;
     WarpPlan plan;
-    plan.preset = pair.preset;
+    plan.preset = pair.geometry.preset;
     plan.shape = shape_of(p);
     plan.applied_view = render.applied_view;
     plan.gamma = p.gamma_correction;
@@ -178,7 +178,7 @@ WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair) {
 bool warp_final(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     // Without measurement, or after a viewer, only the result shows what the picture holds.
-    const bool tone_first = pair.analysed && p.post_viewer_active == 0;
+    const bool tone_first = pair.geometry.measured && p.post_viewer_active == 0;
     const bool tone_of_result = !tone_first && p.auto_output_contrast != 0;
     if (tone_first) {
         adapt_tone(pipeline);

@@ -17,15 +17,12 @@ bool measure_geometry(Pipeline& pipeline, PairRun& pair) {
     const InputViews& input = pipeline.input;
     pipeline.analysis_dump.set_names(pair.left_relative, pipeline.list.two_files ? pair.right_relative : "");
     PipelineWarp warp(pipeline, pair);
-    const PairGeometry geometry = value_or_end(
+    PairGeometry geometry = value_or_end(
         pipeline.voice, measure_pair({input.full(), input.reduced()}, measure_settings(pipeline.parameters),
                                      {pipeline.analysis, warp}, pipeline.voice));
-    pair.analysed = geometry.measured;
+    geometry.preset = pair.geometry.preset;
+    pair.geometry = geometry;
     pair.status = geometry.status;
-    pair.correction = geometry.correction;
-    pair.remaining = geometry.remaining;
-    pair.disparities = geometry.disparities;
-    pair.wide_agreement = geometry.agreement;
     if (is_written(geometry.status)) {
         return true;
     }

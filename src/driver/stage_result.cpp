@@ -52,10 +52,10 @@ void show_matrix(const Pipeline& pipeline) {
 void check_result(const Pipeline& pipeline, PairRun& pair) {
     pair.heights.reset();
     pair.looks_exchanged = false;
-    if (pair.analysed && pipeline.parameters.robust_estimation != 0) {
+    if (pair.geometry.measured && pipeline.parameters.robust_estimation != 0) {
         const WarpedPair& warp = pipeline.warped;
         pair.heights = check_heights(pipeline.analysis, warp.pair(), warp.plan.scale);
-        pair.heights->agreement = pair.wide_agreement;
+        pair.heights->agreement = pair.geometry.agreement;
         pair.looks_exchanged = measure_eye_order(pipeline.analysis, warp.pair()).looks_exchanged();
         pair.rejected_share = pipeline.analysis.rejected_share;
     }
@@ -66,16 +66,16 @@ void check_result(const Pipeline& pipeline, PairRun& pair) {
 double expected_centre(const Pipeline& pipeline, const PairRun& pair) {
     constexpr double kReach = 0.12;  // of the width; the search ends at 0.148
     const WarpedPair& warp = pipeline.warped;
-    if (!pipeline.analysis.options.robust || !pair.analysed) {
+    if (!pipeline.analysis.options.robust || !pair.geometry.measured) {
         return 0.0;
     }
     const double selection_shift_px =
         pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
     const auto finished = [&](double value_px) {
-        return (value_px + pair.window.window_shift_px) * warp.plan.scale + selection_shift_px;
+        return (value_px + pair.geometry.window.window_shift_px) * warp.plan.scale + selection_shift_px;
     };
-    const double near_px = finished(pair.disparities.near_px);
-    const double far_px = finished(pair.disparities.far_px);
+    const double near_px = finished(pair.geometry.disparities.near_px);
+    const double far_px = finished(pair.geometry.disparities.far_px);
     const bool reaches_end = std::max(std::fabs(near_px), std::fabs(far_px)) > kReach * warp.width;
     return reaches_end ? (near_px + far_px) / 2.0 : 0.0;
 }
@@ -95,8 +95,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const WarpedPair& warp = pipeline.warped;
     pair.output_width = warp.width;
     pair.output_height = warp.height;
-    if (!pair.analysed && !pair.has_stored) {  // the shift that the keys gave; a record keeps its near point
-        pair.original_near_px = pair.window.window_shift_px;
+    if (!pair.geometry.measured &&
+        !pair.has_stored) {  // the shift that the keys gave; a record keeps its near point
+        pair.original_near_px = pair.geometry.window.window_shift_px;
     }
     const std::string step =
         voice.messages().either({"Zemora::analyse:  phase 4: EstimateDeviation           ",
@@ -120,9 +121,9 @@ bool measure_result(Pipeline& pipeline, PairRun& pair) {
     const double selection_shift_px =
         pair.selection.window_offset * static_cast<double>(warp.plan.frame.width);
     const auto original = [&](double value_px) {
-        return (value_px - selection_shift_px) / warp.plan.scale + pair.window.pure_shift_px;
+        return (value_px - selection_shift_px) / warp.plan.scale + pair.geometry.window.pure_shift_px;
     };
-    if (pair.analysed) {
+    if (pair.geometry.measured) {
         pair.original_near_px = original(pair.result.near_point);
     }
     pair.original_far_px = original(pair.result.far_point);
@@ -142,7 +143,8 @@ void settle_trust(PairRun& pair) {
         return;
     }
     const HeightVerdict heights = judge_heights(*pair.heights, pair.deviation).verdict;
-    pair.doubts = doubts_of({pair.correction, pair.rejected_share, heights, pair.wide_agreement});
+    pair.doubts =
+        doubts_of({pair.geometry.correction, pair.rejected_share, heights, pair.geometry.agreement});
     if (!pair.doubts.empty()) {
         pair.status = std::min(pair.status, StatusCode::usable);
     }

@@ -9,16 +9,16 @@ namespace {
 
 void take_keys(const Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    pair.correction = {p.use_height,
-                       0.0,
-                       p.use_size / 100.0,
-                       p.use_rotation * kRadiansPerDegree,
-                       p.use_vergence_v * kRadiansPerDegree,
-                       p.use_vergence_h * kRadiansPerDegree};
-    pair.window.output_window_px =
+    pair.geometry.correction = {p.use_height,
+                                0.0,
+                                p.use_size / 100.0,
+                                p.use_rotation * kRadiansPerDegree,
+                                p.use_vergence_v * kRadiansPerDegree,
+                                p.use_vergence_h * kRadiansPerDegree};
+    pair.geometry.window.output_window_px =
         pixels_from_reference(p.window_offset, p.win_off_reference, pair.working_height, pair.working_width);
-    pair.window.window_shift_px = pair.window.output_window_px / pair.scale;
-    pair.window.pure_shift_px = -pair.window.window_shift_px;
+    pair.geometry.window.window_shift_px = pair.geometry.window.output_window_px / pair.scale;
+    pair.geometry.window.pure_shift_px = -pair.geometry.window.window_shift_px;
 }
 
 void take_record(Pipeline& pipeline, PairRun& pair) {
@@ -32,15 +32,15 @@ void take_record(Pipeline& pipeline, PairRun& pair) {
 }  // namespace
 
 void take_geometry(const StoredCorrectionRecord& r, PairRun& pair) {
-    pair.window.pure_shift_px = r[kRecordPureShift];
-    pair.window.window_shift_px = r[kRecordWindowShift];
-    pair.window.output_window_px = pair.scale * pair.window.window_shift_px;
-    pair.correction = {r[kRecordHeight],
-                       r[kRecordPureShift] + r[kRecordWindowShift],
-                       r[kRecordSize] / 100.0,
-                       r[kRecordRotation] * kRadiansPerDegree,
-                       r[kRecordVergenceV] * kRadiansPerDegree,
-                       r[kRecordVergenceH] * kRadiansPerDegree};
+    pair.geometry.window.pure_shift_px = r[kRecordPureShift];
+    pair.geometry.window.window_shift_px = r[kRecordWindowShift];
+    pair.geometry.window.output_window_px = pair.scale * pair.geometry.window.window_shift_px;
+    pair.geometry.correction = {r[kRecordHeight],
+                                r[kRecordPureShift] + r[kRecordWindowShift],
+                                r[kRecordSize] / 100.0,
+                                r[kRecordRotation] * kRadiansPerDegree,
+                                r[kRecordVergenceV] * kRadiansPerDegree,
+                                r[kRecordVergenceH] * kRadiansPerDegree};
 }
 
 void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipeline, PairRun& pair) {
@@ -61,7 +61,7 @@ void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipelin
     p.trapez_scale = r[kRecordTrapezScale] != 0.0 ? static_cast<float>(r[kRecordTrapezScale]) : 1.0F;
 }
 
-void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
+void load_unmeasured_geometry(Pipeline& pipeline, PairRun& pair) {
     Voice& voice = pipeline.voice;
     const PictureSize& scaled = pair.wish.scaled;
     voice.progress(voice.messages().either(
@@ -72,13 +72,13 @@ void apply_stored_geometry(Pipeline& pipeline, PairRun& pair) {
     pair.working_height = scaled.height;
     pair.working_width = scaled.width;
     pair.common_area = {0, scaled.width - 1, 0, scaled.height - 1};
-    pair.preset = pair.orders.has_pre_selection ? pair.orders.pre_selection : PreSelection();
+    pair.geometry.preset = pair.orders.has_pre_selection ? pair.orders.pre_selection : PreSelection();
     if (pair.mode == 0) {
         take_keys(pipeline, pair);
     } else if (pair.has_stored) {
         take_record(pipeline, pair);
     }
-    pair.analysed = false;
+    pair.geometry.measured = false;
     pair.status = StatusCode::success;
 }
 

@@ -7,12 +7,14 @@
 namespace zemora {
 
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair) {
-    pair.window = place_window(pipeline.parameters, pair.correction.shift_px, pair.disparities.window_px,
-                               pair.scale, pair.working_height, pair.working_width);
+    pair.geometry.window = place_window(pipeline.parameters, pair.geometry.correction.shift_px,
+                                        pair.geometry.disparities.window_px, pair.scale, pair.working_height,
+                                        pair.working_width);
     // The final warp uses what a list keeps of the values, so that a later run that applies them gives the
     // very same picture. Their six digits are finer than any effect in a picture.
     take_geometry(as_listed(record_of(pipeline, pair)), pair);
-    pair.deviation = pair.scale * (pair.disparities.far_px - pair.disparities.near_px) / pair.working_width;
+    pair.deviation = pair.scale * (pair.geometry.disparities.far_px - pair.geometry.disparities.near_px) /
+                     pair.working_width;
 }
 
 }  // namespace zemora

@@ -23,9 +23,9 @@ bool warp_preview(Pipeline& pipeline, PairRun& pair, const PreviewSize& frame) {
     plan.frame = {frame.width, frame.height};
     plan.scale = static_cast<float>(scale);
     plan.interpolation = interpolation_for(pipeline.render.interpolation_mode, plan.scale);
-    plan.correction = pair.correction;
-    plan.correction.height_px = scale * pair.correction.height_px;
-    plan.correction.shift_px = scale * pair.window.pure_shift_px;
+    plan.correction = pair.geometry.correction;
+    plan.correction.height_px = scale * pair.geometry.correction.height_px;
+    plan.correction.shift_px = scale * pair.geometry.window.pure_shift_px;
     if (!warp_views(pipeline, pipeline.input.full(), plan)) {
         return false;
     }

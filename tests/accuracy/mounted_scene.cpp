@@ -172,17 +172,16 @@ MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
     Pipeline pipeline(parameters, context, list, exiftool, voice);
     PairRun pair;
     MountedScene result;
-    result.mounted = prepare_pair(pipeline, pair) && measure_first(pipeline, pair) &&
-                     iterate_geometry(pipeline, pair) && is_written(pair.status);
+    result.mounted = prepare_pair(pipeline, pair) && measure_geometry(pipeline, pair);
     if (result.mounted) {
         place_stereo_window(pipeline, pair);
         result.mounted = warp_final(pipeline, pair);
     }
     std::filesystem::remove(left);
     std::filesystem::remove(right);
-    result.iterations = pair.iteration - 1;
-    result.correction = pair.correction;
-    result.residual_rms_px = pair.residual_rms;
+    result.iterations = pair.geometry.rounds - 1;
+    result.correction = pair.geometry.correction;
+    result.residual_rms_px = static_cast<float>(pair.geometry.residual_rms_px);
     result.status = pair.status;
     if (result.mounted && mount.seed_of_right == 0) {
         judge(pipeline.warped, scene, result);

@@ -53,7 +53,7 @@ TEST(Trust, LowersASuccessAndNothingElse) {
                           Case{StatusCode::abandoned, true, 0.05, StatusCode::abandoned}}) {
         PairRun pair;
         pair.status = c.before;
-        pair.correction.size = c.size;
+        pair.geometry.correction.size = c.size;
         pair.doubts = {Doubt::height};
         if (c.checked) {
             pair.heights = HeightCheck{81, 70, 0, 0, 0.1, 0.2, 0.1, 1000.0, 1.0};
