@@ -26,8 +26,8 @@ PairReadOptions read_options_with_phone_depth(const ParameterSet& parameters, Ex
 
 }  // namespace
 
-Pipeline::Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
-                   Voice& voice_in)
+Pipeline::Pipeline(const ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in,
+                   ExifTool& exiftool_in, Voice& voice_in)
     : parameters(parameters_in),
       run(run_in),
       list(list_in),

@@ -207,10 +207,10 @@ OutputName output_path(const ParameterSet& parameters, const std::string& root, 
 
 void stamp_name(OutputName& name, const ParameterSet& parameters, const StampValues& values) {
     const int mode = parameters.stamp_files;
-    if (mode == 1 || mode == 3) {
+    if (mode == setting::stamp_files::deviation || mode == setting::stamp_files::deviation_and_time) {
         name.stamp += deviation_stamp(parameters, values);
     }
-    if (mode == 2 || mode == 3) {
+    if (mode >= setting::stamp_files::time || values.stamps_time) {
         name.stamp += values.time_stamp;
     }
     name.over_limit = parameters.video_mode == 0 && values.deviation * 1000.0 > parameters.deviation_thresh;

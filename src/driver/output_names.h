@@ -45,7 +45,8 @@ struct OutputName {
 struct StampValues {
     double deviation = 0.0;
     double projected_deviation = 0.0;
-    std::string time_stamp;  ///< "_2026.01.31_23.59.59"
+    std::string time_stamp;    ///< "_2026.01.31_23.59.59"
+    bool stamps_time = false;  ///< Whatever `StampFiles` says.
 };
 
 /// Puts in the stamps that `StampFiles` asks for, and "zz_" above `DeviationThresh` (images only).

@@ -215,7 +215,7 @@ StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) 
     const PreSelection& preset = pair.orders.pre_selection;
     const Correction& c = pair.geometry.correction;
     const SelectionBox& box = pair.selection;
-    const ParameterSet& p = pipeline.parameters;
+    const ViewShape& shape = pair.geometry.shape;
     return {preset.rotation_left,
             preset.rotation_right,
             preset.vergence_v,
@@ -244,13 +244,13 @@ StoredCorrectionRecord record_of(const Pipeline& pipeline, const PairRun& pair) 
             box.bottom,
             box.band_left,
             box.band_right,
-            p.phantogram,
-            p.edge_warp,
-            p.vertical_ax,
-            p.common_trapez,
-            p.sym_trapez,
-            p.trapez_scale,
-            static_cast<double>(p.cropp_output)};
+            shape.phantogram,
+            shape.edge_warp,
+            shape.vertical_ax,
+            shape.common_trapez,
+            shape.sym_trapez,
+            shape.trapez_scale,
+            static_cast<double>(pipeline.parameters.cropp_output)};
 }
 
 void write_progress_start(const Pipeline& pipeline, const PairRun& pair) {

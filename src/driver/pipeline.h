@@ -33,12 +33,12 @@ namespace zemora {
 
 /// What lives for the whole run of the pipeline.
 struct Pipeline {
-    Pipeline(ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
+    Pipeline(const ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
              Voice& voice_in);
     Pipeline(const Pipeline&) = delete;  // its parts refer to each other
     Pipeline& operator=(const Pipeline&) = delete;
 
-    ParameterSet& parameters;
+    const ParameterSet& parameters;
     RunContext& run;
     ImageList& list;
     ExifTool& exiftool;
@@ -59,6 +59,11 @@ struct Pipeline {
     int mounted = 0;            ///< Objects whose products are all stored.
     const FrameSettings frame;  ///< Of the settings; each pair starts from it.
     BatchNames last_stored;
+
+    // What the run decides on its way, for all pairs to come.
+    bool previewer_is_off = false;   ///< The corrections come from storage.
+    bool stamps_time = false;        ///< A repeat wants a name of its own.
+    bool stores_plain_tiff = false;  ///< There is no usable profile for print.
 };
 
 /// Whether `EstimateGeometry` is one of 3 to 5 and -3 to -5, whose results go into the input files.
@@ -144,7 +149,7 @@ void load_unmeasured_geometry(Pipeline& pipeline, PairRun& pair);
 /// The corrections and the window of a record, at the scale of the pair.
 void take_geometry(const StoredCorrectionRecord& record, PairRun& pair);
 /// The selection of a record, and its shape for the final warps.
-void take_selection_and_shape(const StoredCorrectionRecord& record, Pipeline& pipeline, PairRun& pair);
+void take_selection_and_shape(const StoredCorrectionRecord& record, PairRun& pair);
 /// Stereo window from the measured disparities.
 void place_stereo_window(const Pipeline& pipeline, PairRun& pair);
 /// What all warps for the output of a pair have in common; frame, scale and correction are not set.

@@ -176,16 +176,14 @@ void find_directories(Run& run, const Invocation& invocation) {
     context.run_start = current_seconds();
     context.program_directory = program_directory();
     context.working_directory = working_directory();
-    context.parameter_directory =
+    const std::string parameter_directory =
         invocation.parameter_file.empty()
             ? context.working_directory
             : folder_of(join_path(context.working_directory, invocation.parameter_file));
     const std::string& root = p.root_directory == 2   ? context.working_directory
                               : p.root_directory == 1 ? context.program_directory
-                                                      : context.parameter_directory;
+                                                      : parameter_directory;
     p.path_of_images = join_path(root, p.path_of_images);
-    context.root_path = p.path_of_images;
-    context.image_root = p.path_of_images;
 }
 
 /// From this value of `GraphicalInterface` on a front end asks for the calibration image.

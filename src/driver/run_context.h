@@ -22,12 +22,8 @@ struct RunContext {
     std::string parameter_file;  ///< As given or found; empty in forms 7 and 8.
     std::string program_directory;
     std::string working_directory;
-    std::string parameter_directory;  ///< Folder of the parameter file really read.
-    std::string root_path;            ///< Base of relative names of the list.
-    std::string image_root;           ///< The image folder as resolved at the start.
-    long long run_start = 0;          ///< Calendar seconds.
-    std::string stamp;                ///< Time stamp text.
-    std::string batch;                ///< Text of the post-run batch; empty for none.
+    long long run_start = 0;  ///< Calendar seconds.
+    std::string stamp;        ///< Time stamp text.
 };
 
 }  // namespace zemora

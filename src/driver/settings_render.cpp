@@ -51,12 +51,15 @@ FrameSettings frame_settings(const ParameterSet& p) {
     return frame;
 }
 
-SaveOptions save_options(const ParameterSet& p) {
-    return {p.output_format,   p.compress_bitmap == 1, p.jpg_quality,
-            p.dots_per_inch_x, p.dots_per_inch_y,      p.cmyk_profile};
+SaveOptions save_options(const ParameterSet& p, bool plain_tiff) {
+    const int format = plain_tiff && p.output_format == setting::output_format::cmyk_by_profile
+                           ? setting::output_format::tif
+                           : p.output_format;
+    return {format,        p.compress_bitmap == 1, p.jpg_quality, p.dots_per_inch_x, p.dots_per_inch_y,
+            p.cmyk_profile};
 }
 
-AnaglyphOptions anaglyph_options(const ParameterSet& p) {
+AnaglyphOptions anaglyph_options(const ParameterSet& p, bool plain_tiff) {
     AnaglyphOptions options;
     options.mix.type = p.anaglyph_type;
     options.mix.brightness = p.brightness;
@@ -67,12 +70,12 @@ AnaglyphOptions anaglyph_options(const ParameterSet& p) {
     options.calibration_folder = p.path_of_images;
     options.colour_file = colour_file(p).value_or(ColourFile());
     options.is_dome = p.planetarium_output == 1;
-    options.save = save_options(p);
+    options.save = save_options(p, plain_tiff);
     return options;
 }
 
-ExtraOptions extra_options(const ParameterSet& p, bool keeps_orientation) {
-    return {static_cast<ExtraFormat>(p.extra_output), save_options(p), p.meta_transfer != 0,
+ExtraOptions extra_options(const ParameterSet& p, bool keeps_orientation, bool plain_tiff) {
+    return {static_cast<ExtraFormat>(p.extra_output), save_options(p, plain_tiff), p.meta_transfer != 0,
             keeps_orientation, p.exif_copyright};
 }
 

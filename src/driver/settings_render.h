@@ -26,10 +26,12 @@ struct RenderSettings {
 /// The frame round the pictures before a pair changes it.
 [[nodiscard]] FrameSettings frame_settings(const ParameterSet& parameters);
 
-[[nodiscard]] SaveOptions save_options(const ParameterSet& parameters);
-[[nodiscard]] AnaglyphOptions anaglyph_options(const ParameterSet& parameters);
+/// `plain_tiff`: there is no usable profile for print.
+[[nodiscard]] SaveOptions save_options(const ParameterSet& parameters, bool plain_tiff = false);
+[[nodiscard]] AnaglyphOptions anaglyph_options(const ParameterSet& parameters, bool plain_tiff = false);
 /// `keeps_orientation`: nothing has turned the pictures of the pair.
-[[nodiscard]] ExtraOptions extra_options(const ParameterSet& parameters, bool keeps_orientation);
+[[nodiscard]] ExtraOptions extra_options(const ParameterSet& parameters, bool keeps_orientation,
+                                         bool plain_tiff = false);
 [[nodiscard]] SourceLayout source_layout(const ParameterSet& parameters);
 
 /// The file of external colour management; nothing where neither `ExtColorManagement` nor `AnaglyphType` 8 or

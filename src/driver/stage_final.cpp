@@ -16,12 +16,6 @@
 namespace zemora {
 
 namespace {
-
-/// The perspective that the user chose.
-ViewShape shape_of(const ParameterSet& p) {
-    return {p.phantogram, p.edge_warp, p.vertical_ax, p.common_trapez, p.sym_trapez, p.trapez_scale};
-}
-
 Sizing sizing_of(const Pipeline& pipeline, const PairRun& pair) {
     Sizing sizing;
     sizing.correction = pair.geometry.correction;
@@ -163,7 +157,7 @@ WarpPlan output_plan(const Pipeline& pipeline, const PairRun& pair) {
     const RenderSettings& render = pipeline.render;
     WarpPlan plan;
     plan.preset = pair.geometry.preset;
-    plan.shape = shape_of(p);
+    plan.shape = pair.geometry.shape;
     plan.applied_view = render.applied_view;
     plan.gamma = p.gamma_correction;
     plan.background = render.background;

@@ -159,10 +159,9 @@ void tell_shallow_products(const Pipeline& pipeline) {
 }
 
 /// Without a usable profile for print the run stores plain TIFF pictures.
-void check_print_profile(const Pipeline& pipeline) {
-    constexpr int kPlainTiff = 5;
-    ParameterSet& p = pipeline.parameters;
-    if (p.output_format != setting::output_format::cmyk_by_profile) {
+void check_print_profile(Pipeline& pipeline) {
+    const ParameterSet& p = pipeline.parameters;
+    if (p.output_format != setting::output_format::cmyk_by_profile || pipeline.stores_plain_tiff) {
         return;
     }
     const Bitmap probe = Bitmap::create(1, 1);
@@ -172,7 +171,7 @@ void check_print_profile(const Pipeline& pipeline) {
             "   " + printable(reason) +
             pipeline.voice.messages().either({"; RGB is saved.\n", "; RGB wird gespeichert.\n"}));
         pipeline.voice.wait(Severity::warning);
-        p.output_format = kPlainTiff;
+        pipeline.stores_plain_tiff = true;
     }
 }
 

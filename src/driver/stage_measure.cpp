@@ -21,6 +21,7 @@ bool measure_geometry(Pipeline& pipeline, PairRun& pair) {
         pipeline.voice, measure_pair({input.full(), input.reduced()}, measure_settings(pipeline.parameters),
                                      {pipeline.analysis, warp}, pipeline.voice));
     geometry.preset = pair.geometry.preset;
+    geometry.shape = pair.geometry.shape;
     pair.geometry = geometry;
     pair.status = geometry.status;
     if (is_written(geometry.status)) {

@@ -26,9 +26,7 @@ PreSelection pre_selection_of(const ParameterSet& p) {
 
 /// Puts everything back that an earlier pair may have changed.
 void reset_pair_state(Pipeline& pipeline, PairRun& pair) {
-    ParameterSet& p = pipeline.parameters;
-    p.phantogram = p.edge_warp = p.vertical_ax = p.common_trapez = p.sym_trapez = 0.0F;
-    p.trapez_scale = 1.0F;
+    const ParameterSet& p = pipeline.parameters;
     pair.inverse_output = p.inverse_output;
     pair.frame = pipeline.frame;
     const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
@@ -314,12 +312,10 @@ void prefetch_profiles(Pipeline& pipeline, const PairRun& pair) {
 
 /// Working size of the pair; a size that cannot be handled ends the pair.
 bool set_up_size(Pipeline& pipeline, PairRun& pair) {
-    ParameterSet& p = pipeline.parameters;
+    const ParameterSet& p = pipeline.parameters;
     const int height = pipeline.input.height();
     const int width = pipeline.input.width();
     pair.target = find_target_size(height, width, p.output_height, p.output_width, p.cropp_output);
-    p.work_height = pair.target.work_height;
-    p.work_width = pair.target.work_width;
     reset_analysis(pipeline.analysis, false);
     const Result<SizeWish> wish =
         wish_for_size(pair.target, {width, height}, pipeline.render.cropp_output, pipeline.voice.messages());

@@ -57,7 +57,7 @@ NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
             pair.right_output_suffix,
             pipeline.list.two_files,
             pair.index,
-            {pair.deviation, pair.projected_deviation, pair.stamp}};
+            {pair.deviation, pair.projected_deviation, pair.stamp, pipeline.stamps_time}};
 }
 
 /// Gives the name away once in a run, and shows it.
@@ -145,7 +145,7 @@ struct PairStore {
 /// The views in 16 bits for a product of that name, made with the first one that has them.
 DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
                      const std::string& path) {
-    if (!has_deep_form(pair.finished, save_options(pipeline.parameters), path)) {
+    if (!has_deep_form(pair.finished, save_options(pipeline.parameters, pipeline.stores_plain_tiff), path)) {
         return {};
     }
     if (!store.deep) {
@@ -158,7 +158,8 @@ DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& s
 
 Result<StoreResult> write_single_extra(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
                                        const FrameSettings& frame, const std::string& path) {
-    const ExtraOptions options = extra_options(pipeline.parameters, pair.permissions.keeps_orientation);
+    const ExtraOptions options =
+        extra_options(pipeline.parameters, pair.permissions.keeps_orientation, pipeline.stores_plain_tiff);
     store.frame = frame_behind_extra(pair.finished, frame, options.format);
     const DeepViews deep =
         has_deep_form(options.format) ? deep_views(pipeline, pair, store, path) : DeepViews();
@@ -174,12 +175,13 @@ Result<StoreResult> write_product(const Pipeline& pipeline, const PairRun& pair,
     switch (kind) {
         case ProductKind::anaglyph:
             store.frame = anaglyph_layout(finished, frame).frame;
-            return write_anaglyph(finished, frame, path, anaglyph_options(p), pipeline.voice);
+            return write_anaglyph(finished, frame, path, anaglyph_options(p, pipeline.stores_plain_tiff),
+                                  pipeline.voice);
         case ProductKind::extra: return write_single_extra(pipeline, pair, store, frame, path);
         default:
             store.frame = side_by_side_layout(finished, frame).frame;
             return write_stereo(finished, frame, path, deep_views(pipeline, pair, store, path),
-                                save_options(p), pipeline.voice);
+                                save_options(p, pipeline.stores_plain_tiff), pipeline.voice);
     }
 }
 
@@ -228,10 +230,10 @@ void store_left_right(Pipeline& pipeline, PairRun& pair, PairStore& store) {
             return;
         }
     }
-    const StoreResult result =
-        value_or_end(pipeline.voice, write_left_right(pair.finished, store.frame, left, right,
-                                                      deep_views(pipeline, pair, store, left),
-                                                      save_options(pipeline.parameters), pipeline.voice));
+    const StoreResult result = value_or_end(
+        pipeline.voice,
+        write_left_right(pair.finished, store.frame, left, right, deep_views(pipeline, pair, store, left),
+                         save_options(pipeline.parameters, pipeline.stores_plain_tiff), pipeline.voice));
     if (result.code != 0) {
         tell_failure(pipeline, pair, left + ", " + right, result, kLeftRightWords);
         return;

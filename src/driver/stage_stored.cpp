@@ -21,12 +21,12 @@ void take_keys(const Pipeline& pipeline, PairRun& pair) {
     pair.geometry.window.pure_shift_px = -pair.geometry.window.window_shift_px;
 }
 
-void take_record(Pipeline& pipeline, PairRun& pair) {
+void take_record(PairRun& pair) {
     const StoredCorrectionRecord& r = pair.stored;
     take_geometry(r, pair);
     pair.deviation = r[kRecordDeviation];
     pair.original_near_px = r[kRecordNearPoint];
-    take_selection_and_shape(r, pipeline, pair);
+    take_selection_and_shape(r, pair);
 }
 
 }  // namespace
@@ -43,7 +43,7 @@ void take_geometry(const StoredCorrectionRecord& r, PairRun& pair) {
                                 r[kRecordVergenceH] * kRadiansPerDegree};
 }
 
-void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipeline, PairRun& pair) {
+void take_selection_and_shape(const StoredCorrectionRecord& r, PairRun& pair) {
     SelectionBox& selection = pair.selection;
     selection.window_offset = static_cast<float>(r[kRecordSelectionShift]);
     selection.left = static_cast<float>(r[kRecordSelectionLeft]);
@@ -52,13 +52,11 @@ void take_selection_and_shape(const StoredCorrectionRecord& r, Pipeline& pipelin
     selection.bottom = static_cast<float>(r[kRecordSelectionBottom]);
     selection.band_left = static_cast<float>(r[kRecordBandLeft]);
     selection.band_right = static_cast<float>(r[kRecordBandRight]);
-    ParameterSet& p = pipeline.parameters;
-    p.phantogram = static_cast<float>(r[kRecordPhantogram]);
-    p.edge_warp = static_cast<float>(r[kRecordEdgeWarp]);
-    p.vertical_ax = static_cast<float>(r[kRecordVerticalAx]);
-    p.common_trapez = static_cast<float>(r[kRecordCommonTrapez]);
-    p.sym_trapez = static_cast<float>(r[kRecordSymTrapez]);
-    p.trapez_scale = r[kRecordTrapezScale] != 0.0 ? static_cast<float>(r[kRecordTrapezScale]) : 1.0F;
+    const auto value = [&r](RecordField field) { return static_cast<double>(static_cast<float>(r[field])); };
+    pair.geometry.shape = {
+        value(kRecordPhantogram), value(kRecordEdgeWarp),
+        value(kRecordVerticalAx), value(kRecordCommonTrapez),
+        value(kRecordSymTrapez),  r[kRecordTrapezScale] != 0.0 ? value(kRecordTrapezScale) : 1.0};
 }
 
 void load_unmeasured_geometry(Pipeline& pipeline, PairRun& pair) {
@@ -76,7 +74,7 @@ void load_unmeasured_geometry(Pipeline& pipeline, PairRun& pair) {
     if (pair.mode == 0) {
         take_keys(pipeline, pair);
     } else if (pair.has_stored) {
-        take_record(pipeline, pair);
+        take_record(pair);
     }
     pair.geometry.measured = false;
     pair.status = StatusCode::success;

@@ -246,26 +246,22 @@ PreviewSize preview_size(int height, int width, int max_viewer_size, int screen_
     return {height_limit, std::max(1, round_half_up(width * scale)), scale};
 }
 
-ViewerFrame viewer_frame(const ParameterSet& p, bool free_size, const PreviewSize& preview,
+ViewerFrame viewer_frame(int cropp_output, const RatioSides& wanted, const PreviewSize& preview,
                          const std::optional<ViewerBox>& box) {
-    constexpr int kTurnedRatio = 5;
     ViewerFrame frame;
     frame.box = box.value_or(ViewerBox());
-    if (free_size) {
+    frame.ratio_width = wanted.width;
+    frame.ratio_height = wanted.height;
+    if (wanted.width <= 0 || wanted.height <= 0) {
         return frame;
     }
-    frame.ratio_width = p.work_width;
-    frame.ratio_height = p.work_height;
-    if (p.work_width <= 0 || p.work_height <= 0) {
-        return frame;
-    }
-    if (p.cropp_output == kTurnedRatio &&
+    if (cropp_output == setting::cropp_output::ratio_turned &&
         (frame.ratio_width >= frame.ratio_height) != (preview.width >= preview.height)) {
         std::swap(frame.ratio_width, frame.ratio_height);
     }
     const double ratio = static_cast<double>(frame.ratio_width) / frame.ratio_height;
     if (!box) {
-        if (p.cropp_output != setting::cropp_output::fitted) {
+        if (cropp_output != setting::cropp_output::fitted) {
             shrink_to_ratio(frame.box, ratio, preview.height, preview.width, preview);
         }
         return frame;
@@ -279,7 +275,8 @@ ViewerFrame viewer_frame(const ParameterSet& p, bool free_size, const PreviewSiz
 
 std::vector<std::string> post_viewer_numbers(const ParameterSet& p, const ViewerFrame& frame,
                                              const PreviewSize& preview, double warped_over_preview,
-                                             const SelectionBox& selection, double deviation) {
+                                             const SelectionBox& selection, double deviation,
+                                             const ViewShape& shape) {
     const double kept_width = static_cast<double>(selection.result_right) - selection.result_left;
     const double shift = has_selected_window(selection) ? selection.window_offset / kept_width : 0.0;
     std::vector<std::string> arguments;
@@ -290,9 +287,8 @@ std::vector<std::string> post_viewer_numbers(const ParameterSet& p, const Viewer
     for (const double number :
          {warped_over_preview, preview.scale, box.left, box.bottom, box.width, box.height, shift,
           static_cast<double>(selection.band_left), static_cast<double>(selection.band_right),
-          deviation + kDeviationZero, static_cast<double>(p.phantogram), static_cast<double>(p.edge_warp),
-          static_cast<double>(p.vertical_ax), static_cast<double>(p.common_trapez),
-          static_cast<double>(p.sym_trapez), static_cast<double>(p.trapez_scale)}) {
+          deviation + kDeviationZero, shape.phantogram, shape.edge_warp, shape.vertical_ax,
+          shape.common_trapez, shape.sym_trapez, shape.trapez_scale}) {
         arguments.push_back(real_text(number));
     }
     arguments.push_back(format_text("%d", p.language));

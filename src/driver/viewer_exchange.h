@@ -85,24 +85,23 @@ struct ViewerFrame {
     int ratio_height = 0;
     ViewerBox box;
 };
-/// `free_size`: the output takes any size. `preview` is the picture that the viewer shows, `box` the present
-/// selection in it, if there is one.
-[[nodiscard]] ViewerFrame viewer_frame(const ParameterSet& parameters, bool free_size,
-                                       const PreviewSize& preview, const std::optional<ViewerBox>& box);
-
-/// The numbers of the post viewer's command line, behind its name, the folder and the names of the pair.
-/// `warped_over_preview`: width of the warped pair over that of the preview.
-[[nodiscard]] std::vector<std::string> post_viewer_numbers(const ParameterSet& parameters,
-                                                           const ViewerFrame& frame,
-                                                           const PreviewSize& preview,
-                                                           double warped_over_preview,
-                                                           const SelectionBox& selection, double deviation);
-
-/// `WorkHeight` : `WorkWidth` of a ratio code; nothing for code 0 and unknown ones.
+/// Sides of an output, or of its ratio; 0 for a side that is free.
 struct RatioSides {
     int height = 0;
     int width = 0;
 };
+/// `wanted`: the sides of the output, 0 where it takes any size. `preview` is the picture that the viewer
+/// shows, `box` the present selection in it, if there is one.
+[[nodiscard]] ViewerFrame viewer_frame(int cropp_output, const RatioSides& wanted, const PreviewSize& preview,
+                                       const std::optional<ViewerBox>& box);
+
+/// The numbers of the post viewer's command line, behind its name, the folder and the names of the pair.
+/// `warped_over_preview`: width of the warped pair over that of the preview.
+[[nodiscard]] std::vector<std::string> post_viewer_numbers(
+    const ParameterSet& parameters, const ViewerFrame& frame, const PreviewSize& preview,
+    double warped_over_preview, const SelectionBox& selection, double deviation, const ViewShape& shape);
+
+/// Height and width of a ratio code; nothing for code 0 and unknown ones.
 [[nodiscard]] std::optional<RatioSides> ratio_of_code(int code, const PreviewSize& preview,
                                                       const ViewerBox& box);
 

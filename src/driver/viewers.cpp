@@ -212,30 +212,30 @@ bool has_stored_values(int mode) {
 /// The sides of a ratio that the user chose. A cut takes them as they are; a size stays inside what was
 /// wanted of it.
 void take_ratio(Pipeline& pipeline, PairRun& pair, const RatioSides& ratio) {
-    ParameterSet& p = pipeline.parameters;
-    const RatioSides sides = p.cropp_output >= setting::cropp_output::ratio
+    const RatioSides sides = pipeline.parameters.cropp_output >= setting::cropp_output::ratio
                                  ? ratio
                                  : fit_ratio(ratio, {pair.target.work_height, pair.target.work_width});
-    p.work_height = pair.wish.height = sides.height;
-    p.work_width = pair.wish.width = sides.width;
+    pair.wish.height = sides.height;
+    pair.wish.width = sides.width;
 }
 
 void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answer,
                  const PreviewSize& shown) {
-    ParameterSet& p = pipeline.parameters;
-    p.phantogram = static_cast<float>(answer.phantogram);
-    p.edge_warp = static_cast<float>(answer.edge_warp);
-    p.vertical_ax = answer.vertical_ax == 0.0 ? 0.0F : static_cast<float>(-answer.vertical_ax);
-    p.common_trapez = static_cast<float>(answer.common_trapez);
-    p.sym_trapez = static_cast<float>(answer.sym_trapez);
-    p.trapez_scale = static_cast<float>(answer.trapez_scale);
+    const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
+    pair.geometry.shape = {rounded(answer.phantogram),
+                           rounded(answer.edge_warp),
+                           answer.vertical_ax == 0.0 ? 0.0 : rounded(-answer.vertical_ax),
+                           rounded(answer.common_trapez),
+                           rounded(answer.sym_trapez),
+                           rounded(answer.trapez_scale)};
     if (const auto ratio = ratio_of_code(answer.ratio_code, shown, answer.box)) {
         take_ratio(pipeline, pair, *ratio);
     }
     take_selection(answer, pair.selection);
     // In the digits of a list, so that a later run that applies them gives the very same picture.
-    take_selection_and_shape(as_listed(record_of(pipeline, pair)), pipeline, pair);
-    pair.inverse_output = answer.swaps_output ? 1 - p.inverse_output : p.inverse_output;
+    take_selection_and_shape(as_listed(record_of(pipeline, pair)), pair);
+    pair.inverse_output =
+        answer.swaps_output ? 1 - pipeline.parameters.inverse_output : pipeline.parameters.inverse_output;
 }
 
 /// The pair ends without stores; its files are not to blame and stay where they are.
@@ -252,20 +252,16 @@ int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const Viewer
         pipeline.voice.console().bell();
     }
     show_help(pipeline.voice, Program::post_viewer);
+    const RatioSides wanted =
+        pair.target.free_size_below_crop_3 ? RatioSides{} : RatioSides{pair.wish.height, pair.wish.width};
     const ViewerFrame frame =
-        viewer_frame(p, pair.target.free_size_below_crop_3, preview.shown, box_of_selection(pair.selection));
+        viewer_frame(p.cropp_output, wanted, preview.shown, box_of_selection(pair.selection));
     const double warped_over_preview = static_cast<double>(pair.working_width) / preview.frame.width;
     return run_viewer(
         pipeline, pair,
         find_in_program_folder(pipeline.run, {"zemora_image_postview", "zemora_image_postview.exe"}),
-        post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.selection, pair.deviation));
-}
-
-/// From now on the pairs are stored with the time in their names, so that a repeat has a name of its own.
-void stamp_with_time(ParameterSet& p) {
-    if (p.stamp_files < setting::stamp_files::time) {
-        p.stamp_files += setting::stamp_files::time;
-    }
+        post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.selection, pair.deviation,
+                            pair.geometry.shape));
 }
 
 /// Both views side by side in the program's folder, where the script finds them.
@@ -308,13 +304,13 @@ std::vector<std::string> colour_script(const RunContext& run) {
 }  // namespace
 
 bool run_previewer(Pipeline& pipeline, PairRun& pair) {
-    ParameterSet& p = pipeline.parameters;
+    const ParameterSet& p = pipeline.parameters;
     Voice& voice = pipeline.voice;
-    if (p.pre_viewer_active == 0 || p.video_mode != 0) {
+    if (p.pre_viewer_active == 0 || p.video_mode != 0 || pipeline.previewer_is_off) {
         return true;
     }
     if (has_stored_values(pair.mode)) {
-        p.pre_viewer_active = 0;
+        pipeline.previewer_is_off = true;
         if (voice.verbose() > 1) {
             voice.say<Msg::main_previewer_without_sense>();
         }
@@ -366,7 +362,7 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
                             : std::nullopt;
     remove_exchange_file(pipeline, kPostViewerResult);
     if (repeats) {
-        stamp_with_time(pipeline.parameters);
+        pipeline.stamps_time = true;  // so that a repeat has a name of its own
     }
     if (exit_code == kAbandoned || exit_code == kAbandonedAndMove) {
         abandon(pipeline, pair, exit_code);

@@ -165,8 +165,7 @@ TEST(PreviewSize, FitsTheViewerAndTheScreen) {
 struct FrameCase {
     const char* name;
     int cropp_output;
-    bool free_size;
-    int work_width, work_height;
+    int wanted_width, wanted_height;
     std::optional<ViewerBox> box;
     int ratio_width, ratio_height;
     ViewerBox wanted;
@@ -176,11 +175,8 @@ class Frame : public testing::TestWithParam<FrameCase> {};
 
 TEST_P(Frame, GivesRatioAndRectangle) {
     const FrameCase& c = GetParam();
-    ParameterSet p;
-    p.cropp_output = c.cropp_output;
-    p.work_width = c.work_width;
-    p.work_height = c.work_height;
-    const ViewerFrame frame = viewer_frame(p, c.free_size, {500, 1000, 0.25}, c.box);
+    const ViewerFrame frame =
+        viewer_frame(c.cropp_output, {c.wanted_height, c.wanted_width}, {500, 1000, 0.25}, c.box);
     EXPECT_EQ(frame.ratio_width, c.ratio_width);
     EXPECT_EQ(frame.ratio_height, c.ratio_height);
     constexpr double kPixel = 0.0021;
@@ -192,36 +188,35 @@ TEST_P(Frame, GivesRatioAndRectangle) {
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(Cases, Frame, testing::Values(
-    FrameCase{"free", 2, true, 1000, 500, {}, 0, 0, {0, 0, 1, 1}},
-    FrameCase{"free_selected", 2, true, 4, 3, ViewerBox{0.1, 0.2, 0.3, 0.4}, 0, 0, {0.1, 0.2, 0.3, 0.4}},
-    FrameCase{"one_side", 2, false, 0, 500, ViewerBox{0.1, 0.2, 0.3, 0.4}, 0, 500, {0.1, 0.2, 0.3, 0.4}},
-    FrameCase{"narrow", 2, false, 300, 300, {}, 300, 300, {0.25, 0, 0.5, 1}},
-    FrameCase{"wide", 4, false, 400, 100, {}, 400, 100, {0, 0.25, 1, 0.5}},
-    FrameCase{"cut_to_target", 3, false, 300, 300, {}, 300, 300, {0, 0, 1, 1}},
-    FrameCase{"turned", 5, false, 300, 400, {}, 400, 300, {0.1667, 0, 0.6667, 1}},
-    FrameCase{"narrower_selection", 2, false, 300, 300, ViewerBox{0.2, 0.2, 0.6, 0.4}, 300, 300, {0.4, 0.2, 0.2, 0.4}},
-    FrameCase{"wider_selection", 3, false, 400, 100, ViewerBox{0.2, 0.2, 0.4, 0.6}, 400, 100, {0.2, 0.4, 0.4, 0.2}}),
+    FrameCase{"free", 2, 0, 0, {}, 0, 0, {0, 0, 1, 1}},
+    FrameCase{"free_selected", 2, 0, 0, ViewerBox{0.1, 0.2, 0.3, 0.4}, 0, 0, {0.1, 0.2, 0.3, 0.4}},
+    FrameCase{"one_side", 2, 0, 500, ViewerBox{0.1, 0.2, 0.3, 0.4}, 0, 500, {0.1, 0.2, 0.3, 0.4}},
+    FrameCase{"narrow", 2, 300, 300, {}, 300, 300, {0.25, 0, 0.5, 1}},
+    FrameCase{"wide", 4, 400, 100, {}, 400, 100, {0, 0.25, 1, 0.5}},
+    FrameCase{"cut_to_target", 3, 300, 300, {}, 300, 300, {0, 0, 1, 1}},
+    FrameCase{"turned", 5, 300, 400, {}, 400, 300, {0.1667, 0, 0.6667, 1}},
+    FrameCase{"narrower_selection", 2, 300, 300, ViewerBox{0.2, 0.2, 0.6, 0.4}, 300, 300, {0.4, 0.2, 0.2, 0.4}},
+    FrameCase{"wider_selection", 3, 400, 100, ViewerBox{0.2, 0.2, 0.4, 0.6}, 400, 100, {0.2, 0.4, 0.4, 0.2}}),
     [](const auto& test) { return std::string(test.param.name); });
 // clang-format on
 
 TEST(PostViewerNumbers, StandInTheOrderOfTheViewer) {
     ParameterSet p;
     p.cropp_output = 4;
-    p.phantogram = 0.5F;
-    p.vertical_ax = -0.25F;
     p.language = 0;
     SelectionBox s;
     s.result_right = s.result_top = 1.0F;
     s.window_offset = 0.125F;
     s.band_left = 0.5F;
+    const ViewShape shape{.phantogram = 0.5, .vertical_ax = -0.25};
     const ViewerFrame frame{4, 3, {0.1, 0.2, 0.3, 0.4}};
     const std::vector<std::string> expected{"4",         "4",        "3",         "4.000000", "0.250000",
                                             "0.100000",  "0.200000", "0.300000",  "0.400000", "0.000000",
                                             "0.500000",  "0.000000", "32.031000", "0.500000", "0.000000",
                                             "-0.250000", "0.000000", "0.000000",  "1.000000", "0"};
-    EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031), expected);
+    EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031, shape), expected);
     s.right = 0.5F;
-    EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031)[9], "0.125000")
+    EXPECT_EQ(post_viewer_numbers(p, frame, {500, 1000, 0.25}, 4.0, s, 0.031, shape)[9], "0.125000")
         << "the shift goes with a selection";
 }
 
