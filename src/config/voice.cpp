@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "platform/process_end.h"
-
 namespace zemora {
 
 namespace {
@@ -88,12 +86,11 @@ std::string html_text(std::string_view text) {
     return html;
 }
 
-void end_run_without_picture_memory(Console& console, std::string_view reason, std::string_view advice) {
+void tell_missing_memory(Console& console, std::string_view reason, std::string_view advice) {
     console.print(reason);
     console.print("TRY TO CLOSE OTHER APPLICATIONS OR REBOOT SYSTEM AND START ONLY ZEMORA\n");
     console.print(advice);
     console.wait_for_enter();
-    end_process(kExitFailure);
 }
 
 }  // namespace zemora

@@ -57,10 +57,8 @@ private:
 /// The text with the five HTML characters escaped and line ends as "<br>".
 [[nodiscard]] std::string html_text(std::string_view text);
 
-/// Prints `reason`, the advice to close other applications and the waiting line, waits for Enter
-/// and ends the process with code 1. The one road for pictures that do not fit into memory.
-/// `advice` is one more line behind the advice.
-[[noreturn]] void end_run_without_picture_memory(Console& console, std::string_view reason,
-                                                 std::string_view advice = {});
+/// For pictures that do not fit into memory: prints `reason`, the advice to close other applications and the
+/// waiting line, and waits for Enter. `advice` is one more line behind the advice.
+void tell_missing_memory(Console& console, std::string_view reason, std::string_view advice);
 
 }  // namespace zemora

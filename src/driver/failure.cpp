@@ -4,13 +4,18 @@
 
 namespace zemora {
 
+void end_run(int exit_code) {
+    throw EndOfRun{exit_code};
+}
+
 void conclude_failure(Voice& voice, const Failure& failure) {
     if (failure.no_memory) {
-        end_run_without_picture_memory(voice.console(), failure.note.text, failure.advice);
+        tell_missing_memory(voice.console(), failure.note.text, failure.advice);
+        end_run(kExitFailure);
     }
     voice.add(failure.note);
     if (failure.ends_run) {
-        end_process(kExitFailure);
+        end_run(kExitFailure);
     }
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-/// The one place where the failure of a stage ends the run.
+/// How the failure of a stage ends the run.
 
 #include <utility>
 
@@ -7,6 +7,12 @@
 #include "numerics/result.h"
 
 namespace zemora {
+
+/// Thrown below `run_zemora`, which takes it: the reports are closed, and the process ends with this code.
+struct EndOfRun {
+    int exit_code;
+};
+[[noreturn]] void end_run(int exit_code);
 
 /// Tells the failure; where it ends the run, this does so.
 void conclude_failure(Voice& voice, const Failure& failure);

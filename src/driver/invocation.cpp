@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "driver/failure.h"
 #include "driver/settings_input.h"
 #include "input/file_selection.h"
 #include "platform/directory_walk.h"
@@ -122,7 +123,7 @@ int ask_for_layout(Voice& voice) {
         const auto line = voice.console().read_line();
         if (!line) {
             voice.print("\n");
-            end_process(kExitFailure);
+            end_run(kExitFailure);
         }
         const std::size_t start = std::min(line->find_first_not_of(" \t"), line->size());
         int answer = 0;
@@ -304,7 +305,7 @@ void end_with_usage(Voice& voice, const std::vector<std::string>& whole_call, co
     if (waits) {
         voice.console().wait_for_enter();
     }
-    end_process(kExitFailure);
+    end_run(kExitFailure);
 }
 
 }  // namespace zemora

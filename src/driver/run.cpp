@@ -34,10 +34,7 @@ namespace {
 /// Everything of a run, in the order of its making.
 struct Run {
     Run() {
-        set_last_action([this] {
-            (void)report.close();
-            console.end_progress();
-        });
+        set_last_action([this] { close(); });
     }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
@@ -53,7 +50,12 @@ struct Run {
     ImageList list;
     bool all_mounted = true;
 
-    [[noreturn]] static void end(int exit_code) { end_process(exit_code); }
+    [[noreturn]] static void end(int exit_code) { end_run(exit_code); }
+    /// What is left to do wherever the run ends.
+    void close() {
+        (void)report.close();
+        console.end_progress();
+    }
     void wait(Severity level) { voice.wait(level); }
 };
 
@@ -363,10 +365,8 @@ void mount_all(Run& run) {
     run.wait(Severity::information);
 }
 
-}  // namespace
-
-int run_zemora(const std::string& program, const std::vector<std::string>& arguments) {
-    Run run;
+/// From the words of the call to the end of the run; its exit code.
+int run_through(Run& run, const std::string& program, const std::vector<std::string>& arguments) {
     const CommandLine line = read_command_line(
         arguments, [](const std::string& path) { return file_exists(path) || is_directory(path); });
     if (const EarlySettings early = early_settings(line); early.language) {
@@ -400,6 +400,18 @@ int run_zemora(const std::string& program, const std::vector<std::string>& argum
     tell_missing_shows(run);
     mount_all(run);
     return run.parameters.exit_status != 0 && !run.all_mounted ? kExitNotAllMounted : kExitDone;
+}
+
+}  // namespace
+
+int run_zemora(const std::string& program, const std::vector<std::string>& arguments) {
+    Run run;
+    try {
+        return run_through(run, program, arguments);
+    } catch (const EndOfRun& end) {
+        run.close();
+        return end.exit_code;
+    }
 }
 
 }  // namespace zemora

@@ -98,7 +98,7 @@ void refuse_unknown_extra_output(const Pipeline& pipeline) {
     if (pipeline.parameters.extra_output == kWithoutProduct) {
         pipeline.voice.print("Sorry - not implemented - nicht implementiert!\n");
         pipeline.voice.console().wait_for_enter();
-        end_process(kExitFailure);
+        end_run(kExitFailure);
     }
 }
 

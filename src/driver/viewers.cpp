@@ -270,8 +270,9 @@ std::string save_side_by_side(const Pipeline& pipeline, const StereoPicture& pai
     const int height = pair.left.height;
     const Bitmap both = Bitmap::create(2 * width, height);
     if (!both) {
-        end_run_without_picture_memory(pipeline.voice.console(),
-                                       "7043: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (ANAGLYPH)\n");
+        conclude_failure(
+            pipeline.voice,
+            Failure::out_of_memory("7043: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (ANAGLYPH)\n"));
     }
     copy(pair.left, both.picture().part(0, 0, width, height));
     copy(pair.right, both.picture().part(width, 0, width, height));
