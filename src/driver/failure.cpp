@@ -1,7 +1,5 @@
 #include "driver/failure.h"
 
-#include "platform/process_end.h"
-
 namespace zemora {
 
 void end_run(int exit_code) {

@@ -5,6 +5,7 @@
 
 #include "config/voice.h"
 #include "numerics/result.h"
+#include "platform/process_end.h"
 
 namespace zemora {
 
@@ -17,15 +18,23 @@ struct EndOfRun {
 /// Tells the failure; where it ends the run, this does so.
 void conclude_failure(Voice& voice, const Failure& failure);
 
-/// The value of a result whose failures all end the run.
+/// The value of a result without which the run cannot go on, whatever its failure says.
 template <class T>
 [[nodiscard]] T value_or_end(Voice& voice, Result<T> result) {
     if (!result) {
         conclude_failure(voice, result.failure());
+        end_run(kExitFailure);
     }
     return std::move(*result);
 }
 inline void succeed_or_end(Voice& voice, const Result<void>& result) {
+    if (!result) {
+        conclude_failure(voice, result.failure());
+        end_run(kExitFailure);
+    }
+}
+/// For what the run can do without.
+inline void succeed_if_possible(Voice& voice, const Result<void>& result) {
     if (!result) {
         conclude_failure(voice, result.failure());
     }

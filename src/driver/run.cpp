@@ -221,8 +221,9 @@ void make_calibration_image(Run& run) {
     if (p.graphical_interface < kCalibrationImage) {
         return;
     }
-    succeed_or_end(run.voice, write_anaglyph_test_image(
-                                  std::max(p.output_width, kLeastWidth), p.path_of_images,
+    succeed_if_possible(
+        run.voice,
+        write_anaglyph_test_image(std::max(p.output_width, kLeastWidth), p.path_of_images,
                                   p.graphical_interface - kCalibrationImage, run.voice,
                                   [&](const std::string& file) { run.exiftool.add_standard_profile(file); }));
     run.console.wait_for_enter();
@@ -393,7 +394,7 @@ int run_through(Run& run, const std::string& program, const std::vector<std::str
     open_reports(run);
     report_parameters(run.parameters, run.voice);
     if (run.parameters.auto_ghost_bust != 0) {
-        succeed_or_end(run.voice, write_alignment_image(alignment_options(run.parameters), run.voice));
+        succeed_if_possible(run.voice, write_alignment_image(alignment_options(run.parameters), run.voice));
     }
     collect_input(run);
     refuse_video(run);
