@@ -226,11 +226,11 @@ TEST_F(Dumps, TablesStandOnTheConsoleAndAtTheEndOfTheFile) {
     EXPECT_NE(text.find("  0 |( 10001)      0       0 \nindividuelle Schwelle: QV_Level   = 10000\n"),
               std::string::npos);
     EXPECT_NE(text.find("  0 |  -2.25 (  0.00)(  0.00)\n"), std::string::npos);
-    dump->set_names("a.jpg", "b.jpg");
+    dump->set_pair("a.jpg", "b.jpg", voice);
     dump->visit_phase(state, AnalysePhase::shift, true);
     EXPECT_EQ(text_of(root / "analyse_file_02.dat"), text) << "heads belong to phase 1";
     want(AnalysePhase::shift);
-    dump->set_names("a.jpg", "b.jpg");
+    dump->set_pair("a.jpg", "b.jpg", voice);
     dump->visit_phase(state, AnalysePhase::shift, true);
     EXPECT_EQ(text_of(root / "analyse_file_02.dat"), text + "analysis for files: a.jpg, b.jpg\n");
     EXPECT_EQ(text_of(root / "analyse_file_03.dat"), "analysis for files: a.jpg, b.jpg\n");
