@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "codec/encode.h"
 #include "driver/failure.h"
 #include "driver/measuring.h"
 #include "driver/settings_input.h"
@@ -13,7 +14,6 @@
 #include "input/list_file.h"
 #include "input/mask_crop.h"
 #include "input/moved_files.h"
-#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -279,7 +279,7 @@ void write_progress_result(const Pipeline& pipeline) {
     const Thumbnails thumbs = value_or_end(pipeline.voice, make_thumbs(pipeline.warped.pair()));
     const std::string start = state_directory() + "/zemora_thumb_";
     for (const auto& [thumb, side] : {std::pair{&thumbs.left, "l"}, std::pair{&thumbs.right, "r"}}) {
-        (void)encode_and_write(thumb->handle(), FIF_BMP, BMP_DEFAULT, start + side + ".bmp");
+        (void)encode_and_write(*thumb, {PictureFormat::bmp}, start + side + ".bmp");
     }
 }
 

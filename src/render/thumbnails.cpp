@@ -1,6 +1,6 @@
 #include "render/thumbnails.h"
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "numerics/rescale.h"
 
 namespace zemora {
@@ -49,7 +49,7 @@ Result<std::string> save_thumb(ConstPicture view, const std::string& file) {
         return no_memory();
     }
     copy(scaled, whole.picture());
-    const std::string reason = encode_and_write(whole.handle(), FIF_JPEG, JPEG_DEFAULT, file);
+    const std::string reason = encode_and_write(whole, {PictureFormat::jpeg}, file);
     return reason.empty() ? reason : file + ": " + reason;
 }
 
