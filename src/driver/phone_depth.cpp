@@ -1,11 +1,9 @@
 #include "driver/phone_depth.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <string_view>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -80,9 +78,9 @@ LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Notes& 
         return depth;
     }
     invert(depth.bitmap.picture());
-    FIBITMAP* picture = depth.bitmap.handle();
-    return keep(exiftool, photo, std::move(depth), notes, [picture](const std::string& kept) {
-        return encode_and_write(picture, FIF_JPEG, JPEG_DEFAULT, kept);
+    const Bitmap& picture = depth.bitmap;
+    return keep(exiftool, photo, std::move(depth), notes, [&picture](const std::string& kept) {
+        return encode_and_write(picture, {PictureFormat::jpeg}, kept);
     });
 }
 

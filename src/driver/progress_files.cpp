@@ -4,10 +4,10 @@
 #include <span>
 #include <utility>
 
+#include "codec/encode.h"
 #include "driver/failure.h"
 #include "driver/product_names.h"
 #include "input/mask_crop.h"
-#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -61,7 +61,7 @@ void write_progress_result(const Pipeline& pipeline, const PairRun& pair) {
     const Thumbnails thumbs = value_or_end(pair.notes, with_bars(pair.mounted.finished.thumbnails));
     const std::string start = state_directory() + "/zemora_thumb_";
     for (const auto& [thumb, side] : {std::pair{&thumbs.left, "l"}, std::pair{&thumbs.right, "r"}}) {
-        (void)encode_and_write(thumb->handle(), FIF_BMP, BMP_DEFAULT, start + side + ".bmp");
+        (void)encode_and_write(*thumb, {PictureFormat::bmp}, start + side + ".bmp");
     }
 }
 

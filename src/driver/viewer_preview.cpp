@@ -1,11 +1,9 @@
 #include "driver/viewer_preview.h"
 
-#include <FreeImage.h>
-
 #include "analysis/colormap.h"
+#include "codec/encode.h"
 #include "driver/failure.h"
 #include "driver/warp_output.h"
-#include "numerics/bitmap_file.h"
 #include "platform/paths.h"
 #include "platform/screen.h"
 #include "render/crop.h"
@@ -50,7 +48,7 @@ std::string save_view(Pipeline& pipeline, const Bitmap& view, const char* name) 
         return path + ": " + pipeline.voice.messages().either({"out of memory", "kein Speicher"});
     }
     copy(view.picture(warp.width, warp.height), shown.picture());
-    const std::string reason = encode_and_write(shown.handle(), FIF_BMP, BMP_DEFAULT, path);
+    const std::string reason = encode_and_write(shown, {PictureFormat::bmp}, path);
     return reason.empty() ? reason : path + ": " + reason;
 }
 

@@ -1,7 +1,5 @@
 #include "driver/viewers.h"
 
-#include <FreeImage.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "codec/encode.h"
 #include "driver/failure.h"
 #include "driver/pair_records.h"
 #include "driver/settings_render.h"
@@ -16,7 +15,6 @@
 #include "driver/viewer_preview.h"
 #include "input/file_selection.h"
 #include "input/list_line.h"
-#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -282,7 +280,7 @@ std::string save_side_by_side(const Pipeline& pipeline, const StereoPicture& pai
         return folder + ": " + reason;
     }
     const std::string path = folder + "/currentpreview_cs.jpg";
-    reason = encode_and_write(both.handle(), FIF_JPEG, JPEG_QUALITYGOOD, path);
+    reason = encode_and_write(both, {PictureFormat::jpeg}, path);
     return reason.empty() ? reason : path + ": " + reason;
 }
 

@@ -73,8 +73,6 @@ struct StereoPicture {
 class Bitmap {
 public:
     Bitmap() = default;
-    /// Takes the ownership of `handle`, which may be null.
-    explicit Bitmap(FIBITMAP* handle) : handle_(handle) {}
     Bitmap(Bitmap&& other) noexcept;
     Bitmap& operator=(Bitmap&& other) noexcept;
     Bitmap(const Bitmap&) = delete;
@@ -87,9 +85,6 @@ public:
 
     [[nodiscard]] Bitmap clone() const;
     [[nodiscard]] explicit operator bool() const { return handle_ != nullptr; }
-    [[nodiscard]] FIBITMAP* handle() const { return handle_; }
-    /// Gives the handle away.
-    [[nodiscard]] FIBITMAP* release();
     void reset();
 
     [[nodiscard]] int width() const;
@@ -105,6 +100,9 @@ public:
     }
 
 private:
+    friend struct LibraryBitmap;  // codec/library.h: the codec reaches the bitmap of the library
+    explicit Bitmap(FIBITMAP* handle) : handle_(handle) {}
+
     FIBITMAP* handle_ = nullptr;
 };
 

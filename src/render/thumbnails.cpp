@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "numerics/rescale.h"
 
 namespace zemora {
@@ -57,7 +57,7 @@ Result<Thumbnails> both(Result<Bitmap> left, Result<Bitmap> right) {
 }
 
 std::string save_thumbnail(const Bitmap& thumbnail, const std::string& file) {
-    const std::string reason = thumbnail ? encode_and_write(thumbnail.handle(), FIF_JPEG, JPEG_DEFAULT, file)
+    const std::string reason = thumbnail ? encode_and_write(thumbnail, {PictureFormat::jpeg}, file)
                                          : "the picture is too narrow for a thumbnail";
     return reason.empty() ? reason : file + ": " + reason;
 }

@@ -1,14 +1,14 @@
 #include "driver/exiftool.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
 #include <optional>
 
+#include "codec/encode.h"
+#include "codec/library.h"
 #include "input/mpo.h"
 #include "input/mpo_sizes.h"
-#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
@@ -45,7 +45,7 @@ protected:
         return text;
     }
     std::string picture(const std::string& name) const {
-        const auto bytes = test::encoded(test::place_picture(16, 16).handle(), FIF_JPEG, 90);
+        const auto bytes = test::encoded(test::place_picture(16, 16), FIF_JPEG, 90);
         test::write_text(folder / name, {bytes.begin(), bytes.end()});
         return folder / name;
     }
@@ -148,8 +148,8 @@ TEST_F(ExifToolCalls, PrintersColoursGetThePrintersProfile) {
     for (const int format : {8, 9}) {
         parameters.output_format = format;
         const std::string target = folder / "target.tif";
-        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()).handle(), FIF_TIFF,
-                                   TIFF_CMYK, target),
+        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()),
+                                   {.format = PictureFormat::tiff, .compress = true}, target),
                   "");
         parameters.cmyk_profile = folder / "print.icc";
         tool.start_transfer(picture("source.jpg"), target, {true, true, true}, {}, false, log, voice);

@@ -1,6 +1,5 @@
 #include "report/analysis_dump.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,6 +7,7 @@
 #include <optional>
 #include <sstream>
 
+#include "codec/library.h"
 #include "config/voice.h"
 #include "platform/child_process.h"
 #include "tests/analysis/texture_pair.h"
@@ -164,7 +164,7 @@ TEST_F(Dumps, GnuplotShowsEverySurfaceAndEndsWithItsInput) {
 
 /// Red of a pixel of a JPEG file, -1 when it cannot be read.
 int red_at(const fs::path& file, int x, int y) {
-    const Bitmap piece(FreeImage_Load(FIF_JPEG, file.c_str()));
+    const Bitmap piece = LibraryBitmap::owner(FreeImage_Load(FIF_JPEG, file.c_str()));
     return piece ? piece.picture().pixel(x, y)[2] : -1;
 }
 
