@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <omp.h>
 
+#include <array>
 #include <filesystem>
 
 #include "config/voice.h"
@@ -139,6 +140,20 @@ void compose_stereo(benchmark::State& state) {
 }
 BENCHMARK(compose_stereo)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+Result<StoreResult> write_both(const Finished& finished, const std::string& left_file,
+                               const std::string& right_file, const SaveOptions& options, Notes& notes) {
+    const ViewLayouts layouts = view_layouts(finished, {});
+    std::array<StoreResult, 2> results;
+#pragma omp parallel for schedule(static, 1)
+    for (int i = 0; i < 2; ++i) {
+        KeptNotes kept = KeptNotes::for_listener(notes);
+        results[static_cast<std::size_t>(i)] =
+            *write_view(finished, layouts, i == 0 ? View::left : View::right, i == 0 ? left_file : right_file,
+                        {}, options, kept);
+    }
+    return joined(results[0], results[1]);
+}
+
 /// Both views, or the pair side by side, from the working pictures to files.
 void store(benchmark::State& state, const char* suffix, bool stereo) {
     Scene& pair = scene();
@@ -151,9 +166,8 @@ void store(benchmark::State& state, const char* suffix, bool stereo) {
     options.jpeg_quality = 95;
     for (auto _ : state) {
         const Finished finished = pair.finished();
-        const Result<StoreResult> result =
-            stereo ? write_stereo(finished, {}, left, {}, options, pair.voice)
-                   : write_left_right(finished, {}, left, right, {}, options, pair.voice);
+        const Result<StoreResult> result = stereo ? write_stereo(finished, {}, left, {}, options, pair.voice)
+                                                  : write_both(finished, left, right, options, pair.voice);
         if (!result || result->code != 0) {
             state.SkipWithError("not stored");
         }

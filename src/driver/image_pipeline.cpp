@@ -65,22 +65,13 @@ namespace {
 
 // The stations. A pair that has ended passes the ones behind it without being touched.
 
-void read_station(Pipeline& pipeline, PairRun& pair) {
-    pair.clock.go();
-    (void)prepare_pair(pipeline, pair);
-    pair.clock.rest();
-}
-
 void mount_station(Pipeline& pipeline, PairRun& pair) {
-    pair.clock.go();
     if (pair.course == Course::at_work && locate_pair(pipeline, pair) && !mount_views(pipeline, pair)) {
         pair.course = Course::ended;
     }
-    pair.clock.rest();
 }
 
 void store_station(Pipeline& pipeline, PairRun& pair) {
-    pair.clock.go();
     if (pair.course == Course::at_work) {
         store_outputs(pipeline, pair);
     }
@@ -195,9 +186,7 @@ bool exchange_views(Pipeline& pipeline, const PairRun& pair) {
 
 /// One way of a pair through the stations; true when it starts over with its views exchanged.
 bool run_once(Pipeline& pipeline, PairRun& pair) {
-    read_station(pipeline, pair);
-    pair.clock.go();
-    if (pair.course == Course::at_work && locate_pair(pipeline, pair)) {
+    if (prepare_pair(pipeline, pair) && locate_pair(pipeline, pair)) {
         return mount_as_shown(pipeline, pair);
     }
     store_station(pipeline, pair);
@@ -260,7 +249,8 @@ private:
     const RunCourse& course_;
     std::array<Place, kObjectsAtWork> places_;
     std::mutex mutex_;
-    int turn_ = 0;  ///< The pair that is reported.
+    int turn_ = 0;          ///< The pair that is reported.
+    WorkClock turn_clock_;  ///< Since the pair before was done.
     bool is_stopped_ = false;
     WarpedPair spare_;  ///< Memory for the views of the next pair.
 };
@@ -320,7 +310,7 @@ void Batch::stop() {
 
 void Batch::read(int index) {
     begin(index);
-    read_station(pipeline_, *place_of(index).pair);
+    (void)prepare_pair(pipeline_, *place_of(index).pair);
 }
 
 void Batch::mount(int index) {
@@ -332,8 +322,12 @@ void Batch::mount(int index) {
 }
 
 void Batch::store(int index) {
-    store_station(pipeline_, *place_of(index).pair);
+    // The times of all pairs add up to that of the run.
+    PairRun& pair = *place_of(index).pair;
+    pair.clock.set(turn_clock_.spent());
+    store_station(pipeline_, pair);
     end(index);
+    turn_clock_.set({});
 }
 
 bool Batch::run() {

@@ -75,21 +75,16 @@ enum class Course {
     ended,   ///< It cannot be mounted, or the user gave it up.
 };
 
-/// The time that the stations work on a pair; what it waits between them does not count.
+/// The time that a pair takes, without that of the user.
 class WorkClock {
 public:
     using Duration = std::chrono::steady_clock::duration;
-    void go() { since_ = std::chrono::steady_clock::now(); }
-    void rest() { spent_ = spent(), since_.reset(); }
-    /// From here on as if only so much had been spent.
-    void set(Duration spent) { spent_ = spent, go(); }
-    [[nodiscard]] Duration spent() const {
-        return since_ ? spent_ + (std::chrono::steady_clock::now() - *since_) : spent_;
-    }
+    /// From here on as if so much had been spent.
+    void set(Duration spent) { start_ = std::chrono::steady_clock::now() - spent; }
+    [[nodiscard]] Duration spent() const { return std::chrono::steady_clock::now() - start_; }
 
 private:
-    std::optional<std::chrono::steady_clock::time_point> since_;
-    Duration spent_{};
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
 /// What belongs to the pair at work. Stages fill it in their order.

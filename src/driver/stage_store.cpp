@@ -1,4 +1,4 @@
-// Writing the products of a pair: names, pictures, metadata, file times.
+// Writing the products of a pair: names first, then all pictures at the same time, then what is said of them.
 
 #include <algorithm>
 #include <array>
@@ -138,134 +138,276 @@ SoftwareTagValues tag_values(const PairRun& pair) {
             round_half_up(mounted.deviation * 1000.0)};
 }
 
-/// Metadata and times of a stored file.
-void dress_file(Pipeline& pipeline, PairRun& pair, const std::string& source, const std::string& file,
-                bool is_extra = false) {
-    pipeline.exiftool.start_transfer(source, file, pair.permissions, tag_values(pair), is_extra,
-                                     pair.transfers, pair.notes);
-    if (pipeline.parameters.meta_transfer == setting::meta_transfer::tags_and_times) {
-        pair.store_failed = !pipeline.exiftool.settle(pair.transfers, pair.notes) || pair.store_failed;
-        copy_capture_time(source, file, pair.notes);
-    }
-}
-
-/// A product in one file.
-struct SingleProduct {
+/// A product of the pair: one picture, or those of both views.
+struct Product {
     ProductKind kind;
     BothTexts words;
-    int shown_by;                        ///< The value of `HtmlImages` that shows it; 0 for none.
-    std::string BatchNames::*last_name;  ///< Where the post-run batch finds its name.
+    int shown_by;                                  ///< The value of `HtmlImages` that shows it; 0 for none.
+    std::string BatchNames::*last_name = nullptr;  ///< Where the post-run batch finds its name.
 };
 
-/// What the stores of a pair go by, from product to product.
-struct PairStore {
-    SourceFiles sources;
-    FrameSettings frame;  ///< As the products before have settled it.
-    std::optional<DeepPair> deep;
+constexpr Product kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, setting::html_images::anaglyph,
+                            &BatchNames::anaglyph};
+constexpr Product kStereo{ProductKind::stereo, kStereoWords, setting::html_images::stereo,
+                          &BatchNames::stereo};
+constexpr Product kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
+constexpr Product kViews{ProductKind::left, kLeftRightWords, setting::html_images::views};
+
+/// One file of a product.
+struct StoredFile {
+    std::string path;
+    KeptNotes notes;
+    Result<StoreResult> result = StoreResult();
 };
 
-/// The views in 16 bits for a product of that name, made with the first one that has them.
-DeepViews deep_views(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
-                     const std::string& path) {
-    if (!has_deep_form(pair.mounted.finished, save_options(pipeline.parameters, pipeline.stores_plain_tiff),
-                       path)) {
-        return {};
-    }
-    if (!store.deep) {
-        const DeepInput input{store.sources, pair.input.left_geometry, pair.input.right_geometry,
-                              pipeline.settings.colours ? &*pipeline.settings.colours : nullptr};
-        store.deep = value_or_end(pair.notes, make_deep_outputs(pair.warped, pair.mounted.finished, input));
-    }
-    return store.deep->views();
-}
+/// A product with its names, on its way to its files.
+struct NamedProduct {
+    const Product& product;
+    FrameSettings frame;            ///< As the products before have settled it.
+    ViewLayouts layouts;            ///< Of both views.
+    KeptNotes notes;                ///< Of its naming.
+    std::vector<StoredFile> files;  ///< One, or left and right.
+    std::string refused;            ///< The name that is one of an input; nothing is written then.
+};
 
-Result<StoreResult> write_single_extra(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
-                                       const FrameSettings& frame, const std::string& path) {
-    const ExtraOptions options =
-        extra_options(pipeline.parameters, pair.permissions.keeps_orientation, pipeline.stores_plain_tiff);
-    store.frame = frame_behind_extra(pair.mounted.finished, frame, options.format);
-    const DeepViews deep =
-        has_deep_form(options.format) ? deep_views(pipeline, pair, store, path) : DeepViews();
-    return write_extra(pair.mounted.finished, frame, path, store.sources, deep, options, pair.notes);
-}
+/// A file that a thread takes.
+struct StoreJob {
+    NamedProduct* product;
+    std::size_t part;  ///< Of its files.
+};
 
-/// A layout has settled the frame for the next product, whatever became of this one.
-Result<StoreResult> write_product(const Pipeline& pipeline, const PairRun& pair, PairStore& store,
-                                  ProductKind kind, const std::string& path) {
-    const Finished& finished = pair.mounted.finished;
-    const FrameSettings frame = store.frame;
-    const ParameterSet& p = pipeline.parameters;
-    switch (kind) {
-        case ProductKind::anaglyph:
-            store.frame = anaglyph_layout(finished, frame).frame;
-            return write_anaglyph(finished, frame, path, anaglyph_options(p, pipeline.stores_plain_tiff),
-                                  pair.notes);
-        case ProductKind::extra: return write_single_extra(pipeline, pair, store, frame, path);
-        default:
-            store.frame = side_by_side_layout(finished, frame).frame;
-            return write_stereo(finished, frame, path, deep_views(pipeline, pair, store, path),
-                                save_options(p, pipeline.stores_plain_tiff), pair.notes);
-    }
-}
+/// The products of one pair.
+class PairStore {
+public:
+    PairStore(Pipeline& pipeline, PairRun& pair)
+        : pipeline_(pipeline),
+          pair_(pair),
+          sources_(sources_of(pipeline, pair)),
+          frame_(pair.mounted.finished.frame) {}
 
-void store_single(Pipeline& pipeline, PairRun& pair, PairStore& store, const SingleProduct& product) {
-    const ParameterSet& p = pipeline.parameters;
-    const bool is_extra = product.kind == ProductKind::extra;
-    OutputName name = single_name(p, named_pair(pipeline, pair), product.kind, pair.inverse_output != 0);
-    claim_and_show(pipeline, name, pair.notes);
-    const std::string path = name.path();
-    if (pipeline.inputs.holds(path)) {
-        tell_input(pair, path, product.words);
-        return;
-    }
-    const StoreResult result =
-        value_or_end(pair.notes, write_product(pipeline, pair, store, product.kind, path));
-    if (result.code != 0) {
-        tell_failure(pair, path, result, product.words);
-        return;
-    }
-    pipeline.last_stored.*product.last_name = path;
-    dress_file(pipeline, pair, store.sources.right, path, is_extra);
-    if (product.shown_by != 0 && pair.html_images == product.shown_by) {
-        pair.picture_tag = preview_tag(path, p.path_of_images);
-    }
-}
+    /// Names the product; those that follow take its frame.
+    void name(const Product& product);
+    void name_views();
+    /// Writes all of them.
+    void write();
+    /// Says in their order what became of them.
+    void conclude();
 
-constexpr SingleProduct kAnaglyph{ProductKind::anaglyph, kAnaglyphWords, setting::html_images::anaglyph,
-                                  &BatchNames::anaglyph};
-constexpr SingleProduct kStereo{ProductKind::stereo, kStereoWords, setting::html_images::stereo,
-                                &BatchNames::stereo};
-constexpr SingleProduct kExtra{ProductKind::extra, kExtraWords, 0, &BatchNames::extra};
-
-void store_left_right(Pipeline& pipeline, PairRun& pair, PairStore& store) {
-    if (pipeline.parameters.left_right_output == 0) {
-        return;
+private:
+    [[nodiscard]] const Finished& finished() const { return pair_.mounted.finished; }
+    [[nodiscard]] SaveOptions save() const {
+        return save_options(pipeline_.parameters, pipeline_.stores_plain_tiff);
     }
-    ProductNames names =
-        view_names(pipeline.parameters, named_pair(pipeline, pair), ProductKind::left, ProductKind::right);
-    claim_and_show(pipeline, names.left, pair.notes);
-    claim_and_show(pipeline, names.right, pair.notes);
-    const std::string left = names.left.path();
-    const std::string right = names.right.path();
-    for (const std::string& path : {left, right}) {
-        if (pipeline.inputs.holds(path)) {
-            tell_input(pair, path, kLeftRightWords);
-            return;
+    [[nodiscard]] ExtraOptions extra() const {
+        return extra_options(pipeline_.parameters, pair_.permissions.keeps_orientation,
+                             pipeline_.stores_plain_tiff);
+    }
+    [[nodiscard]] NamedProduct new_product(const Product& product) const {
+        return {product, frame_, {}, KeptNotes::for_listener(pair_.notes), {}, {}};
+    }
+    [[nodiscard]] StoredFile new_file(const OutputName& name) const {
+        return {name.path(), KeptNotes::for_listener(pair_.notes)};
+    }
+    void refuse_inputs(NamedProduct& product);
+    [[nodiscard]] FrameSettings frame_behind(ProductKind kind) const;
+    [[nodiscard]] bool has_deep_form_of(const NamedProduct& product) const;
+    [[nodiscard]] DeepViews deep_views(const NamedProduct& product) const {
+        return deep_ && has_deep_form_of(product) ? deep_->views() : DeepViews();
+    }
+    void make_deep();
+    [[nodiscard]] std::vector<StoreJob> plan_jobs();
+    void run_job(const StoreJob& job);
+    [[nodiscard]] Result<StoreResult> write_file(const StoreJob& job);
+    [[nodiscard]] const std::string& source_of(const NamedProduct& product, std::size_t part) const;
+    void conclude_product(NamedProduct& product);
+    void copy_capture_times(const NamedProduct& product);
+    void show_in_report(const NamedProduct& product);
+
+    Pipeline& pipeline_;
+    PairRun& pair_;
+    SourceFiles sources_;
+    FrameSettings frame_;  ///< For the product to come.
+    std::vector<NamedProduct> products_;
+    std::optional<DeepPair> deep_;
+};
+
+/// An input is never written over.
+void PairStore::refuse_inputs(NamedProduct& product) {
+    for (const StoredFile& file : product.files) {
+        if (product.refused.empty() && pipeline_.inputs.holds(file.path)) {
+            product.refused = file.path;
         }
     }
-    const StoreResult result = value_or_end(
-        pair.notes,
-        write_left_right(pair.mounted.finished, store.frame, left, right,
-                         deep_views(pipeline, pair, store, left),
-                         save_options(pipeline.parameters, pipeline.stores_plain_tiff), pair.notes));
-    if (result.code != 0) {
-        tell_failure(pair, left + ", " + right, result, kLeftRightWords);
+}
+
+/// What the product settles of the frame for the next one, whatever becomes of its file.
+FrameSettings PairStore::frame_behind(ProductKind kind) const {
+    switch (kind) {
+        case ProductKind::anaglyph: return anaglyph_layout(finished(), frame_).frame;
+        case ProductKind::extra: return frame_behind_extra(finished(), frame_, extra().format);
+        default: return side_by_side_layout(finished(), frame_).frame;
+    }
+}
+
+void PairStore::name(const Product& product) {
+    NamedProduct named = new_product(product);
+    OutputName name = single_name(pipeline_.parameters, named_pair(pipeline_, pair_), product.kind,
+                                  pair_.inverse_output != 0);
+    claim_and_show(pipeline_, name, named.notes);
+    named.files.push_back(new_file(name));
+    refuse_inputs(named);
+    if (named.refused.empty()) {
+        frame_ = frame_behind(product.kind);
+    }
+    products_.push_back(std::move(named));
+}
+
+void PairStore::name_views() {
+    NamedProduct named = new_product(kViews);
+    named.layouts = view_layouts(finished(), frame_);
+    ProductNames names =
+        view_names(pipeline_.parameters, named_pair(pipeline_, pair_), ProductKind::left, ProductKind::right);
+    claim_and_show(pipeline_, names.left, named.notes);
+    claim_and_show(pipeline_, names.right, named.notes);
+    named.files.push_back(new_file(names.left));
+    named.files.push_back(new_file(names.right));
+    refuse_inputs(named);
+    if (named.refused.empty()) {
+        tell_frame_faults(named.layouts.left.faults, named.notes);
+        tell_frame_faults(named.layouts.right.faults, named.notes);
+    }
+    products_.push_back(std::move(named));
+}
+
+bool PairStore::has_deep_form_of(const NamedProduct& product) const {
+    const bool is_deep_kind = product.product.kind == ProductKind::extra
+                                  ? has_deep_form(extra().format)
+                                  : product.product.kind != ProductKind::anaglyph;
+    return is_deep_kind && has_deep_form(finished(), save(), product.files.front().path);
+}
+
+/// The views in 16 bits, for all products that have them.
+void PairStore::make_deep() {
+    const bool is_wanted = std::any_of(
+        products_.begin(), products_.end(),
+        [this](const NamedProduct& product) { return product.refused.empty() && has_deep_form_of(product); });
+    if (is_wanted) {
+        const DeepInput input{sources_, pair_.input.left_geometry, pair_.input.right_geometry,
+                              pipeline_.settings.colours ? &*pipeline_.settings.colours : nullptr};
+        deep_ = value_or_end(pair_.notes, make_deep_outputs(pair_.warped, finished(), input));
+    }
+}
+
+/// The largest pictures come first, so that the threads are done at about the same time.
+std::vector<StoreJob> PairStore::plan_jobs() {
+    std::vector<StoreJob> jobs;
+    for (NamedProduct& product : products_) {
+        for (std::size_t part = 0; product.refused.empty() && part < product.files.size(); ++part) {
+            jobs.push_back({&product, part});
+        }
+    }
+    const auto holds_both_views = [](const StoreJob& job) {
+        const ProductKind kind = job.product->product.kind;
+        return kind == ProductKind::stereo || kind == ProductKind::extra;
+    };
+    std::stable_partition(jobs.begin(), jobs.end(), holds_both_views);
+    return jobs;
+}
+
+Result<StoreResult> PairStore::write_file(const StoreJob& job) {
+    const NamedProduct& product = *job.product;
+    StoredFile& file = job.product->files[job.part];
+    const DeepViews deep = deep_views(product);
+    switch (product.product.kind) {
+        case ProductKind::anaglyph:
+            return write_anaglyph(finished(), product.frame, file.path,
+                                  anaglyph_options(pipeline_.parameters, pipeline_.stores_plain_tiff),
+                                  file.notes);
+        case ProductKind::extra:
+            return write_extra(finished(), product.frame, file.path, sources_, deep, extra(), file.notes);
+        case ProductKind::stereo:
+            return write_stereo(finished(), product.frame, file.path, deep, save(), file.notes);
+        default:
+            return write_view(finished(), product.layouts, job.part == 0 ? View::left : View::right,
+                              file.path, deep, save(), file.notes);
+    }
+}
+
+/// The picture that the metadata of the file come from.
+const std::string& PairStore::source_of(const NamedProduct& product, std::size_t part) const {
+    return product.product.kind == ProductKind::left && part == 0 ? sources_.left : sources_.right;
+}
+
+void PairStore::run_job(const StoreJob& job) {
+    const NamedProduct& product = *job.product;
+    StoredFile& file = job.product->files[job.part];
+    file.result = write_file(job);
+    if (file.result && file.result->code == 0) {
+        // Exiftool is at work beside the stores that follow.
+        pipeline_.exiftool.start_transfer(source_of(product, job.part), file.path, pair_.permissions,
+                                          tag_values(pair_), product.product.kind == ProductKind::extra,
+                                          pair_.transfers, file.notes);
+    }
+}
+
+void PairStore::write() {
+    make_deep();
+    const std::vector<StoreJob> jobs = plan_jobs();
+    const int count = static_cast<int>(jobs.size());
+    // Encoding is the longest step of a pair: one file a thread.
+#pragma omp parallel for schedule(dynamic, 1)
+    for (int i = 0; i < count; ++i) {
+        run_job(jobs[static_cast<std::size_t>(i)]);
+    }
+}
+
+/// The files get the times of their sources when exiftool is done with them.
+void PairStore::copy_capture_times(const NamedProduct& product) {
+    if (pipeline_.parameters.meta_transfer != setting::meta_transfer::tags_and_times) {
         return;
     }
-    dress_file(pipeline, pair, store.sources.left, left);
-    dress_file(pipeline, pair, store.sources.right, right);
-    if (pair.html_images == setting::html_images::views) {
-        pair.picture_tag = pair_tag(left, right, pipeline.parameters.path_of_images);
+    pair_.store_failed = !pipeline_.exiftool.settle(pair_.transfers, pair_.notes) || pair_.store_failed;
+    for (std::size_t part = 0; part < product.files.size(); ++part) {
+        copy_capture_time(source_of(product, part), product.files[part].path, pair_.notes);
+    }
+}
+
+void PairStore::show_in_report(const NamedProduct& product) {
+    const std::string& root = pipeline_.parameters.path_of_images;
+    const std::vector<StoredFile>& files = product.files;
+    if (product.product.shown_by != 0 && pair_.html_images == product.product.shown_by) {
+        pair_.picture_tag = files.size() == 1 ? preview_tag(files[0].path, root)
+                                              : pair_tag(files[0].path, files[1].path, root);
+    }
+}
+
+void PairStore::conclude_product(NamedProduct& product) {
+    product.notes.tell(pair_.notes);
+    if (!product.refused.empty()) {
+        tell_input(pair_, product.refused, product.product.words);
+        return;
+    }
+    StoreResult result;
+    std::string names;
+    for (StoredFile& file : product.files) {
+        file.notes.tell(pair_.notes);
+        result = joined(std::move(result), value_or_end(pair_.notes, std::move(file.result)));
+        names += (names.empty() ? "" : ", ") + file.path;
+    }
+    if (result.code != 0) {
+        tell_failure(pair_, names, result, product.product.words);
+        return;
+    }
+    if (product.product.last_name != nullptr) {
+        pipeline_.last_stored.*product.product.last_name = product.files[0].path;
+    }
+    copy_capture_times(product);
+    show_in_report(product);
+}
+
+void PairStore::conclude() {
+    for (NamedProduct& product : products_) {
+        conclude_product(product);
     }
 }
 
@@ -278,29 +420,31 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     check_print_profile(pipeline, notes);
     store_thumbnails(pipeline, pair);
     write_progress_result(pipeline, pair);
-    if (notes.verbose() > 0) {
-        notes.print(notes.messages().text<Msg::main_now_storing_images>() +
-                    notes.messages().text<Msg::main_now_storing_rule>());
-    }
     const bool lists_files = notes.verbose() > 0;
     if (lists_files) {
+        notes.print(notes.messages().text<Msg::main_now_storing_images>() +
+                    notes.messages().text<Msg::main_now_storing_rule>());
         notes.report_html(std::string("<p class=\"a4\"><b>") +
                           notes.messages().either({"Output files:", "Ausgabedateien:"}) + "</b></p>\n<p>");
     }
     const ParameterSet& p = pipeline.parameters;
-    PairStore store{sources_of(pipeline, pair), pair.mounted.finished.frame, {}};
+    PairStore store(pipeline, pair);
     if (p.anaglyph_output != 0) {
         adjust_anaglyph_colours(pipeline, pair.mounted.finished.views());
-        store_single(pipeline, pair, store, kAnaglyph);
+        store.name(kAnaglyph);
     }
     if (p.stereo_output != 0) {
-        store_single(pipeline, pair, store, kStereo);
+        store.name(kStereo);
     }
     if (p.extra_output >= setting::extra_output::squeezed_side_by_side &&
         p.extra_output <= setting::extra_output::left_right_right_left) {
-        store_single(pipeline, pair, store, kExtra);
+        store.name(kExtra);
     }
-    store_left_right(pipeline, pair, store);
+    if (p.left_right_output != 0) {
+        store.name_views();
+    }
+    store.write();
+    store.conclude();
     if (lists_files) {
         notes.report_html("</p>\n");
     }

@@ -200,7 +200,7 @@ bool has_deep_form(ExtraFormat format) {
 
 FrameSettings frame_behind_extra(const Finished& pair, const FrameSettings& frame, ExtraFormat format) {
     if (format == ExtraFormat::multi_picture) {
-        return frame_behind_views(pair, frame);
+        return view_layouts(pair, frame).right.frame;
     }
     if (format == ExtraFormat::interlaced) {
         return anaglyph_layout(pair, frame).frame;

@@ -11,15 +11,7 @@ namespace zemora {
 
 namespace {
 
-StoreResult joined(StoreResult first, const StoreResult& second) {
-    if (second.code != 0) {
-        first.reason += (first.reason.empty() ? "" : "\n") + second.reason;
-        first.code = second.code;
-    }
-    return first;
-}
-
-/// What became of a view that one of two threads stored.
+/// What became of a stored view.
 struct ViewStore {
     bool out_of_memory = false;
     std::string reason;
@@ -28,7 +20,7 @@ struct ViewStore {
 /// One view and what is written of it.
 struct ViewProduct {
     View view;
-    CanvasLayout layout;
+    const CanvasLayout& layout;
     const Bitmap* deep;  ///< Null for 8 bits.
     const std::string& file;
 };
@@ -61,53 +53,38 @@ ViewStore store_deep_view(const Finished& pair, const ViewProduct& product, cons
                    : ViewStore{true, {}};
 }
 
-ViewStore store_view(const Finished& pair, const ViewProduct& product, const SaveOptions& options,
-                     Notes& notes) {
-    return product.deep != nullptr ? store_deep_view(pair, product, options, notes)
-                                   : store_shallow_view(pair, product, options, notes);
-}
-
 }  // namespace
+
+StoreResult joined(StoreResult first, const StoreResult& second) {
+    if (second.code != 0) {
+        first.reason += (first.reason.empty() ? "" : "\n") + second.reason;
+        first.code = second.code;
+    }
+    return first;
+}
 
 StoreResult result_of(const std::string& file, const std::string& reason) {
     constexpr int kStoreFailed = 2;
     return reason.empty() ? StoreResult{} : StoreResult{kStoreFailed, printable(file + ": " + reason)};
 }
 
-FrameSettings frame_behind_views(const Finished& pair, const FrameSettings& frame) {
-    return single_view_layout(pair, single_view_layout(pair, frame, View::left).frame, View::right).frame;
+ViewLayouts view_layouts(const Finished& pair, const FrameSettings& frame) {
+    const CanvasLayout left = single_view_layout(pair, frame, View::left);
+    return {left, single_view_layout(pair, left.frame, View::right)};
 }
 
-Result<StoreResult> write_left_right(const Finished& pair, const FrameSettings& frame,
-                                     const std::string& left_file, const std::string& right_file,
-                                     const DeepViews& deep, const SaveOptions& options, Notes& notes) {
-    const CanvasLayout left = single_view_layout(pair, frame, View::left);
-    const std::array<ViewProduct, 2> products = {
-        ViewProduct{View::left, left, deep.left, left_file},
-        {View::right, single_view_layout(pair, left.frame, View::right), deep.right, right_file}};
-    for (const ViewProduct& product : products) {
-        tell_frame_faults(product.layout.faults, notes);
+Result<StoreResult> write_view(const Finished& pair, const ViewLayouts& layouts, View view,
+                               const std::string& file, const DeepViews& deep, const SaveOptions& options,
+                               Notes& notes) {
+    const bool is_left = view == View::left;
+    const ViewProduct product{view, layouts.of(view), is_left ? deep.left : deep.right, file};
+    const ViewStore store = product.deep != nullptr ? store_deep_view(pair, product, options, notes)
+                                                    : store_shallow_view(pair, product, options, notes);
+    if (store.out_of_memory) {
+        return Failure::out_of_memory(is_left ? "4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n"
+                                              : "4757: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RIGHT)\n");
     }
-    const int verbosity = notes.verbose();
-    std::array<KeptNotes, 2> kept = {KeptNotes(notes.messages(), verbosity),
-                                     KeptNotes(notes.messages(), verbosity)};
-    std::array<ViewStore, 2> stores;
-    // Encoding is the longest step of a pair: one view a thread.
-#pragma omp parallel for schedule(static, 1)
-    for (int i = 0; i < 2; ++i) {
-        const auto index = static_cast<std::size_t>(i);
-        stores[index] = store_view(pair, products[index], options, kept[index]);
-    }
-    for (KeptNotes& told : kept) {
-        told.tell(notes);
-    }
-    if (stores[0].out_of_memory) {
-        return Failure::out_of_memory("4289: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (LEFT)\n");
-    }
-    if (stores[1].out_of_memory) {
-        return Failure::out_of_memory("4757: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (RIGHT)\n");
-    }
-    return joined(result_of(left_file, stores[0].reason), result_of(right_file, stores[1].reason));
+    return result_of(file, store.reason);
 }
 
 Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame, const std::string& file,

@@ -5,6 +5,7 @@
 
 #include "config/notes.h"
 #include "render/finished.h"
+#include "render/framing.h"
 #include "render/save_picture.h"
 
 namespace zemora {
@@ -14,6 +15,9 @@ struct StoreResult {
     int code = 0;        ///< 0 done, else the error code that the driver shows.
     std::string reason;  ///< A line for each file that failed.
 };
+
+/// Both, with the code of the one that failed last.
+[[nodiscard]] StoreResult joined(StoreResult first, const StoreResult& second);
 
 /// The result of storing `file`, with the reason of a failure or an empty one.
 [[nodiscard]] StoreResult result_of(const std::string& file, const std::string& reason);
@@ -38,19 +42,25 @@ struct DeepViews {
     [[nodiscard]] explicit operator bool() const { return left != nullptr && right != nullptr; }
 };
 
-// Products. Each works its canvas out from `frame`, tells what is wrong with it, and changes nothing: the
-// frame that it settled is the one of its layout (`framing.h`). Each file is written beside its final name
-// and renamed when it is whole. Without memory for the canvas they fail, which ends the run.
+// Products. Each works its canvas out from `frame`, and changes nothing: the frame that it settled is the one
+// of its layout (`framing.h`). All of them may be made at the same time. Each file is written beside its
+// final name and renamed when it is whole. Without memory for the canvas they fail, which ends the run.
 
-[[nodiscard]] Result<StoreResult> write_left_right(const Finished& pair, const FrameSettings& frame,
-                                                   const std::string& left_file,
-                                                   const std::string& right_file, const DeepViews& deep,
-                                                   const SaveOptions& options, Notes& notes);
+/// The canvases of both views; the right one goes on from the frame that the left one settled.
+struct ViewLayouts {
+    CanvasLayout left;
+    CanvasLayout right;
+    [[nodiscard]] const CanvasLayout& of(View view) const { return view == View::left ? left : right; }
+};
+[[nodiscard]] ViewLayouts view_layouts(const Finished& pair, const FrameSettings& frame);
+
+/// Reports nothing of the frame: what is wrong with it stands in `layouts`.
+[[nodiscard]] Result<StoreResult> write_view(const Finished& pair, const ViewLayouts& layouts, View view,
+                                             const std::string& file, const DeepViews& deep,
+                                             const SaveOptions& options, Notes& notes);
+/// Reports what is wrong with the frame.
 [[nodiscard]] Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame,
                                                const std::string& file, const DeepViews& deep,
                                                const SaveOptions& options, Notes& notes);
-
-/// The frame behind `write_left_right`.
-[[nodiscard]] FrameSettings frame_behind_views(const Finished& pair, const FrameSettings& frame);
 
 }  // namespace zemora

@@ -126,11 +126,12 @@ struct Rig {
     }
     StoreResult write_left_right(const std::string& left, const std::string& right,
                                  const SourceFiles& sources = {}) {
-        const FrameSettings before = frame;
-        frame = frame_behind_views(finished(), before);
+        const ViewLayouts layouts = view_layouts(finished(), frame);
+        frame = layouts.right.frame;
         const DeepPair deep = deep_pair(left, sources);
-        return *zemora::write_left_right(finished(), before, left, right, deep.views(),
-                                         save_options(parameters), voice);
+        const SaveOptions options = save_options(parameters);
+        return joined(*write_view(finished(), layouts, View::left, left, deep.views(), options, voice),
+                      *write_view(finished(), layouts, View::right, right, deep.views(), options, voice));
     }
     StoreResult write_extra(const std::string& file, const SourceFiles& sources = {}) {
         const FrameSettings before = frame;
