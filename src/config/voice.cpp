@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "config/html_text.h"
+
 namespace zemora {
 
 namespace {
@@ -68,22 +70,6 @@ void Voice::progress(std::string_view step, double percent) {
     if (verbose() > 0) {
         console_.progress(step, percent);
     }
-}
-
-std::string html_text(std::string_view text) {
-    std::string html;
-    for (const char c : text) {
-        switch (c) {
-            case '&': html += "&amp;"; break;
-            case '<': html += "&lt;"; break;
-            case '>': html += "&gt;"; break;
-            case '"': html += "&quot;"; break;
-            case '\'': html += "&#39;"; break;
-            case '\n': html += "<br>\n"; break;
-            default: html += c;
-        }
-    }
-    return html;
 }
 
 void tell_missing_memory(Console& console, std::string_view reason, std::string_view advice) {

@@ -54,9 +54,6 @@ private:
     std::set<std::string, std::less<>> told_in_run_;
 };
 
-/// The text with the five HTML characters escaped and line ends as "<br>".
-[[nodiscard]] std::string html_text(std::string_view text);
-
 /// For pictures that do not fit into memory: prints `reason`, the advice to close other applications and the
 /// waiting line, and waits for Enter. `advice` is one more line behind the advice.
 void tell_missing_memory(Console& console, std::string_view reason, std::string_view advice);

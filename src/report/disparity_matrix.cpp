@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "config/voice.h"
+#include "config/html_text.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
