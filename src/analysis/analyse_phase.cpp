@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "analysis/analysis_visitor.h"
 #include "analysis/phases.h"
 #include "analysis/stereo_analyse.h"

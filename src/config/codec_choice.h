@@ -1,8 +1,6 @@
 #pragma once
 /// The codec of written videos: settled from the text of `VideoCodec`, or chosen by the user.
 
-#include <string_view>
-
 #include "config/rule_surroundings.h"
 #include "config/video_codecs.h"
 

@@ -7,8 +7,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <optional>
-#include <span>
 
 #include "input/picture_file.h"
 #include "numerics/bitmap_file.h"
@@ -16,7 +14,6 @@
 #include "numerics/rounding.h"
 #include "platform/console.h"
 #include "platform/paths.h"
-#include "platform/safe_file.h"
 #include "platform/temp_folder.h"
 
 namespace zemora {

@@ -2,6 +2,7 @@
 /// What the ways of pairing share: a proposed pair is checked, listed and added; changes of folder are told.
 
 #include <string>
+#include <vector>
 
 #include "config/notes.h"
 #include "input/collect_options.h"

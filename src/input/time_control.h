@@ -3,6 +3,7 @@
 
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "config/notes.h"
 #include "input/capture_time.h"

@@ -7,6 +7,7 @@
 #include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/child_process.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "report/analysis_dump.h"
 #include "report/analysis_dump_grid.h"

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "analysis/phases.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "report/analysis_dump.h"
 #include "report/analysis_dump_grid.h"
