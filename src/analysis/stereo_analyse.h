@@ -63,8 +63,8 @@ struct AnalysisOptions {
     int far_point_limit = 33;  ///< Of the window within a limit, in the unit of `win_off_reference`.
     int win_off_reference = setting::win_off_reference::of_width;
     int color_left_right = setting::color_left_right::both;  ///< The view that is adapted in tone.
-    int auto_gamma_adjust = 0;                               ///< 0 off to 3 full.
-    bool has_passepartout = false;                           ///< The views may have a frame of one colour.
+    int auto_gamma_adjust = setting::auto_gamma_adjust::off;
+    bool has_passepartout = false;  ///< The views may have a frame of one colour.
     int estimate_vergence_v = setting::estimate_vergence_v::with_corners;
     int estimate_vergence_h = setting::estimate_vergence_h::with_corners;
     bool robust = true;   ///< The fit rejects matches that contradict the others.

@@ -21,8 +21,8 @@ int depth_of_walk(const CollectOptions& options) {
     if (options.input_mode == setting::input_mode::by_names) {
         return 0;
     }
-    const bool forced =
-        options.input_mode == setting::input_mode::by_names_in_tree && options.include_subdirs == 0;
+    const bool forced = options.input_mode == setting::input_mode::by_names_in_tree &&
+                        options.include_subdirs == setting::include_subdirs::folder_alone;
     return forced ? setting::include_subdirs::tree_without_outputs : options.include_subdirs;
 }
 

@@ -44,7 +44,8 @@ std::string list_path_of(const std::string& root, const std::string& name) {
 ListedNames::ListedNames(const CollectOptions& options, Notes& notes)
     : options_(options),
       notes_(notes),
-      wanted_(options.write_data_base > 0 && options.input_mode != setting::input_mode::from_list),
+      wanted_(options.write_data_base > setting::write_data_base::untouched &&
+              options.input_mode != setting::input_mode::from_list),
       old_list_(wanted_ ? identity_of(list_path_of(options.path_of_images, options.list_of_images))
                         : std::nullopt) {}
 

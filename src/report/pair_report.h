@@ -14,7 +14,7 @@ namespace zemora {
 
 /// Everything that the report of a pair tells; it computes nothing.
 struct ImageReport {
-    int mode = 1;  ///< `EstimateGeometry` of this pair.
+    int mode = setting::estimate_geometry::measured;  ///< `EstimateGeometry` of this pair.
     /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the
     /// views come from a depth mask.
     bool is_analysed = true;
@@ -57,7 +57,7 @@ void report_mount_failure(Notes& notes);
 
 /// Mean values of all frames of a sequence.
 struct SequenceReport {
-    int mode = 1;  ///< `EstimateGeometry`.
+    int mode = setting::estimate_geometry::measured;  ///< `EstimateGeometry`.
     Correction correction;
     double near_shift_px = 0.0;
     int seconds = 0;

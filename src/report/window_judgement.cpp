@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "config/setting_values.h"
-
 namespace zemora {
 
 namespace {
