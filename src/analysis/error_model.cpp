@@ -61,10 +61,10 @@ ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width
     fit.values.vergence_v_rad = static_cast<float>(total[kVergenceV]);
     fit.values.vergence_h_rad = static_cast<float>(total[kVergenceH]);
     for (const ModelPoint& point : points) {
-        fit.residual_rms += point.dy * point.dy;
+        fit.residual_rms_px += point.dy * point.dy;
     }
-    fit.residual_rms =
-        points.empty() ? 0.0 : std::sqrt(fit.residual_rms / static_cast<double>(points.size()));
+    fit.residual_rms_px =
+        points.empty() ? 0.0 : std::sqrt(fit.residual_rms_px / static_cast<double>(points.size()));
     return fit;
 }
 

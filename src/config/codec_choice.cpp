@@ -94,7 +94,7 @@ Result<void> choose_codec(ParameterSet& parameters, const RuleSurroundings& surr
     const CodecSettings settings = preset_for(*chosen, parameters);
     tell_encoding(settings, voice);
     std::string_view rest = parts_of(parameters.video_codec).rest;
-    while (rest.starts_with(kFileMark)) {  // it told of the file that was missing
+    while (rest.starts_with(kFileMark)) {  // it stood for the file that is missing
         rest.remove_prefix(kFileMark.size());
     }
     parameters.video_codec = kept_choice(settings, surroundings, voice) + std::string(rest);

@@ -16,7 +16,7 @@ enum class RuleScope { video, every };
 
 /// What follows when a rule's texts are shown.
 enum class RuleOutcome {
-    stop,          ///< The process ends with code 1.
+    stop,          ///< The settings are refused, which ends the run.
     wait_above_0,  ///< Wait for Enter when `StopAtError` is above 0.
     wait_above_1,
     go,

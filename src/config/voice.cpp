@@ -21,8 +21,8 @@ bool Voice::is_news(const Note& note) {
     if (note.repeat == Repeat::always) {
         return true;
     }
-    auto& told = note.repeat == Repeat::once_a_pair ? told_in_section_ : told_in_run_;
-    return told.emplace(note.matter.empty() ? note.text : note.matter).second;
+    auto& shown = note.repeat == Repeat::once_a_pair ? shown_in_section_ : shown_in_run_;
+    return shown.emplace(note.matter.empty() ? note.text : note.matter).second;
 }
 
 void Voice::report(const Note& note) {
@@ -54,7 +54,7 @@ void Voice::add(Note note) {
 }
 
 void Voice::begin_report_section() {
-    told_in_section_.clear();
+    shown_in_section_.clear();
     if (report_ != nullptr) {
         report_->begin_section();
     }

@@ -155,7 +155,7 @@ Failure ListedNames::no_list(const std::string& path, const std::string& reason)
 void update_database_line(const std::string& root, Notes& notes, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result) {
     if (!names_line(root, left, right)) {
-        return;  // left out when the list was made, and told then
+        return;  // left out when the list was made, and reported then
     }
     std::string reason;
     auto text = read_list(list_path, reason);

@@ -158,7 +158,7 @@ bool header_is_too_large(LibraryStream& stream, FREE_IMAGE_FORMAT format) {
     return header && is_too_large(header);
 }
 
-/// Whether the file ended before its pixels did, for the formats whose reader does not tell.
+/// Whether the file ended before its pixels did, for the formats whose reader does not report it.
 bool is_cut_off(const LibraryStream& stream, PictureFormat format, std::span<const std::uint8_t> content) {
     switch (format) {
         case PictureFormat::bmp:

@@ -29,7 +29,7 @@ private:
 /// all threads share; this one may be called from any.
 [[nodiscard]] FREE_IMAGE_FORMAT format_of_name(const std::string& path);
 
-/// Encodes into memory, then writes with every byte checked: the library tells a full disk to nobody.
+/// Encodes into memory, then writes with every byte checked: the library does not report a full disk.
 /// Empty, or the reason why there is no such file.
 [[nodiscard]] std::string encode_and_write(FIBITMAP* picture, FREE_IMAGE_FORMAT format, int flags,
                                            const std::string& path);
