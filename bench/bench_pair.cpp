@@ -61,27 +61,21 @@ private:
     std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
 };
 
-bool mount(Pipeline& pipeline, benchmark::State& state) {
+bool mount_files(Pipeline& pipeline, Notes& notes, benchmark::State& state) {
     StageClock clock;
-    PairRun pair;
+    PairRun pair(0, notes);
     if (!prepare_pair(pipeline, pair)) {
         return false;
     }
     clock.add(state, "load");
-    if (!measure_geometry(pipeline, pair)) {
+    if (!locate_pair(pipeline, pair)) {
         return false;
     }
-    clock.add(state, "measure");
-    place_stereo_window(pipeline, pair);
-    if (!warp_final(pipeline, pair)) {
+    clock.add(state, "find_geometry");
+    if (!mount_views(pipeline, pair)) {
         return false;
     }
-    clock.add(state, "final_warp");
-    if (!measure_result(pipeline, pair)) {
-        return false;
-    }
-    clock.add(state, "disparity");
-    finish_pictures(pipeline, pair);
+    clock.add(state, "mount");
     store_outputs(pipeline, pair);
     clock.add(state, "store");
     return pair.status == StatusCode::success;
@@ -100,15 +94,15 @@ void mount_pair_of_files(benchmark::State& state) {
     parameters.path_of_images = temporary_folder();
     Console console;
     MessageCatalogue messages(Language::english);
-    const Voice voice(console, messages, parameters);
+    Voice voice(console, messages, parameters);
     RunContext context;
     ImageList list;
     list.add_object(list.add_name(files.left), list.add_name(files.right));
-    ExifTool exiftool(parameters, voice);
+    ExifTool exiftool(parameters);
     bool mounted = true;
     for ([[maybe_unused]] auto round : state) {
         Pipeline pipeline(parameters, context, list, exiftool, voice);
-        mounted = mount(pipeline, state) && mounted;
+        mounted = mount_files(pipeline, voice, state) && mounted;
     }
     if (!mounted) {
         state.SkipWithError("the pair was not mounted");

@@ -26,6 +26,10 @@ public:
     [[nodiscard]] const MessageCatalogue& messages() const { return messages_; }
     /// `VerboseMode`, so that a text nobody asked for need not be made.
     [[nodiscard]] int verbose() const { return verbosity_; }
+    /// The same, for listeners of the same extent.
+    [[nodiscard]] const int& verbosity() const { return verbosity_; }
+    /// Returns when all that was added is reported, so that the run may end.
+    virtual void await_listener() {}
 
     // Short forms of `add`.
 
@@ -78,6 +82,10 @@ public:
     using Notes::Notes;
     void add(Note note) override { notes_.push_back(std::move(note)); }
     void progress(std::string_view /*step*/, double /*percent*/) override {}
+    /// For texts in the language and of the extent that `listener` has.
+    [[nodiscard]] static KeptNotes for_listener(const Notes& listener) {
+        return {listener.messages(), listener.verbosity()};
+    }
     /// Passes all of it on to `listener` and forgets it.
     void tell(Notes& listener);
 

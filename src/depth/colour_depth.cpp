@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 
@@ -84,7 +84,6 @@ std::string colour_depth_name(const std::string& name) {
 }
 
 std::string write_colour_depth(ConstPicture colour, ConstPicture depth, const std::string& path) {
-    constexpr int kBestQuality = 65636;  // 100 without subsampling of the colours
     const Bitmap picture = Bitmap::create(colour.width, colour.height);
     if (!picture) {
         return "there is no memory for the picture";
@@ -94,7 +93,8 @@ std::string write_colour_depth(ConstPicture colour, ConstPicture depth, const st
     if (!make_folders(folder_of(path), reason)) {
         return reason;
     }
-    return encode_and_write(picture.handle(), FIF_JPEG, kBestQuality, path);
+    return encode_and_write(picture, {.format = PictureFormat::jpeg, .quality = 100, .chroma = Chroma::full},
+                            path);
 }
 
 }  // namespace zemora

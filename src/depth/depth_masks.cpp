@@ -1,15 +1,13 @@
 #include "depth/depth_masks.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 
+#include "codec/encode.h"
 #include "input/picture_file.h"
-#include "numerics/bitmap_file.h"
 #include "numerics/rescale.h"
 #include "numerics/rounding.h"
 #include "platform/console.h"
@@ -310,7 +308,7 @@ private:
 
     [[nodiscard]] Result<void> keep(const Bitmap& mask, std::int64_t index) const {
         const std::string file = moved_mask_file(index);
-        return outcome_of(encode_and_write(mask.handle(), FIF_BMP, BMP_SAVE_RLE, file), file);
+        return outcome_of(encode_and_write(mask, {PictureFormat::bmp}, file), file);
     }
 
     /// Done where there is no reason why a file could not be written.
@@ -349,9 +347,7 @@ private:
             if (file_exists(path)) {
                 continue;
             }
-            const FREE_IMAGE_FORMAT format = format_of_name(path);
-            auto written =
-                outcome_of(encode_and_write(made.bitmap.handle(), format, flags_of(format), path), path);
+            auto written = outcome_of(encode_and_write(made.bitmap, options_for(path), path), path);
             if (!written) {
                 return written;
             }
@@ -359,17 +355,13 @@ private:
         return {};
     }
 
-    static int flags_of(FREE_IMAGE_FORMAT format) {
-        constexpr int kBestJpeg = 65636;  // quality 100 without subsampling
-        constexpr int kFastPng = 6;
-        constexpr int kDeflatedTiff = 16384;
-        switch (format) {
-            case FIF_BMP: return BMP_SAVE_RLE;
-            case FIF_JPEG: return kBestJpeg;
-            case FIF_PNG: return kFastPng;
-            case FIF_TIFF: return kDeflatedTiff;
-            default: return 0;
+    static EncodeOptions options_for(const std::string& path) {
+        EncodeOptions options{.format = format_of_name(path), .compress = true};
+        if (options.format == PictureFormat::jpeg) {
+            options.quality = 100;
+            options.chroma = Chroma::full;
         }
+        return options;
     }
 
     std::int64_t step_;

@@ -10,6 +10,7 @@
 #include "input/mpo_sizes.h"
 #include "input/tiff_directory.h"
 #include "platform/child_process.h"
+#include "platform/console.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -120,18 +121,23 @@ int rot_mir_of_orientation(int orientation) {
                : 0;
 }
 
-ExifTool::ExifTool(const ParameterSet& parameters, Voice& voice)
-    : parameters_(parameters), voice_(voice), run_start_(std::time(nullptr)) {}
+ExifTool::ExifTool(const ParameterSet& parameters)
+    : parameters_(parameters), run_start_(std::time(nullptr)) {}
 
-void ExifTool::require() {
+void ExifTool::require(Notes& notes) {
     // Started now, it is ready when the first picture is stored.
     if (!is_available()) {
-        voice_.say<Msg::main_exiftool_missing>();
-        voice_.wait(Severity::warning);
+        notes.say<Msg::main_exiftool_missing>();
+        notes.wait(Severity::warning);
     }
 }
 
 bool ExifTool::is_available() {
+    const std::lock_guard lock(mutex_);
+    return find();
+}
+
+bool ExifTool::find() {
     if (!looked_for_) {
         looked_for_ = true;
         program_ = find_program("exiftool.exe");
@@ -182,7 +188,7 @@ ExifTool::Answer ExifTool::run_alone(const std::vector<std::string>& arguments) 
 
 ExifTool::Answer ExifTool::run(const std::vector<std::string>& arguments) {
     finish();
-    voice_.console().flush();
+    flush_console();
     if (send(arguments)) {
         if (auto answer = receive()) {
             return *answer;
@@ -209,37 +215,40 @@ void ExifTool::finish() {
     }
 }
 
-ExifTool::Answer ExifTool::read(const std::string& path, const std::vector<std::string>& arguments) {
-    if (!is_available()) {
+ExifTool::Answer ExifTool::read(const std::string& path, const std::vector<std::string>& arguments,
+                                Notes& notes) {
+    if (!find()) {
         return {};
     }
     Answer answer = run(arguments);
-    tell_unreadable(path, answer);
+    tell_unreadable(path, answer, notes);
     return answer;
 }
 
-void ExifTool::tell_unreadable(const std::string& path, const Answer& answer) {
+void ExifTool::tell_unreadable(const std::string& path, const Answer& answer, Notes& notes) {
     // A form that exiftool does not know has no tags, which is no failure.
     const bool is_known = answer.errors.find("Unknown file type") == std::string::npos;
     if (answer.exit_code != 0 && is_known && unreadable_.insert(path).second) {
-        tell_failure(path, answer);
+        tell_failure(path, answer, notes);
     }
 }
 
-bool ExifTool::settle_transfers() {
+bool ExifTool::settle(TransferLog& log, Notes& notes) {
+    const std::lock_guard lock(mutex_);
     finish();
-    return !std::exchange(transfer_failed_, false);
+    log.notes.tell(notes);
+    return !std::exchange(log.has_failure, false);
 }
 
-void ExifTool::tell_failure(const std::string& path, const Answer& answer) const {
-    const MessageCatalogue& messages = voice_.messages();
+void ExifTool::tell_failure(const std::string& path, const Answer& answer, Notes& notes) {
+    const MessageCatalogue& messages = notes.messages();
     std::string text = messages.text<Msg::main_exiftool_call_failed>() + "   " + printable(path);
     if (const std::string sentence = sentence_of(answer.errors, plain_name(path)); !sentence.empty()) {
         text += ": " + printable(utf8_text(sentence));
     }
-    voice_.tell_everywhere(text + '\n');
+    notes.tell_everywhere(text + '\n');
     if (const std::string left_over = left_over_name(path); file_exists(left_over)) {
-        voice_.tell_everywhere(format_text(
+        notes.tell_everywhere(format_text(
             messages.either(
                 {"   Another run was broken off, or is at work: please remove %s when nothing works on it.\n",
                  "   Ein anderer Lauf wurde abgebrochen oder arbeitet noch: bitte %s loeschen, wenn nichts "
@@ -249,98 +258,113 @@ void ExifTool::tell_failure(const std::string& path, const Answer& answer) const
     }
 }
 
-void ExifTool::remove_left_over(const std::string& path) const {
+void ExifTool::remove_left_over(const std::string& path, Notes& notes) const {
     const std::string left_over = left_over_name(path);
     if (is_file_older_than(left_over, run_start_) && std::remove(left_over.c_str()) == 0) {
-        voice_.tell_everywhere(format_text(
-            voice_.messages().either({"   %s was left by a run that was broken off, and is removed.\n",
-                                      "   %s ist von einem abgebrochenen Lauf uebrig und wird geloescht.\n"}),
+        notes.tell_everywhere(format_text(
+            notes.messages().either({"   %s was left by a run that was broken off, and is removed.\n",
+                                     "   %s ist von einem abgebrochenen Lauf uebrig und wird geloescht.\n"}),
             printable(left_over).c_str()));
     }
 }
 
-int ExifTool::read_orientation(const std::string& path) {
+int ExifTool::read_orientation(const std::string& path, Notes& notes) {
+    const std::lock_guard lock(mutex_);
     const Answer answer =
-        read(path, {"-b", "-exif:Orientation", "-n", "-q", "-q", "-fast", plain_name(path)});
+        read(path, {"-b", "-exif:Orientation", "-n", "-q", "-q", "-fast", plain_name(path)}, notes);
     const int value = std::atoi(first_line(answer.output).c_str());
     constexpr int kLastOrientation = 8;
     return value >= 1 && value <= kLastOrientation ? value : 0;
 }
 
-std::string ExifTool::read_software(const std::string& path) {
-    const Answer answer = read(path, {plain_name(path), "-Exif:Software"});
+std::string ExifTool::read_software(const std::string& path, Notes& notes) {
+    const std::lock_guard lock(mutex_);
+    const Answer answer = read(path, {plain_name(path), "-Exif:Software"}, notes);
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
-std::string ExifTool::read_headline(const std::string& path) {
+std::string ExifTool::read_headline(const std::string& path, Notes& notes) {
+    const std::lock_guard lock(mutex_);
     // Many programs write UTF-8 without saying so; what is none comes through as it stands in the file.
     const Answer answer =
-        read(path, {"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)});
+        read(path, {"-charset", "iptc=UTF8", "-IPTC:Headline", "-fast", "-s", "-s", "-s", plain_name(path)},
+             notes);
     return answer.exit_code == 0 ? utf8_text(first_line(answer.output)) : std::string();
 }
 
-std::string ExifTool::read_maker(const std::string& path) {
-    const Answer answer = read(path, {"-EXIF:Make", "-e", "-s", "-n", plain_name(path), "-q", "-q", "-fast"});
+std::string ExifTool::read_maker(const std::string& path, Notes& notes) {
+    const std::lock_guard lock(mutex_);
+    const Answer answer =
+        read(path, {"-EXIF:Make", "-e", "-s", "-n", plain_name(path), "-q", "-q", "-fast"}, notes);
     return answer.exit_code == 0 ? first_line(answer.output) : std::string();
 }
 
-std::vector<std::uint8_t> ExifTool::read_binary(const std::string& path, const std::string& tag) {
-    Answer answer = read(path, {"-b", '-' + tag, plain_name(path), "-q", "-q"});
+std::vector<std::uint8_t> ExifTool::read_binary(const std::string& path, const std::string& tag,
+                                                Notes& notes) {
+    const std::lock_guard lock(mutex_);
+    Answer answer = read(path, {"-b", '-' + tag, plain_name(path), "-q", "-q"}, notes);
     return answer.exit_code == 0 ? std::move(answer.output) : std::vector<std::uint8_t>();
 }
 
-void ExifTool::copy_orientation(const std::string& source, const std::string& target) {
-    remove_left_over(target);
+void ExifTool::copy_orientation(const std::string& source, const std::string& target, Notes& notes) {
+    const std::lock_guard lock(mutex_);
+    remove_left_over(target, notes);
     const Answer answer = run({"-n", "-tagsfromfile", pattern_name(source), "-exif:orientation",
                                "-overwrite_original", "-q", "-q", "-fast", plain_name(target)});
     if (answer.exit_code != 0) {
-        tell_failure(target, answer);
+        tell_failure(target, answer, notes);
     }
 }
 
-void ExifTool::add_standard_profile(const std::string& path) {
+void ExifTool::add_standard_profile(const std::string& path, Notes& notes) {
+    const std::lock_guard lock(mutex_);
     const std::string profile = find_data_file(kStandardProfile);
-    if (profile.empty() || !is_available()) {
+    if (profile.empty() || !find()) {
         return;
     }
-    remove_left_over(path);
+    remove_left_over(path, notes);
     const Answer answer =
         run({"-ICC_Profile<=" + pattern_name(profile), "-overwrite_original", "-q", "-q", plain_name(path)});
     if (answer.exit_code != 0) {
-        tell_failure(path, answer);
+        tell_failure(path, answer, notes);
     }
 }
 
-std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class) {
-    const Answer answer = read(path, {record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)});
+std::optional<std::string> ExifTool::read_record(const std::string& path, InputClass input_class,
+                                                 Notes& notes) {
+    const std::lock_guard lock(mutex_);
+    const Answer answer =
+        read(path, {record_tag(input_class), "-fast", "-s", "-s", "-s", plain_name(path)}, notes);
     if (answer.exit_code != 0) {
         return std::nullopt;
     }
     return first_line(answer.output);
 }
 
-bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text) {
+bool ExifTool::write_record(const std::string& path, InputClass input_class, const std::string& text,
+                            Notes& notes) {
+    const std::lock_guard lock(mutex_);
     const auto first = input_class == InputClass::tiff ? std::nullopt : first_picture_of(path);
-    Answer answer = is_available() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
-                                          "-overwrite_original", "-q", plain_name(path)})
-                                   : Answer{};
+    Answer answer = find() ? run({record_tag(input_class) + ('=' + text), "-fast", "-s", "-s", "-s",
+                                  "-overwrite_original", "-q", plain_name(path)})
+                           : Answer{};
     if (answer.exit_code == 0 && first) {
         answer.errors = settle_first_size(path, first);
         answer.exit_code = answer.errors.empty() ? 0 : -1;
     }
     if (answer.exit_code != 0) {
-        tell_failure(path, answer);
+        tell_failure(path, answer, notes);
     }
     return answer.exit_code == 0;
 }
 
-void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
-    tell_unreadable(source, answer);
+void ExifTool::keep_profile(const std::string& source, const Answer& answer, Notes& notes) {
+    tell_unreadable(source, answer, notes);
     const SourceColours colours = source_colours(answer.output);
     std::string file =
         colours.known_profile == nullptr ? std::string() : find_data_file(colours.known_profile);
     if (!colours.profile.empty()) {
-        const std::string fetched = temporary_folder() + format_text("/temp%zu.icc", profile_files_.size());
+        const std::string fetched = temporary_folder() + format_text("/temp%d.icc", fetched_profiles_++);
         if (write_file_whole(fetched, colours.profile).empty()) {
             file = fetched;
         }
@@ -348,14 +372,16 @@ void ExifTool::keep_profile(const std::string& source, const Answer& answer) {
     profile_files_.emplace(source, file);
 }
 
-void ExifTool::prefetch_profile(const std::string& source) {
-    if (is_available()) {
+void ExifTool::prefetch_profile(const std::string& source, TransferLog& log) {
+    const std::lock_guard lock(mutex_);
+    if (find()) {
         start(profile_request(source),
-              [this, source](const Answer& answer) { keep_profile(source, answer); });
+              [this, source, &log](const Answer& answer) { keep_profile(source, answer, log.notes); });
     }
 }
 
-std::vector<std::string> ExifTool::profile_arguments(const std::string& source, const std::string& target) {
+std::vector<std::string> ExifTool::profile_arguments(const std::string& source, const std::string& target,
+                                                     Notes& notes) {
     constexpr int kCmykByFormula = 8;
     constexpr int kCmykByProfile = 9;
     const int format = parameters_.output_format;
@@ -369,7 +395,7 @@ std::vector<std::string> ExifTool::profile_arguments(const std::string& source, 
         finish();
     }
     if (!profile_files_.contains(source)) {
-        keep_profile(source, run(profile_request(source)));
+        keep_profile(source, run(profile_request(source)), notes);
     }
     const std::string& file = profile_files_[source];
     return file.empty() ? std::vector<std::string>()
@@ -378,7 +404,8 @@ std::vector<std::string> ExifTool::profile_arguments(const std::string& source, 
 
 void ExifTool::start_transfer(const std::string& source, const std::string& target,
                               const TagPermissions& permissions, const SoftwareTagValues& values,
-                              bool is_extra_output) {
+                              bool is_extra_output, TransferLog& log, Notes& notes) {
+    const std::lock_guard lock(mutex_);
     constexpr int kMultiPicture = 5;
     const bool is_multi_picture = is_extra_output && parameters_.extra_output == kMultiPicture;
     const bool wanted = parameters_.meta_transfer != 0;
@@ -390,15 +417,16 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
     const bool has_work = (wanted && (permissions.colour_profile_ok || permissions.exif_ok)) ||
                           (permissions.tags_ok && !parameters_.exif_copyright.empty()) ||
                           (permissions.exif_ok && has_resolution);
-    if (!has_work || !is_available()) {
+    if (!has_work || !find()) {
         return;
     }
     if (wanted && permissions.colour_profile_ok) {
-        arguments = profile_arguments(source, target);
+        arguments = profile_arguments(source, target, notes);
+        log.notes.tell(notes);
     }
     if (wanted && permissions.exif_ok) {
-        if (voice_.verbose() > 0) {
-            voice_.print("   - and now EXIF operation... \n");
+        if (notes.verbose() > 0) {
+            notes.print("   - and now EXIF operation... \n");
         }
         add({"-tagsfromfile", pattern_name(source), "-ThumbnailImage=", "-EXIF:All"});
         if (is_multi_picture) {
@@ -429,30 +457,35 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
         return;
     }
     add({plain_name(target), "-overwrite_original", "-q", "-q", "-fast"});
-    remove_left_over(target);
-    start(arguments, [this, target, is_multi_picture](const Answer& answer) {
+    remove_left_over(target, notes);
+    start(arguments, [target, is_multi_picture, &log](const Answer& answer) {
         std::string reason = is_multi_picture ? settle_first_size(target, std::nullopt) : std::string();
         if (is_multi_picture && reason.empty()) {
             reason = share_profile(target);
         }
         if (answer.exit_code != 0) {
-            tell_failure(target, answer);
+            tell_failure(target, answer, log.notes);
         } else if (!reason.empty()) {
-            tell_failure(target, {answer.exit_code, {}, reason});
+            tell_failure(target, {answer.exit_code, {}, reason}, log.notes);
         }
-        transfer_failed_ = transfer_failed_ || answer.exit_code != 0 || !reason.empty();
+        log.has_failure = log.has_failure || answer.exit_code != 0 || !reason.empty();
     });
 }
 
-void ExifTool::forget_pair() {
+void ExifTool::forget_files(std::initializer_list<std::string> sources) {
+    const std::lock_guard lock(mutex_);
     finish();
     const std::string fetched = temporary_folder() + "/temp";
-    for (const auto& [source, file] : profile_files_) {
-        if (file.rfind(fetched, 0) == 0) {
-            std::remove(file.c_str());
+    for (const std::string& source : sources) {
+        const auto known = profile_files_.find(source);
+        if (known == profile_files_.end()) {
+            continue;
         }
+        if (known->second.starts_with(fetched)) {
+            std::remove(known->second.c_str());
+        }
+        profile_files_.erase(known);
     }
-    profile_files_.clear();
 }
 
 }  // namespace zemora

@@ -4,14 +4,16 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <initializer_list>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "config/notes.h"
 #include "config/parameter_set.h"
-#include "config/voice.h"
 #include "platform/child_dialog.h"
 
 namespace zemora {
@@ -34,45 +36,54 @@ struct SoftwareTagValues {
     int deviation = 0;
 };
 
+/// What becomes of the transfers of one pair, which run beside its stores. Must live until they are settled.
+struct TransferLog {
+    explicit TransferLog(const Notes& listener) : notes(KeptNotes::for_listener(listener)) {}
+    KeptNotes notes;
+    bool has_failure = false;
+};
+
+/// May be called from several threads. Failures are reported to the `notes` of the call.
 class ExifTool {
 public:
-    ExifTool(const ParameterSet& parameters, Voice& voice);
+    explicit ExifTool(const ParameterSet& parameters);
 
     /// Looks for the program; warns once, in the words of the catalogue, when it is missing.
-    void require();
+    void require(Notes& notes);
     /// Looks for the program at the first call that needs it; without a word when it is missing.
     [[nodiscard]] bool is_available();
 
     /// The EXIF orientation 1 to 8 of a picture; 0 when it has none.
-    [[nodiscard]] int read_orientation(const std::string& path);
+    [[nodiscard]] int read_orientation(const std::string& path, Notes& notes);
     /// The line that names the software of a picture, or an empty text.
-    [[nodiscard]] std::string read_software(const std::string& path);
+    [[nodiscard]] std::string read_software(const std::string& path, Notes& notes);
     /// The IPTC headline of a picture, or an empty text.
-    [[nodiscard]] std::string read_headline(const std::string& path);
+    [[nodiscard]] std::string read_headline(const std::string& path, Notes& notes);
     /// The maker of the camera, or an empty text.
-    [[nodiscard]] std::string read_maker(const std::string& path);
+    [[nodiscard]] std::string read_maker(const std::string& path, Notes& notes);
     /// The bytes of a tag of a picture; empty when it has none.
-    [[nodiscard]] std::vector<std::uint8_t> read_binary(const std::string& path, const std::string& tag);
+    [[nodiscard]] std::vector<std::uint8_t> read_binary(const std::string& path, const std::string& tag,
+                                                        Notes& notes);
     /// Gives a file that the run has made the EXIF orientation of `source`.
-    void copy_orientation(const std::string& source, const std::string& target);
+    void copy_orientation(const std::string& source, const std::string& target, Notes& notes);
     /// Puts the sRGB profile into a file that the run has made.
-    void add_standard_profile(const std::string& path);
+    void add_standard_profile(const std::string& path, Notes& notes);
     /// The line that holds the record; nothing when the call failed.
-    [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class);
+    [[nodiscard]] std::optional<std::string> read_record(const std::string& path, InputClass input_class,
+                                                         Notes& notes);
     /// Writes the record into the input file.
-    bool write_record(const std::string& path, InputClass input_class, const std::string& text);
+    bool write_record(const std::string& path, InputClass input_class, const std::string& text, Notes& notes);
     /// Begins to fetch the colour profile of an input, which a transfer will want.
-    void prefetch_profile(const std::string& source);
-    /// Begins to copy profile and tags of `source` to the stored file `target`. `finish` waits for it.
+    void prefetch_profile(const std::string& source, TransferLog& log);
+    /// Begins to copy profile and tags of `source` to the stored file `target`. `settle` waits for it.
     void start_transfer(const std::string& source, const std::string& target,
                         const TagPermissions& permissions, const SoftwareTagValues& values,
-                        bool is_extra_output);
-    /// Waits for what was begun, in its order. A failure is told with the name of the file.
-    void finish();
-    /// Waits as well; false when a transfer has failed since the last call.
-    [[nodiscard]] bool settle_transfers();
-    /// Waits for what was begun and forgets what was read of the files of a pair.
-    void forget_pair();
+                        bool is_extra_output, TransferLog& log, Notes& notes);
+    /// Waits for what was begun; false when a transfer of the log has failed. Reports failures with the name
+    /// of the file.
+    [[nodiscard]] bool settle(TransferLog& log, Notes& notes);
+    /// Waits for what was begun and forgets what was read of these files.
+    void forget_files(std::initializer_list<std::string> sources);
 
 private:
     struct Answer {
@@ -85,33 +96,37 @@ private:
         std::vector<std::string> arguments;
         std::function<void(const Answer&)> done;
     };
+    // All of these with the lock of the call held.
+    [[nodiscard]] bool find();
+    void finish();
     Answer run(const std::vector<std::string>& arguments);
-    /// Reads something of `path`; a file that cannot be read is told once in a run.
-    Answer read(const std::string& path, const std::vector<std::string>& arguments);
+    /// Reads something of `path`; a file that cannot be read is reported once in a run.
+    Answer read(const std::string& path, const std::vector<std::string>& arguments, Notes& notes);
     Answer run_alone(const std::vector<std::string>& arguments) const;
     /// Sends the request, or runs it at once where the dialog cannot take it.
     void start(const std::vector<std::string>& arguments, std::function<void(const Answer&)> done);
     [[nodiscard]] bool send(const std::vector<std::string>& arguments);
     [[nodiscard]] std::optional<Answer> receive();
-    void keep_profile(const std::string& source, const Answer& answer);
+    void keep_profile(const std::string& source, const Answer& answer, Notes& notes);
     /// Arguments that give the target the profile that its pixels have: that of `source`, else the one of
     /// the space that Exif names; of printer's colours that of `CMYK_Profile` or none.
-    std::vector<std::string> profile_arguments(const std::string& source, const std::string& target);
-    void tell_unreadable(const std::string& path, const Answer& answer);
-    void tell_failure(const std::string& path, const Answer& answer) const;
+    std::vector<std::string> profile_arguments(const std::string& source, const std::string& target,
+                                               Notes& notes);
+    void tell_unreadable(const std::string& path, const Answer& answer, Notes& notes);
+    static void tell_failure(const std::string& path, const Answer& answer, Notes& notes);
     /// Removes what a run that was broken off has left beside a file of this run, where exiftool works on it.
-    void remove_left_over(const std::string& path) const;
+    void remove_left_over(const std::string& path, Notes& notes) const;
 
     const ParameterSet& parameters_;
-    Voice& voice_;
-    long long run_start_;  ///< Calendar seconds.
-    bool transfer_failed_ = false;
+    long long run_start_;               ///< Calendar seconds.
+    std::mutex mutex_;                  ///< One call at a time talks to the program.
     std::set<std::string> unreadable_;  ///< Files that were told.
     bool looked_for_ = false;
     std::string program_;
     ChildDialog dialog_;
     std::deque<Pending> pending_;
     std::map<std::string, std::string> profile_files_;  ///< Source to the file that holds its profile.
+    int fetched_profiles_ = 0;                          ///< So that each has a name of its own.
 };
 
 /// The RotMirInput code of an EXIF orientation 1 to 8; 0 for any other value.

@@ -2,17 +2,29 @@
 
 namespace zemora {
 
+namespace {
+
+void report_missing_memory(Notes& notes, const Failure& failure) {
+    notes.print(failure.note.text);
+    notes.print("TRY TO CLOSE OTHER APPLICATIONS OR REBOOT SYSTEM AND START ONLY ZEMORA\n");
+    notes.print(failure.advice);
+    notes.wait(Severity::must_be_seen);
+}
+
+}  // namespace
+
 void end_run(int exit_code) {
     throw EndOfRun{exit_code};
 }
 
-void conclude_failure(Voice& voice, const Failure& failure) {
+void conclude_failure(Notes& notes, const Failure& failure) {
     if (failure.no_memory) {
-        tell_missing_memory(voice.console(), failure.note.text, failure.advice);
-        end_run(kExitFailure);
+        report_missing_memory(notes, failure);
+    } else {
+        notes.add(failure.note);
     }
-    voice.add(failure.note);
-    if (failure.ends_run) {
+    if (failure.no_memory || failure.ends_run) {
+        notes.await_listener();
         end_run(kExitFailure);
     }
 }

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "config/voice.h"
+#include "config/notes.h"
 #include "numerics/result.h"
 #include "platform/process_end.h"
 
@@ -16,27 +16,27 @@ struct EndOfRun {
 [[noreturn]] void end_run(int exit_code);
 
 /// Tells the failure; where it ends the run, this does so.
-void conclude_failure(Voice& voice, const Failure& failure);
+void conclude_failure(Notes& notes, const Failure& failure);
 
 /// The value of a result without which the run cannot go on, whatever its failure says.
 template <class T>
-[[nodiscard]] T value_or_end(Voice& voice, Result<T> result) {
+[[nodiscard]] T value_or_end(Notes& notes, Result<T> result) {
     if (!result) {
-        conclude_failure(voice, result.failure());
+        conclude_failure(notes, result.failure());
         end_run(kExitFailure);
     }
     return std::move(*result);
 }
-inline void succeed_or_end(Voice& voice, const Result<void>& result) {
+inline void succeed_or_end(Notes& notes, const Result<void>& result) {
     if (!result) {
-        conclude_failure(voice, result.failure());
+        conclude_failure(notes, result.failure());
         end_run(kExitFailure);
     }
 }
 /// For what the run can do without.
-inline void succeed_if_possible(Voice& voice, const Result<void>& result) {
+inline void succeed_if_possible(Notes& notes, const Result<void>& result) {
     if (!result) {
-        conclude_failure(voice, result.failure());
+        conclude_failure(notes, result.failure());
     }
 }
 

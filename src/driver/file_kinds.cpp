@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "input/picture_file.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "render/save_picture.h"
 
@@ -20,12 +21,12 @@ bool holds(const std::array<std::string_view, kSize>& list, std::string_view suf
     return std::find(list.begin(), list.end(), suffix) != list.end();
 }
 
-void warn(const ParameterSet& parameters, Voice& voice, const std::string& text) {
+void warn(const ParameterSet& parameters, Notes& notes, const std::string& text) {
     if (parameters.video_mode == 0) {
-        if (voice.verbose() > 0) {
-            voice.print(text);
+        if (notes.verbose() > 0) {
+            notes.print(text);
         }
-        voice.wait(Severity::warning);
+        notes.wait(Severity::warning);
     }
 }
 
@@ -35,22 +36,22 @@ bool asks_for_iptc(const std::string& text) {
 
 }  // namespace
 
-std::string checked_suffix(const std::string& name, Voice& voice) {
+std::string checked_suffix(const std::string& name, Notes& notes) {
     const std::string suffix = suffix_of(name);
     std::string text = "Zemora: ";
     if (suffix.empty()) {
-        text += voice.messages().text<Msg::main_image_name_needs_ending>();
+        text += notes.messages().text<Msg::main_image_name_needs_ending>();
     } else if (suffix.size() != 4 && suffix.size() != 5) {
-        text += voice.messages().text<Msg::main_image_without_valid_ending>();
+        text += notes.messages().text<Msg::main_image_without_valid_ending>();
     } else {
         return usual_suffix(name);
     }
-    voice.tell_everywhere(text + printable(name) + '\n');
+    notes.tell_everywhere(text + printable(name) + '\n');
     return {};
 }
 
 std::string output_suffix(const ParameterSet& parameters, const std::string& input_suffix,
-                          bool both_multi_picture, Voice& voice) {
+                          bool both_multi_picture, Notes& notes) {
     static constexpr std::array<std::string_view, 10> kByFormat{"",     ".jpg", ".tga", ".bmp", ".png",
                                                                 ".tif", ".tif", ".tif", ".tif", ".tif"};
     const int format = parameters.output_format;
@@ -68,10 +69,10 @@ std::string output_suffix(const ParameterSet& parameters, const std::string& inp
     }
     const bool any_output = parameters.left_right_output != 0 || parameters.stereo_output != 0 ||
                             parameters.anaglyph_output != 0 || parameters.extra_output != 0;
-    if (voice.verbose() > 0 && parameters.video_mode == 0 && any_output) {
-        voice.tell_everywhere(voice.messages().text<Msg::main_output_type_replaced_by_bmp>(input_suffix));
+    if (notes.verbose() > 0 && parameters.video_mode == 0 && any_output) {
+        notes.tell_everywhere(notes.messages().text<Msg::main_output_type_replaced_by_bmp>(input_suffix));
     }
-    voice.wait(Severity::warning);
+    notes.wait(Severity::warning);
     return ".bmp";
 }
 
@@ -88,7 +89,7 @@ InputClass input_class_of(const std::string& left_suffix, const std::string& rig
 
 TagPermissions tag_permissions(const ParameterSet& parameters, const std::string& left_input,
                                const std::string& right_input, const std::string& left_output,
-                               const std::string& right_output, Voice& voice) {
+                               const std::string& right_output, Notes& notes) {
     const auto both = [&](std::string_view suffix) {
         return left_output == suffix && right_output == suffix;
     };
@@ -97,19 +98,19 @@ TagPermissions tag_permissions(const ParameterSet& parameters, const std::string
     permissions.exif_ok =
         left_input == right_input && holds(kWithExif, left_input) && permissions.colour_profile_ok;
     permissions.tags_ok = permissions.exif_ok || permissions.colour_profile_ok || both(".mpo");
-    const MessageCatalogue& messages = voice.messages();
+    const MessageCatalogue& messages = notes.messages();
     if (!permissions.exif_ok && parameters.meta_transfer != 0) {
-        warn(parameters, voice, messages.text<Msg::main_meta_transfer_without_exif>());
+        warn(parameters, notes, messages.text<Msg::main_meta_transfer_without_exif>());
     }
     if (!permissions.tags_ok && !parameters.exif_copyright.empty()) {
-        warn(parameters, voice, messages.text<Msg::main_copyright_without_exif>());
+        warn(parameters, notes, messages.text<Msg::main_copyright_without_exif>());
     }
     if (!holds(kWithIptc, left_input)) {
         if (asks_for_iptc(parameters.caption_text)) {
-            warn(parameters, voice, messages.text<Msg::main_caption_text_without_iptc>());
+            warn(parameters, notes, messages.text<Msg::main_caption_text_without_iptc>());
         }
         if (asks_for_iptc(parameters.image_text)) {
-            warn(parameters, voice, messages.text<Msg::main_image_text_without_iptc>());
+            warn(parameters, notes, messages.text<Msg::main_image_text_without_iptc>());
         }
     }
     return permissions;

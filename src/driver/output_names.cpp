@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <ctime>
 #include <string_view>
 
 #include "config/messages.h"
@@ -281,6 +282,10 @@ void add_extra_ending(OutputName& name, int extra_output, bool inverse_output) {
             name.ending = inverse_output ? row.inverse : row.plain;
         }
     }
+}
+
+long long current_seconds() {
+    return static_cast<long long>(std::time(nullptr));
 }
 
 std::string stamp_text(long long calendar_seconds) {

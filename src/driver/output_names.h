@@ -65,6 +65,9 @@ void combine_names(OutputName& name, const OutputName& right);
 /// The ending of an extra product for `ExtraOutput`; format 5 changes the suffix instead.
 void add_extra_ending(OutputName& name, int extra_output, bool inverse_output);
 
+/// Calendar seconds of now.
+[[nodiscard]] long long current_seconds();
+
 /// The stamp of a moment: "_%04d.%02d.%02d_%02d.%02d.%02d".
 [[nodiscard]] std::string stamp_text(long long calendar_seconds);
 

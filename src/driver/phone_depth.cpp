@@ -1,11 +1,9 @@
 #include "driver/phone_depth.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <string_view>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -41,7 +39,8 @@ LoadedPicture without_depth(Notes& notes) {
 
 /// Puts the depth image into its place, upright as the photo. `write` gives the reason of its failure.
 template <class Write>
-LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&& depth, const Write& write) {
+LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&& depth, Notes& notes,
+                   const Write& write) {
     const std::string kept = kept_depth_name(photo);
     std::string problem;
     if (make_folders(folder_of(kept), problem)) {
@@ -50,13 +49,13 @@ LoadedPicture keep(ExifTool& exiftool, const std::string& photo, LoadedPicture&&
     if (!problem.empty()) {
         return failed(problem);
     }
-    exiftool.copy_orientation(photo, kept);
+    exiftool.copy_orientation(photo, kept, notes);
     return std::move(depth);
 }
 
 /// Apple's second picture, which may be of another kind.
 LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Notes& notes) {
-    const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "MPImage2");
+    const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "MPImage2", notes);
     if (file.empty() || is_gain_map(file)) {
         return without_depth(notes);
     }
@@ -64,13 +63,13 @@ LoadedPicture read_apple(ExifTool& exiftool, const std::string& photo, Notes& no
     if (depth.status != LoadStatus::done) {
         return depth;
     }
-    return keep(exiftool, photo, std::move(depth),
+    return keep(exiftool, photo, std::move(depth), notes,
                 [&](const std::string& kept) { return write_file_whole(kept, file); });
 }
 
 /// Samsung's map is dark near.
 LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Notes& notes) {
-    const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "DepthMapTiff");
+    const std::vector<std::uint8_t> file = exiftool.read_binary(photo, "DepthMapTiff", notes);
     if (file.empty()) {
         return without_depth(notes);
     }
@@ -79,9 +78,9 @@ LoadedPicture read_samsung(ExifTool& exiftool, const std::string& photo, Notes& 
         return depth;
     }
     invert(depth.bitmap.picture());
-    FIBITMAP* picture = depth.bitmap.handle();
-    return keep(exiftool, photo, std::move(depth), [picture](const std::string& kept) {
-        return encode_and_write(picture, FIF_JPEG, JPEG_DEFAULT, kept);
+    const Bitmap& picture = depth.bitmap;
+    return keep(exiftool, photo, std::move(depth), notes, [&picture](const std::string& kept) {
+        return encode_and_write(picture, {PictureFormat::jpeg}, kept);
     });
 }
 
@@ -111,7 +110,7 @@ std::string kept_depth_name(const std::string& photo) {
 }
 
 LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, Notes& notes) {
-    const std::string maker = exiftool.read_maker(photo);
+    const std::string maker = exiftool.read_maker(photo, notes);
     if (maker.find("Apple") != std::string::npos) {
         return read_apple(exiftool, photo, notes);
     }

@@ -15,19 +15,19 @@ std::string output_root(const ParameterSet& parameters) {
     return join_path(parameters.path_of_images, parameters.path_of_output);
 }
 
-/// Names, suffixes and stamps as the run that mounted the pair had them; `voice` is not heard.
-NamedPair named_pair_of(const ParameterSet& parameters, Voice& voice, bool two_files,
+/// Names, suffixes and stamps as the run that mounted the pair had them; `silence` is not heard.
+NamedPair named_pair_of(const ParameterSet& parameters, Notes& silence, bool two_files,
                         const MountedObject& object) {
     NamedPair pair;
     pair.two_files = two_files;
     pair.left_relative = relative_to(object.left, parameters.path_of_images);
     pair.right_relative =
         two_files ? relative_to(object.right, parameters.path_of_images) : pair.left_relative;
-    const std::string left = checked_suffix(pair.left_relative, voice);
-    const std::string right = checked_suffix(pair.right_relative, voice);
+    const std::string left = checked_suffix(pair.left_relative, silence);
+    const std::string right = checked_suffix(pair.right_relative, silence);
     const bool both_mpo = left == ".mpo" && right == ".mpo";
-    pair.left_suffix = output_suffix(parameters, left, both_mpo, voice);
-    pair.right_suffix = output_suffix(parameters, right, both_mpo, voice);
+    pair.left_suffix = output_suffix(parameters, left, both_mpo, silence);
+    pair.right_suffix = output_suffix(parameters, right, both_mpo, silence);
     pair.stamps.deviation = object.deviation;
     pair.stamps.projected_deviation = projected_deviation(parameters, object.image_ratio, object.deviation);
     return pair;
@@ -98,16 +98,13 @@ double projected_deviation(const ParameterSet& parameters, double image_ratio, d
     return image_ratio / projection_ratio * deviation;
 }
 
-void give_away_mounted_names(const ParameterSet& parameters, Voice& voice, const ImageList& list,
+void give_away_mounted_names(const ParameterSet& parameters, const Notes& notes, const ImageList& list,
                              GivenNames& given) {
     if (parameters.stamp_files >= setting::stamp_files::time) {
         return;
     }
-    ParameterSet quiet = parameters;
-    quiet.verbose_mode = 0;
-    quiet.stop_at_error = 0;
-    MessageCatalogue messages = voice.messages();
-    Voice silence(voice.console(), messages, quiet);
+    const int quiet = 0;
+    KeptNotes silence(notes.messages(), quiet);
     int open = 0;
     for (const MountedObject& object : list.mounted) {
         for (; open < object.objects_before; ++open) {

@@ -4,7 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "config/voice.h"
+#include "config/notes.h"
+#include "config/parameter_set.h"
 #include "driver/output_names.h"
 #include "input/image_list.h"
 
@@ -40,7 +41,7 @@ struct ProductNames {
 
 /// The names of the pairs that an earlier run has mounted and this one passes over are given away before the
 /// first pair of this run is stored.
-void give_away_mounted_names(const ParameterSet& parameters, Voice& voice, const ImageList& list,
+void give_away_mounted_names(const ParameterSet& parameters, const Notes& notes, const ImageList& list,
                              GivenNames& given);
 
 }  // namespace zemora

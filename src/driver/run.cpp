@@ -12,7 +12,6 @@
 #include "driver/exiftool.h"
 #include "driver/failure.h"
 #include "driver/invocation.h"
-#include "driver/outside_steps.h"
 #include "driver/pipeline.h"
 #include "driver/post_run.h"
 #include "driver/settings_input.h"
@@ -46,7 +45,7 @@ struct Run {
     Voice voice{console, messages, parameters};
     RunReport report{messages};
     RunContext context;
-    ExifTool exiftool{parameters, voice};
+    ExifTool exiftool{parameters};
     ImageList list;
     bool all_mounted = true;
 
@@ -196,7 +195,7 @@ void look_for_exiftool(Run& run) {
     const bool shows_headline = wants_headline(p.image_text) || wants_headline(p.caption_text);
     if (p.meta_transfer != 0 || !p.exif_copyright.empty() || uses_record(p.estimate_geometry) ||
         shows_headline || p.graphical_interface >= kCalibrationImage) {
-        run.exiftool.require();
+        run.exiftool.require(run.voice);
     }
 }
 
@@ -222,10 +221,10 @@ void make_calibration_image(Run& run) {
         return;
     }
     succeed_if_possible(
-        run.voice,
-        write_anaglyph_test_image(std::max(p.output_width, kLeastWidth), p.path_of_images,
-                                  p.graphical_interface - kCalibrationImage, run.voice,
-                                  [&](const std::string& file) { run.exiftool.add_standard_profile(file); }));
+        run.voice, write_anaglyph_test_image(
+                       std::max(p.output_width, kLeastWidth), p.path_of_images,
+                       p.graphical_interface - kCalibrationImage, run.voice,
+                       [&](const std::string& file) { run.exiftool.add_standard_profile(file, run.voice); }));
     run.console.wait_for_enter();
     run.end(kExitFailure);
 }

@@ -7,6 +7,7 @@ bool RunInputs::holds(const std::string& path) {
     if (!file) {
         return false;
     }
+    const std::lock_guard lock(mutex_);
     if (!known_) {
         known_ = true;
         for (const std::string& input : list_.names()) {
@@ -17,6 +18,7 @@ bool RunInputs::holds(const std::string& path) {
 }
 
 void RunInputs::note_replaced(const std::string& path) {
+    const std::lock_guard lock(mutex_);
     if (known_) {
         add(path);
     }

@@ -1,6 +1,7 @@
 #pragma once
 /// Which files are inputs of the run, so that none of them is ever written over.
 
+#include <mutex>
 #include <string>
 #include <unordered_set>
 
@@ -14,6 +15,7 @@ namespace zemora {
     return messages.either({"It is an input of this run.", "Das ist eine Eingabedatei dieses Laufs."});
 }
 
+/// May be asked from several threads.
 class RunInputs {
 public:
     explicit RunInputs(const ImageList& list) : list_(list) {}
@@ -32,6 +34,7 @@ private:
     void add(const std::string& path);
 
     const ImageList& list_;
+    std::mutex mutex_;
     bool known_ = false;
     std::unordered_set<FileIdentity, Hash> files_;
 };

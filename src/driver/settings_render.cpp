@@ -32,11 +32,6 @@ bool changes_colours(const ParameterSet& p) {
 
 }  // namespace
 
-RenderSettings render_settings(const ParameterSet& p) {
-    return {p.cropp_output, p.apply_left_right, p.interpolation_mode, p.post_viewer_active != 0,
-            prepare_options(p).frame.colour};
-}
-
 FrameSettings frame_settings(const ParameterSet& p) {
     FrameSettings frame;
     frame.top = within_sums(p.frame_top);

@@ -13,16 +13,6 @@
 
 namespace zemora {
 
-/// What all warps of a run go by.
-struct RenderSettings {
-    int cropp_output = 0;
-    int applied_view = 0;  ///< `ApplyLeftRight`.
-    int interpolation_mode = 0;
-    bool is_shown_first = false;  ///< In the post viewer.
-    Colour background;            ///< Marks the absence of picture.
-};
-[[nodiscard]] RenderSettings render_settings(const ParameterSet& parameters);
-
 /// The frame round the pictures before a pair changes it.
 [[nodiscard]] FrameSettings frame_settings(const ParameterSet& parameters);
 

@@ -6,14 +6,16 @@
 #include "config/html_text.h"
 #include "driver/failure.h"
 #include "driver/file_kinds.h"
-#include "driver/outside_steps.h"
+#include "driver/pair_records.h"
 #include "driver/pipeline.h"
+#include "driver/progress_files.h"
 #include "driver/viewers.h"
 #include "input/exif_time.h"
 #include "input/file_selection.h"
 #include "input/mpo_views.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
+#include "render/picture_texts.h"
 
 namespace zemora {
 
@@ -29,7 +31,6 @@ PreSelection pre_selection_of(const ParameterSet& p) {
 void reset_pair_state(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     pair.inverse_output = p.inverse_output;
-    pair.frame = pipeline.frame;
     const bool exchanges_halves = pair.exchanged && !exchanges_files(pipeline);
     pair.inverse_input = exchanges_halves ? 1 - p.inverse_input : p.inverse_input;
     pair.swap_views = false;
@@ -47,15 +48,15 @@ void take_names(Pipeline& pipeline, PairRun& pair) {
 }
 
 bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
-    pair.left_suffix = checked_suffix(pair.left_relative, pipeline.voice);
-    pair.right_suffix = checked_suffix(pair.right_relative, pipeline.voice);
+    pair.left_suffix = checked_suffix(pair.left_relative, pair.notes);
+    pair.right_suffix = checked_suffix(pair.right_relative, pair.notes);
     if (!pipeline.list.two_files && pair.left_suffix == ".jpg" &&
         pipeline.parameters.stereo_image_input == setting::stereo_image_input::side_by_side &&
         holds_two_views(pair.files.stereo)) {
         pair.left_suffix = pair.right_suffix = ".mpo";
-        Voice& voice = pipeline.voice;
-        voice.tell_everywhere(format_text(
-            voice.messages().either({"   %s holds two pictures and is read as a multi-picture file.\n",
+        Notes& notes = pair.notes;
+        notes.tell_everywhere(format_text(
+            notes.messages().either({"   %s holds two pictures and is read as a multi-picture file.\n",
                                      "   %s enthaelt zwei Bilder und wird als mpo-Datei gelesen.\n"}),
             printable(pair.left_relative).c_str()));
     }
@@ -64,8 +65,8 @@ bool check_suffixes(Pipeline& pipeline, PairRun& pair) {
 
 /// The head of the pair on the console and in the reports.
 void announce(Pipeline& pipeline, PairRun& pair) {
-    Voice& voice = pipeline.voice;
-    const MessageCatalogue& messages = voice.messages();
+    Notes& notes = pair.notes;
+    const MessageCatalogue& messages = notes.messages();
     const std::string count = format_text("%d/%d", pair.index + 1, pipeline.list.count());
     const std::string head = messages.text<Msg::main_image_number>() + count;
     std::string text =
@@ -74,11 +75,11 @@ void announce(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.list.two_files) {
         text += "   " + printable(pair.right_relative) + '\n';
     }
-    if (voice.verbose() > 0) {
-        voice.print(text);
+    if (notes.verbose() > 0) {
+        notes.print(text);
     }
-    voice.report_text(text);
-    voice.report_html("<hr>\n<p class=\"a6\"><b>" + html_text(head) + "</b></p>\n<p>&nbsp;&nbsp;&nbsp;" +
+    notes.report_text(text);
+    notes.report_html("<hr>\n<p class=\"a6\"><b>" + html_text(head) + "</b></p>\n<p>&nbsp;&nbsp;&nbsp;" +
                       html_text(printable(pair.left_relative)) +
                       (pipeline.list.two_files
                            ? "<br>\n&nbsp;&nbsp;&nbsp;" + html_text(printable(pair.right_relative))
@@ -88,15 +89,15 @@ void announce(Pipeline& pipeline, PairRun& pair) {
 
 void classify_files(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    Voice& voice = pipeline.voice;
+    Notes& notes = pair.notes;
     const bool both_mpo = pair.left_suffix == ".mpo" && pair.right_suffix == ".mpo";
-    pair.left_output_suffix = output_suffix(p, pair.left_suffix, both_mpo, voice);
+    pair.left_output_suffix = output_suffix(p, pair.left_suffix, both_mpo, notes);
     pair.right_output_suffix = pair.right_suffix == pair.left_suffix
                                    ? pair.left_output_suffix
-                                   : output_suffix(p, pair.right_suffix, both_mpo, voice);
+                                   : output_suffix(p, pair.right_suffix, both_mpo, notes);
     pair.input_class = input_class_of(pair.left_suffix, pair.right_suffix);
     pair.permissions = tag_permissions(p, pair.left_suffix, pair.right_suffix, pair.left_output_suffix,
-                                       pair.right_output_suffix, voice);
+                                       pair.right_output_suffix, notes);
     pair.html_images = p.html_images;
     const auto shown_by_browsers = [](const std::string& suffix) {
         return suffix == ".jpg" || suffix == ".png";
@@ -107,8 +108,8 @@ void classify_files(Pipeline& pipeline, PairRun& pair) {
         (is_dome || !shown_by_browsers(pair.left_output_suffix) ||
          !shown_by_browsers(pair.right_output_suffix))) {
         pair.html_images = html::thumbnails;
-        if (voice.verbose() > 0) {
-            voice.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
+        if (notes.verbose() > 0) {
+            notes.print("Attention: Your image format isn't browser compatible. HtmlImages is set equal 4\n");
         }
     }
 }
@@ -139,7 +140,7 @@ bool turns_unasked(const Pipeline& pipeline, const PairRun& pair) {
 }
 
 /// The RotMirInput of one view, from the file where the setting says so.
-int orientation_of(Pipeline& pipeline, int wanted, const std::string& file, bool is_left) {
+int orientation_of(Pipeline& pipeline, int wanted, const std::string& file, bool is_left, Notes& notes) {
     static constexpr const char* kWords[] = {"",
                                              "rotated 90 degrees counter-clockwise",
                                              "rotated 180 degrees",
@@ -151,15 +152,15 @@ int orientation_of(Pipeline& pipeline, int wanted, const std::string& file, bool
     if (wanted != setting::rot_mir_input_left::by_exif) {
         return wanted;
     }
-    const int orientation = pipeline.exiftool.read_orientation(file);
+    const int orientation = pipeline.exiftool.read_orientation(file, notes);
     const int mode = rot_mir_of_orientation(orientation);
     if (orientation == 0) {
-        pipeline.voice.print("Warning: no Exif:Orientation could be read!\n");
+        notes.print("Warning: no Exif:Orientation could be read!\n");
     } else if (mode != 0 && is_loaded_upright(file)) {
         return 0;
-    } else if (mode != 0 && pipeline.voice.verbose() > 0) {
-        pipeline.voice.print(std::string(is_left ? "Left" : "Right") +
-                             " image according to EXIF:Orientation " + kWords[mode] + '\n');
+    } else if (mode != 0 && notes.verbose() > 0) {
+        notes.print(std::string(is_left ? "Left" : "Right") + " image according to EXIF:Orientation " +
+                    kWords[mode] + '\n');
     }
     return mode;
 }
@@ -173,15 +174,15 @@ void orient_views(Pipeline& pipeline, PairRun& pair) {
     if (turns_unasked(pipeline, pair)) {
         orders.rot_mir_left = rot_mir_of_orientation(needed_orientation(left));
         orders.rot_mir_right = rot_mir_of_orientation(needed_orientation(right));
-        Voice& voice = pipeline.voice;
-        voice.tell_everywhere(voice.messages().either(
+        Notes& notes = pair.notes;
+        notes.tell_everywhere(notes.messages().either(
             {"   The Exif orientation is not upright: the views are turned as RotMirInputLeft, "
              "RotMirInputRight = -1 do it.\n",
              "   Die Exif-Orientierung ist nicht aufrecht: die Teilbilder werden wie mit RotMirInputLeft, "
              "RotMirInputRight = -1 gedreht.\n"}));
     } else {
-        orders.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true);
-        orders.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false);
+        orders.rot_mir_left = orientation_of(pipeline, p.rot_mir_input_left, left, true, pair.notes);
+        orders.rot_mir_right = orientation_of(pipeline, p.rot_mir_input_right, right, false, pair.notes);
     }
     const bool turned = orders.rot_mir_left != 0 || orders.rot_mir_right != 0 || p.rot_mir_output_left != 0 ||
                         p.rot_mir_output_right != 0;
@@ -200,7 +201,7 @@ void read_record(Pipeline& pipeline, PairRun& pair) {
     if (pair.exchanged) {
         pair.mode = geometry::measured_and_stored;
     } else if (!read_stored_record(pipeline, pair)) {
-        pipeline.voice.wait(Severity::error);
+        pair.notes.wait(Severity::error);
         pair.mode = geometry::measured_and_stored;
     }
 }
@@ -234,35 +235,34 @@ void take_stored_pre_selection(Pipeline& pipeline, PairRun& pair) {
 }
 
 /// TIFF files of one program carry forms that nobody else reads.
-void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path) {
-    Voice& voice = pipeline.voice;
-    if (is_tiff_file(path) && pipeline.exiftool.read_software(path).find("Photoshop") != std::string::npos) {
-        voice.tell_everywhere(
-            voice.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
+void tell_photoshop_tiff(Pipeline& pipeline, const std::string& path, Notes& notes) {
+    if (is_tiff_file(path) &&
+        pipeline.exiftool.read_software(path, notes).find("Photoshop") != std::string::npos) {
+        notes.tell_everywhere(
+            notes.messages().text<Msg::video_previewer_photoshop_tif_not_supported>(printable(path)));
     }
 }
 
 /// Tells why the views of a pair could not be read.
-void tell_unreadable(Pipeline& pipeline, const Failure& failure) {
-    Voice& voice = pipeline.voice;
-    voice.tell_everywhere(voice.messages().text<Msg::main_file_not_readable_skipped>() + "   " +
+void tell_unreadable(Pipeline& pipeline, const Failure& failure, Notes& notes) {
+    notes.tell_everywhere(notes.messages().text<Msg::main_file_not_readable_skipped>() + "   " +
                           failure.note.text + '\n');
-    tell_photoshop_tiff(pipeline, failure.file);
-    voice.wait(Severity::warning);
+    tell_photoshop_tiff(pipeline, failure.file, notes);
+    notes.wait(Severity::warning);
 }
 
 void tell_conversion(const Pipeline& pipeline, const PairRun& pair) {
-    Voice& voice = pipeline.voice;
-    const MessageCatalogue& messages = voice.messages();
-    if (voice.verbose() > 1) {
+    Notes& notes = pair.notes;
+    const MessageCatalogue& messages = notes.messages();
+    if (notes.verbose() > 1) {
         std::string names = "   " + printable(pair.left_relative) + '\n';
         if (pipeline.list.two_files) {
             names += "   " + printable(pair.right_relative) + '\n';
         }
-        voice.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
+        notes.tell_everywhere(messages.text<Msg::main_format_not_supported_block>() + names +
                               messages.text<Msg::main_conversion_tried_block>() + '\n');
     }
-    voice.wait(Severity::warning);
+    notes.wait(Severity::warning);
 }
 
 /// The part of the orders that the files decide: which view is which, and where their masks lie. Photo and
@@ -282,16 +282,15 @@ void order_files(const Pipeline& pipeline, PairRun& pair) {
 }
 
 bool load_pair(Pipeline& pipeline, PairRun& pair) {
-    Voice& voice = pipeline.voice;
-    pipeline.preparer.take_back(std::move(pipeline.input));
-    Result<RawViews> raw = pipeline.source.read(pair.index, voice);
+    Notes& notes = pair.notes;
+    Result<RawViews> raw = pipeline.source.read(pair.index, notes);
     if (!raw) {
-        tell_unreadable(pipeline, raw.failure());
+        tell_unreadable(pipeline, raw.failure(), notes);
         return false;
     }
     const bool converted = raw->converted;
     order_files(pipeline, pair);
-    pipeline.input = value_or_end(voice, pipeline.preparer.prepare(*std::move(raw), pair.orders, voice));
+    pair.input = value_or_end(notes, pipeline.preparer.prepare(*std::move(raw), pair.orders, notes));
     if (converted) {
         tell_conversion(pipeline, pair);
     }
@@ -299,29 +298,41 @@ bool load_pair(Pipeline& pipeline, PairRun& pair) {
 }
 
 /// The profiles of the inputs are wanted when the pictures are stored.
-void prefetch_profiles(Pipeline& pipeline, const PairRun& pair) {
+void prefetch_profiles(Pipeline& pipeline, PairRun& pair) {
     if (pipeline.parameters.meta_transfer == 0 || !pair.permissions.colour_profile_ok) {
         return;
     }
     if (!pipeline.list.two_files) {
-        pipeline.exiftool.prefetch_profile(pair.files.stereo);
+        pipeline.exiftool.prefetch_profile(pair.files.stereo, pair.transfers);
         return;
     }
-    pipeline.exiftool.prefetch_profile(pair.files.right);
-    pipeline.exiftool.prefetch_profile(pair.files.left);
+    pipeline.exiftool.prefetch_profile(pair.files.right, pair.transfers);
+    pipeline.exiftool.prefetch_profile(pair.files.left, pair.transfers);
+}
+
+/// The headline of the left input, which the texts speak of.
+void read_headline(Pipeline& pipeline, PairRun& pair) {
+    const ParameterSet& p = pipeline.parameters;
+    const bool is_tagged =
+        pair.left_suffix == ".jpg" || pair.left_suffix == ".tif" || pair.left_suffix == ".mpo";
+    const bool is_wanted =
+        wants_headline(p.image_text) || wants_headline(p.caption_text) || wants_headline(p.exif_copyright);
+    if (is_tagged && is_wanted) {
+        pair.headline = pipeline.exiftool.read_headline(
+            pipeline.list.two_files ? pair.files.left : pair.files.stereo, pair.notes);
+    }
 }
 
 /// Working size of the pair; a size that cannot be handled ends the pair.
 bool set_up_size(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    const int height = pipeline.input.height();
-    const int width = pipeline.input.width();
+    const int height = pair.input.height();
+    const int width = pair.input.width();
     pair.target = find_target_size(height, width, p.output_height, p.output_width, p.cropp_output);
-    reset_analysis(pipeline.analysis, false);
-    const Result<SizeWish> wish =
-        wish_for_size(pair.target, {width, height}, pipeline.render.cropp_output, pipeline.voice.messages());
+    const Result<SizeWish> wish = wish_for_size(pair.target, {width, height},
+                                                pipeline.settings.render.cropp_output, pair.notes.messages());
     if (!wish) {
-        conclude_failure(pipeline.voice, wish.failure());
+        conclude_failure(pair.notes, wish.failure());
         return fail_to_mount(pipeline, pair, StatusCode::failed);
     }
     pair.wish = *wish;
@@ -332,6 +343,7 @@ bool set_up_size(Pipeline& pipeline, PairRun& pair) {
 
 bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     pair.mode = pipeline.parameters.estimate_geometry;
+    pair.course = Course::unread;
     reset_pair_state(pipeline, pair);
     pair.stamp = stamp_text(current_seconds());
     take_names(pipeline, pair);
@@ -345,19 +357,18 @@ bool prepare_pair(Pipeline& pipeline, PairRun& pair) {
     read_record(pipeline, pair);
     take_stored_pre_selection(pipeline, pair);
     if (!run_previewer(pipeline, pair)) {
-        conclude_pair(pipeline, pair);
+        pair.course = Course::ended;
         return false;
     }
     if (!load_pair(pipeline, pair)) {
         return false;
     }
     prefetch_profiles(pipeline, pair);
-    write_progress_views(pipeline);
-    if (!set_up_size(pipeline, pair)) {
-        conclude_pair(pipeline, pair);
-        return false;
-    }
-    return true;
+    read_headline(pipeline, pair);
+    write_progress_views(pipeline, pair);
+    const bool has_size = set_up_size(pipeline, pair);
+    pair.course = has_size ? Course::at_work : Course::ended;
+    return has_size;
 }
 
 }  // namespace zemora

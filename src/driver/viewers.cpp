@@ -1,7 +1,5 @@
 #include "driver/viewers.h"
 
-#include <FreeImage.h>
-
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -9,14 +7,14 @@
 #include <thread>
 #include <utility>
 
+#include "codec/encode.h"
 #include "driver/failure.h"
-#include "driver/outside_steps.h"
+#include "driver/pair_records.h"
 #include "driver/settings_render.h"
 #include "driver/viewer_exchange.h"
 #include "driver/viewer_preview.h"
 #include "input/file_selection.h"
 #include "input/list_line.h"
-#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -222,18 +220,18 @@ void take_ratio(Pipeline& pipeline, PairRun& pair, const RatioSides& ratio) {
 void take_answer(Pipeline& pipeline, PairRun& pair, const PostViewerAnswer& answer,
                  const PreviewSize& shown) {
     const auto rounded = [](double value) { return static_cast<double>(static_cast<float>(value)); };
-    pair.geometry.shape = {rounded(answer.phantogram),
-                           rounded(answer.edge_warp),
-                           answer.vertical_ax == 0.0 ? 0.0 : rounded(-answer.vertical_ax),
-                           rounded(answer.common_trapez),
-                           rounded(answer.sym_trapez),
-                           rounded(answer.trapez_scale)};
+    pair.located.geometry.shape = {rounded(answer.phantogram),
+                                   rounded(answer.edge_warp),
+                                   answer.vertical_ax == 0.0 ? 0.0 : rounded(-answer.vertical_ax),
+                                   rounded(answer.common_trapez),
+                                   rounded(answer.sym_trapez),
+                                   rounded(answer.trapez_scale)};
     if (const auto ratio = ratio_of_code(answer.ratio_code, shown, answer.box)) {
         take_ratio(pipeline, pair, *ratio);
     }
-    take_selection(answer, pair.selection);
+    take_selection(answer, pair.located.selection);
     // In the digits of a list, so that a later run that applies them gives the very same picture.
-    take_selection_and_shape(as_listed(record_of(pipeline, pair)), pair);
+    take_selection_and_shape(as_listed(record_of(pipeline, pair)), pair.located);
     pair.inverse_output =
         answer.swaps_output ? 1 - pipeline.parameters.inverse_output : pipeline.parameters.inverse_output;
 }
@@ -255,13 +253,13 @@ int call_post_viewer(const Pipeline& pipeline, const PairRun& pair, const Viewer
     const RatioSides wanted =
         pair.target.free_size_below_crop_3 ? RatioSides{} : RatioSides{pair.wish.height, pair.wish.width};
     const ViewerFrame frame =
-        viewer_frame(p.cropp_output, wanted, preview.shown, box_of_selection(pair.selection));
-    const double warped_over_preview = static_cast<double>(pair.working_width) / preview.frame.width;
+        viewer_frame(p.cropp_output, wanted, preview.shown, box_of_selection(pair.located.selection));
+    const double warped_over_preview = static_cast<double>(pair.located.working.width) / preview.frame.width;
     return run_viewer(
         pipeline, pair,
         find_in_program_folder(pipeline.run, {"zemora_image_postview", "zemora_image_postview.exe"}),
-        post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.selection, pair.deviation,
-                            pair.geometry.shape));
+        post_viewer_numbers(p, frame, preview.shown, warped_over_preview, pair.located.selection,
+                            pair.mounted.deviation, pair.located.geometry.shape));
 }
 
 /// Both views side by side in the program's folder, where the script finds them.
@@ -282,12 +280,8 @@ std::string save_side_by_side(const Pipeline& pipeline, const StereoPicture& pai
         return folder + ": " + reason;
     }
     const std::string path = folder + "/currentpreview_cs.jpg";
-    reason = encode_and_write(both.handle(), FIF_JPEG, JPEG_QUALITYGOOD, path);
+    reason = encode_and_write(both, {PictureFormat::jpeg}, path);
     return reason.empty() ? reason : path + ": " + reason;
-}
-
-bool calls_colour_script(const ParameterSet& p) {
-    return p.anaglyph_type == setting::anaglyph_type::by_matrices && p.video_mode == 0;
 }
 
 /// The script with its interpreter, or a program of its name; empty when there is neither.
@@ -379,6 +373,10 @@ ViewerDecision run_post_viewer(Pipeline& pipeline, PairRun& pair) {
     return repeats ? ViewerDecision::repeat : ViewerDecision::go_on;
 }
 
+bool calls_colour_script(const ParameterSet& p) {
+    return p.anaglyph_type == setting::anaglyph_type::by_matrices && p.video_mode == 0;
+}
+
 void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views) {
     const ParameterSet& p = pipeline.parameters;
     Voice& voice = pipeline.voice;
@@ -400,7 +398,7 @@ void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views) {
         call.insert(call.end(), {format_text("%d", p.language), in_image_folder(pipeline, p.ecm_file_name)});
         const ChildResult result = run_beside_console(call);
         reason = result.error.empty() ? result.error : call[0] + ": " + result.error;
-        pipeline.colours = value_or_end(voice, read_colour_change(p, voice.messages()));
+        pipeline.settings.colours = value_or_end(voice, read_colour_change(p, voice.messages()));
     }
     if (!reason.empty()) {
         voice.tell_everywhere("   " + printable(reason) + '\n');

@@ -26,6 +26,9 @@ enum class ViewerDecision {
 /// colours are read anew; the anaglyph reads its own when it is made.
 void adjust_anaglyph_colours(Pipeline& pipeline, const StereoPicture& views);
 
+/// Whether that script is called.
+[[nodiscard]] bool calls_colour_script(const ParameterSet& parameters);
+
 /// Before the first pair: where that script will be called and its file is missing, the shipped example is
 /// put in its place.
 void provide_colour_file(const ParameterSet& parameters, const RunContext& run, Voice& voice);

@@ -4,12 +4,12 @@
 
 namespace zemora {
 
-WindowPlacement place_window(const ParameterSet& parameters, double shift_px, double window_px, double scale,
-                             int working_height, int working_width) {
-    const double offset_px = pixels_from_reference(parameters.window_offset, parameters.win_off_reference,
-                                                   working_height, working_width);
+WindowPlacement place_window(const WindowWish& wish, double shift_px, double window_px, double scale,
+                             const PictureSize& working) {
+    const double offset_px =
+        pixels_from_reference(wish.offset, wish.reference, working.height, working.width);
     WindowPlacement placement;
-    switch (parameters.estimate_window) {
+    switch (wish.estimate_window) {
         case 0:  // the shift of the pair stays as it was taken
             placement.pure_shift_px = -offset_px / scale;
             placement.window_shift_px = shift_px - placement.pure_shift_px;

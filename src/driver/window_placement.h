@@ -1,14 +1,21 @@
 #pragma once
 /// Placing the stereo window: from the measured window value to the shift of the views.
 
-#include "config/parameter_set.h"
 #include "numerics/pair_geometry.h"
+#include "numerics/rescale.h"
 
 namespace zemora {
 
-/// `shift_px` and `window_px` in input pixels, the window relative to the shift; `scale` output
-/// pixels per input pixel; the working size in pixels serves the unit of `WindowOffset`.
-[[nodiscard]] WindowPlacement place_window(const ParameterSet& parameters, double shift_px, double window_px,
-                                           double scale, int working_height, int working_width);
+/// Where a user wants the window.
+struct WindowWish {
+    int estimate_window = 2;
+    int offset = 0;  ///< `WindowOffset`, in the unit of `reference`.
+    int reference = 1;
+};
+
+/// `shift_px` and `window_px` in input pixels, the window relative to the shift; `scale` working pixels per
+/// input pixel; the working size in pixels serves the unit of the offset.
+[[nodiscard]] WindowPlacement place_window(const WindowWish& wish, double shift_px, double window_px,
+                                           double scale, const PictureSize& working);
 
 }  // namespace zemora

@@ -1,9 +1,9 @@
 #include "input/conditioning.h"
 
+#include "codec/encode.h"
 #include "input/cut_edges.h"
 #include "input/passepartout.h"
 #include "input/picture_file.h"
-#include "numerics/bitmap_file.h"
 #include "platform/console.h"
 #include "platform/paths.h"
 
@@ -130,7 +130,7 @@ private:
 
     void write_mask(const Bitmap& mask) const {
         const std::string file = mask_stem_ + "_pass_out.bmp";
-        const std::string reason = encode_and_write(mask.handle(), FIF_BMP, BMP_DEFAULT, file);
+        const std::string reason = encode_and_write(mask, {PictureFormat::bmp}, file);
         if (!reason.empty()) {
             notes_.print(format_text(
                 notes_.messages().either({"The mask file %s couldn't be written: %s\n",

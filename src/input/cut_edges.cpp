@@ -1,12 +1,11 @@
 #include "input/cut_edges.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
 
+#include "codec/bitmap_forms.h"
 #include "input/edge_line.h"
 #include "input/passepartout.h"
 #include "numerics/labelled_array.h"
@@ -357,13 +356,6 @@ KeptRegion rectangle_inside(const Edges& edges, int width, int height) {
     return {x0, y0, x1 - x0 + 1, y1 - y0 + 1};
 }
 
-Bitmap work_copy(const LoadedView& view, int height) {
-    const int top = view.bitmap.height() - view.height;  // the library counts from the top
-    Bitmap copy(FreeImage_RescaleRect(view.bitmap.handle(), kCopyWidth, height, 0, top, view.width,
-                                      view.bitmap.height(), FILTER_BSPLINE));
-    return copy;
-}
-
 }  // namespace
 
 std::optional<KeptRegion> find_inside_of_frame(const LoadedView& view, const CutRule& rule) {
@@ -372,7 +364,7 @@ std::optional<KeptRegion> find_inside_of_frame(const LoadedView& view, const Cut
     if (view.width < 2 || copy_height < kLeastCopyHeight || copy_height > kMostCopyHeight) {
         return whole;
     }
-    const Bitmap copy = work_copy(view, copy_height);
+    const Bitmap copy = scaled_b_spline(view.bitmap, view.width, view.height, kCopyWidth, copy_height);
     if (!copy) {
         return std::nullopt;
     }

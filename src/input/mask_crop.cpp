@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "codec/encode.h"
 #include "input/loaded_view.h"
-#include "numerics/bitmap_file.h"
 #include "numerics/rounding.h"
 #include "platform/console.h"
 
@@ -85,7 +85,7 @@ Result<void> write_mask_thumbs(const StereoPicture& views, const std::string& fo
                         is_left ? window.left_y : window.right_y, window.width, window.height);
         }
         const std::string file = folder + (is_left ? "/zemora_thumb_l.bmp" : "/zemora_thumb_r.bmp");
-        const std::string reason = encode_and_write(thumb.handle(), FIF_BMP, BMP_DEFAULT, file);
+        const std::string reason = encode_and_write(thumb, {PictureFormat::bmp}, file);
         if (!reason.empty()) {
             notes.print(format_text(
                 notes.messages().either({"The preview %s couldn't be written: %s\n",

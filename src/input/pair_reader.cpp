@@ -1,12 +1,12 @@
 #include "input/pair_reader.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <utility>
 
+#include "codec/bitmap_forms.h"
 #include "input/conversion.h"
 #include "input/file_selection.h"
 #include "input/mpo.h"
@@ -23,22 +23,13 @@ namespace layout = setting::stereo_image_input;
 namespace {
 
 /// Overwrites all channels with one of them.
-void spread_channel(Picture picture, int channel) {
+void spread_channel(Picture picture, std::size_t channel) {
     for (int y = 0; y < picture.height; ++y) {
         std::uint8_t* pixel = picture.row(y);
         for (int x = 0; x < picture.width; ++x, pixel += kPixelBytes) {
             std::memset(pixel, pixel[channel], kPixelBytes);
         }
     }
-}
-
-/// The columns [first, end) of a stereo picture as a bitmap of their own.
-Bitmap columns_of(const Bitmap& stereo, int first, int end) {
-    return Bitmap(FreeImage_Copy(stereo.handle(), first, 0, end, stereo.height()));
-}
-
-void rescale_bicubic(Bitmap& bitmap, int width, int height) {
-    bitmap = Bitmap(FreeImage_Rescale(bitmap.handle(), width, height, FILTER_BICUBIC));
 }
 
 /// The way of one pair from its files into memory.
@@ -131,7 +122,7 @@ bool PairReader::fit_mask_to_photo() {
     if (options_.stereo_image_input == layout::photo_and_depth_files &&
         (right.width != photo.width || right.height != photo.height)) {
         Bitmap mask = std::move(right.bitmap);
-        rescale_bicubic(mask, photo.width, photo.height);
+        mask = scaled_bicubic(mask, photo.width, photo.height);
         right.take(std::move(mask));
     }
     return static_cast<bool>(right.bitmap);
@@ -178,7 +169,7 @@ bool PairReader::load_phone_photo(const std::string& path) {
             return false;
         }
     }
-    rescale_bicubic(depth.bitmap, photo.bitmap.width(), photo.bitmap.height());
+    depth.bitmap = scaled_bicubic(depth.bitmap, photo.bitmap.width(), photo.bitmap.height());
     views_.left.take(std::move(photo.bitmap));
     views_.right.take(std::move(depth.bitmap));
     return make_equally_wide();
@@ -212,17 +203,16 @@ bool PairReader::split_stereo(const Bitmap& whole, int stereo_layout) {
         left.take(whole.clone());
         right.take(whole.clone());
         if (left.bitmap && right.bitmap) {
-            spread_channel(left.picture(), FI_RGBA_RED);
-            spread_channel(right.picture(), FI_RGBA_GREEN);
+            spread_channel(left.picture(), offsetof(Colour, red));
+            spread_channel(right.picture(), offsetof(Colour, green));
         }
     } else {
         left.take(columns_of(whole, 0, width / 2));
         right.take(columns_of(whole, width / 2, width));
         if (stereo_layout == layout::half_width && left.bitmap && right.bitmap) {
             for (LoadedView* view : {&left, &right}) {
-                Bitmap half = std::move(view->bitmap);
-                rescale_bicubic(half, width, whole.height());
-                view->take(std::move(half));
+                const Bitmap half = std::move(view->bitmap);
+                view->take(scaled_bicubic(half, width, whole.height()));
             }
         }
     }

@@ -2,19 +2,12 @@
 /// Reading and typing picture files through the image library, with its traps closed.
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "numerics/bitmap.h"
 
 namespace zemora {
-
-/// The formats that are handed to the image library; all others go to the outside converter.
-enum class PictureFormat { unknown, bmp, jpeg, png, tiff, targa, gif, ppm, raw };
-
-/// From the content, else from the suffix.
-[[nodiscard]] PictureFormat picture_format_of(std::span<const std::uint8_t> content, const std::string& path);
 
 enum class LoadStatus {
     done,

@@ -34,10 +34,6 @@ Bitmap Bitmap::clone() const {
     return Bitmap(handle_ == nullptr ? nullptr : FreeImage_Clone(handle_));
 }
 
-FIBITMAP* Bitmap::release() {
-    return std::exchange(handle_, nullptr);
-}
-
 void Bitmap::reset() {
     if (handle_ != nullptr) {
         FreeImage_Unload(std::exchange(handle_, nullptr));

@@ -73,8 +73,6 @@ struct StereoPicture {
 class Bitmap {
 public:
     Bitmap() = default;
-    /// Takes the ownership of `handle`, which may be null.
-    explicit Bitmap(FIBITMAP* handle) : handle_(handle) {}
     Bitmap(Bitmap&& other) noexcept;
     Bitmap& operator=(Bitmap&& other) noexcept;
     Bitmap(const Bitmap&) = delete;
@@ -88,9 +86,6 @@ public:
     /// A copy of the whole bitmap; empty when the memory is not there.
     [[nodiscard]] Bitmap clone() const;
     [[nodiscard]] explicit operator bool() const { return handle_ != nullptr; }
-    [[nodiscard]] FIBITMAP* handle() const { return handle_; }
-    /// Gives the handle away.
-    [[nodiscard]] FIBITMAP* release();
     void reset();
 
     [[nodiscard]] int width() const;
@@ -106,6 +101,9 @@ public:
     }
 
 private:
+    friend struct LibraryBitmap;  // codec/library.h: the codec reaches the bitmap of the library
+    explicit Bitmap(FIBITMAP* handle) : handle_(handle) {}
+
     FIBITMAP* handle_ = nullptr;
 };
 

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <mutex>
 #include <utility>
 
 namespace zemora {
@@ -23,6 +24,10 @@ constexpr double kDone = 100.0;  // percent
 std::array<char, 8192> g_begun;
 std::atomic<std::size_t> g_begun_size{0};
 std::atomic<int> g_write_error{0};
+
+/// Threads write one after the other. A signal handler takes it only where it is free: the thread that holds
+/// it may be the one that was interrupted.
+std::recursive_mutex g_writing;
 
 /// Writes with system calls alone, for a signal may have come in the middle of an allocation.
 void write_out(const char* text, std::size_t size) {
@@ -41,8 +46,14 @@ void write_out(const char* text, std::size_t size) {
     }
 }
 
+void write_begun_line() {
+    const std::size_t size = g_begun_size.exchange(0);
+    write_out(g_begun.data(), size);
+}
+
 /// Writes all whole lines and keeps the begun one.
 void write_lines(std::string_view text) {
+    const std::lock_guard lock(g_writing);
     const std::size_t lines = text.rfind('\n') + 1;  // 0 without a line end
     if (lines > 0 || g_begun_size + text.size() > g_begun.size()) {
         flush_console();
@@ -115,8 +126,15 @@ std::string without_controls(std::string_view text, std::string_view kept) {
 }  // namespace
 
 void flush_console() {
-    const std::size_t size = g_begun_size.exchange(0);
-    write_out(g_begun.data(), size);
+    const std::lock_guard lock(g_writing);
+    write_begun_line();
+}
+
+void flush_console_in_handler() {
+    const std::unique_lock lock(g_writing, std::try_to_lock);
+    if (lock) {
+        write_begun_line();
+    }
 }
 
 std::string console_error() {

@@ -46,8 +46,10 @@ private:
 /// "Please hit Enter // Bitte Enter Taste...", the same in both languages.
 inline constexpr std::string_view kWaitingLine = "Please hit Enter // Bitte Enter Taste...";
 
-/// Writes out a begun line; before an outside program, at every end, and from a signal handler.
+/// Writes out a begun line; before an outside program, and at every end.
 void flush_console();
+/// The same from a signal handler, unless a thread is just writing.
+void flush_console_in_handler();
 
 /// Why something printed could not be written, e.g. a full disk; empty when all was. A reader of a pipe that
 /// has gone is no error.

@@ -30,7 +30,7 @@ extern "C" void on_end_signal(int number) {
         g_held_signal = number;
         return;
     }
-    flush_console();
+    flush_console_in_handler();
     remove_temporary_folder();
     signal(number, SIG_DFL);
     sigset_t alone;

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace zemora {
@@ -46,13 +47,26 @@ int threads_to_be_had(int wanted) {
     return static_cast<int>(threads.size());
 }
 
+/// As long as it lives, threads that are started get no signals: they inherit the mask.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
 }  // namespace
 
 int start_worker_threads() {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);  // the threads inherit it
+    const SignalsBlocked blocked;
     const int wanted = omp_get_max_threads();
     const int count = 1 + threads_to_be_had(wanted - 1);
     if (count < wanted) {
@@ -61,8 +75,21 @@ int start_worker_threads() {
     std::atomic<int> at_work{0};
 #pragma omp parallel num_threads(count)
     ++at_work;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return at_work;
+}
+
+bool has_room_for_teams(int teams) {
+    const SignalsBlocked blocked;
+    const int wanted = teams * omp_get_max_threads();
+    return threads_to_be_had(wanted) == wanted;
+}
+
+std::thread start_team(std::function<void()> work) {
+    const SignalsBlocked blocked;
+    return std::thread([workers = omp_get_max_threads(), work = std::move(work)] {
+        omp_set_num_threads(workers);  // each thread has a number of its own
+        work();
+    });
 }
 
 }  // namespace zemora

@@ -1,5 +1,8 @@
 #pragma once
-/// The threads that share the work of the hot loops.
+/// The threads that share the work of the hot loops, and those that work beside the first one.
+
+#include <functional>
+#include <thread>
 
 namespace zemora {
 
@@ -10,5 +13,12 @@ namespace zemora {
 /// its own: a smaller team ends the threads beyond it, which had to be started again. Returns their number,
 /// with the caller's.
 int start_worker_threads();
+
+/// Whether the system gives `teams` more threads with as many workers each as the caller has.
+[[nodiscard]] bool has_room_for_teams(int teams);
+
+/// A thread beside the caller's whose parallel regions have workers of their own, as many as the caller's. No
+/// signal goes to any of them.
+[[nodiscard]] std::thread start_team(std::function<void()> work);
 
 }  // namespace zemora

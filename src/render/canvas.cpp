@@ -1,24 +1,11 @@
 #include "render/canvas.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <array>
 
+#include "codec/bitmap_forms.h"
+
 namespace zemora {
-
-namespace {
-
-/// A bitmap that shows `picture` without owning its pixels. The library wants them writable; encoding them
-/// writes none.
-Bitmap borrowed(ConstPicture picture) {
-    return Bitmap(FreeImage_ConvertFromRawBitsEx(
-        FALSE, const_cast<std::uint8_t*>(picture.bits), FIT_BITMAP, picture.width, picture.height,
-        static_cast<int>(picture.pitch), 8 * kPixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK,
-        FI_RGBA_BLUE_MASK, FALSE));
-}
-
-}  // namespace
 
 Picture clipped(Picture picture, int x, int y, int width, int height) {
     const int left = std::clamp(x, 0, picture.width);

@@ -1,11 +1,11 @@
 #include "render/cmyk.h"
 
-#include <FreeImage.h>
 #include <lcms2.h>
 
 #include <algorithm>
 #include <memory>
 
+#include "codec/bitmap_forms.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
@@ -13,8 +13,6 @@
 namespace zemora {
 
 namespace {
-
-constexpr int kInkBits = 32;
 
 struct CloseProfile {
     void operator()(void* profile) const { cmsCloseProfile(profile); }
@@ -24,14 +22,6 @@ struct DeleteTransform {
 };
 using Profile = std::unique_ptr<void, CloseProfile>;
 using Transform = std::unique_ptr<void, DeleteTransform>;
-
-Bitmap create_cmyk(int width, int height) {
-    Bitmap bitmap(FreeImage_Allocate(width, height, kInkBits));
-    if (bitmap) {
-        FreeImage_GetICCProfile(bitmap.handle())->flags |= FIICC_COLOR_IS_CMYK;
-    }
-    return bitmap;
-}
 
 /// From the bytes of the profile file.
 Profile open_profile(const std::string& name, std::string& reason) {
@@ -76,7 +66,7 @@ Bitmap cmyk_by_formula(ConstPicture picture) {
     for (int y = 0; y < picture.height; ++y) {
         const std::uint8_t* source = picture.row(y);
         std::uint8_t* target = bits + y * pitch;
-        for (int x = 0; x < picture.width; ++x, source += kPixelBytes, target += kInkBits / 8) {
+        for (int x = 0; x < picture.width; ++x, source += kPixelBytes, target += std::tuple_size_v<Inks>) {
             const Inks inks = inks_of({source[0], source[1], source[2]});
             std::copy(inks.begin(), inks.end(), target);
         }

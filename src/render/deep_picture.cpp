@@ -1,22 +1,12 @@
 #include "render/deep_picture.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <cstring>
 
 namespace zemora {
 
-bool is_deep(const Bitmap& bitmap) {
-    return bitmap && FreeImage_GetImageType(bitmap.handle()) == FIT_RGB16;
-}
-
 DeepPicture deep_picture(const Bitmap& bitmap) {
     return {bitmap.bits(), bitmap.pitch(), bitmap.width(), bitmap.height()};
-}
-
-Bitmap create_deep(int width, int height) {
-    return width > 0 && height > 0 ? Bitmap(FreeImage_AllocateT(FIT_RGB16, width, height)) : Bitmap();
 }
 
 void copy_deep(DeepPicture source, DeepPicture target, int x, int y) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codec/bitmap_forms.h"
 #include "numerics/bitmap.h"
 
 namespace zemora {
@@ -24,10 +25,7 @@ struct DeepPicture {
     }
 };
 
-[[nodiscard]] bool is_deep(const Bitmap& bitmap);
 [[nodiscard]] DeepPicture deep_picture(const Bitmap& bitmap);
-/// A black picture of 48 bits; empty when the memory is not there or a side is not positive.
-[[nodiscard]] Bitmap create_deep(int width, int height);
 /// Copies `source` with its lower left pixel at (x, y) of `target`, as far as both reach.
 void copy_deep(DeepPicture source, DeepPicture target, int x, int y);
 /// The same picture in 48 bits: white becomes the largest value.

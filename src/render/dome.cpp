@@ -1,12 +1,11 @@
 #include "render/dome.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "numerics/bitmap_file.h"
+#include "codec/bitmap_forms.h"
+#include "codec/encode.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
@@ -15,7 +14,7 @@ namespace {
 
 constexpr int kSide = 3000;  ///< Pixels.
 constexpr int kDomePixelBytes = 4;
-constexpr BYTE kOpaque = 255;
+constexpr std::uint8_t kOpaque = 255;
 constexpr double kOuterRadius = 0.95;  ///< The bottom of the picture, in half sides of the dome.
 constexpr double kPictureHeight = 0.75;
 constexpr double kPictureAngle = 1.9896753472735356;  ///< Radians; 0.95 of the third of a turn.
@@ -30,7 +29,7 @@ double angle_in_copy(int copy, double angle) {
     }
 }
 
-void draw_pixel(ConstPicture canvas, double x, double y, BYTE* target) {
+void draw_pixel(ConstPicture canvas, double x, double y, std::uint8_t* target) {
     const double radius = std::sqrt(x * x + y * y);
     const int row = round_half_up((radius - kOuterRadius) / -kPictureHeight * (canvas.height - 1));
     if (row < 0 || row >= canvas.height) {
@@ -49,14 +48,13 @@ void draw_pixel(ConstPicture canvas, double x, double y, BYTE* target) {
 }  // namespace
 
 Bitmap dome_picture(ConstPicture canvas) {
-    Bitmap dome(FreeImage_Allocate(kSide, kSide, 8 * kDomePixelBytes, FI_RGBA_RED_MASK, FI_RGBA_GREEN_MASK,
-                                   FI_RGBA_BLUE_MASK));
+    Bitmap dome = create_with_alpha(kSide, kSide);
     if (!dome) {
         return dome;
     }
 #pragma omp parallel for schedule(dynamic, 16)
     for (int m = 0; m < kSide; ++m) {
-        BYTE* target = dome.bits() + m * dome.pitch();
+        std::uint8_t* target = dome.bits() + m * dome.pitch();
         const double y = (2.0 * m + 1.0) / kSide - 1.0;
         for (int n = 0; n < kSide; ++n, target += kDomePixelBytes) {
             draw_pixel(canvas, (2.0 * n + 1.0) / kSide - 1.0, y, target);
@@ -66,7 +64,7 @@ Bitmap dome_picture(ConstPicture canvas) {
 }
 
 std::string save_dome(const Bitmap& dome, const std::string& path) {
-    return encode_and_write(dome.handle(), FIF_TIFF, TIFF_LZW, path);
+    return encode_and_write(dome, {.format = PictureFormat::tiff, .compress = true}, path);
 }
 
 }  // namespace zemora

@@ -1,8 +1,8 @@
 #include "render/final_size.h"
 
-#include <FreeImage.h>
-
 #include <utility>
+
+#include "codec/bitmap_forms.h"
 
 namespace zemora {
 
@@ -10,18 +10,15 @@ namespace {
 
 /// Empty when the memory is not there.
 Bitmap rescaled(const Bitmap& bitmap, int used_width, int used_height, int width, int height) {
-    FIBITMAP* handle = bitmap.handle();
-    const bool whole = used_width == bitmap.width() && used_height == bitmap.height();
-    Bitmap used;
-    if (!whole) {
-        used = Bitmap::create(used_width, used_height);
-        if (!used) {
-            return {};
-        }
-        copy(bitmap.picture(used_width, used_height), used.picture());
-        handle = used.handle();
+    if (used_width == bitmap.width() && used_height == bitmap.height()) {
+        return scaled_bicubic(bitmap, width, height);
     }
-    return Bitmap(FreeImage_Rescale(handle, width, height, FILTER_BICUBIC));
+    const Bitmap used = Bitmap::create(used_width, used_height);
+    if (!used) {
+        return {};
+    }
+    copy(bitmap.picture(used_width, used_height), used.picture());
+    return scaled_bicubic(used, width, height);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "numerics/bitmap.h"
 #include "render/frame_settings.h"
 #include "render/picture_texts.h"
+#include "render/thumbnails.h"
 
 namespace zemora {
 
@@ -28,6 +29,7 @@ struct Finished {
     int left_turn = 0;             ///< How the true views were turned, 0 to 7 as `RotMirOutputLeft`.
     int right_turn = 0;
     bool is_exchanged = false;  ///< The true left view stands at the right.
+    Thumbnails thumbnails;      ///< Of the true views before their turning, where they were wanted.
 
     [[nodiscard]] const FinishedView& view(View side) const { return side == View::left ? left : right; }
     [[nodiscard]] StereoPicture views() const { return {left.picture, right.picture}; }

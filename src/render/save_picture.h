@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "codec/encode.h"
 #include "numerics/bitmap.h"
-#include "numerics/bitmap_file.h"
 
 namespace zemora {
 

@@ -1,9 +1,9 @@
 #include "render/squeeze.h"
 
-#include <FreeImage.h>
-
 #include <algorithm>
 #include <cstddef>
+
+#include "codec/bitmap_forms.h"
 
 namespace zemora {
 
@@ -67,8 +67,8 @@ Bitmap squeezed(const Bitmap& picture, Squeeze squeeze) {
     if (width < 1 || height < 1) {
         return {};
     }
-    if (FreeImage_GetImageType(picture.handle()) == FIT_RGB16) {
-        Bitmap half(FreeImage_AllocateT(FIT_RGB16, width, height));
+    if (is_deep(picture)) {
+        Bitmap half = create_deep(width, height);
         if (half) {
             squeeze_into<std::uint16_t>(picture, squeeze, half);
         }

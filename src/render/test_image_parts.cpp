@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "platform/console.h"
 #include "render/font_search.h"
 
@@ -57,7 +57,8 @@ Result<Bitmap> test_bitmap(int width, int height, const char* reason) {
 
 Result<void> store_test_image(const Bitmap& picture, const std::string& file,
                               const MessageCatalogue& messages) {
-    const std::string reason = encode_and_write(picture.handle(), FIF_TIFF, TIFF_LZW, file);
+    const std::string reason =
+        encode_and_write(picture, {.format = PictureFormat::tiff, .compress = true}, file);
     if (reason.empty()) {
         return {};
     }

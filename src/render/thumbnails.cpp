@@ -1,6 +1,8 @@
 #include "render/thumbnails.h"
 
-#include "numerics/bitmap_file.h"
+#include <utility>
+
+#include "codec/encode.h"
 #include "numerics/rescale.h"
 
 namespace zemora {
@@ -13,67 +15,68 @@ Failure no_memory() {
     return Failure::out_of_memory("13513: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (THUMB)\n");
 }
 
-/// A view in the largest size inside the thumbnail, in the lower left of `room`.
-Picture scaled_view(ConstPicture view, const Bitmap& room) {
-    RescaleScratch scratch;
-    const PictureSize size =
-        rescale(view, room.picture(), scratch, RescaleFilter::bicubic, RescaleFit::keep_aspect);
-    return room.picture(size.width, size.height);
-}
-
-/// Empty when the memory is not there.
-Bitmap thumb(ConstPicture view) {
-    Bitmap result = Bitmap::create(kThumbWidth, kThumbHeight);
-    const Bitmap room = Bitmap::create(kThumbWidth, kThumbHeight);
-    if (!result || !room) {
-        return {};
-    }
-    const Picture scaled = scaled_view(view, room);
-    fill(result.picture(), kBars);
-    copy(scaled, result.picture().part((kThumbWidth - scaled.width) / 2, (kThumbHeight - scaled.height) / 2,
-                                       scaled.width, scaled.height));
-    return result;
-}
-
-Result<std::string> save_thumb(ConstPicture view, const std::string& file) {
+Result<Bitmap> make_thumbnail(ConstPicture view) {
     const Bitmap room = Bitmap::create(kThumbWidth, kThumbHeight);
     if (!room) {
         return no_memory();
     }
-    const Picture scaled = scaled_view(view, room);
-    if (scaled.width <= 0 || scaled.height <= 0) {
-        return file + ": the picture is too narrow for a thumbnail";
+    RescaleScratch scratch;
+    const PictureSize size =
+        rescale(view, room.picture(), scratch, RescaleFilter::bicubic, RescaleFit::keep_aspect);
+    if (size.width <= 0 || size.height <= 0) {
+        return Bitmap();
     }
-    const Bitmap whole = Bitmap::create(scaled.width, scaled.height);
+    Bitmap thumbnail = Bitmap::create(size.width, size.height);
+    if (!thumbnail) {
+        return no_memory();
+    }
+    copy(room.picture(size.width, size.height), thumbnail.picture());
+    return {std::move(thumbnail)};
+}
+
+Result<Bitmap> on_bars(const Bitmap& thumbnail) {
+    Bitmap whole = Bitmap::create(kThumbWidth, kThumbHeight);
     if (!whole) {
         return no_memory();
     }
-    copy(scaled, whole.picture());
-    const std::string reason = encode_and_write(whole.handle(), FIF_JPEG, JPEG_DEFAULT, file);
+    fill(whole.picture(), kBars);
+    if (thumbnail) {
+        const int width = thumbnail.width();
+        const int height = thumbnail.height();
+        copy(thumbnail.picture(),
+             whole.picture().part((kThumbWidth - width) / 2, (kThumbHeight - height) / 2, width, height));
+    }
+    return {std::move(whole)};
+}
+
+Result<Thumbnails> both(Result<Bitmap> left, Result<Bitmap> right) {
+    if (!left || !right) {
+        return no_memory();
+    }
+    return Thumbnails{*std::move(left), *std::move(right)};
+}
+
+std::string save_thumbnail(const Bitmap& thumbnail, const std::string& file) {
+    const std::string reason = thumbnail ? encode_and_write(thumbnail, {PictureFormat::jpeg}, file)
+                                         : "the picture is too narrow for a thumbnail";
     return reason.empty() ? reason : file + ": " + reason;
 }
 
 }  // namespace
 
-Result<Thumbnails> make_thumbs(const StereoPicture& views) {
-    Thumbnails thumbs{thumb(views.left), thumb(views.right)};
-    if (!thumbs.left || !thumbs.right) {
-        return no_memory();
-    }
-    return {std::move(thumbs)};
+Result<Thumbnails> make_thumbnails(const StereoPicture& views) {
+    return both(make_thumbnail(views.left), make_thumbnail(views.right));
 }
 
-Result<std::string> save_thumbs(const StereoPicture& views, const std::string& left_file,
-                                const std::string& right_file) {
-    const Result<std::string> first = save_thumb(views.left, left_file);
-    if (!first) {
-        return first;
-    }
-    const Result<std::string> second = save_thumb(views.right, right_file);
-    if (!second) {
-        return second;
-    }
-    return *first + (first->empty() || second->empty() ? "" : "\n") + *second;
+Result<Thumbnails> with_bars(const Thumbnails& thumbnails) {
+    return both(on_bars(thumbnails.left), on_bars(thumbnails.right));
+}
+
+std::string save_thumbnails(const Thumbnails& thumbnails, const std::string& left_file,
+                            const std::string& right_file) {
+    const std::string first = save_thumbnail(thumbnails.left, left_file);
+    const std::string second = save_thumbnail(thumbnails.right, right_file);
+    return first + (first.empty() || second.empty() ? "" : "\n") + second;
 }
 
 }  // namespace zemora

@@ -11,17 +11,19 @@ namespace zemora {
 inline constexpr int kThumbWidth = 267;   // pixels
 inline constexpr int kThumbHeight = 178;  // pixels
 
-/// Both views scaled into thumbnail size, centred on green.
+/// Both views in the largest size inside a thumbnail. A view that is too narrow for one has none.
 struct Thumbnails {
     Bitmap left;
     Bitmap right;
 };
 /// Fails without memory.
-[[nodiscard]] Result<Thumbnails> make_thumbs(const StereoPicture& views);
+[[nodiscard]] Result<Thumbnails> make_thumbnails(const StereoPicture& views);
 
-/// Saves the views at thumbnail size, without the bars, as JPEG. Empty, or the reason why a file is not
-/// there; fails without memory.
-[[nodiscard]] Result<std::string> save_thumbs(const StereoPicture& views, const std::string& left_file,
-                                              const std::string& right_file);
+/// Each centred on green, in the full size of a thumbnail. Fails without memory.
+[[nodiscard]] Result<Thumbnails> with_bars(const Thumbnails& thumbnails);
+
+/// Saves them as JPEG. Empty, or the reasons why files are not there, a line each.
+[[nodiscard]] std::string save_thumbnails(const Thumbnails& thumbnails, const std::string& left_file,
+                                          const std::string& right_file);
 
 }  // namespace zemora

@@ -17,9 +17,10 @@ bool names_phase(int setting, AnalysePhase phase) {
 }  // namespace
 
 AnalysisDump::AnalysisDump(AnalysisDumpOptions options, Notes& notes)
-    : options_(std::move(options)), notes_(notes) {}
+    : options_(std::move(options)), notes_(&notes) {}
 
-void AnalysisDump::set_names(const std::string& left_name, const std::string& right_name) {
+void AnalysisDump::set_pair(const std::string& left_name, const std::string& right_name, Notes& notes) {
+    notes_ = &notes;
     names_ = right_name.empty() ? left_name : left_name + ", " + right_name;
 }
 
@@ -71,8 +72,8 @@ bool AnalysisDump::write_text(const std::string& path, const std::string& text) 
 }
 
 void AnalysisDump::tell_not_opened(const char* what, const std::string& name) const {
-    notes_.print(what + printable(name));
-    notes_.say<Msg::stereo_analyse_cannot_be_opened>();
+    notes_->print(what + printable(name));
+    notes_->say<Msg::stereo_analyse_cannot_be_opened>();
 }
 
 }  // namespace zemora

@@ -24,8 +24,9 @@ class AnalysisDump : public AnalysisVisitor {
 public:
     AnalysisDump(AnalysisDumpOptions options, Notes& notes);
 
-    /// The names of the pair to come, which head its tables; `right_name` is empty for a stereo file.
-    void set_names(const std::string& left_name, const std::string& right_name);
+    /// The names of the pair to come, which head its tables, and its listener; `right_name` is empty for a
+    /// stereo file.
+    void set_pair(const std::string& left_name, const std::string& right_name, Notes& notes);
 
     [[nodiscard]] bool wants_cells(AnalysePhase phase) const override {
         return wants_surfaces(phase) || wants_segments(phase);
@@ -71,7 +72,7 @@ private:
 
     AnalysisDumpOptions options_;
     std::string names_;  ///< Of the pair, as a head.
-    Notes& notes_;
+    Notes* notes_;
 };
 
 }  // namespace zemora

@@ -1,10 +1,8 @@
 /// The compared pieces of the views as pictures, their list, and the viewer that may show them.
 
-#include <FreeImage.h>
-
 #include <algorithm>
 
-#include "numerics/bitmap_file.h"
+#include "codec/encode.h"
 #include "numerics/rounding.h"
 #include "platform/child_process.h"
 #include "platform/console.h"
@@ -37,8 +35,8 @@ void AnalysisDump::write_piece(const ConstPicture& view, const PiecePlace& place
         cut_piece(view, place.x, place.y, piece.picture());
     }
     const std::string path = image_path(name);
-    if (!piece || !encode_and_write(piece.handle(), FIF_JPEG, JPEG_QUALITYSUPERB | JPEG_SUBSAMPLING_444, path)
-                       .empty()) {
+    const EncodeOptions best{.format = PictureFormat::jpeg, .quality = 100, .chroma = Chroma::full};
+    if (!piece || !encode_and_write(piece, best, path).empty()) {
         tell_not_opened("\nFile ", path);
     }
 }

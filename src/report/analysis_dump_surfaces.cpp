@@ -103,8 +103,8 @@ std::string profile_commands(const std::string& data_name, const AxisEnd& end) {
 
 void AnalysisDump::write_error_surface(const ErrorSurface& surface, const VisitedCell& cell) const {
     const auto write = [this](const std::string& name, const std::string& text) {
-        notes_.print("\nFile " + name);
-        notes_.say<Msg::stereo_analyse_will_be_created>();
+        notes_->print("\nFile " + name);
+        notes_->say<Msg::stereo_analyse_will_be_created>();
         if (!write_text(join_path(options_.working_folder, name), text)) {
             tell_not_opened(kSurfaceFault, name);
         }

@@ -169,8 +169,8 @@ void AnalysisDump::visit_shift(const ShiftFigures& shift) {
     const SurfaceFigures& f = shift.figures;
     // Any minimum inside the search is taken in this phase.
     const bool valid = f.sharpness_x > kNoMinimum && f.sharpness_y > kNoMinimum && f.sharpness > kNoMinimum;
-    notes_.print(shift.is_second ? "\nPHASE 1: zweite Korrelation:\n" : "\nPHASE 1: erste Korrelation:\n");
-    notes_.print(format_text(
+    notes_->print(shift.is_second ? "\nPHASE 1: zweite Korrelation:\n" : "\nPHASE 1: erste Korrelation:\n");
+    notes_->print(format_text(
         "EP_X     = %f\n"
         "EP_Y     = %f\n"
         "CQX1     = %f\n"
@@ -181,7 +181,7 @@ void AnalysisDump::visit_shift(const ShiftFigures& shift) {
         "CQOK1    = %d\n",
         f.dx, f.dy, f.sharpness_x, f.sharpness_y, f.sharpness, f.ambiguity, f.match_error, valid ? 1 : 0));
     if (shift.is_second) {
-        notes_.print(
+        notes_->print(
             format_text("dX       = %f\n"
                         "dY       = %f\n",
                         shift.shift_x, shift.shift_y));
@@ -197,7 +197,7 @@ void AnalysisDump::visit_pass(const AnalysisState& state, int number) {
     for (const GridTable& table : kTryTables) {
         text += table_text(table, tables);
     }
-    notes_.print(text);
+    notes_->print(text);
     append_to_tables(AnalysePhase::geometry, text);
 }
 
@@ -212,10 +212,10 @@ void AnalysisDump::print_tables(const AnalysisState& state, AnalysePhase phase, 
     for (const GridTable& table : kTables) {
         text += table_text(table, tables);
     }
-    notes_.print(text);
+    notes_->print(text);
     append_to_tables(phase, text);
     if (phase != AnalysePhase::disparity) {
-        notes_.wait(Severity::must_be_seen);
+        notes_->wait(Severity::must_be_seen);
     }
 }
 

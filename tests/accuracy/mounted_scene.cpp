@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <numeric>
+#include <utility>
 #include <vector>
 
-#include "driver/pipeline.h"
-#include "platform/temp_folder.h"
-#include "render/save_picture.h"
+#include "config/parameter_set.h"
+#include "driver/mount.h"
+#include "driver/settings_analysis.h"
+#include "driver/settings_input.h"
+#include "driver/settings_mount.h"
 #include "render/warp_plan.h"
 #include "tests/accuracy/best_terms.h"
 
@@ -136,60 +138,57 @@ Bitmap right_view(const Scene& scene, SceneOptions options, const MountOptions& 
     return Scene(options, scene.errors()).render_right();
 }
 
-void save(const Bitmap& bitmap, const std::string& path) {
-    const std::string reason = save_picture(bitmap, path, SaveOptions());
-    if (!reason.empty()) {
-        std::printf("%s: %s\n", path.c_str(), reason.c_str());
-    }
+/// The equal views as a run has them before it measures.
+InputViews prepared_views(const Scene& scene, const SceneOptions& options, const MountOptions& mount,
+                          const ParameterSet& parameters, Notes& notes) {
+    RawViews raw;
+    raw.left.take(scene.render_left());
+    raw.right.take(right_view(scene, options, mount));
+    ViewPreparer preparer(prepare_options(parameters));
+    Result<InputViews> views = preparer.prepare(std::move(raw), {}, notes);
+    return *std::move(views);
 }
 
 }  // namespace
 
-MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors, const MountOptions& mount) {
+MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
+                         const MountOptions& mount_options) {
     const Scene scene(options, errors);
-    const std::string left = temporary_folder() + "/scene_l.bmp";
-    const std::string right = temporary_folder() + "/scene_r.bmp";
-    save(scene.render_left(), left);
-    save(right_view(scene, options, mount), right);
-
     ParameterSet parameters;
-    parameters.input_mode = 0;
     parameters.verbose_mode = 0;
-    parameters.report_mode = 0;
-    parameters.stop_at_error = 0;
-    parameters.meta_transfer = 0;
-    parameters.path_of_images = temporary_folder();
-    parameters.apply_left_right = mount.apply_left_right;
-    parameters.iterative_min = mount.iterative_min;
-    parameters.robust_estimation = mount.robust;
-    Console console;
-    MessageCatalogue messages(Language::english);
-    Voice voice(console, messages, parameters);
-    RunContext context;
-    ImageList list;
-    list.add_object(list.add_name(left), list.add_name(right));
-    ExifTool exiftool(parameters, voice);
-    Pipeline pipeline(parameters, context, list, exiftool, voice);
-    PairRun pair;
+    parameters.apply_left_right = mount_options.apply_left_right;
+    parameters.iterative_min = mount_options.iterative_min;
+    parameters.robust_estimation = mount_options.robust;
+    const MessageCatalogue messages(Language::english);
+    KeptNotes notes(messages, parameters.verbose_mode);
+    const InputViews views = prepared_views(scene, options, mount_options, parameters, notes);
+
+    const MountSettings settings = mount_settings(parameters);
+    PairWish wish;
+    wish.target = find_target_size(views.height(), views.width(), parameters.output_height,
+                                   parameters.output_width, parameters.cropp_output);
+    wish.size =
+        *wish_for_size(wish.target, {views.width(), views.height()}, parameters.cropp_output, messages);
+    GeometryWish geometry;
+    geometry.working = wish.size.scaled;
+    Workbench bench(analysis_options(parameters));
+    const LocatedPair located = *find_geometry(views, geometry, settings, bench, notes);
     MountedScene result;
-    result.mounted = prepare_pair(pipeline, pair) && measure_geometry(pipeline, pair);
-    if (result.mounted) {
-        place_stereo_window(pipeline, pair);
-        result.mounted = warp_final(pipeline, pair);
+    result.iterations = located.geometry.rounds - 1;
+    result.correction = located.geometry.correction;
+    result.residual_rms_px = static_cast<float>(located.geometry.residual_rms_px);
+    result.status = located.geometry.status;
+    if (!is_written(located.geometry.status)) {
+        return result;
     }
-    std::filesystem::remove(left);
-    std::filesystem::remove(right);
-    result.iterations = pair.geometry.rounds - 1;
-    result.correction = pair.geometry.correction;
-    result.residual_rms_px = static_cast<float>(pair.geometry.residual_rms_px);
-    result.status = pair.status;
-    if (result.mounted && mount.seed_of_right == 0) {
-        judge(pipeline.warped, scene, result);
+    const Result<MountedPair> pair = mount(views, located, wish, settings, bench, notes);
+    result.mounted = pair.has_value();
+    if (result.mounted && mount_options.seed_of_right == 0) {
+        judge(bench.warped, scene, result);
     }
-    if (result.mounted && measure_result(pipeline, pair)) {
-        settle_trust(pair);
-        result.status = pair.status;
-        result.told = pair.heights ? judge_heights(*pair.heights, pair.deviation).verdict : result.told;
+    if (result.mounted && is_written(pair->status)) {
+        result.status = pair->status;
+        result.told = pair->heights ? judge_heights(*pair->heights, pair->deviation).verdict : result.told;
     }
     return result;
 }

@@ -1,5 +1,5 @@
 #pragma once
-/// A generated scene sent through the pipeline, and what is left of its misalignment by the scene's
+/// A generated scene mounted in memory, and what is left of its misalignment by the scene's
 /// own truth.
 
 #include <cstdint>
@@ -43,7 +43,7 @@ struct MountedScene {
     HeightVerdict told = HeightVerdict::unchecked;
 };
 
-/// Renders, stores, mounts without output files, and measures by the scene's displacements how far
+/// Renders, mounts without any file, and measures by the scene's displacements how far
 /// matching points of the two output pictures lie apart in height.
 [[nodiscard]] MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
                                        const MountOptions& mount = {});

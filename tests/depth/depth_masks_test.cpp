@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "codec/encode.h"
 #include "input/picture_file.h"
-#include "numerics/bitmap_file.h"
 #include "platform/paths.h"
 #include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
@@ -88,7 +88,7 @@ protected:
         plan_ = *plan;
     }
     static void save(const Bitmap& picture, const std::string& path) {
-        ASSERT_EQ(encode_and_write(picture.handle(), FIF_PNG, 1, path), "");
+        ASSERT_EQ(encode_and_write(picture, {PictureFormat::png}, path), "");
     }
 
     TestFolder folder_;

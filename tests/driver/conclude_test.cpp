@@ -28,15 +28,14 @@ TEST_P(ConcludePair, MarksTheLineByTheStatus) {
     RunContext context;
     ImageList list;
     list.add_object(list.add_name(folder / "a_l.bmp"), list.add_name(folder / "a_r.bmp"));
-    ExifTool exiftool(parameters, voice);
+    ExifTool exiftool(parameters);
     Pipeline pipeline(parameters, context, list, exiftool, voice);
-    PairRun pair;
+    PairRun pair(0, voice);
     pair.files = {list.left(0), list.right(0), {}};
     pair.mode = c.mode;
     pair.status = c.status;
     pair.store_failed = c.store_failed;
-    pair.output_width = 400;
-    pair.output_height = 300;
+    pair.mounted.size = {400, 300};
     testing::internal::CaptureStdout();
     conclude_pair(pipeline, pair);
     console.flush();

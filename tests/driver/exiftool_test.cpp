@@ -1,14 +1,14 @@
 #include "driver/exiftool.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
 #include <optional>
 
+#include "codec/encode.h"
+#include "codec/library.h"
 #include "input/mpo.h"
 #include "input/mpo_sizes.h"
-#include "numerics/bitmap_file.h"
 #include "platform/child_process.h"
 #include "platform/file_times.h"
 #include "platform/paths.h"
@@ -30,7 +30,7 @@ protected:
             GTEST_SKIP() << "no exiftool";
         }
         testing::internal::CaptureStdout();
-        tool.require();
+        tool.require(voice);
     }
     void TearDown() override {
         if (listening) {
@@ -45,14 +45,15 @@ protected:
         return text;
     }
     std::string picture(const std::string& name) const {
-        const auto bytes = test::encoded(test::place_picture(16, 16).handle(), FIF_JPEG, 90);
+        const auto bytes = test::encoded(test::place_picture(16, 16), FIF_JPEG, 90);
         test::write_text(folder / name, {bytes.begin(), bytes.end()});
         return folder / name;
     }
 
     bool listening = true;
     test::TestFolder folder;
-    ExifTool tool{parameters, voice};
+    ExifTool tool{parameters};
+    TransferLog log{voice};
 };
 
 TEST_F(ExifToolCalls, RecordComesBackFromFilesOfAnyName) {
@@ -61,8 +62,8 @@ TEST_F(ExifToolCalls, RecordComesBackFromFilesOfAnyName) {
                              "{zemora-status 1 zemora-end}.jpg", "-execute.jpg", "$(x)'\";.jpg"}) {
         const std::string path = picture(name);
         const std::string text = std::string("Zemora_OK_V1.0  1.5 -2 ") + std::to_string(name[0]);
-        EXPECT_TRUE(tool.write_record(path, InputClass::jpeg, text)) << name;
-        EXPECT_EQ(tool.read_record(path, InputClass::jpeg), std::optional(text)) << name;
+        EXPECT_TRUE(tool.write_record(path, InputClass::jpeg, text, voice)) << name;
+        EXPECT_EQ(tool.read_record(path, InputClass::jpeg, voice), std::optional(text)) << name;
     }
     EXPECT_EQ(folder.files().size(), 11U) << "something was left beside the pictures";
     EXPECT_EQ(heard().find("No success"), std::string::npos);
@@ -71,11 +72,11 @@ TEST_F(ExifToolCalls, RecordComesBackFromFilesOfAnyName) {
 TEST_F(ExifToolCalls, BrokenFileFailsAloneAndTheNextOneWorks) {
     const std::string good = picture("good.jpg");
     test::write_text(folder / "broken.jpg", "no picture");
-    EXPECT_FALSE(tool.write_record(folder / "broken.jpg", InputClass::jpeg, "x"));
-    EXPECT_FALSE(tool.read_record(folder / "none.jpg", InputClass::jpeg));
-    EXPECT_EQ(tool.read_orientation(folder / "broken.jpg"), 0);
-    EXPECT_TRUE(tool.write_record(good, InputClass::jpeg, "after"));
-    EXPECT_EQ(tool.read_record(good, InputClass::jpeg), std::optional<std::string>("after"));
+    EXPECT_FALSE(tool.write_record(folder / "broken.jpg", InputClass::jpeg, "x", voice));
+    EXPECT_FALSE(tool.read_record(folder / "none.jpg", InputClass::jpeg, voice));
+    EXPECT_EQ(tool.read_orientation(folder / "broken.jpg", voice), 0);
+    EXPECT_TRUE(tool.write_record(good, InputClass::jpeg, "after", voice));
+    EXPECT_EQ(tool.read_record(good, InputClass::jpeg, voice), std::optional<std::string>("after"));
     EXPECT_EQ(test::read_text(folder / "broken.jpg"), "no picture");
     EXPECT_NE(heard().find("No success to call Exiftool!"), std::string::npos);
 }
@@ -94,10 +95,10 @@ TEST_F(ExifToolCalls, TransferKeepsTheDateAndEachSourcesOwnTags) {
     const TagPermissions all{true, true, true};
     const std::string first_target = picture("first_target %d.jpg");
     const std::string second_target = picture("second_target.jpg");
-    tool.prefetch_profile(first);
-    tool.start_transfer(first, first_target, all, {-7, 20, 27}, false);
-    tool.start_transfer(second, second_target, all, {1, 2, 3}, false);
-    tool.forget_pair();
+    tool.prefetch_profile(first, log);
+    tool.start_transfer(first, first_target, all, {-7, 20, 27}, false, log, voice);
+    tool.start_transfer(second, second_target, all, {1, 2, 3}, false, log, voice);
+    tool.forget_files({first, second});
     for (const auto& [path, date, software] :
          {std::tuple{first_target, "2001:02:03 04:05:06", "nearpoint= -7, farpoint= 20, deviation= 27"},
           {second_target, "2011:12:13 14:15:16", "nearpoint=  1, farpoint=  2, deviation=  3"}}) {
@@ -128,10 +129,10 @@ TEST_F(ExifToolCalls, TextsOfAnyAlphabetAreReadAndTransferred) {
         call.insert(call.end(), row.how.begin(), row.how.end());
         call.insert(call.end(), {std::string("-IPTC:Headline=") + row.headline, source});
         ASSERT_TRUE(run_child(call).succeeded());
-        EXPECT_EQ(tool.read_headline(source), row.headline);
-        tool.start_transfer(source, target, {true, true, true}, {}, false);
-        tool.finish();
-        EXPECT_EQ(tool.read_headline(target), row.headline);
+        EXPECT_EQ(tool.read_headline(source, voice), row.headline);
+        tool.start_transfer(source, target, {true, true, true}, {}, false, log, voice);
+        EXPECT_TRUE(tool.settle(log, voice));
+        EXPECT_EQ(tool.read_headline(target, voice), row.headline);
     }
 }
 
@@ -147,12 +148,12 @@ TEST_F(ExifToolCalls, PrintersColoursGetThePrintersProfile) {
     for (const int format : {8, 9}) {
         parameters.output_format = format;
         const std::string target = folder / "target.tif";
-        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()).handle(), FIF_TIFF,
-                                   TIFF_CMYK, target),
+        ASSERT_EQ(encode_and_write(cmyk_by_formula(test::place_picture(16, 16).picture()),
+                                   {.format = PictureFormat::tiff, .compress = true}, target),
                   "");
         parameters.cmyk_profile = folder / "print.icc";
-        tool.start_transfer(picture("source.jpg"), target, {true, true, true}, {}, false);
-        tool.forget_pair();
+        tool.start_transfer(picture("source.jpg"), target, {true, true, true}, {}, false, log, voice);
+        tool.forget_files({folder / "source.jpg"});
         const ChildResult tags = run_child({"exiftool", "-s", "-s", "-s", "-ColorSpaceData", target});
         EXPECT_EQ(std::string(tags.output.begin(), tags.output.end()), format == 9 ? "CMYK\n" : "") << format;
     }
@@ -171,8 +172,8 @@ TEST_F(ExifToolCalls, TheIndexOfAMultiPictureFileFitsAfterTheTransfer) {
         const std::string target = folder / "target.mpo";
         const auto joined = join_as_mpo(jpeg, jpeg, metadata, voice);
         ASSERT_TRUE(joined && write_file_whole(target, *joined).empty());
-        tool.start_transfer(folder / "source.jpg", target, {true, true, true}, {}, true);
-        tool.finish();
+        tool.start_transfer(folder / "source.jpg", target, {true, true, true}, {}, true, log, voice);
+        EXPECT_TRUE(tool.settle(log, voice));
         const auto edited = read_file_whole(target, reason);
         ASSERT_TRUE(edited);
         EXPECT_NE(edited->size(), joined->size());
@@ -204,7 +205,7 @@ TEST_F(ExifToolCalls, ARecordLeavesTheIndexOfAMultiPictureFileRight) {
             }
             test::write_text(path, {mpo.bytes.begin(), mpo.bytes.end()});
             ASSERT_EQ(first().size, mpo.left.size() + padding);
-            EXPECT_TRUE(tool.write_record(path, InputClass::mpo, std::string(200, 'r')));
+            EXPECT_TRUE(tool.write_record(path, InputClass::mpo, std::string(200, 'r'), voice));
             EXPECT_GT(first().next_start, mpo.left.size() + padding + 200);
             EXPECT_EQ(first().size, first().next_start) << big_endian << ' ' << padding;
         }
@@ -215,15 +216,15 @@ TEST_F(ExifToolCalls, FailuresTellTheFileAndTheSentenceOfExiftool) {
     parameters.exif_copyright = "c";
     test::write_text(folder / "broken.jpg", "no picture");
     const std::string good = picture("good.jpg");
-    tool.start_transfer(good, folder / "broken.jpg", {true, true, true}, {}, false);
-    tool.start_transfer(good, good, {true, true, true}, {}, false);
-    EXPECT_EQ(tool.read_orientation(folder / "none.jpg"), 0);
-    EXPECT_EQ(tool.read_software(folder / "none.jpg"), "");
-    EXPECT_FALSE(tool.settle_transfers());
-    tool.start_transfer(good, good, {true, true, true}, {}, false);
-    EXPECT_TRUE(tool.settle_transfers()) << "a failure counts for its pair alone";
+    tool.start_transfer(good, folder / "broken.jpg", {true, true, true}, {}, false, log, voice);
+    tool.start_transfer(good, good, {true, true, true}, {}, false, log, voice);
+    EXPECT_EQ(tool.read_orientation(folder / "none.jpg", voice), 0);
+    EXPECT_EQ(tool.read_software(folder / "none.jpg", voice), "");
+    EXPECT_FALSE(tool.settle(log, voice));
+    tool.start_transfer(good, good, {true, true, true}, {}, false, log, voice);
+    EXPECT_TRUE(tool.settle(log, voice)) << "a failure counts for its pair alone";
     test::write_text(good + "_exiftool_tmp", "of another run");
-    EXPECT_FALSE(tool.write_record(good, InputClass::jpeg, "x"));
+    EXPECT_FALSE(tool.write_record(good, InputClass::jpeg, "x", voice));
     EXPECT_EQ(test::read_text(good + "_exiftool_tmp"), "of another run");
     const std::string text = heard();
     EXPECT_NE(text.find("broken.jpg: Error: Not a valid JPG (looks more like a TXT)\n"), std::string::npos);
@@ -241,8 +242,8 @@ TEST_F(ExifToolCalls, WhatAnEarlierRunLeftBesideAProductIsRemoved) {
     for (const bool is_old : {true, false}) {
         test::write_text(left_over, "half");
         ASSERT_TRUE(!is_old || set_file_times(left_over, long_ago));
-        tool.start_transfer(target, target, {true, true, true}, {}, false);
-        EXPECT_EQ(tool.settle_transfers(), is_old);
+        tool.start_transfer(target, target, {true, true, true}, {}, false, log, voice);
+        EXPECT_EQ(tool.settle(log, voice), is_old);
         EXPECT_EQ(file_exists(left_over), !is_old) << "another run may be at work on it";
     }
     EXPECT_NE(heard().find(left_over + " was left by a run that was broken off"), std::string::npos);

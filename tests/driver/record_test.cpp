@@ -130,11 +130,8 @@ class PlaceWindow : public testing::TestWithParam<WindowCase> {};
 
 TEST_P(PlaceWindow, SharesTheShiftBetweenWindowAndPair) {
     const WindowCase& c = GetParam();
-    ParameterSet p;
-    p.estimate_window = c.estimate_window;
-    p.window_offset = c.window_offset;
-    p.win_off_reference = c.reference;
-    const WindowPlacement placed = place_window(p, c.shift_px, c.window_px, c.scale, 1000, 2000);
+    const WindowWish wish{c.estimate_window, c.window_offset, c.reference};
+    const WindowPlacement placed = place_window(wish, c.shift_px, c.window_px, c.scale, {2000, 1000});
     EXPECT_NEAR(placed.output_window_px, c.output_px, 1e-9);
     EXPECT_NEAR(placed.window_shift_px, c.window_shift_px, 1e-9);
     EXPECT_NEAR(placed.pure_shift_px, c.pure_px, 1e-9);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "driver/pipeline.h"
+#include "driver/mount.h"
 
 namespace zemora {
 namespace {
@@ -39,29 +39,15 @@ TEST(Trust, AllDoubtsStandInOneLine) {
     EXPECT_EQ(doubt_text({}, MessageCatalogue(Language::english)), "");
 }
 
-TEST(Trust, LowersASuccessAndNothingElse) {
-    struct Case {
-        StatusCode before;
-        bool checked;
-        double size;
-        StatusCode after;
-    };
-    for (const Case& c : {Case{StatusCode::success, true, 0.05, StatusCode::usable},
-                          Case{StatusCode::success, true, 0.01, StatusCode::success},
-                          Case{StatusCode::success, false, 0.05, StatusCode::success},
-                          Case{StatusCode::usable, true, 0.05, StatusCode::usable},
-                          Case{StatusCode::abandoned, true, 0.05, StatusCode::abandoned}}) {
-        PairRun pair;
-        pair.status = c.before;
-        pair.geometry.correction.size = c.size;
-        pair.doubts = {Doubt::height};
-        if (c.checked) {
-            pair.heights = HeightCheck{81, 70, 0, 0, 0.1, 0.2, 0.1, 1000.0, 1.0};
-        }
-        settle_trust(pair);
-        EXPECT_EQ(pair.status, c.after);
-        EXPECT_EQ(pair.doubts.empty(), !c.checked || c.size < 0.04) << "those of an earlier round are gone";
-    }
+TEST(Trust, OnlyACheckedPairIsDoubted) {
+    LocatedPair located;
+    located.geometry.correction.size = 0.05;
+    MountedPair mounted;
+    EXPECT_TRUE(doubts_about(mounted, located, 0.9).empty());
+    mounted.heights = HeightCheck{81, 70, 0, 0, 0.1, 0.2, 0.1, 1000.0, 1.0};
+    using Doubts = std::vector<Doubt>;
+    EXPECT_EQ(doubts_about(mounted, located, 0.0), Doubts{Doubt::size});
+    EXPECT_EQ(doubts_about(mounted, located, 0.9), (Doubts{Doubt::size, Doubt::rejected}));
 }
 
 }  // namespace

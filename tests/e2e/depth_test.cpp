@@ -64,7 +64,7 @@ void expect_depth(const Workshop& workshop, const std::string& left, const std::
 }
 
 std::string bytes_of(const Bitmap& picture) {
-    const FileBytes bytes = encoded(picture.handle(), FIF_JPEG, 95);
+    const FileBytes bytes = encoded(picture, FIF_JPEG, 95);
     return {bytes.begin(), bytes.end()};
 }
 

@@ -106,7 +106,7 @@ TEST_P(InputSuffixes, AreKeptOrReplacedByTheUsualOne) {
     const bool is_jpeg = std::string(GetParam().product) == ".jpg";
     for (const auto& [name, view] :
          {std::pair{"foo_l", &aligned_views().left}, std::pair{"foo_r", &aligned_views().right}}) {
-        const FileBytes bytes = encoded(view->handle(), is_jpeg ? FIF_JPEG : FIF_PPMRAW);
+        const FileBytes bytes = encoded(*view, is_jpeg ? FIF_JPEG : FIF_PPMRAW);
         workshop.write(name + suffix, {bytes.begin(), bytes.end()});
     }
     const Outcome outcome = workshop.run({"foo_l" + suffix, "foo_r" + suffix, "--EstimateGeometry=-1",

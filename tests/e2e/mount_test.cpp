@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "codec/library.h"
 #include "tests/e2e/workshop.h"
 #include "tests/support/pictures.h"
 
@@ -222,8 +223,9 @@ TEST_P(OutputFormats, AreWrittenWithTheirSuffixDepthAndPixels) {
     for (const auto& [name, view] :
          {std::pair<std::string, const Bitmap*>{"cl/foo_cl", &plain.left}, {"cr/foo_cr", &plain.right}}) {
         const std::string file = plain.workshop.path(name + c.suffix);
-        const Bitmap raw(FreeImage_Load(FreeImage_GetFileType(file.c_str()), file.c_str(),
-                                        c.bits == 32 && c.output_format == 8 ? TIFF_CMYK : 0));
+        const Bitmap raw =
+            LibraryBitmap::owner(FreeImage_Load(FreeImage_GetFileType(file.c_str()), file.c_str(),
+                                                c.bits == 32 && c.output_format == 8 ? TIFF_CMYK : 0));
         ASSERT_TRUE(raw) << file;
         EXPECT_EQ(raw.bits_per_pixel(), c.bits);
         EXPECT_LE(greatest_difference(plain.workshop.load(name + c.suffix).picture(), view->picture()),
@@ -244,15 +246,15 @@ TEST(OutputFormats, SixteenBitsComeFromASixteenBitSource) {
     for (const auto& [name, view] :
          {std::pair<std::string, const Bitmap*>{"foo_l.png", &aligned_views().left},
           {"foo_r.png", &aligned_views().right}}) {
-        const Bitmap deep(FreeImage_ConvertToRGB16(view->handle()));
-        const auto bytes = encoded(deep.handle(), FIF_PNG);
+        const Bitmap deep = LibraryBitmap::owner(FreeImage_ConvertToRGB16(LibraryBitmap::of(*view)));
+        const auto bytes = encoded(deep, FIF_PNG);
         workshop.write(name, {bytes.begin(), bytes.end()});
     }
     const Outcome outcome = workshop.run(
         {"foo_l.png", "foo_r.png", "--EstimateGeometry=-1", "--AutoOutputContrast=0", "--OutputFormat=7"});
     ASSERT_EQ(outcome.exit_code, 0) << outcome.text;
     const std::string file = workshop.path("cl/foo_cl.tif");
-    EXPECT_EQ(Bitmap(FreeImage_Load(FIF_TIFF, file.c_str(), 0)).bits_per_pixel(), 48);
+    EXPECT_EQ(LibraryBitmap::owner(FreeImage_Load(FIF_TIFF, file.c_str(), 0)).bits_per_pixel(), 48);
     EXPECT_LE(greatest_difference(workshop.load("cl/foo_cl.tif").picture(), aligned_views().left.picture()),
               1);
 }
@@ -270,8 +272,9 @@ TEST(OutputFormats, TypesThatAreNotWrittenBecomeBmp) {
     for (const auto& [name, view] :
          {std::pair<std::string, const Bitmap*>{"foo_l.gif", &aligned_views().left},
           {"foo_r.gif", &aligned_views().right}}) {
-        const Bitmap palette(FreeImage_ColorQuantize(view->handle(), FIQ_WUQUANT));
-        const auto bytes = encoded(palette.handle(), FIF_GIF);
+        const Bitmap palette =
+            LibraryBitmap::owner(FreeImage_ColorQuantize(LibraryBitmap::of(*view), FIQ_WUQUANT));
+        const auto bytes = encoded(palette, FIF_GIF);
         workshop.write(name, {bytes.begin(), bytes.end()});
     }
     const Outcome outcome =

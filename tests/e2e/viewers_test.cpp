@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "codec/bitmap_forms.h"
 #include "tests/e2e/workshop.h"
 
 namespace zemora::test {
@@ -307,7 +308,7 @@ TEST_F(Viewers, AGraphicalInterfaceGetsPreviewsOfTheFinishedViews) {
         const std::uint8_t* bar = thumb.picture().pixel(0, 90);  // beside a picture of 237 columns
         EXPECT_EQ((std::array<int, 3>{bar[0], bar[1], bar[2]}), (std::array{0x40, 0xFF, 0x40}));
         const Bitmap& view = side == "l" ? aligned_views().left : aligned_views().right;
-        const Bitmap small(FreeImage_Rescale(view.handle(), 237, 178, FILTER_BICUBIC));
+        const Bitmap small = scaled_bicubic(view, 237, 178);
         EXPECT_LT(mean_difference(thumb.picture().part(15, 0, 237, 178), small.picture()), 6.0) << side;
     }
 }

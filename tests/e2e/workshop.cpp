@@ -116,7 +116,7 @@ void Workshop::save(const std::string& name, ConstPicture picture) const {
     Bitmap bitmap = Bitmap::create(picture.width, picture.height);
     copy(picture, bitmap.picture());
     const FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(name.c_str());
-    const auto bytes = encoded(bitmap.handle(), format, format == FIF_JPEG ? 96 | JPEG_SUBSAMPLING_444 : 0);
+    const auto bytes = encoded(bitmap, format, format == FIF_JPEG ? 96 | JPEG_SUBSAMPLING_444 : 0);
     write_text(path(name), {bytes.begin(), bytes.end()});
 }
 

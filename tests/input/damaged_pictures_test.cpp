@@ -1,9 +1,9 @@
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 
+#include "codec/library.h"
 #include "input/jpeg_check.h"
 #include "input/picture_file.h"
 #include "tests/support/pictures.h"
@@ -26,7 +26,7 @@ Bitmap textured_picture() {
 }
 
 FileBytes jpeg_file(int flags = 0) {
-    return test::encoded(textured_picture().handle(), FIF_JPEG, 85 | flags);
+    return test::encoded(textured_picture(), FIF_JPEG, 85 | flags);
 }
 
 void insert(FileBytes& file, std::size_t at, const FileBytes& bytes) {
@@ -136,8 +136,9 @@ FileBytes jpeg_file_of_rows() {
     const int rows = picture.height() / kBlock;
     FileBytes file;
     for (int i = 0; i < rows; ++i) {
-        const Bitmap part(FreeImage_Copy(picture.handle(), 0, i * kBlock, picture.width(), (i + 1) * kBlock));
-        const FileBytes row = test::encoded(part.handle(), FIF_JPEG, 85 | JPEG_SUBSAMPLING_444);
+        const Bitmap part = LibraryBitmap::owner(
+            FreeImage_Copy(LibraryBitmap::of(picture), 0, i * kBlock, picture.width(), (i + 1) * kBlock));
+        const FileBytes row = test::encoded(part, FIF_JPEG, 85 | JPEG_SUBSAMPLING_444);
         const std::size_t scan = place_of(row, 0xDA);
         const std::size_t pixels = scan + 2 + static_cast<std::size_t>(row[scan + 3]);
         if (i == 0) {
@@ -166,7 +167,7 @@ TEST(JpegShape, ZerosInPlaceOfPixelsAreDamage) {
 
 TEST(DamagedTiff, OfEveryCompressionIsUnreadable) {
     for (const int flags : {TIFF_LZW, TIFF_DEFLATE, TIFF_ADOBE_DEFLATE}) {
-        const FileBytes whole = test::encoded(textured_picture().handle(), FIF_TIFF, flags);
+        const FileBytes whole = test::encoded(textured_picture(), FIF_TIFF, flags);
         ASSERT_EQ(decode_picture(whole, "a.tif").status, LoadStatus::done);
         FileBytes damaged = whole;
         std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(whole.size() / 4), whole.size() / 8, 0xFF);

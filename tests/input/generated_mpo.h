@@ -41,7 +41,7 @@ private:
 inline FileBytes exif_jpeg(const Bitmap& picture, const FileBytes& extra = {}) {
     static constexpr std::uint8_t kExif[] = {0xFF, 0xE1, 0, 22, 'E', 'x', 'i', 'f', 0, 0, 'I', 'I',
                                              '*',  0,    8, 0,  0,   0,   0,   0,   0, 0, 0,   0};
-    FileBytes jpeg = encoded(picture.handle(), FIF_JPEG, 95 | JPEG_SUBSAMPLING_444);
+    FileBytes jpeg = encoded(picture, FIF_JPEG, 95 | JPEG_SUBSAMPLING_444);
     FileBytes segments(std::begin(kExif), std::end(kExif));
     std::copy(extra.begin(), extra.end(), std::back_inserter(segments));
     jpeg.insert(jpeg.begin() + 2, segments.begin(), segments.end());

@@ -65,7 +65,7 @@ struct Rig : Speech {
         preparing.frame.colour = {0, 0, 200};
     }
     void save(const char* name, const Bitmap& picture) const {
-        const auto bytes = encoded(picture.handle(), FIF_BMP);
+        const auto bytes = encoded(picture, FIF_BMP);
         write_text(folder / name, {bytes.begin(), bytes.end()});
     }
     std::unique_ptr<TestPair> pair_of(int stereo_image_input) {

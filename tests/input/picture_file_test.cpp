@@ -1,6 +1,5 @@
 #include "input/picture_file.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -9,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "codec/library.h"
 #include "input/targa_check.h"
 #include "input/tiff_profile.h"
 #include "tests/support/outside_files.h"
@@ -68,9 +68,9 @@ int level_at(int x, int y) {
 }
 
 std::vector<std::uint8_t> file_of(const FormRow& row) {
-    const Bitmap bitmap(FreeImage_AllocateT(row.type, kWidth, kHeight, row.bits));
+    const Bitmap bitmap = LibraryBitmap::owner(FreeImage_AllocateT(row.type, kWidth, kHeight, row.bits));
     for (int y = 0; y < kHeight; ++y) {
-        BYTE* line = FreeImage_GetScanLine(bitmap.handle(), y);
+        BYTE* line = FreeImage_GetScanLine(LibraryBitmap::of(bitmap), y);
         const int bytes = row.bits / 8;
         for (int x = 0; x < kWidth; ++x) {
             std::fill_n(line + x * bytes, bytes, static_cast<BYTE>(level_at(x, y)));
@@ -79,7 +79,7 @@ std::vector<std::uint8_t> file_of(const FormRow& row) {
             }
         }
     }
-    return test::encoded(bitmap.handle(), row.format, row.flags);
+    return test::encoded(bitmap, row.format, row.flags);
 }
 
 class Forms : public testing::TestWithParam<FormRow> {};
@@ -168,12 +168,12 @@ TEST(LoadPicture, ColourProfileOfATiffIsNotHandedOn) {
     const TestFolder folder;
     const Bitmap picture = test::place_picture(20, 10);
     std::vector<std::uint8_t> profile(300'000, 7);  // memory of this size goes back to the system when freed
-    FreeImage_CreateICCProfile(picture.handle(), profile.data(), static_cast<long>(profile.size()));
-    write_bytes(folder / "a.tif", test::encoded(picture.handle(), FIF_TIFF, TIFF_NONE));
+    FreeImage_CreateICCProfile(LibraryBitmap::of(picture), profile.data(), static_cast<long>(profile.size()));
+    write_bytes(folder / "a.tif", test::encoded(picture, FIF_TIFF, TIFF_NONE));
     ASSERT_GT(std::filesystem::file_size(folder / "a.tif"), profile.size());
     const LoadedPicture loaded = load_picture(folder / "a.tif");
     ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
-    EXPECT_EQ(FreeImage_GetICCProfile(loaded.bitmap.handle())->size, 0U);
+    EXPECT_EQ(FreeImage_GetICCProfile(LibraryBitmap::of(loaded.bitmap))->size, 0U);
     EXPECT_EQ(test::colour_at(loaded.bitmap.picture(), 3, 4), test::place_colour(3, 4));
 }
 
@@ -206,7 +206,7 @@ TEST(LoadPicture, JpegBringsNoTint) {
         }
     }
     const LoadedPicture loaded =
-        decode_picture(test::encoded(picture.handle(), FIF_JPEG, 90 | JPEG_SUBSAMPLING_422), "a.jpg");
+        decode_picture(test::encoded(picture, FIF_JPEG, 90 | JPEG_SUBSAMPLING_422), "a.jpg");
     ASSERT_EQ(loaded.status, LoadStatus::done);
     double source = 0.0;
     std::array<double, 3> read{};
@@ -233,7 +233,7 @@ TEST(LoadPicture, DeepPixelsAreKeptOnRequest) {
         const LoadedPicture loaded = decode_picture(file_of(row), "a", true);
         ASSERT_EQ(loaded.bitmap.bits_per_pixel(), 48) << row.name;
         const auto* pixel =
-            reinterpret_cast<const FIRGB16*>(FreeImage_GetScanLine(loaded.bitmap.handle(), 7)) + 9;
+            reinterpret_cast<const FIRGB16*>(FreeImage_GetScanLine(LibraryBitmap::of(loaded.bitmap), 7)) + 9;
         const int deep = level_at(9, 7) * 257;  // both bytes alike
         EXPECT_EQ(pixel->red, deep) << row.name;
         EXPECT_EQ(pixel->blue, deep) << row.name;
@@ -287,7 +287,7 @@ TEST(LoadPicture, RawIsDevelopedUprightAndForDisplay) {
 
 TEST(LoadPicture, OrientationCountsOnlyForWhatIsReadHereAsItStands) {
     const TestFolder folder;
-    write_bytes(folder / "a.jpg", test::encoded(test::place_picture(20, 10).handle(), FIF_JPEG));
+    write_bytes(folder / "a.jpg", test::encoded(test::place_picture(20, 10), FIF_JPEG));
     test::write_text(folder / "a.webp", "RIFF\x10\x10\x10\x10WEBPVP8 ");
     write_bytes(folder / "a.dng", test::raw_picture(120, 80, 6, [](unsigned, unsigned) { return 999; }));
     EXPECT_FALSE(is_loaded_upright(folder / "a.jpg"));
@@ -309,7 +309,7 @@ TEST(JpegMetadata, BetweenTheScansItIsHiddenToo) {
     static constexpr std::uint8_t kExif[] = {0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0,    'M', 'M',
                                              0,    '*',  0, 0,  0,   8,   0,   1,   1, 0x0F, 0,   2,
                                              0,    0,    0, 4,  'a', 'b', 'c', 0,   0, 0,    0,   0};
-    const auto file = test::encoded(test::place_picture(64, 48).handle(), FIF_JPEG, 90 | JPEG_PROGRESSIVE);
+    const auto file = test::encoded(test::place_picture(64, 48), FIF_JPEG, 90 | JPEG_PROGRESSIVE);
     static constexpr std::uint8_t kScan[] = {0xFF, 0xDA};
     std::size_t scans = 0;
     for (std::size_t at = 0; at + 1 < file.size(); ++at) {
@@ -321,7 +321,7 @@ TEST(JpegMetadata, BetweenTheScansItIsHiddenToo) {
         changed.insert(changed.begin() + static_cast<std::ptrdiff_t>(at), std::begin(kExif), std::end(kExif));
         const LoadedPicture loaded = decode_picture(changed, "a.jpg");
         ASSERT_EQ(loaded.status, LoadStatus::done) << loaded.reason;
-        EXPECT_EQ(FreeImage_GetMetadataCount(FIMD_EXIF_MAIN, loaded.bitmap.handle()), 0U) << at;
+        EXPECT_EQ(FreeImage_GetMetadataCount(FIMD_EXIF_MAIN, LibraryBitmap::of(loaded.bitmap)), 0U) << at;
     }
     EXPECT_GT(scans, 2U);
 }

@@ -224,7 +224,7 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     test::write_text(tools / "converter", "#!/bin/sh\ntail -c +9 \"$1\" > \"${2#/convert=}\"\n");
     std::filesystem::permissions(tools / "converter", std::filesystem::perms::owner_all);
     rig.reading.converter = tools / "converter";
-    const auto bytes = test::encoded(place_picture(20, 10).handle(), FIF_BMP);
+    const auto bytes = test::encoded(place_picture(20, 10), FIF_BMP);
     const std::string disguised = "disguise" + std::string(bytes.begin(), bytes.end());
     const std::string name = rig.folder / "odd 'name' $(touch x);.xyz";
     test::write_text(name, disguised);
@@ -234,7 +234,7 @@ TEST(InputPair, ConverterGetsTheWholeNameAndGivesThePicture) {
     EXPECT_EQ(rig.folder.files().size(), 1U);
     const Bitmap black = Bitmap::create(20, 10);
     fill(black.picture(), {});
-    const auto black_bytes = test::encoded(black.handle(), FIF_BMP);
+    const auto black_bytes = test::encoded(black, FIF_BMP);
     test::write_text(rig.folder / "black.xyz",
                      "disguise" + std::string(black_bytes.begin(), black_bytes.end()));
     pair->orders.exchanged = true;

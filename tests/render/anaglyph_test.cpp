@@ -1,6 +1,5 @@
 #include "render/anaglyph.h"
 
-#include <FreeImage.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "codec/library.h"
 #include "render/dome.h"
 #include "render/font_search.h"
 #include "tests/render/anaglyph_twin.h"
@@ -177,10 +177,11 @@ TEST_F(Anaglyphs, FilesHaveTheFormOfTheOutputFormat) {
         const StoreResult result = *written(*pair, file(row.name));
         ASSERT_EQ(result.code, 0) << result.reason;
         const bool is_png = std::string(row.name) == "e.png";
-        const Bitmap read(FreeImage_Load(is_png ? FIF_PNG : FIF_TIFF, file(row.name).c_str(), TIFF_CMYK));
+        const Bitmap read = LibraryBitmap::owner(
+            FreeImage_Load(is_png ? FIF_PNG : FIF_TIFF, file(row.name).c_str(), TIFF_CMYK));
         ASSERT_TRUE(read) << row.name;
         EXPECT_EQ(read.bits_per_pixel(), row.bits) << row.name;
-        EXPECT_EQ(FreeImage_GetColorType(read.handle()), row.type) << row.name;
+        EXPECT_EQ(FreeImage_GetColorType(LibraryBitmap::of(read)), row.type) << row.name;
     }
     const StoreResult failed = *written(*rig(full_colours()), file("no/such/folder.png"));
     EXPECT_EQ(failed.code, 2);
@@ -212,7 +213,7 @@ TEST_F(Anaglyphs, DomeIsSavedWithThreeCopiesRoundTheZenith) {
     auto pair = rig(set);
     const StoreResult result = *written(*pair, file("dome.tif"));
     ASSERT_EQ(result.code, 0) << result.reason;
-    const Bitmap dome(FreeImage_Load(FIF_TIFF, file("dome.tif").c_str(), 0));
+    const Bitmap dome = LibraryBitmap::owner(FreeImage_Load(FIF_TIFF, file("dome.tif").c_str(), 0));
     ASSERT_TRUE(dome);
     ASSERT_EQ(dome.width(), 3000);
     ASSERT_EQ(dome.height(), 3000);

@@ -1,11 +1,12 @@
 #include "render/colour_change.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
+#include "codec/bitmap_forms.h"
+#include "codec/library.h"
 #include "render/rgb16.h"
 #include "tests/render/render_scene.h"
 #include "tests/support/test_folder.h"
@@ -178,7 +179,7 @@ TEST(ColourChange, FollowsTheTonesOfTheFinalWarpInEachView) {
 
 TEST(ColourChange, WorksInTheSixteenBitOutputToo) {
     const test::TestFolder folder;
-    const Bitmap deep(FreeImage_AllocateT(FIT_RGB16, 40, 30));
+    const Bitmap deep = create_deep(40, 30);
     const auto pixel = [](const Bitmap& bitmap) {
         return reinterpret_cast<FIRGB16*>(bitmap.bits() + 9 * bitmap.pitch()) + 7;
     };
@@ -186,7 +187,7 @@ TEST(ColourChange, WorksInTheSixteenBitOutputToo) {
         std::fill_n(reinterpret_cast<FIRGB16*>(deep.bits() + y * deep.pitch()), 40,
                     FIRGB16{50001, 20003, 30007});
     }
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, deep.handle(), (folder / "d.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(deep), (folder / "d.tif").c_str(), 0));
     ParameterSet set;
     set.stereo_image_input = 2;
     Rig rig(set);

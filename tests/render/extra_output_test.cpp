@@ -1,11 +1,12 @@
 #include "render/extra_output.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <functional>
 
+#include "codec/bitmap_forms.h"
+#include "codec/library.h"
 #include "input/picture_file.h"
 #include "platform/paths.h"
 #include "render/rgb16.h"
@@ -335,7 +336,7 @@ TEST(ExtraOutput, AFolderThatIsNotThereIsToldForEveryFormat) {
 
 /// Rows of 16-bit channels in which every pixel is another.
 void save_deep_source(const std::string& path, int seed) {
-    const Bitmap deep(FreeImage_AllocateT(FIT_RGB16, 60, 40));
+    const Bitmap deep = create_deep(60, 40);
     for (int y = 0; y < 40; ++y) {
         auto* row = reinterpret_cast<FIRGB16*>(deep.bits() + y * deep.pitch());
         for (int x = 0; x < 60; ++x) {
@@ -343,7 +344,7 @@ void save_deep_source(const std::string& path, int seed) {
                       static_cast<WORD>(50003 - 197 * x)};
         }
     }
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, deep.handle(), path.c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(deep), path.c_str(), 0));
 }
 
 const FIRGB16& deep_at(const Bitmap& picture, int x, int y) {
@@ -393,8 +394,8 @@ TEST(ExtraOutput, SixteenBitSourcesGiveSixteenBitCanvases) {
             ASSERT_TRUE(rig.run(rig.plan(shallow, shallow)));
             rig.arrange();
             ASSERT_EQ(rig.write_extra(folder / "x.tif", sources).code, 0);
-            const Bitmap read(FreeImage_Load(FIF_TIFF, (folder / "x.tif").c_str()));
-            ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
+            const Bitmap read = LibraryBitmap::owner(FreeImage_Load(FIF_TIFF, (folder / "x.tif").c_str()));
+            ASSERT_EQ(FreeImage_GetImageType(LibraryBitmap::of(read)), FIT_RGB16);
             ASSERT_EQ(read.width(), row.width);
             ASSERT_EQ(read.height(), row.height);
             const DeepPair pair = *make_deep_pair(rig.warped, rig.deep_input(sources));

@@ -1,6 +1,5 @@
 #include "render/mpo_file.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,11 +9,11 @@
 #include "input/mpo.h"
 #include "input/mpo_sizes.h"
 #include "input/picture_file.h"
-#include "numerics/bitmap_file.h"
 #include "platform/safe_file.h"
 #include "render/extra_output.h"
 #include "tests/render/render_scene.h"
 #include "tests/support/outside_files.h"
+#include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
 
 namespace zemora {
@@ -26,8 +25,7 @@ using testing::Rig;
 using Bytes = std::span<const std::uint8_t>;
 
 FileBytes jpeg_of(const Bitmap& picture, int flags) {
-    const EncodedPicture file(picture.handle(), FIF_JPEG, flags);
-    return {file.bytes().begin(), file.bytes().end()};
+    return test::encoded(picture, FIF_JPEG, flags);
 }
 
 std::uint32_t u32(Bytes bytes, std::size_t at) {

@@ -1,6 +1,5 @@
 #include "render/output_writer.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 #include <lcms2.h>
 
@@ -8,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "codec/library.h"
 #include "input/picture_file.h"
 #include "render/cmyk.h"
 #include "render/save_picture.h"
@@ -51,7 +51,7 @@ Rig& hold_pair(Rig& rig, int width, int height) {
 
 /// The file as the library reads it, unchanged.
 Bitmap loaded(const std::string& path, FREE_IMAGE_FORMAT format, int flags = 0) {
-    return Bitmap(FreeImage_Load(format, path.c_str(), flags));
+    return LibraryBitmap::owner(FreeImage_Load(format, path.c_str(), flags));
 }
 
 TEST_F(Outputs, EveryFormatIsWrittenAndReadBack) {
@@ -102,8 +102,8 @@ TEST_F(Outputs, LeftAndRightAreSeparateFilesWithResolution) {
     EXPECT_EQ(colour_at(left.picture(), 3, 0), (Colour{1, 2, 3}));
     EXPECT_EQ(colour_at(left.picture(), 4, 0), colour_at(rig.warped.pair().left, 0, 0));
     EXPECT_EQ(colour_at(right.picture(), 53, 29), colour_at(rig.warped.pair().right, 49, 29));
-    EXPECT_EQ(FreeImage_GetDotsPerMeterX(left.handle()), 11811U);
-    EXPECT_EQ(FreeImage_GetDotsPerMeterY(left.handle()), 5906U);
+    EXPECT_EQ(FreeImage_GetDotsPerMeterX(LibraryBitmap::of(left)), 11811U);
+    EXPECT_EQ(FreeImage_GetDotsPerMeterY(LibraryBitmap::of(left)), 5906U);
 }
 
 TEST_F(Outputs, FailuresNameTheFileAndLeaveNothing) {
@@ -144,7 +144,7 @@ TEST_F(Outputs, TiffFormsHaveTheirColourType) {
         const Bitmap read = loaded(path, FIF_TIFF, TIFF_CMYK);
         ASSERT_TRUE(read);
         EXPECT_EQ(read.bits_per_pixel(), row.bits) << row.format;
-        EXPECT_EQ(FreeImage_GetColorType(read.handle()), row.type) << row.format;
+        EXPECT_EQ(FreeImage_GetColorType(LibraryBitmap::of(read)), row.type) << row.format;
         if (row.format == 8) {
             const Inks wanted = inks_of(colour_at(rig.warped.pair().left, 7, 9));
             const std::uint8_t* pixel = read.bits() + 9 * read.pitch() + 7 * 4;
@@ -190,7 +190,7 @@ TEST_F(Outputs, CmykByProfileGoesThroughTheProfile) {
     ASSERT_EQ(result.code, 0) << result.reason;
     const Bitmap read = loaded(file("p.tif"), FIF_TIFF, TIFF_CMYK);
     ASSERT_TRUE(read);
-    ASSERT_EQ(FreeImage_GetColorType(read.handle()), FIC_CMYK);
+    ASSERT_EQ(FreeImage_GetColorType(LibraryBitmap::of(read)), FIC_CMYK);
     EXPECT_LT(read.bits()[3], 6) << "white takes no ink";
     EXPECT_GT(read.bits()[50 * 4 + 3], 249) << "black takes full black ink";
 }

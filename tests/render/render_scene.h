@@ -8,6 +8,7 @@
 #include <string>
 
 #include "config/voice.h"
+#include "driver/settings_mount.h"
 #include "driver/settings_render.h"
 #include "render/crop.h"
 #include "render/extra_output.h"

@@ -1,12 +1,12 @@
 #include "render/rgb16.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <filesystem>
 #include <random>
 
+#include "codec/library.h"
 #include "numerics/rescale.h"
 #include "render/deep_picture.h"
 #include "render/extra_output.h"
@@ -29,13 +29,13 @@ protected:
 
 /// The file as the library reads it, unchanged.
 Bitmap loaded(const std::string& path, FREE_IMAGE_FORMAT format) {
-    return Bitmap(FreeImage_Load(format, path.c_str()));
+    return LibraryBitmap::owner(FreeImage_Load(format, path.c_str()));
 }
 
 /// A smooth picture in 16 bits and the same rounded to 8.
 struct DeepSource {
     DeepSource(int width, int height)
-        : deep(FreeImage_AllocateT(FIT_RGB16, width, height)), shallow(Bitmap::create(width, height)) {
+        : deep(create_deep(width, height)), shallow(Bitmap::create(width, height)) {
         for (int y = 0; y < height; ++y) {
             auto* row = reinterpret_cast<FIRGB16*>(deep.bits() + y * deep.pitch());
             for (int x = 0; x < width; ++x) {
@@ -78,7 +78,7 @@ DeepDifference compare_deep(const Bitmap& deep, int first_column, ConstPicture b
 
 TEST_F(DeepOutputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
     const DeepSource source(160, 120);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     ParameterSet set;
     set.output_format = 7;
     set.stereo_image_input = 2;
@@ -94,7 +94,7 @@ TEST_F(DeepOutputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
     ASSERT_EQ(rig.write_stereo(file("s.tif"), sources).code, 0);
     const Bitmap read = loaded(file("s.tif"), FIF_TIFF);
     ASSERT_TRUE(read);
-    ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
+    ASSERT_EQ(FreeImage_GetImageType(LibraryBitmap::of(read)), FIT_RGB16);
     ASSERT_EQ(read.width(), 2 * (rig.warped.width + 6));
     for (const auto& [view, column] :
          {std::pair{rig.warped.pair().left, 3}, std::pair{rig.warped.pair().right, rig.warped.width + 9}}) {
@@ -107,7 +107,7 @@ TEST_F(DeepOutputs, SixteenBitsFollowTheEightBitPictureAndAreDeeper) {
 
 TEST_F(DeepOutputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
     const DeepSource source(120, 90);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     const Bitmap painted = source.shallow.clone();
     fill(painted.picture().part(0, 0, 30, 90), {});  // the colour of background
     ParameterSet set;
@@ -138,7 +138,7 @@ TEST_F(DeepOutputs, WhatWasPaintedOverIsBackgroundInSixteenBitsToo) {
 
 TEST_F(DeepOutputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
     const DeepSource source(80, 60);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     const Bitmap large = Bitmap::create(150, 113);
     RescaleScratch scratch;
     (void)rescale(source.shallow.picture(), large.picture(), scratch, RescaleFilter::bicubic,
@@ -163,7 +163,7 @@ TEST_F(DeepOutputs, AnEnlargedViewIsEnlargedInSixteenBitsToo) {
 
 TEST_F(DeepOutputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
     const DeepSource source(60, 50);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     ParameterSet set;
     set.output_format = 7;
     set.stereo_image_input = 2;
@@ -181,7 +181,7 @@ TEST_F(DeepOutputs, SixteenBitsWithoutMarginsTellThatTheFloatingWasCut) {
 
 TEST_F(DeepOutputs, AnEightBitSourceStaysEightBits) {
     const Bitmap source = textured(60, 50);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.handle(), file("flat.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source), file("flat.tif").c_str(), 0));
     ParameterSet set;
     set.output_format = 7;
     Rig rig(set);
@@ -194,8 +194,8 @@ TEST_F(DeepOutputs, AnEightBitSourceStaysEightBits) {
 
 TEST_F(DeepOutputs, OnlyTheViewWithADeepSourceHasSixteenBits) {
     const DeepSource source(60, 50);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.shallow.handle(), file("flat.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.shallow), file("flat.tif").c_str(), 0));
     for (const bool inverse : {false, true}) {
         ParameterSet set;
         set.output_format = 7;
@@ -213,7 +213,7 @@ TEST_F(DeepOutputs, OnlyTheViewWithADeepSourceHasSixteenBits) {
 
 TEST_F(DeepOutputs, SqueezedAndAnaglyphSourcesStayEightBits) {
     const DeepSource source(60, 50);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     for (const int layout : {3, 4}) {
         ParameterSet set;
         set.output_format = 7;
@@ -227,7 +227,7 @@ TEST_F(DeepOutputs, SqueezedAndAnaglyphSourcesStayEightBits) {
 
 TEST_F(DeepOutputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
     const DeepSource source(160, 60);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("both.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("both.tif").c_str(), 0));
     for (const bool inverse : {false, true}) {
         ParameterSet set;
         set.output_format = 7;
@@ -242,7 +242,7 @@ TEST_F(DeepOutputs, SixteenBitHalvesOfAStereoFileFindTheirView) {
         rig.arrange();
         ASSERT_EQ(rig.write_left_right(file("l.tif"), file("r.tif"), {file("both.tif"), ""}).code, 0);
         const Bitmap read = loaded(file(inverse ? "r.tif" : "l.tif"), FIF_TIFF);
-        ASSERT_EQ(FreeImage_GetImageType(read.handle()), FIT_RGB16);
+        ASSERT_EQ(FreeImage_GetImageType(LibraryBitmap::of(read)), FIT_RGB16);
         EXPECT_EQ(reinterpret_cast<const FIRGB16*>(read.bits())[10].red, 50000 - 197 * 10) << inverse;
     }
 }
@@ -313,7 +313,7 @@ protected:
 TEST_P(SixteenBits, ReducedToEightAreTheEightBitProducts) {
     const DeepCase& c = GetParam();
     const DeepSource source = deep_texture(203, 157);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     const SourceFiles sources{
         file("deep.tif"), file("deep.tif"), {source.shallow.picture(), source.shallow.picture()}};
     for (const int format : {5, 7}) {
@@ -373,7 +373,7 @@ TEST_F(DeepOutputs, DeepFilesArePackedWhereThatMakesThemSmaller) {
 
 TEST_F(DeepOutputs, SixteenBitViewsFloatWithTheTrueView) {
     const DeepSource source(60, 50);
-    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, source.deep.handle(), file("deep.tif").c_str(), 0));
+    ASSERT_TRUE(FreeImage_Save(FIF_TIFF, LibraryBitmap::of(source.deep), file("deep.tif").c_str(), 0));
     for (const bool inverse : {false, true}) {
         ParameterSet set;
         set.output_format = 7;

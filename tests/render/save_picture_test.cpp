@@ -1,8 +1,8 @@
 #include "render/save_picture.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
+#include "codec/library.h"
 #include "tests/support/pictures.h"
 #include "tests/support/test_folder.h"
 
@@ -24,9 +24,9 @@ TEST(SavePicture, EverySuffixGetsItsFormat) {
         ASSERT_EQ(save_picture(picture, file, options), "") << suffix;
         EXPECT_EQ(FreeImage_GetFileType(file.c_str()), format) << suffix;
         EXPECT_TRUE(is_written_suffix(suffix));
-        const Bitmap loaded(FreeImage_Load(format, file.c_str()));
+        const Bitmap loaded = LibraryBitmap::owner(FreeImage_Load(format, file.c_str()));
         ASSERT_TRUE(loaded) << suffix;
-        EXPECT_NEAR(FreeImage_GetScanLine(loaded.handle(), 12)[3 * 20 + FI_RGBA_RED],
+        EXPECT_NEAR(FreeImage_GetScanLine(LibraryBitmap::of(loaded), 12)[3 * 20 + FI_RGBA_RED],
                     test::place_colour(20, 12).red, 12)
             << suffix;
     }

@@ -1,6 +1,5 @@
 #include "render/test_images.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <cmath>
 #include <set>
 
+#include "codec/library.h"
 #include "tests/support/pictures.h"
 #include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
@@ -22,7 +22,7 @@ struct Speaker : test::Speech {
 };
 
 Bitmap stored(const std::string& file) {
-    Bitmap bitmap(FreeImage_Load(FIF_TIFF, file.c_str(), 0));
+    Bitmap bitmap = LibraryBitmap::owner(FreeImage_Load(FIF_TIFF, file.c_str(), 0));
     EXPECT_TRUE(bitmap) << file;
     return bitmap;
 }

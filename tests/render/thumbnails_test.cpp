@@ -32,7 +32,8 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     fill(rig.warped.left.picture(), kGreen);
     fill(rig.warped.left.picture(c.width, c.height), {10, 20, 200});
     fill(rig.warped.right.picture(), {200, 20, 10});
-    const Thumbnails thumbs = *make_thumbs(rig.warped.pair());
+    const Thumbnails plain = *make_thumbnails(rig.warped.pair());
+    const Thumbnails thumbs = *with_bars(plain);
     const ConstPicture left = thumbs.left.picture();
     ASSERT_EQ(left.width, 267);
     ASSERT_EQ(left.height, 178);
@@ -45,7 +46,7 @@ TEST_P(Thumbs, HoldTheWholeViewBetweenGreenBars) {
     }
     EXPECT_EQ(colour_at(thumbs.right.picture(), 133, 89), (Colour{200, 20, 10}));
     const test::TestFolder folder;
-    EXPECT_EQ(*save_thumbs(rig.warped.pair(), folder / "l.jpg", folder / "r.jpg"), "");
+    EXPECT_EQ(save_thumbnails(plain, folder / "l.jpg", folder / "r.jpg"), "");
     const LoadedPicture stored = load_picture(folder / "l.jpg");
     EXPECT_EQ(stored.bitmap.width(), c.thumb_width);
     EXPECT_EQ(stored.bitmap.height(), c.thumb_height);
@@ -64,7 +65,8 @@ TEST(Thumbnail, AFolderThatIsNotThereIsNamed) {
     rig.warped.width = 30;
     rig.warped.height = 20;
     const test::TestFolder folder;
-    const std::string reason = *save_thumbs(rig.warped.pair(), folder / "no/l.jpg", folder / "r.jpg");
+    const std::string reason =
+        save_thumbnails(*make_thumbnails(rig.warped.pair()), folder / "no/l.jpg", folder / "r.jpg");
     EXPECT_NE(reason.find("no/l.jpg"), std::string::npos);
     EXPECT_EQ(folder.files(), std::set<std::string>{"r.jpg"}) << "the other one is stored";
 }

@@ -1,6 +1,5 @@
 #include "report/analysis_dump.h"
 
-#include <FreeImage.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,6 +7,7 @@
 #include <optional>
 #include <sstream>
 
+#include "codec/library.h"
 #include "config/voice.h"
 #include "platform/child_process.h"
 #include "tests/analysis/texture_pair.h"
@@ -164,7 +164,7 @@ TEST_F(Dumps, GnuplotShowsEverySurfaceAndEndsWithItsInput) {
 
 /// Red of a pixel of a JPEG file, -1 when it cannot be read.
 int red_at(const fs::path& file, int x, int y) {
-    const Bitmap piece(FreeImage_Load(FIF_JPEG, file.c_str()));
+    const Bitmap piece = LibraryBitmap::owner(FreeImage_Load(FIF_JPEG, file.c_str()));
     return piece ? piece.picture().pixel(x, y)[2] : -1;
 }
 
@@ -226,11 +226,11 @@ TEST_F(Dumps, TablesStandOnTheConsoleAndAtTheEndOfTheFile) {
     EXPECT_NE(text.find("  0 |( 10001)      0       0 \nindividuelle Schwelle: QV_Level   = 10000\n"),
               std::string::npos);
     EXPECT_NE(text.find("  0 |  -2.25 (  0.00)(  0.00)\n"), std::string::npos);
-    dump->set_names("a.jpg", "b.jpg");
+    dump->set_pair("a.jpg", "b.jpg", voice);
     dump->visit_phase(state, AnalysePhase::shift, true);
     EXPECT_EQ(text_of(root / "analyse_file_02.dat"), text) << "heads belong to phase 1";
     want(AnalysePhase::shift);
-    dump->set_names("a.jpg", "b.jpg");
+    dump->set_pair("a.jpg", "b.jpg", voice);
     dump->visit_phase(state, AnalysePhase::shift, true);
     EXPECT_EQ(text_of(root / "analyse_file_02.dat"), text + "analysis for files: a.jpg, b.jpg\n");
     EXPECT_EQ(text_of(root / "analyse_file_03.dat"), "analysis for files: a.jpg, b.jpg\n");

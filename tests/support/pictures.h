@@ -1,20 +1,19 @@
 #pragma once
 /// Small pictures in every form that files come in, for the tests of loading and storing.
 
-#include <FreeImage.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "codec/library.h"
 #include "numerics/bitmap.h"
 
 namespace zemora::test {
 
 /// Bytes in the library's format `format`.
-inline std::vector<std::uint8_t> encoded(FIBITMAP* bitmap, FREE_IMAGE_FORMAT format, int flags = 0) {
+inline std::vector<std::uint8_t> encoded(const Bitmap& bitmap, FREE_IMAGE_FORMAT format, int flags = 0) {
     FIMEMORY* memory = FreeImage_OpenMemory();
-    FreeImage_SaveToMemory(format, bitmap, memory, flags);
+    FreeImage_SaveToMemory(format, LibraryBitmap::of(bitmap), memory, flags);
     BYTE* data = nullptr;
     DWORD size = 0;
     FreeImage_AcquireMemory(memory, &data, &size);

@@ -91,7 +91,7 @@ inline std::vector<std::uint8_t> timed_jpeg(const PictureTimes& times) {
     TiffBlock block;
     block.add_text(0x0132, times.changed);
     detail::end_with_exif(block, times);
-    std::vector<std::uint8_t> jpeg = encoded(place_picture(16, 12).handle(), FIF_JPEG);
+    std::vector<std::uint8_t> jpeg = encoded(place_picture(16, 12), FIF_JPEG);
     std::vector<std::uint8_t> segment{0xFF, 0xE1, 0, 0, 'E', 'x', 'i', 'f', 0, 0};
     segment.insert(segment.end(), block.bytes().begin(), block.bytes().end());
     const std::size_t size = segment.size() - 2;
@@ -124,7 +124,7 @@ inline std::vector<std::uint8_t> timed_png(const PictureTimes& times) {
     block.add_text(0x0132, times.changed);
     detail::end_with_exif(block, times);
     constexpr int kFirstChunkEnd = 8 + 25;  // bytes of the signature and the header chunk
-    std::vector<std::uint8_t> png = encoded(place_picture(16, 12).handle(), FIF_PNG);
+    std::vector<std::uint8_t> png = encoded(place_picture(16, 12), FIF_PNG);
     const std::size_t size = block.bytes().size();
     std::vector<std::uint8_t> chunk{
         0,   0,  static_cast<std::uint8_t>(size >> 8), static_cast<std::uint8_t>(size & 0xFF), 'e', 'X',

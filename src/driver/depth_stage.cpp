@@ -1,11 +1,10 @@
-// Views from a photo and its depth mask, which take the places of the two.
+#include "driver/depth_stage.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "depth/colour_depth.h"
 #include "driver/failure.h"
-#include "driver/outside_steps.h"
 #include "driver/settings_input.h"
 #include "input/file_selection.h"
 #include "platform/paths.h"
@@ -24,29 +23,29 @@ void blank_sides(Picture view, int strip_px, Colour background) {
 
 /// The mask in colours, beside each input file.
 void store_colour_depth(Pipeline& pipeline, PairRun& pair, const std::string& input) {
-    Voice& voice = pipeline.voice;
+    Notes& notes = pair.notes;
     const std::string path = colour_depth_name(input);
-    const StereoPicture views = pipeline.input.full();
+    const StereoPicture views = pair.input.full();
     const std::string reason = pipeline.inputs.holds(path)
-                                   ? input_of_run_text(voice.messages())
+                                   ? input_of_run_text(notes.messages())
                                    : write_colour_depth(views.left, views.right, path);
     if (!reason.empty()) {
-        voice.tell_everywhere(printable(path) +
-                              voice.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
+        notes.tell_everywhere(printable(path) +
+                              notes.messages().text<Msg::main_directory_cannot_be_created>() + "   " +
                               printable(reason) + '\n');
-        voice.wait(Severity::information);
+        notes.wait(Severity::information);
         pair.store_failed = true;
-    } else if (voice.verbose() > 0) {
-        voice.print("   " + printable(path) + '\n');
+    } else if (notes.verbose() > 0) {
+        notes.print("   " + printable(path) + '\n');
     }
 }
 
 }  // namespace
 
-bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
+void make_depth_views(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     if (!holds_depth_mask(p.stereo_image_input)) {
-        return true;
+        return;
     }
     if (p.extra_output == setting::extra_output::depth_image) {
         const bool two = pipeline.list.two_files;
@@ -55,11 +54,11 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
             store_colour_depth(pipeline, pair, pair.files.right);
         }
     }
-    const StereoPicture input = pipeline.input.full();
+    const StereoPicture input = pair.input.full();
     DepthState& depth = pipeline.depth;
     for (const DepthView view : {DepthView::right, DepthView::left}) {
         if (const auto made = depth.render_view_from_depth(input.left, input.right, view); !made) {
-            conclude_failure(pipeline.voice, made.failure());
+            conclude_failure(pair.notes, made.failure());
         }
     }
     const int width = input.left.width;
@@ -68,14 +67,13 @@ bool make_depth_views(Pipeline& pipeline, PairRun& pair) {
     if (p.cropp_output >= setting::cropp_output::common_area) {
         const int strip_px = largest_shift_px(depth_settings(p), input.right);
         for (const Bitmap* view : {&depth.view_a, &depth.view_b}) {
-            blank_sides(view->picture(width, height), strip_px, pipeline.render.background);
+            blank_sides(view->picture(width, height), strip_px, pipeline.settings.render.background);
         }
     }
     if (pair.inverse_input == 1) {
         std::swap(views.left, views.right);
     }
-    pipeline.input.replace_views(views);
-    return true;
+    pair.input.replace_views(views);
 }
 
 }  // namespace zemora
