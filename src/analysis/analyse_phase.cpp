@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "analysis/analysis_visitor.h"
 #include "analysis/phases.h"
 #include "analysis/stereo_analyse.h"
@@ -19,12 +17,12 @@ void reset_analysis(AnalysisState& state, bool keep) {
     state.correction = {};
     state.window_px = 0.0F;
     state.disparity = {};
-    state.residual_rms = 0.0F;
+    state.residual_rms_px = 0.0F;
     state.ambiguous_shift = false;
-    state.first_grid_spread = 0.0F;
+    state.first_grid_spread_px = 0.0F;
     state.rejected_share = 0.0F;
     state.corner_coverage = 0;
-    state.oversize_shift = 0.0;
+    state.oversize_shift_px = 0.0;
     state.previous_width = 0.0F;
 }
 

@@ -64,7 +64,7 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
     state.sharpness[i][j] = value.figures.sharpness;
     state.looseness[i][j] = value.figures.looseness;
     state.ambiguity[i][j] = value.figures.ambiguity;
-    state.match_error[i][j] = value.figures.value;
+    state.match_error[i][j] = value.figures.match_error;
 }
 
 int tile_start(int nth, int tiles, int side, int length, double margin) {

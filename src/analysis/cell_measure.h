@@ -57,7 +57,7 @@ struct DirectionResult {
 /// Whether the matched tile lies inside the picture.
 [[nodiscard]] bool match_inside(const TileSearch& search, float position_dx, int width);
 
-/// A cell of the grid and the numbers to store there.
+/// The numbers to store for a cell of the grid; displacements in pixels, right minus left.
 struct CellValue {
     float dx = 0.0F;
     float dy = 0.0F;
@@ -65,6 +65,7 @@ struct CellValue {
     SurfaceFigures figures;
     bool from_reverse = false;  ///< Of the right view's tile alone.
 };
+/// Writes the numbers into the grids of `state`.
 void store_cell(AnalysisState& state, int row, int column, const CellValue& value);
 
 /// Left or lower start of tile `nth` of a row of `tiles` tiles of `side` pixels that are spread
@@ -74,8 +75,8 @@ void store_cell(AnalysisState& state, int row, int column, const CellValue& valu
 /// How the cells of a grid are gone through: on all cores, or one after the other in their order.
 enum class CellOrder { shared_out, one_after_other };
 
-/// Calls `measure` for the cells 0 to `cells` - 1; each thread has tools of its own. Progress is told
-/// from the calling thread only.
+/// Calls `measure` for the cells 0 to `cells` - 1; each thread has tools of its own. Progress is
+/// reported from the calling thread only.
 void for_each_cell(int cells, CellOrder order, const AnalyseProgress& progress,
                    const std::function<void(int cell, CellTools& tools)>& measure);
 

@@ -117,7 +117,7 @@ public:
     }
 
     void balance_gamma() {
-        if (!mode_.gamma_always && state_.options.auto_gamma_adjust == 0) {
+        if (!mode_.gamma_always && state_.options.auto_gamma_adjust == setting::auto_gamma_adjust::off) {
             return;
         }
         const BothViews<Histogram> histograms = mapped();
@@ -130,10 +130,17 @@ private:
         return {mapped_histogram(counts_.left, state_.tone_left, mode_.channels),
                 mapped_histogram(counts_.right, state_.tone_right, mode_.channels)};
     }
+    /// How many times weaker the curve is than one that brings the mean to the middle.
+    [[nodiscard]] static double gamma_divisor(int auto_gamma_adjust) {
+        switch (auto_gamma_adjust) {
+            case setting::auto_gamma_adjust::weak: return 3.0;
+            case setting::auto_gamma_adjust::medium: return 2.0;
+            default: return 1.0;
+        }
+    }
     void bend_view(ToneTables& tables, double g) const {
         if (!mode_.gamma_always) {
-            g /= state_.options.auto_gamma_adjust == 1 ? 3.0
-                                                       : (state_.options.auto_gamma_adjust == 2 ? 2.0 : 1.0);
+            g /= gamma_divisor(state_.options.auto_gamma_adjust);
         }
         for (ToneLevels& levels : planes_of(tables, mode_.channels)) {
             bend(levels, std::clamp(g, -1.0, 1.0));

@@ -20,7 +20,9 @@ inline constexpr int kColormapForGeometry = 10;
 /// Every entry i of all planes of both views becomes i x 256.
 void colormap_identity(AnalysisState& state);
 
-/// Fills `tone_left` and `tone_right` from the histograms of the pair.
+/// Adapts `tone_left` and `tone_right` by the histograms of the pair, counted in `rectangle` or, where that
+/// is null or does not fit, in the whole views. Another mode adapts nothing. In every mode the
+/// dark colours that would come out as `AnalysisOptions::passe_colour` are raised.
 void colormap_adapt(AnalysisState& state, const StereoPicture& pair, const CountRectangle* rectangle,
                     int mode);
 

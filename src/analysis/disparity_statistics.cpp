@@ -106,11 +106,10 @@ bool update_line_disparities(AnalysisState& state, int width) {
 double window_length_px(double length, int reference, double height, double width) {
     constexpr std::array<double, 4> kAspects = {1.3333333333333333, 1.6, 1.7777777777777777,
                                                 1.8888888888888888};
-    constexpr int kFirstAspect = 2;  // value of `WinOffReference`
-    if (reference == 1) {
+    if (reference == setting::win_off_reference::of_width) {
         return width * length / 1000.0;
     }
-    const int aspect = reference - kFirstAspect;
+    const int aspect = reference - setting::win_off_reference::of_4_3;
     if (aspect >= 0 && aspect < static_cast<int>(kAspects.size())) {
         return length * kAspects[static_cast<std::size_t>(aspect)] * height / 1000.0;
     }
@@ -121,14 +120,14 @@ bool choose_window(AnalysisState& state, int height, int width) {
     const DisparityStatistics& d = state.disparity;
     float& window = state.window_px;
     switch (state.options.estimate_window) {
-        case 0: window = 0.0F; break;
-        case 1: window = static_cast<float>(state.correction.shift_px); break;
-        case 2: window = d.near_point; break;
-        case 3:
+        case setting::estimate_window::as_measured: window = 0.0F; break;
+        case setting::estimate_window::mean: window = static_cast<float>(state.correction.shift_px); break;
+        case setting::estimate_window::near_point: window = d.near_point; break;
+        case setting::estimate_window::edges:
             window = std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near});
             break;
-        case 4: window = d.far_point; break;
-        case 5:
+        case setting::estimate_window::far_point: window = d.far_point; break;
+        case setting::estimate_window::within_limit:
             window =
                 std::max(d.near_point,
                          static_cast<float>(d.far_point - window_length_px(state.options.far_point_limit,

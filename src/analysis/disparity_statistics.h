@@ -5,12 +5,12 @@
 
 namespace zemora {
 
-/// Nearest and farthest disparity, mean and edges of the 10 x 10 or 3 x 3 grid with `columns` x
-/// `rows` cells. `width` of the image in pixels is the start of the extremes.
+/// Sets `disparity` and the mean disparity in `correction.shift_px` by the valid cells of a grid of `columns`
+/// x `rows` cells, that of phase 2 or 3. `width` of the image in pixels is the start of the extremes.
 void update_grid_disparities(AnalysisState& state, int width, int columns, int rows);
 
-/// The same for the 16 x 16 grid, with the centre, in pixels of the measured copy. False without a
-/// valid cell.
+/// The same for the grid of phase 5, with the centre, in pixels of the measured copy. False without a valid
+/// cell.
 [[nodiscard]] bool update_line_disparities(AnalysisState& state, int width);
 
 /// Sets `window_px` by `EstimateWindow` for a measured image of that size; another value of the

@@ -25,10 +25,11 @@ ModelBasis model_basis(const ModelPoint& point, int height, int width) {
 }
 
 ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered) {
-    const auto on = [corners_covered](int setting) {
-        return setting == 1 || (setting == 2 && corners_covered);
-    };
-    return {on(estimate_vergence_v), on(estimate_vergence_h)};
+    namespace v = setting::estimate_vergence_v;
+    namespace h = setting::estimate_vergence_h;
+    return {
+        estimate_vergence_v == v::corrected || (estimate_vergence_v == v::with_corners && corners_covered),
+        estimate_vergence_h == h::corrected || (estimate_vergence_h == h::with_corners && corners_covered)};
 }
 
 ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width, ModelTerms terms) {
@@ -60,10 +61,10 @@ ModelFit solve_error_model(std::vector<ModelPoint> points, int height, int width
     fit.values.vergence_v_rad = static_cast<float>(total[kVergenceV]);
     fit.values.vergence_h_rad = static_cast<float>(total[kVergenceH]);
     for (const ModelPoint& point : points) {
-        fit.residual_rms += point.dy * point.dy;
+        fit.residual_rms_px += point.dy * point.dy;
     }
-    fit.residual_rms =
-        points.empty() ? 0.0 : std::sqrt(fit.residual_rms / static_cast<double>(points.size()));
+    fit.residual_rms_px =
+        points.empty() ? 0.0 : std::sqrt(fit.residual_rms_px / static_cast<double>(points.size()));
     return fit;
 }
 

@@ -18,8 +18,8 @@ struct ModelTerms {
     friend bool operator==(const ModelTerms&, const ModelTerms&) = default;
 };
 
-/// The terms wanted by `EstimateVergence_V` and `EstimateVergence_H`: 0 off, 1 on, 2 only with
-/// points in all four corners.
+/// The terms wanted by `EstimateVergence_V` and `EstimateVergence_H`: never, always, or only with points in
+/// all four corners.
 [[nodiscard]] ModelTerms model_terms(int estimate_vergence_v, int estimate_vergence_h, bool corners_covered);
 
 /// A measured cell.
@@ -35,8 +35,8 @@ using ModelBasis = std::array<double, 5>;
 [[nodiscard]] ModelBasis model_basis(const ModelPoint& point, int height, int width);
 
 struct ModelFit {
-    Correction values;          ///< Shift and window stay 0.
-    double residual_rms = 0.0;  ///< Pixels; of the weighted points where the fit has weights.
+    Correction values;             ///< The shift stays 0.
+    double residual_rms_px = 0.0;  ///< Pixels; of the weighted points where the fit has weights.
 };
 
 /// Fits the terms in turn, five times over, each to what the others leave.

@@ -67,11 +67,11 @@ void estimate_first_grid_robustly(AnalysisState& state, const std::vector<GridPo
     state.correction = {};
     state.correction.height_px = static_cast<float>(median(heights));
     state.correction.size = static_cast<float>(size);
-    state.residual_rms = 0.0F;
-    state.first_grid_spread = 0.0F;
+    state.residual_rms_px = 0.0F;
+    state.first_grid_spread_px = 0.0F;
     for (const double dy : heights) {
-        state.first_grid_spread =
-            std::max(state.first_grid_spread, static_cast<float>(std::fabs(dy - median(heights))));
+        state.first_grid_spread_px =
+            std::max(state.first_grid_spread_px, static_cast<float>(std::fabs(dy - median(heights))));
     }
 }
 
@@ -96,7 +96,7 @@ void estimate_first_grid(AnalysisState& state, const std::vector<GridPoint>& poi
     state.correction.height_px = static_cast<float>(mean);
     state.correction.size =
         points.size() >= kLeastSizeCells && square > 0.0 ? static_cast<float>(product / square) : 0.0F;
-    state.residual_rms = 0.0F;
+    state.residual_rms_px = 0.0F;
 }
 
 ModelTerms terms_of(const AnalysisState& state) {
@@ -106,7 +106,7 @@ ModelTerms terms_of(const AnalysisState& state) {
 
 void take_fit(AnalysisState& state, const ModelFit& fit) {
     state.correction = fit.values;
-    state.residual_rms = static_cast<float>(fit.residual_rms);
+    state.residual_rms_px = static_cast<float>(fit.residual_rms_px);
 }
 
 /// Cells that contradict the fit lose their validity. Where the others do not reach into all corners,

@@ -270,11 +270,11 @@ HeightCheck check_heights(const AnalysisState& state, const StereoPicture& pair,
     HeightCheck check = summarise_heights(samples);
     check.tiles = tiles;
     check.ambiguous = ambiguous;
-    check.median_px /= scale;
-    check.most_px /= scale;
-    check.rough_px /= scale;
-    check.height_px = pair.left.height / scale;
-    check.pixel_px = std::max(1.0 / scale, 1.0);
+    check.median_input_px /= scale;
+    check.most_input_px /= scale;
+    check.rough_input_px /= scale;
+    check.height_input_px = pair.left.height / scale;
+    check.pixel_input_px = std::max(1.0 / scale, 1.0);
     return check;
 }
 

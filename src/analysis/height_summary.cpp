@@ -59,8 +59,8 @@ HeightCheck summarise_heights(const std::vector<HeightSample>& samples) {
         apart.push_back(std::abs(sample.dy - median_of(neighbours.back())));
     }
     HeightCheck check;
-    check.rough_px = median_of(apart);
-    const double limit = kIsolatedSpreads * std::max(kSigmaOfMedian * check.rough_px, kLeastSpread);
+    check.rough_input_px = median_of(apart);
+    const double limit = kIsolatedSpreads * std::max(kSigmaOfMedian * check.rough_input_px, kLeastSpread);
     std::vector<double> heights;
     for (std::size_t k = 0; k < samples.size(); ++k) {
         const auto stand_by = std::count_if(neighbours[k].begin(), neighbours[k].end(),
@@ -72,13 +72,13 @@ HeightCheck summarise_heights(const std::vector<HeightSample>& samples) {
         }
     }
     check.matched = static_cast<int>(heights.size());
-    check.median_px = median_of(heights);
+    check.median_input_px = median_of(heights);
     if (!heights.empty()) {
         std::sort(heights.begin(), heights.end());
         const double place = kMost * static_cast<double>(heights.size() - 1);
         const auto below = static_cast<std::size_t>(place);
         const std::size_t above = std::min(below + 1, heights.size() - 1);
-        check.most_px =
+        check.most_input_px =
             heights[below] + (place - static_cast<double>(below)) * (heights[above] - heights[below]);
     }
     return check;

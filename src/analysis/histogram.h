@@ -16,7 +16,7 @@ inline constexpr int kGreyBlue = 114;
 inline constexpr int kGreyGreen = 587;
 inline constexpr int kGreyRed = 299;
 
-/// floor of the weighted mean, exactly.
+/// The weighted mean of the channels, rounded down exactly.
 [[nodiscard]] constexpr int grey_value(int blue, int green, int red) {
     return (kGreyBlue * blue + kGreyGreen * green + kGreyRed * red) / 1000;
 }

@@ -12,8 +12,8 @@ struct StopVerdict {
     bool worth_keeping = false;  ///< Met the strict or the loose test.
 };
 
-/// Judges the remaining errors of an iteration for a pair of `input_height` rows, analysed in the
-/// first instance at `reduced_height` rows.
+/// Judges the remaining errors of an iteration, their height in input pixels, for a pair of `input_height`
+/// rows, analysed in the first instance at `reduced_height` rows.
 [[nodiscard]] StopVerdict judge_iteration(const Correction& remaining, int input_height, int reduced_height);
 
 }  // namespace zemora

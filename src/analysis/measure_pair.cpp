@@ -130,8 +130,8 @@ void PairMeasurement::take_values(double scale) {
 /// Phase 1 found views that lie too far apart.
 void PairMeasurement::tell_oversize_shift() {
     notes_.print(analysis_.oversize_is_vertical
-                     ? format_text("s645: y-Versatz zu gross = %f\n", analysis_.oversize_shift)
-                     : format_text("s640: x-Versatz zu gross = %f\n", analysis_.oversize_shift));
+                     ? format_text("s645: y-Versatz zu gross = %f\n", analysis_.oversize_shift_px)
+                     : format_text("s640: x-Versatz zu gross = %f\n", analysis_.oversize_shift_px));
 }
 
 void PairMeasurement::show_first_shift() {
@@ -260,7 +260,7 @@ void PairMeasurement::add_round(Iteration& loop) {
         static_cast<double>(reduced_ ? views_.reduced.left.height : warped_.pair.left.height) /
         views_.full.left.height;
     take_values(scale);
-    geometry_.residual_rms_px = analysis_.residual_rms;
+    geometry_.residual_rms_px = analysis_.residual_rms_px;
     const int width = reduced_ ? views_.reduced.left.width : views_.full.left.width;
     if (!loop.shift_frozen &&
         std::fabs(geometry_.remaining.shift_px) <= static_cast<double>(width) / kShiftParts) {

@@ -49,7 +49,7 @@ struct MeasureTools {
 [[nodiscard]] Result<PairGeometry> measure_pair(const MeasuredViews& views, const MeasureSettings& settings,
                                                 MeasureTools tools, Notes& notes);
 
-/// What a phase without memory ends the run with.
+/// The failure of a phase that found no memory; it ends the run.
 [[nodiscard]] Failure no_memory_for_correlation(const AnalysisState& analysis);
 
 /// "%s Height = ..., Size = ..." in pixels, percent and degrees, behind a label.

@@ -25,7 +25,7 @@ using SolvedTerms = std::array<bool, kModelTerms>;
     return dy;
 }
 
-/// The correction that coefficients of the terms stand for; shift and window are 0.
+/// The correction that coefficients of the terms stand for; its shift is 0.
 [[nodiscard]] Correction values_of_terms(const ModelBasis& c);
 
 /// Root mean square of each column: what brings the columns to one length.

@@ -66,13 +66,13 @@ CellValue rejected(const DirectionResult& forward, const DirectionResult& revers
     }
     CellValue value;
     value.contrast = (forward.contrast + reverse.contrast) / 2.0F;
-    value.figures.ambiguity = value.figures.value = kNoFigure;
+    value.figures.ambiguity = value.figures.match_error = kNoFigure;
     return value;
 }
 
 bool unambiguous(const CellValue& value) {
     return value.contrast >= kLeastContrast && value.figures.sharpness_x >= kDisparitySlope &&
-           value.figures.ambiguity <= kMostAmbiguous && value.figures.value <= kMostAmbiguous;
+           value.figures.ambiguity <= kMostAmbiguous && value.figures.match_error <= kMostAmbiguous;
 }
 
 /// `centre`: the disparity in the middle of the search, pixels of the copy.
@@ -230,7 +230,7 @@ PictureSize disparity_copy_size(const StereoPicture& pair) {
 
 std::optional<StereoPicture> disparity_copies(const AnalysisState& state, const StereoPicture& pair) {
     const PictureSize size = disparity_copy_size(pair);
-    if (state.disparity_width != size.width || state.working_left.width() < size.width ||
+    if (state.disparity_copy_width != size.width || state.working_left.width() < size.width ||
         state.working_left.height() < size.height) {
         return std::nullopt;
     }
@@ -252,7 +252,7 @@ AnalyseStatus measure_disparity(AnalysisState& state, const StereoPicture& pair,
         return AnalyseStatus::no_memory;
     }
     const MeasuredPair measured(state, copies.pair);
-    state.disparity_width = measured.width;
+    state.disparity_copy_width = measured.width;
     const float scale = static_cast<float>(long_side) / kCopySide;
     const int centre = round_half_up(centre_px / scale);
     const bool tiles_fit = measured.width >= kDisparityTile && measured.height >= kDisparityTile;

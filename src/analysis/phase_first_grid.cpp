@@ -32,7 +32,7 @@ CellValue mean_of(const DirectionResult& forward, const DirectionResult& reverse
     value.figures.sharpness_y = mean(a.sharpness_y, b.sharpness_y);
     value.figures.sharpness = mean(a.sharpness, b.sharpness);
     value.figures.ambiguity = (a.ambiguity + b.ambiguity) / 2;
-    value.figures.value = (a.value + b.value) / 2;
+    value.figures.match_error = (a.match_error + b.match_error) / 2;
     return value;
 }
 
@@ -49,7 +49,7 @@ CellValue rejected(const DirectionResult& forward, const DirectionResult& revers
     CellValue value;
     value.contrast = mean(forward.contrast, reverse.contrast);
     value.figures.ambiguity = kNoFigure;
-    value.figures.value = kNoFigure;
+    value.figures.match_error = kNoFigure;
     return value;
 }
 

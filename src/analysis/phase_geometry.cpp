@@ -49,7 +49,7 @@ bool acceptable(const DirectionResult& result, const TileSearch& search, const G
     const SurfaceFigures& f = result.figures;
     return result.contrast >= kLeastContrast && f.sharpness_x >= kGeometrySharpness &&
            f.sharpness_y >= kGeometrySharpness && f.sharpness >= kGeometrySharpness &&
-           f.value <= run.value_limit && match_inside(search, result.position_dx, width);
+           f.match_error <= run.value_limit && match_inside(search, result.position_dx, width);
 }
 
 /// A direction, or the blank figures when its tile has no contrast.
@@ -62,7 +62,7 @@ DirectionResult try_direction(const MeasuredPair& pair, bool left_first, const T
     DirectionResult result;
     result.contrast = contrast;
     result.figures.sharpness_x = result.figures.sharpness_y = result.figures.sharpness = blank.quality;
-    result.figures.ambiguity = result.figures.value = blank.figure;
+    result.figures.ambiguity = result.figures.match_error = blank.figure;
     return result;
 }
 

@@ -122,7 +122,7 @@ AnalyseStatus measure_shift(AnalysisState& state, const StereoPicture& pair) {
     }
     if (std::fabs(dx) >= kLargestShift || std::fabs(dy) >= kLargestShift) {
         state.oversize_is_vertical = std::fabs(dx) < kLargestShift;
-        state.oversize_shift = state.oversize_is_vertical ? dy : dx;
+        state.oversize_shift_px = state.oversize_is_vertical ? dy : dx;
         return AnalyseStatus::shift_too_large;
     }
     return AnalyseStatus::done;

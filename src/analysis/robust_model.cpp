@@ -15,7 +15,7 @@ constexpr double kCutSigmas = 4.0;         ///< Where the weight of a point ends
 constexpr double kSigmaOfMedian = 1.4826;  ///< Of a normal distribution.
 constexpr double kLeastSigma = 0.07;       ///< Pixels; no match is more exact.
 constexpr double kFirm = 2.0;  ///< Times the looseness of the firm quarter, that doubles a square.
-constexpr double kReferenceHeight = 600.0;  ///< Pixels of the image that `kAgreement` is told for.
+constexpr double kReferenceHeight = 600.0;  ///< Pixels of the image that `kAgreement` holds for.
 constexpr double kAgreement = 1.2;          ///< Pixels within which a point agrees with a sample.
 constexpr double kLargestSigma = 0.7;       ///< Of `kAgreement`; a wider majority would let in everything.
 
@@ -151,7 +151,7 @@ struct WeightedFit {
         }
         return equations.solve(coefficients);
     }
-    [[nodiscard]] double residual_rms() const {
+    [[nodiscard]] double residual_rms_px() const {
         double squares = 0.0;
         double sum = 0.0;
         for (std::size_t k = 0; k < problem.size(); ++k) {
@@ -182,7 +182,7 @@ RobustFit solve_error_model_robustly(const std::vector<ModelPoint>& points, int 
             break;
         }
     }
-    return {{values_of_terms(fit.coefficients), fit.residual_rms()}, fit.weights};
+    return {{values_of_terms(fit.coefficients), fit.residual_rms_px()}, fit.weights};
 }
 
 }  // namespace zemora

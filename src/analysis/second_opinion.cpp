@@ -21,7 +21,7 @@ const char* reason_of_doubt(const AnalysisState& analysis, int width, const Mess
         return messages.either(
             {"two shifts fit about as well", "zwei Verschiebungen passen etwa gleich gut"});
     }
-    if (analysis.first_grid_spread > kMostSpread * static_cast<float>(width)) {
+    if (analysis.first_grid_spread_px > kMostSpread * static_cast<float>(width)) {
         return messages.either(
             {"the heights of the first grid spread far", "die Hoehen des ersten Gitters streuen stark"});
     }

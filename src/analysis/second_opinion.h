@@ -19,7 +19,7 @@ enum class Opinion {
 /// One a pair.
 class SecondOpinion {
 public:
-    /// `reduced_px` is the reduced pair, `scale` its pixels per pixel of the full-size input.
+    /// `reduced` is the reduced pair, `scale` its pixels per pixel of the full-size input.
     SecondOpinion(AnalysisState& analysis, const StereoPicture& reduced, double scale, Notes& notes)
         : analysis_(analysis), reduced_(reduced), scale_(scale), notes_(notes) {}
 

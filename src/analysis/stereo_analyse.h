@@ -37,7 +37,12 @@ using Grid = std::array<std::array<T, kGridMax>, kGridMax>;
 enum class AnalysePhase { shift = 1, first_grid = 2, geometry = 3, disparity = 5 };
 
 /// Result of `analyse_phase`.
-enum class AnalyseStatus { done = 0, shift_too_large = 2, no_memory = 3, no_disparity = 5 };
+enum class AnalyseStatus {
+    done = 0,
+    shift_too_large = 2,  ///< Phase 1 found a shift beyond the searches of the others.
+    no_memory = 3,        ///< `AnalysisState::memory_failure` says for which copy.
+    no_disparity = 5,     ///< Phase 5 found no valid cell.
+};
 /// Which copy found no memory, by the number of its message.
 enum class MemoryFailure { none = 0, first_copy = 403, second_copy = 539, disparity_copy = 1551 };
 /// Result of `estimate_geometry`.
@@ -63,8 +68,8 @@ struct AnalysisOptions {
     int far_point_limit = 33;  ///< Of the window within a limit, in the unit of `win_off_reference`.
     int win_off_reference = setting::win_off_reference::of_width;
     int color_left_right = setting::color_left_right::both;  ///< The view that is adapted in tone.
-    int auto_gamma_adjust = 0;                               ///< 0 off to 3 full.
-    bool has_passepartout = false;                           ///< The views may have a frame of one colour.
+    int auto_gamma_adjust = setting::auto_gamma_adjust::off;
+    bool has_passepartout = false;  ///< The views may have a frame of one colour.
     int estimate_vergence_v = setting::estimate_vergence_v::with_corners;
     int estimate_vergence_h = setting::estimate_vergence_h::with_corners;
     bool robust = true;   ///< The fit rejects matches that contradict the others.
@@ -78,21 +83,20 @@ public:
 
     AnalysisOptions options;
 
-    // Results.
-    /// In pixels of the image measured; the shift is the mean disparity of the valid cells. Its values are
-    /// floats.
+    // Results; lengths are pixels of the image measured, where nothing else is said.
+    /// The shift is the mean disparity of the valid cells. The values are rounded to floats.
     Correction correction;
-    float window_px = 0.0F;  ///< The disparity chosen as reference of the stereo window, in the same pixels.
+    float window_px = 0.0F;  ///< The disparity chosen as reference of the stereo window.
     DisparityStatistics disparity;
-    float residual_rms = 0.0F;       ///< Root mean square of the solver's residuals, pixels.
-    bool ambiguous_shift = false;    ///< Phase 1 met a second shift that fits nearly as well.
-    float first_grid_spread = 0.0F;  ///< Largest height that the first estimate leaves in its cells, pixels.
-    float rejected_share = 0.0F;     ///< Of the cells matched in phase 3, those that contradict the fit.
-    int corner_coverage = 0;         ///< 1 when the valid cells reach into all four corners.
-    double oversize_shift = 0.0;     ///< Pixels; what phase 1 found when it refused.
+    float residual_rms_px = 0.0F;       ///< Root mean square of the solver's residuals.
+    bool ambiguous_shift = false;       ///< Phase 1 met a second shift that fits nearly as well.
+    float first_grid_spread_px = 0.0F;  ///< Largest height that the first estimate leaves in its cells.
+    float rejected_share = 0.0F;        ///< Of the cells matched in phase 3, those that contradict the fit.
+    int corner_coverage = 0;            ///< 1 when the valid cells reach into all four corners.
+    double oversize_shift_px = 0.0;     ///< What phase 1 found when it refused, right minus left.
     bool oversize_is_vertical = false;
     MemoryFailure memory_failure = MemoryFailure::none;
-    int disparity_width = 0;             ///< Width of the copy that phase 5 measured, pixels.
+    int disparity_copy_width = 0;        ///< Of the copy that phase 5 measured, in its own pixels.
     bool disparity_end_reached = false;  ///< Near or far point lie at the end of the search of phase 5.
 
     // Cells, [row][column], row 0 at the bottom.
@@ -116,8 +120,8 @@ public:
 void reset_analysis(AnalysisState& state, bool keep);
 
 /// Lays the tiles of a phase over the images and leaves the grid of measured cells in `state`.
-/// Phase 1 leaves its shift in `dx/y[0][0]`. Phase 5 also updates `disparity` and
-/// `values.shift_px`, `values.window`.
+/// Phase 1 leaves its shift in `dx[0][0]` and `dy[0][0]`. Phase 5 also sets `disparity`,
+/// `correction.shift_px` and `window_px`.
 [[nodiscard]] AnalyseStatus analyse_phase(AnalysisState& state, const StereoPicture& pair,
                                           const PhaseRequest& request, const AnalyseProgress& progress);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 
 #include "numerics/rounding.h"
 
@@ -269,7 +268,7 @@ SurfaceFigures evaluate_surface(const ErrorSurface& surface, int height, int wid
         figures.dy += static_cast<float>(sub_pixel_dy(surface, best));
     }
     figures.ambiguity = count_ambiguous(surface, least);
-    figures.value = round_half_up(least * 1000.0 / static_cast<double>(surface.errors().size()));
+    figures.match_error = round_half_up(least * 1000.0 / static_cast<double>(surface.errors().size()));
     const bool on_side = best.column == 0 || best.column == surface.columns() - 1;
     const bool on_end = best.row == 0 || best.row == surface.rows() - 1;
     figures.sharpness_x =
@@ -288,7 +287,7 @@ SurfaceFigures evaluate_profile(const ErrorSurface& surface) {
     SurfaceFigures figures;
     figures.dx = static_cast<float>((best.column - surface.centre_column()) * surface.step_x());
     figures.ambiguity = count_ambiguous(surface, least);
-    figures.value = low_band(surface, least);
+    figures.match_error = low_band(surface, least);
     const bool on_side = best.column == 0 || best.column == surface.columns() - 1;
     figures.sharpness_x =
         on_side ? kNoMinimum

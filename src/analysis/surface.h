@@ -8,17 +8,19 @@ namespace zemora {
 /// Sharpness of a minimum on the border of the search: no minimum at all.
 inline constexpr float kNoMinimum = -2.0F;
 
-/// What one surface gives.
+/// What one surface says of its minimum: where it lies, and how far it can be trusted.
 struct SurfaceFigures {
-    float sharpness_x = 0.0F;  ///< sharpness_x; along the line for a profile.
-    float sharpness_y = 0.0F;  ///< sharpness_y
-    float sharpness = 0.0F;    ///< sharpness, along the direction of weakest rise.
-    int ambiguity = 0;         ///< ambiguity: displacements within twice the least error.
-    int value = 0;             ///< match_error: least error per mille of the cells, or width of the low band.
-    float dx = 0.0F;           ///< Pixels from the centre of the search.
+    float sharpness_x = 0.0F;  ///< How steeply the errors rise in x; of a profile, along its line.
+    float sharpness_y = 0.0F;  ///< How steeply they rise in y.
+    float sharpness = 0.0F;    ///< How steeply they rise in the direction of the weakest rise.
+    int ambiguity = 0;         ///< Number of displacements within twice the least error.
+    /// Of a surface 1,000 times the least error over the number of displacements; of a profile the width of
+    /// the band of low errors.
+    int match_error = 0;
+    float dx = 0.0F;  ///< Pixels from the centre of the search.
     float dy = 0.0F;
-    float looseness =
-        0.0F;  ///< Pixels; how far the height can move before the error doubles, see `SubPixel::vertex`.
+    /// Pixels; how far the height can move before the error doubles, see `SubPixel::vertex`.
+    float looseness = 0.0F;
 };
 
 /// Where between its steps the minimum of a surface is taken to lie.

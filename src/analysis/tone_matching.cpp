@@ -198,8 +198,10 @@ ToneLevels line_table(const Line& line, const Range& range, double mean_from, do
 }  // namespace
 
 ToneTarget tone_target(int color_left_right) {
-    return color_left_right == 0 ? ToneTarget::mean
-                                 : (color_left_right > 0 ? ToneTarget::left : ToneTarget::right);
+    if (color_left_right == setting::color_left_right::both) {
+        return ToneTarget::mean;
+    }
+    return color_left_right > setting::color_left_right::both ? ToneTarget::left : ToneTarget::right;
 }
 
 BothViews<ToneLevels> match_histograms(const BothViews<Histogram>& histograms, ToneTarget target,

@@ -43,6 +43,7 @@ void stretch_soft(ToneLevels& levels, const StretchLine& line);
 /// Coefficient g of the curve g u^2 + (1 - g) u that brings the mean of the histogram to one half;
 /// not limited; 0 for a histogram that says nothing.
 [[nodiscard]] double gamma_coefficient(const Histogram& histogram);
+/// Bends the entries by that curve.
 void bend(ToneLevels& levels, double g);
 
 }  // namespace zemora

@@ -119,7 +119,8 @@ void WideSearch::find_tiles(const AnalysisState& state, const StereoPicture& cop
 }
 
 WideSearch::WideSearch(AnalysisState& state, const StereoPicture& pair, const AnalyseProgress& progress)
-    : terms_{state.options.estimate_vergence_v != 0, state.options.estimate_vergence_h != 0},
+    : terms_{state.options.estimate_vergence_v != setting::estimate_vergence_v::ignored,
+             state.options.estimate_vergence_h != setting::estimate_vergence_h::ignored},
       scale_(static_cast<double>(std::max(pair.left.width, pair.left.height)) / kCopySide) {
     const PictureSize size{std::max(1, round_half_up(pair.left.width / scale_)),
                            std::max(1, round_half_up(pair.left.height / scale_))};

@@ -46,7 +46,7 @@ private:
     std::span<const std::uint8_t> bytes_;
 };
 
-/// Encodes into memory, then writes with every byte checked: the library tells a full disk to nobody.
+/// Encodes into memory, then writes with every byte checked: the library does not report a full disk.
 /// Empty, or the reason why there is no such file.
 [[nodiscard]] std::string encode_and_write(const Bitmap& picture, const EncodeOptions& options,
                                            const std::string& path);

@@ -36,7 +36,8 @@ bool writes_video(const ParameterSet& p) {
 
 /// Two streams share one file with these values of `VideoOutput`.
 bool has_double_rate(int video_output) {
-    return video_output == 2 || video_output == 8;
+    return video_output == setting::video_output::side_by_side ||
+           video_output == setting::video_output::two_streams;
 }
 
 CodecSettings preset_for(const VideoCodecRow& row, const ParameterSet& p) {
@@ -93,7 +94,7 @@ Result<void> choose_codec(ParameterSet& parameters, const RuleSurroundings& surr
     const CodecSettings settings = preset_for(*chosen, parameters);
     tell_encoding(settings, voice);
     std::string_view rest = parts_of(parameters.video_codec).rest;
-    while (rest.starts_with(kFileMark)) {  // it told of the file that was missing
+    while (rest.starts_with(kFileMark)) {  // it stood for the file that is missing
         rest.remove_prefix(kFileMark.size());
     }
     parameters.video_codec = kept_choice(settings, surroundings, voice) + std::string(rest);
@@ -165,7 +166,8 @@ const VideoCodecRow* ask_for_codec(Voice& voice) {
 
 Result<void> settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings,
                                 Voice& voice) {
-    if (parameters.video_mode == 0 && parameters.make_av == 0) {
+    if (parameters.video_mode == setting::video_mode::images &&
+        parameters.make_av == setting::make_av::none) {
         return {};
     }
     std::string& codec = parameters.video_codec;

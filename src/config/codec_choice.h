@@ -1,8 +1,6 @@
 #pragma once
 /// The codec of written videos: settled from the text of `VideoCodec`, or chosen by the user.
 
-#include <string_view>
-
 #include "config/rule_surroundings.h"
 #include "config/video_codecs.h"
 
@@ -10,7 +8,7 @@ namespace zemora {
 
 /// Brings `VideoCodec` into a form that the video writers read, for runs that may write a video
 /// (`VideoMode` is set before). A text that asks for a choice becomes the chosen code with its codec
-/// file; a choice that cannot be made and a wrong form end the run.
+/// file. Fails for the run where the choice cannot be made or the form of the text is wrong.
 [[nodiscard]] Result<void> settle_video_codec(ParameterSet& parameters, const RuleSurroundings& surroundings,
                                               Voice& voice);
 

@@ -26,6 +26,7 @@ struct CodecSettings {
 [[nodiscard]] std::string find_codec_file(std::string_view code, const std::string& program_folder,
                                           const std::string& own_folder);
 
+/// The contents of a codec file in the text form.
 [[nodiscard]] std::string codec_file_text(const CodecSettings& settings);
 
 /// Reads the text form, and the binary form of another system: 56 bytes of compressor options, then a

@@ -16,7 +16,7 @@ enum class RuleScope { video, every };
 
 /// What follows when a rule's texts are shown.
 enum class RuleOutcome {
-    stop,          ///< The process ends with code 1.
+    stop,          ///< The settings are refused, which ends the run.
     wait_above_0,  ///< Wait for Enter when `StopAtError` is above 0.
     wait_above_1,
     go,
@@ -92,20 +92,27 @@ constexpr int negated(int value) {
     return -std::max(value, -std::numeric_limits<int>::max());
 }
 
+namespace layout = setting::stereo_image_input;
+
 bool has_two_files(const ParameterSet& p) {
-    return is_one_of(p.stereo_image_input, 2, 5);
+    return is_one_of(p.stereo_image_input, layout::two_files, layout::photo_and_depth_files);
 }
 
 bool has_one_file(const ParameterSet& p) {
-    return is_one_of(p.stereo_image_input, 1, 3, 4, 6, 7);
+    return is_one_of(p.stereo_image_input, layout::side_by_side, layout::half_width, layout::anaglyph,
+                     layout::photo_and_depth_side_by_side, layout::phone_photo);
 }
 
 bool has_depth(const ParameterSet& p) {
-    return p.stereo_image_input >= 5 && p.stereo_image_input <= 7;
+    return p.stereo_image_input >= layout::photo_and_depth_files &&
+           p.stereo_image_input <= layout::phone_photo;
 }
 
 bool stores_beside_input(const ParameterSet& p) {
-    return is_one_of(p.left_right_output, 1, 3) || p.stereo_output == 1 || p.anaglyph_output == 1;
+    return is_one_of(p.left_right_output, setting::left_right_output::beside_input,
+                     setting::left_right_output::with_eye_endings) ||
+           p.stereo_output == setting::stereo_output::beside_input ||
+           p.anaglyph_output == setting::anaglyph_output::beside_input;
 }
 
 /// A side of the framed picture is no multiple of 4, and no fixed size takes its place.
@@ -124,8 +131,7 @@ int allowed_floating(const ParameterSet& p) {
 
 /// All pictures of a show come out in one size.
 bool has_fixed_show_size(const ParameterSet& p) {
-    constexpr int kCroppedToSize = 2;
-    if (p.cropp_output == kCroppedToSize) {
+    if (p.cropp_output == setting::cropp_output::common_area) {
         return (p.output_height != 0 || p.fill_height != 0) && (p.output_width != 0 || p.fill_width != 0);
     }
     return p.fill_height != 0 && p.fill_width != 0;
@@ -225,13 +231,14 @@ Result<void> apply_rule(const ConsistencyRule& rule, ParameterSet& parameters,
     return conclude(rule, surroundings, voice);
 }
 
-/// 1 for a video file or script, 3 for numbered pictures taken as a video, else 0.
+/// `VideoMode` by the input: a video file or script, numbered pictures taken as a video, or pictures.
 int derived_video_mode(const ParameterSet& p) {
-    if (p.input_mode == 3) {
-        return 3;
+    if (p.input_mode == setting::input_mode::video_folders) {
+        return setting::video_mode::images_as_video;
     }
-    return p.input_mode == 0 && is_video_name(has_one_file(p) ? p.stereo_file_name : p.left_file_name) ? 1
-                                                                                                       : 0;
+    const bool is_video = p.input_mode == setting::input_mode::single &&
+                          is_video_name(has_one_file(p) ? p.stereo_file_name : p.left_file_name);
+    return is_video ? setting::video_mode::video : setting::video_mode::images;
 }
 
 }  // namespace
@@ -245,7 +252,8 @@ Result<void> apply_consistency_rules(ParameterSet& parameters, const RuleSurroun
     const auto& encoder = surroundings.encoder_settings;
     settle_encoder_latency(parameters, voice, encoder ? &*encoder : nullptr);
     for (const ConsistencyRule& rule : kRules) {
-        const bool in_scope = rule.scope == RuleScope::every || parameters.video_mode != 0;
+        const bool in_scope =
+            rule.scope == RuleScope::every || parameters.video_mode != setting::video_mode::images;
         if (in_scope && rule.applies(parameters, surroundings)) {
             if (Result<void> applied = apply_rule(rule, parameters, surroundings, voice); !applied) {
                 return applied;

@@ -93,11 +93,10 @@ EncoderLatency encoder_latency(const EncoderSettings& settings, int threads) {
 }
 
 void settle_encoder_latency(ParameterSet& parameters, Voice& voice, const EncoderSettings* settings) {
-    constexpr int kAviContainer = 1;
     parameters.encoder_latency = 0;
     const bool is_x264 =
         parameters.video_codec.starts_with("x264") || parameters.video_codec.starts_with("X264");
-    if (settings == nullptr || !is_x264 || parameters.video_container != kAviContainer) {
+    if (settings == nullptr || !is_x264 || parameters.video_container != setting::video_container::avi) {
         return;
     }
     const int processors = static_cast<int>(std::thread::hardware_concurrency());

@@ -29,6 +29,7 @@ struct EncoderLatency {
 /// Threads of the encoder on a machine with that many processors.
 [[nodiscard]] int encoder_threads(int processors);
 
+/// What the encoder makes of its settings when it works with so many threads.
 [[nodiscard]] EncoderLatency encoder_latency(const EncoderSettings& settings, int threads);
 
 /// Sets `EncoderLatency`, and moves `LastFrameIndex` by it. Without settings of an encoder that keeps

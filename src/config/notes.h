@@ -1,6 +1,6 @@
 #pragma once
-/// What happens to a pair, as values. The modules tell it to a `Notes`; whoever hands that in decides who
-/// hears of it, when and how often.
+/// What the user is to know of a run, as values. The modules add it to a `Notes`; whoever hands that in
+/// decides where it is shown, when and how often.
 
 #include <string>
 #include <string_view>
@@ -17,6 +17,7 @@ public:
         : messages_(messages), verbosity_(verbosity) {}
     virtual ~Notes() = default;
 
+    /// Takes a note; when it is shown is up to the listener.
     virtual void add(Note note) = 0;
     /// One state of a running step, 0 to 100 percent.
     virtual void progress(std::string_view step, double percent) = 0;
@@ -60,9 +61,6 @@ public:
     void tell_everywhere(std::string_view text) {
         add(Note{.text = std::string(text), .audience = Audience::everywhere});
     }
-    void tell_everywhere_once(std::string_view text) {
-        add(Note{.text = std::string(text), .audience = Audience::everywhere, .repeat = Repeat::once_a_pair});
-    }
     /// Asks for Enter where `StopAtError` wants that for `severity`.
     void wait(Severity severity) { add(Note{.severity = severity, .waits = true}); }
     /// The same, but once in a run for the same `matter`.
@@ -78,7 +76,7 @@ private:
     const int& verbosity_;
 };
 
-/// Keeps what happens, to be told later in its order. Steps leave no trace.
+/// Keeps what is added, to be passed on later in the same order. Progress is not kept.
 class KeptNotes : public Notes {
 public:
     using Notes::Notes;
@@ -88,7 +86,7 @@ public:
     [[nodiscard]] static KeptNotes for_listener(const Notes& listener) {
         return {listener.messages(), listener.verbosity()};
     }
-    /// Tells all of it to `listener` and forgets it.
+    /// Passes all of it on to `listener` and forgets it.
     void tell(Notes& listener);
 
 private:

@@ -5,7 +5,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "config/parameter_table.h"
@@ -36,17 +35,17 @@ struct CommandLine {
 /// Reads the arguments behind the program's name. Settings are "/XX=value", "/XX:value" and
 /// "--Key=value" (the key in any case) and may stand anywhere; "--" ends them. A value of the second spelling
 /// has to be a whole number or a number, by its key, inside the limits of a parameter file. "/h", "/?", "-h",
-/// "-?",
-/// "-help" and "--Help" in any case count as a call for help when they stand alone. An argument that begins
-/// with one "-" and names nothing that exists is an error. Other arguments that begin with "/" are paths; one
-/// that looks like a setting with an unknown code is a path if `path_exists` says so, and an error otherwise.
+/// "-?", "-help" and "--Help" in any case count as a call for help when they stand alone. An argument that
+/// begins with one "-" and names nothing that exists is an error. Other arguments that begin with "/" are
+/// paths; one that looks like a setting with an unknown code is a path if `path_exists` says so, and an error
+/// otherwise.
 [[nodiscard]] CommandLine read_command_line(std::span<const std::string> arguments,
                                             const std::function<bool(const std::string&)>& path_exists);
 
 /// The sentence for `error`, which names the options that are near, or the range of the value.
 [[nodiscard]] std::string call_error_text(const CommandLine& line, const MessageCatalogue& messages);
 
-/// The settings that rule already how the parameter file is read and told about.
+/// The settings that count already while the parameter file is read: for waiting and for the language.
 struct EarlySettings {
     std::optional<int> stop_at_error;
     std::optional<Language> language;

@@ -40,7 +40,7 @@ public:
                         const EarlySettings& early)
         : lines_(std::move(lines)), parameters_(parameters), voice_(voice), early_(early) {}
 
-    /// True when a note told of a missing key. Fails, with everything said, where the run ends.
+    /// True when a note reported a missing key. Fails for the run, with everything said.
     Result<bool> read();
 
 private:
@@ -199,7 +199,7 @@ void ParameterFileReader::read_batch() {
     parameters_.do_post_zemora = batch;
 }
 
-/// The first line that holds the key. Faulty lines on the way are told, each search anew.
+/// The first line that holds the key. Faulty lines on the way are reported, in each search anew.
 std::optional<std::size_t> ParameterFileReader::find_line(const ParameterRow& row) {
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const ParameterLine& line = lines_[i];

@@ -25,7 +25,7 @@ constexpr ListingLine kOrder[] = {
 #include "config/listing_order.inc"
 };
 
-/// Both forms list each setting whose absence from a file is told, and no other, once.
+/// Both forms list each setting whose absence from a file is reported, and no other, once.
 constexpr bool lists_every_setting_once(ListingForm form) {
     for (int i = 0; i < kParameterCount; ++i) {
         const auto lines = std::count_if(

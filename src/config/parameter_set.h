@@ -9,8 +9,7 @@
 namespace zemora {
 
 /// Set from the defaults, then the parameter file, the options, the form of the call and the
-/// consistency rules, in this order. The pipeline changes single fields during the run, and later
-/// pairs see the change.
+/// consistency rules, in this order. Behind the rules and the start of the run no setting changes.
 struct ParameterSet {  // NOLINT(clang-analyzer-optin.performance.Padding): the order of the table
     using text = std::string;
     using path = std::string;

@@ -1,5 +1,5 @@
 #pragma once
-/// What the consistency rules have to know besides the settings, and the end of a run that they refuse.
+/// What the consistency rules have to know besides the settings, and the failure of a run that they refuse.
 
 #include <functional>
 #include <optional>

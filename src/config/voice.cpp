@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "config/html_text.h"
+
 namespace zemora {
 
 namespace {
@@ -19,8 +21,8 @@ bool Voice::is_news(const Note& note) {
     if (note.repeat == Repeat::always) {
         return true;
     }
-    auto& told = note.repeat == Repeat::once_a_pair ? told_in_section_ : told_in_run_;
-    return told.emplace(note.matter.empty() ? note.text : note.matter).second;
+    auto& shown = note.repeat == Repeat::once_a_pair ? shown_in_section_ : shown_in_run_;
+    return shown.emplace(note.matter.empty() ? note.text : note.matter).second;
 }
 
 void Voice::report(const Note& note) {
@@ -52,7 +54,7 @@ void Voice::add(Note note) {
 }
 
 void Voice::begin_report_section() {
-    told_in_section_.clear();
+    shown_in_section_.clear();
     if (report_ != nullptr) {
         report_->begin_section();
     }
@@ -68,22 +70,6 @@ void Voice::progress(std::string_view step, double percent) {
     if (verbose() > 0) {
         console_.progress(step, percent);
     }
-}
-
-std::string html_text(std::string_view text) {
-    std::string html;
-    for (const char c : text) {
-        switch (c) {
-            case '&': html += "&amp;"; break;
-            case '<': html += "&lt;"; break;
-            case '>': html += "&gt;"; break;
-            case '"': html += "&quot;"; break;
-            case '\'': html += "&#39;"; break;
-            case '\n': html += "<br>\n"; break;
-            default: html += c;
-        }
-    }
-    return html;
 }
 
 void tell_missing_memory(Console& console, std::string_view reason, std::string_view advice) {

@@ -1,5 +1,5 @@
 #pragma once
-/// The one who speaks to the user: tells notes at once on the console and in the reports.
+/// Shows notes to the user at once, on the console and in the reports.
 
 #include <set>
 #include <string>
@@ -18,7 +18,7 @@ public:
     virtual void text_line(std::string_view text) = 0;  ///< As it stands into the text report.
     virtual void html_line(std::string_view html) = 0;  ///< As it stands into the HTML report.
     virtual void begin_section() {}  ///< A section begins that belongs together, as a pair.
-    virtual void end_section() {}    ///< What was told so far is whole.
+    virtual void end_section() {}    ///< What was written so far is whole.
 };
 
 class Voice : public Notes {
@@ -50,12 +50,9 @@ private:
     MessageCatalogue& catalogue_;
     const ParameterSet& parameters_;
     ReportSink* report_ = nullptr;
-    std::set<std::string, std::less<>> told_in_section_;
-    std::set<std::string, std::less<>> told_in_run_;
+    std::set<std::string, std::less<>> shown_in_section_;
+    std::set<std::string, std::less<>> shown_in_run_;
 };
-
-/// The text with the five HTML characters escaped and line ends as "<br>".
-[[nodiscard]] std::string html_text(std::string_view text);
 
 /// For pictures that do not fit into memory: prints `reason`, the advice to close other applications and the
 /// waiting line, and waits for Enter. `advice` is one more line behind the advice.

@@ -1,6 +1,5 @@
 #include "depth/colour_depth.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string_view>

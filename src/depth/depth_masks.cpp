@@ -5,8 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <optional>
-#include <span>
 
 #include "codec/encode.h"
 #include "input/picture_file.h"
@@ -14,7 +12,6 @@
 #include "numerics/rounding.h"
 #include "platform/console.h"
 #include "platform/paths.h"
-#include "platform/safe_file.h"
 #include "platform/temp_folder.h"
 
 namespace zemora {

@@ -1,7 +1,6 @@
 #pragma once
 /// Depth masks for the frames of a sequence between those that have one.
 
-#include <functional>
 #include <string>
 #include <vector>
 

@@ -2,7 +2,6 @@
 /// Where the pixels of one frame go in another: block matching with filling and refinement.
 
 #include <array>
-#include <cstdint>
 #include <vector>
 
 #include "config/notes.h"

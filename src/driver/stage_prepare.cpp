@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "config/html_text.h"
 #include "driver/failure.h"
 #include "driver/file_kinds.h"
 #include "driver/pair_records.h"

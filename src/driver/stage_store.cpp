@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "config/html_text.h"
 #include "driver/failure.h"
 #include "driver/picture_times.h"
 #include "driver/pipeline.h"

@@ -23,7 +23,7 @@ struct CollectOptions {
     int write_data_base = setting::write_data_base::with_results;
     int exif_time_tolerance = 0;  ///< Seconds; 0 switches the control by capture time off.
     int rename_orphans = setting::rename_orphans::left_alone;
-    int inverse_input = 0;
+    int inverse_input = setting::inverse_input::kept;
     int interlaced_mode = setting::interlaced_mode::progressive;
     bool applies_stored_values = false;  ///< The corrections come from the list or the input files.
     WantedShape shape;                   ///< That stored selections have to fit.

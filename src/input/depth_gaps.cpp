@@ -1,8 +1,6 @@
 #include "input/depth_gaps.h"
 
-#include <algorithm>
 #include <charconv>
-#include <string_view>
 
 #include "platform/console.h"
 #include "platform/paths.h"

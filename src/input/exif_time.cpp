@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string_view>
-#include <vector>
 
 namespace zemora {
 

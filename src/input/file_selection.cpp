@@ -21,8 +21,8 @@ int depth_of_walk(const CollectOptions& options) {
     if (options.input_mode == setting::input_mode::by_names) {
         return 0;
     }
-    const bool forced =
-        options.input_mode == setting::input_mode::by_names_in_tree && options.include_subdirs == 0;
+    const bool forced = options.input_mode == setting::input_mode::by_names_in_tree &&
+                        options.include_subdirs == setting::include_subdirs::folder_alone;
     return forced ? setting::include_subdirs::tree_without_outputs : options.include_subdirs;
 }
 
@@ -48,7 +48,7 @@ public:
 private:
     /// Tells once of a folder that cannot be read.
     [[nodiscard]] FolderContents read(const std::string& folder);
-    /// Whether the folder `name` in `folder` is looked into; tells of one that is not and holds pictures.
+    /// Whether the folder `name` in `folder` is looked into; reports one that is not and holds pictures.
     [[nodiscard]] bool is_walked(const std::string& folder, const std::string& name) const;
     [[nodiscard]] bool holds_pictures(const std::string& folder) const;
     [[nodiscard]] bool is_passed_over(const std::string& path) const;

@@ -28,8 +28,8 @@ struct SelectedFiles {
     std::vector<std::string> right;  ///< Modes 0, 3 and 9 with two files.
 };
 
-/// The files of `InputMode` 0 to 9. Tells what it passes over and which folders it cannot read.
-/// In mode 9 a folder whose files stand on one side only is passed over: an empty or missing side tells
+/// The files of `InputMode` 0 to 9. Reports what it passes over and which folders it cannot
+/// read. In mode 9 a folder whose files stand on one side only is passed over: an empty or missing side says
 /// nothing about partners.
 [[nodiscard]] SelectedFiles select_files(const CollectOptions& options, Notes& notes);
 
@@ -47,8 +47,8 @@ struct SelectedFiles {
 /// Whether a bare name is that of a file that a broken-off run left behind.
 [[nodiscard]] bool is_left_over(const std::string& name);
 
-/// Whether the bare name of a stereo file says that it is none: one view, or a depth mask. Then a hint is
-/// told with the name and the file is passed over. Photo and depth mask side by side are called "_d"
+/// Whether the bare name of a stereo file says that it is none: one view, or a depth mask. Then the
+/// file is passed over and a hint says so. Photo and depth mask side by side are called "_d"
 /// themselves, where the input goes by names.
 [[nodiscard]] bool is_dropped_with_hint(const CollectOptions& options, Notes& notes, const std::string& name);
 

@@ -67,7 +67,8 @@ LayoutSign find_sign(const CollectOptions& options) {
         return LayoutSign::view_folders;
     }
     if (pictures.empty()) {  // subfolders may have some
-        return options.include_subdirs != 0 ? LayoutSign::single_views : LayoutSign::no_pictures;
+        return options.include_subdirs != setting::include_subdirs::folder_alone ? LayoutSign::single_views
+                                                                                 : LayoutSign::no_pictures;
     }
     const auto all = [&](const auto& is_such) {
         return std::all_of(pictures.begin(), pictures.end(), is_such);

@@ -1,8 +1,6 @@
 #pragma once
 /// How the pictures of a folder are arranged, by what the folder shows; for a call that names a folder alone.
 
-#include <string>
-
 #include "input/collect_options.h"
 
 namespace zemora {

@@ -1,5 +1,5 @@
 #pragma once
-/// Whether a JPEG file is whole; the image library tells only the first thing that it finds wrong.
+/// Whether a JPEG file is whole; the image library reports only the first thing that it finds wrong.
 
 #include <cstddef>
 #include <cstdint>

@@ -10,8 +10,8 @@ namespace {
 constexpr std::uint8_t kMark = 0xFF;
 constexpr std::uint8_t kStart = 0xD8;
 constexpr std::uint8_t kScan = 0xDA;    // pixels follow
-constexpr std::uint8_t kApp0 = 0xE0;    // JFIF, which tells the resolution
-constexpr std::uint8_t kAdobe = 0xEE;   // APP14, which tells the colour space
+constexpr std::uint8_t kApp0 = 0xE0;    // JFIF, which gives the resolution
+constexpr std::uint8_t kAdobe = 0xEE;   // APP14, which gives the colour space
 constexpr std::uint8_t kUnread = 0xEF;  // APP15
 constexpr std::uint8_t kComment = 0xFE;
 

@@ -44,7 +44,8 @@ std::string list_path_of(const std::string& root, const std::string& name) {
 ListedNames::ListedNames(const CollectOptions& options, Notes& notes)
     : options_(options),
       notes_(notes),
-      wanted_(options.write_data_base > 0 && options.input_mode != setting::input_mode::from_list),
+      wanted_(options.write_data_base > setting::write_data_base::untouched &&
+              options.input_mode != setting::input_mode::from_list),
       old_list_(wanted_ ? identity_of(list_path_of(options.path_of_images, options.list_of_images))
                         : std::nullopt) {}
 
@@ -154,7 +155,7 @@ Failure ListedNames::no_list(const std::string& path, const std::string& reason)
 void update_database_line(const std::string& root, Notes& notes, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result) {
     if (!names_line(root, left, right)) {
-        return;  // left out when the list was made, and told then
+        return;  // left out when the list was made, and reported then
     }
     std::string reason;
     auto text = read_list(list_path, reason);

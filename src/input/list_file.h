@@ -67,7 +67,7 @@ struct ListResult {
 
 /// Writes the result behind the names of the object's line, in place of an older result. The names are
 /// compared as files, in any order; of equal lines the first without a result is taken. `right` is empty
-/// for a stereo file. `root` is the image folder. A failure leaves the list as it was and is told.
+/// for a stereo file. `root` is the image folder. A failure is reported and leaves the list as it was.
 void update_database_line(const std::string& root, Notes& notes, const std::string& list_path,
                           const std::string& left, const std::string& right, const ListResult& result);
 

@@ -1,14 +1,10 @@
 // The objects of `InputMode` 10, from the lines of the list and their marks.
 
-#include <cmath>
-#include <optional>
-
 #include "config/text_lines.h"
 #include "input/file_selection.h"
 #include "input/list_file.h"
 #include "input/list_scan.h"
-#include "input/pairing.h"
-#include "numerics/rounding.h"
+#include "input/pair_adder.h"
 #include "platform/console.h"
 #include "platform/directory_walk.h"
 #include "platform/paths.h"

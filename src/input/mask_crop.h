@@ -39,7 +39,7 @@ struct MaskWindow {
 [[nodiscard]] PictureSize apply_mask_crop(Picture left, Picture right, const MaskFrame& mask);
 
 /// Writes "zemora_thumb_l.bmp" and "zemora_thumb_r.bmp" of both views into the folder, with the lines of a
-/// mask where one is given. A file that cannot be written is told. Fails for the run without memory.
+/// mask where one is given. A file that cannot be written is reported. Fails for the run without memory.
 [[nodiscard]] Result<void> write_mask_thumbs(const StereoPicture& views, const std::string& folder,
                                              const std::optional<MaskFrame>& mask, Notes& notes);
 

@@ -115,7 +115,7 @@ void move(Notes& notes, const std::string& from, const std::string& to) {
 void rename_orphan(int rename_orphans, Notes& notes, const std::string& file, FileSide side) {
     constexpr char kOrphan = 'o';
     const char letter = static_cast<char>(side);
-    if (rename_orphans != 0 && view_folder_letter(file) == '\0') {
+    if (rename_orphans != setting::rename_orphans::left_alone && view_folder_letter(file) == '\0') {
         tell_staying_without_folder(notes, file);
         return;
     }

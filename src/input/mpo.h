@@ -39,7 +39,7 @@ struct MpoPictures {
     std::span<const std::uint8_t> right;
 };
 
-/// The first two pictures; tells what is irregular. Nothing, with a message, when the second is not
+/// The first two pictures; what is irregular is reported. Nothing, with a message, when the second is not
 /// found.
 [[nodiscard]] std::optional<MpoPictures> cut_mpo(std::span<const std::uint8_t> content, Notes& notes);
 

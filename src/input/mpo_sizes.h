@@ -8,7 +8,7 @@
 
 namespace zemora {
 
-/// The first picture as the index of a file tells of it.
+/// The first picture as the index of a file describes it.
 struct FirstPicture {
     std::size_t size = 0;        ///< Bytes by the index.
     std::size_t next_start = 0;  ///< Where the second picture begins.

@@ -24,7 +24,9 @@ enum class Line {
     blank,
 };
 
-/// What is told behind the way of the input, for the modes `first` to `last`.
+namespace mode = setting::input_mode;
+
+/// What the failure says behind the way of the input, for the modes `first` to `last`.
 struct NoFilesRow {
     int first;
     int last;
@@ -33,15 +35,15 @@ struct NoFilesRow {
 };
 // clang-format off
 constexpr std::array kRows{
-    NoFilesRow{0,  0,  false, {Line::check_stereo_name}},
-    NoFilesRow{0,  0,  true,  {Line::check_names}},
-    NoFilesRow{1,  2,  false, {Line::image_type, Line::search_path, Line::check_marked_stereo_names}},
-    NoFilesRow{1,  2,  true,  {Line::image_type, Line::check_names, Line::check_marked_names}},
-    NoFilesRow{4,  4,  false, {Line::image_type, Line::search_path, Line::check_format, Line::blank}},
-    NoFilesRow{3,  8,  true,  {Line::image_type, Line::search_path, Line::check_marked_names}},
-    NoFilesRow{9,  9,  true,  {Line::image_type, Line::search_paths_of_views, Line::check_marked_names}},
-    NoFilesRow{10, 10, false, {Line::check_list, Line::blank}},
-    NoFilesRow{10, 10, true,  {Line::check_list}},
+    NoFilesRow{mode::single,        mode::single,           false, {Line::check_stereo_name}},
+    NoFilesRow{mode::single,        mode::single,           true,  {Line::check_names}},
+    NoFilesRow{mode::by_names,      mode::by_names_in_tree, false, {Line::image_type, Line::search_path, Line::check_marked_stereo_names}},
+    NoFilesRow{mode::by_names,      mode::by_names_in_tree, true,  {Line::image_type, Line::check_names, Line::check_marked_names}},
+    NoFilesRow{mode::consecutive,   mode::consecutive,      false, {Line::image_type, Line::search_path, Line::check_format, Line::blank}},
+    NoFilesRow{mode::video_folders, mode::all_with_all,     true,  {Line::image_type, Line::search_path, Line::check_marked_names}},
+    NoFilesRow{mode::view_folders,  mode::view_folders,     true,  {Line::image_type, Line::search_paths_of_views, Line::check_marked_names}},
+    NoFilesRow{mode::from_list,     mode::from_list,        false, {Line::check_list, Line::blank}},
+    NoFilesRow{mode::from_list,     mode::from_list,        true,  {Line::check_list}},
 };
 // clang-format on
 
@@ -68,14 +70,14 @@ std::string text_of(Line line, const CollectOptions& options, const MessageCatal
 }  // namespace
 
 Failure no_suited_files(const CollectOptions& options, const MessageCatalogue& messages) {
-    const int mode = options.input_mode;
+    const int input_mode = options.input_mode;
     const int layout = options.stereo_image_input;
     std::string text = messages.text<Msg::files_input_no_suited_files>();
     for (const NoFilesRow& row : kRows) {
-        if (mode < row.first || mode > row.last || takes_two_files(layout) != row.two_files) {
+        if (input_mode < row.first || input_mode > row.last || takes_two_files(layout) != row.two_files) {
             continue;
         }
-        text += messages.text<Msg::files_input_your_input_mode>() + std::to_string(mode) + '\n';
+        text += messages.text<Msg::files_input_your_input_mode>() + std::to_string(input_mode) + '\n';
         text += messages.text<Msg::files_input_your_stereo_image_input>() + std::to_string(layout) + '\n';
         for (const Line line : row.lines) {
             text += text_of(line, options, messages);

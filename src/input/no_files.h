@@ -7,10 +7,10 @@
 
 namespace zemora {
 
-/// What was looked for and not found; ends the run.
+/// The failure of a run that found nothing to mount; says what was looked for, and where.
 [[nodiscard]] Failure no_suited_files(const CollectOptions& options, const MessageCatalogue& messages);
 
-/// More pairs than a run can number; ends the run.
+/// The failure of a run with more pairs than it can number.
 [[nodiscard]] Failure too_many_pairs(long long pairs, const MessageCatalogue& messages);
 
 }  // namespace zemora

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "config/voice.h"
+#include "config/html_text.h"
 #include "input/pair_adder.h"
 #include "platform/console.h"
 #include "platform/paths.h"

@@ -7,11 +7,11 @@
 
 namespace zemora {
 
-/// With `VerboseMode` above 1 a line for each object, on the console and in both reports. Left names are
-/// padded to `left_name_width` characters.
+/// Reports with `VerboseMode` above 1 a line for each object, on the console and in both reports. Left names
+/// are padded to `left_name_width` characters.
 void tell_objects(const CollectOptions& options, Notes& notes, const ImageList& list, int left_name_width);
 
-/// With `VerboseMode` above 0 how many objects there are.
+/// Reports with `VerboseMode` above 0 how many objects there are.
 void tell_object_count(Notes& notes, const ImageList& list);
 
 }  // namespace zemora

@@ -83,7 +83,8 @@ void PairAdder::add(const std::string& left_file, const std::string& right_file,
                     const StoredCorrectionRecord* stored) {
     const std::uint32_t left = number_of(left_file);
     const std::uint32_t right = number_of(right_file);
-    const bool exchanged = options_.inverse_input == 1 && !holds_depth_mask(options_.stereo_image_input);
+    const bool exchanged = options_.inverse_input == setting::inverse_input::exchanged &&
+                           !holds_depth_mask(options_.stereo_image_input);
     switch (options_.interlaced_mode) {
         case interlaced::progressive:
             add_object(exchanged ? right : left, exchanged ? left : right, stored);

@@ -18,8 +18,8 @@ class PairAdder {
 public:
     PairAdder(const CollectOptions& options, Notes& notes, ImageList& list)
         : options_(options), notes_(notes), list_(list) {}
-    /// False when a file cannot be read, which is told once a file; `left` and `right` take the names as the
-    /// disk spells them. An empty name is passed over without a word.
+    /// False when a file cannot be read, which is reported once a file; `left` and `right` take the names as
+    /// the disk spells them. An empty name is passed over without a word.
     [[nodiscard]] bool check(std::string& left, std::string& right);
     /// Adds the pair. `stored`, its row of a list, may be null.
     void add(const std::string& left, const std::string& right, const StoredCorrectionRecord* stored);

@@ -1,7 +1,9 @@
 #pragma once
-/// What the ways of pairing share: a proposed pair is checked, listed and added; changes of folder are told.
+/// What the ways of pairing share: a proposed pair is checked, listed and added; changes of folder are
+/// reported.
 
 #include <string>
+#include <vector>
 
 #include "config/notes.h"
 #include "input/collect_options.h"
@@ -23,9 +25,9 @@ public:
 
     /// Adds the pair if its files can be read.
     void add(std::string left, std::string right);
-    /// Tells where the pairs come from: the image folder at the first call, then each other folder.
+    /// Reports where the pairs come from: the image folder at the first call, then each other folder.
     void tell_folder(const std::string& folder);
-    /// The folder that is taken for told; the image folder at first.
+    /// Takes this folder for one that has been reported, as the image folder is at first.
     void start_in(const std::string& folder) { folder_ = folder; }
     [[nodiscard]] int left_name_width() const { return adder_.left_name_width(); }
 

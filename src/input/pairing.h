@@ -7,7 +7,6 @@
 #include "input/file_selection.h"
 #include "input/image_list.h"
 #include "input/list_file.h"
-#include "input/pair_adder.h"
 
 namespace zemora {
 

@@ -32,7 +32,7 @@ struct Axis {
     float size;
 };
 
-/// Whether all values can be used; tells of the first that cannot.
+/// Whether all values can be used; reports the first that cannot.
 bool are_usable(const Axis (&axes)[4], Notes& notes) {
     constexpr float kTenths = 10.0F;
     constexpr int kLimit = 1001;  // tenths of a per cent; just above the whole

@@ -7,8 +7,8 @@
 
 namespace zemora {
 
-/// Keeps the part of both views that `chosen` gives in percent, and records it. Values that cannot be used
-/// are told, and both views stay whole.
+/// Keeps the part of both views that `chosen` gives in percent, and records it. Where a value
+/// cannot be used, it is reported and both views stay whole.
 void crop_by_percent(const RecordedView& left, const RecordedView& right, const PreSelection& chosen,
                      Notes& notes);
 

@@ -50,7 +50,7 @@ bool is_too_large(PictureSize size) {
            static_cast<double>(width) * height > kLargestLoadedPicture;
 }
 
-/// Whether the file ended before its pixels did, for the formats whose reader does not tell.
+/// Whether the file ended before its pixels did, for the formats whose reader does not report it.
 bool is_cut_off(const DecodedPicture& decoded, PictureFormat format, std::span<const std::uint8_t> content) {
     switch (format) {
         case PictureFormat::bmp:

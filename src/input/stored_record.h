@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "config/setting_values.h"
+
 namespace zemora {
 
 /// Places of the values, the same in the text of an image and in a list.
@@ -61,7 +63,7 @@ using StoredCorrectionRecord = std::array<double, kRecordFields>;
 
 /// The shape of the pictures that a run makes.
 struct WantedShape {
-    int cropp_output = 0;
+    int cropp_output = setting::cropp_output::whole;
     int height = 0;  ///< Pixels.
     int width = 0;
 };

@@ -1,7 +1,5 @@
 #include "input/tiff_profile.h"
 
-#include <cstddef>
-
 #include "input/tiff_directory.h"
 
 namespace zemora {

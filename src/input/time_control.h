@@ -3,6 +3,7 @@
 
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "config/notes.h"
 #include "input/capture_time.h"
@@ -24,22 +25,24 @@ public:
 
     /// False with a tolerance of 0, and after `switch_off`.
     [[nodiscard]] bool is_on() const { return tolerance_s_ != 0; }
-    /// For the rest of the list.
+    /// Ends the control for the rest of the list.
     void switch_off() { tolerance_s_ = 0; }
 
     /// Files that will be compared.
     void expect(const std::vector<std::string>& files);
-    /// Tells of a left file whose time the picture library does not find, once a file.
+    /// Compares both times. A left file whose time the picture library does not find is reported, once a
+    /// file.
     [[nodiscard]] TimeComparison compare(const std::string& left, const std::string& right);
     /// Takes the difference of a pair as the one that later pairs must have.
     void set_reference(int seconds, const std::string& left, const std::string& right);
-    /// Whether a difference is as near to the reference as the tolerance wants; tells when it is not.
+    /// Whether a difference is as near to the reference as the tolerance wants; reports one that is not.
     [[nodiscard]] bool is_near_reference(int seconds, const std::string& left,
                                          const std::string& right) const;
+    /// Seconds, left minus right.
     [[nodiscard]] int reference() const { return reference_s_; }
     /// Whether a pair has set the reference.
     [[nodiscard]] bool has_reference() const { return has_reference_; }
-    /// The files behind this pair stay unpaired, because it lacks a time.
+    /// Reports that the files behind this pair stay unpaired, because it lacks a time.
     void tell_end_of_pairs(const TimeComparison& times, const std::string& left,
                            const std::string& right) const;
 

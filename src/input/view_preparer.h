@@ -1,8 +1,6 @@
 #pragma once
 /// From decoded pictures to the two equal views of a pair, whether they were files or frames.
 
-#include <string>
-
 #include "config/notes.h"
 #include "input/conditioning.h"
 #include "input/mask_crop.h"

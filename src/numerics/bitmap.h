@@ -83,6 +83,7 @@ public:
     /// positive.
     [[nodiscard]] static Bitmap create(int width, int height);
 
+    /// A copy of the whole bitmap; empty when the memory is not there.
     [[nodiscard]] Bitmap clone() const;
     [[nodiscard]] explicit operator bool() const { return handle_ != nullptr; }
     void reset();

@@ -1,6 +1,5 @@
 #include "numerics/labelled_array.h"
 
-#include <cstdint>
 #include <cstdlib>
 
 namespace zemora {

@@ -14,7 +14,7 @@ inline constexpr double kRadiansPerDegree = 3.14159265358979323846 / 180.0;
 struct Correction {
     double height_px = 0.0;
     double shift_px = 0.0;  ///< With the shift of the stereo window.
-    double size = 0.0;      ///< Fraction.
+    double size = 0.0;      ///< As a fraction; above 0 the right view is larger.
     double rotation_rad = 0.0;
     double vergence_v_rad = 0.0;
     double vergence_h_rad = 0.0;
@@ -29,14 +29,14 @@ struct Correction {
         return *this;
     }
 
-    /// The same errors where `factor` pixels are one of now.
+    /// The same errors in pixels of which `factor` are as long as one of these.
     [[nodiscard]] Correction scaled(double factor) const {
         Correction result = *this;
         result.height_px *= factor;
         result.shift_px *= factor;
         return result;
     }
-    /// The same errors where one pixel is `factor` of now.
+    /// The same errors in pixels of which each is as long as `factor` of these.
     [[nodiscard]] Correction scaled_down(double factor) const {
         Correction result = *this;
         result.height_px /= factor;
@@ -62,7 +62,7 @@ struct ViewShape {
     double trapez_scale = 1.0;
 };
 
-/// Disparities against the shift of a correction.
+/// Disparities that are left when the shift of a correction is taken away.
 struct PairDisparities {
     double window_px = 0.0;
     double near_px = 0.0;
@@ -85,7 +85,7 @@ struct PairDisparities {
 
 /// The shifts of a pair. `window_shift_px` + `pure_shift_px` is the shift of the correction.
 struct WindowPlacement {
-    double output_window_px = 0.0;  ///< Pixels of the output.
+    double output_window_px = 0.0;  ///< Place of the window, in pixels of the output.
     double window_shift_px = 0.0;
     double pure_shift_px = 0.0;  ///< What the warp applies.
 };

@@ -16,8 +16,10 @@ struct Axis {
     int out_span = 1;
 };
 
+/// The axis of a rescaling from `in` to `out` samples, both positive.
 [[nodiscard]] Axis make_axis(int in, int out);
 
+/// False, with nothing written, where the height would shrink to less than a 255th.
 [[nodiscard]] bool bilinear(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x,
                             const Axis& y);
 void bicubic(ConstPicture source, Picture target, RescaleScratch& scratch, const Axis& x, const Axis& y);

@@ -1,5 +1,5 @@
 #pragma once
-/// What a function that can fail gives back, and what it says when it does.
+/// What a function that can fail gives back: its value, or the note for the user that says why there is none.
 
 #include <optional>
 #include <string>
@@ -20,7 +20,7 @@ enum class Audience {
     html_report,
 };
 
-/// How often one and the same text is told.
+/// How often one and the same text is shown.
 enum class Repeat { always, once_a_pair, once_a_run };
 
 /// Something that the user is to know.

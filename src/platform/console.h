@@ -23,7 +23,9 @@ public:
     void set_course(std::string before, std::string behind);
     /// Ends an overwritten line, so that the next text starts on a line of its own.
     void end_progress();
+    /// Rings the bell of a terminal.
     void bell();
+    /// Writes out a begun line.
     void flush();
 
     /// Prints the waiting line and reads one whole line; returns at once at the end of input.
@@ -31,7 +33,6 @@ public:
     /// Reads one line without its end; nothing at the end of input.
     [[nodiscard]] std::optional<std::string> read_line();
 
-    [[nodiscard]] bool is_terminal() const { return is_terminal_; }
     /// Whether somebody can answer: input and output are terminals.
     [[nodiscard]] bool can_ask() const;
 

@@ -16,6 +16,7 @@ struct LocalTime {
     int second = 0;
 };
 
+/// The local time of a moment; `calendar_seconds` counts from the beginning of 1970 in UTC, here and below.
 [[nodiscard]] LocalTime local_time_of(std::int64_t calendar_seconds);
 /// False when the date does not exist.
 [[nodiscard]] bool calendar_seconds_of(const LocalTime& time, std::int64_t& calendar_seconds);

@@ -47,7 +47,8 @@ struct FileIdentity {
 [[nodiscard]] bool is_same_file(const std::string& a, const std::string& b);
 /// Whether a file or folder belongs to the user and nobody else can write it.
 [[nodiscard]] bool is_private_to_user(const std::string& path);
-/// Makes the whole chain of folders; true when it stands at the end. Tells the reason otherwise.
+/// Makes the whole chain of folders; true when it stands at the end. Otherwise false, with the
+/// system's reason in `reason`.
 [[nodiscard]] bool make_folders(const std::string& path, std::string& reason);
 
 [[nodiscard]] std::string working_directory();

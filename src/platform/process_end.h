@@ -6,6 +6,7 @@
 
 namespace zemora {
 
+/// The exit codes of the process.
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailure = 1;
 inline constexpr int kExitNotAllMounted = 3;  ///< With `ExitStatus` 1.
@@ -15,8 +16,8 @@ inline constexpr int kExitNotAllMounted = 3;  ///< With `ExitStatus` 1.
 void set_last_action(std::function<void()> action);
 
 /// Does the last action, flushes the console, removes what the run keeps in its temporary folder and ends the
-/// process. Output that could not be written, as on a full disk, is told on standard error and turns code 0
-/// into 1.
+/// process. Output that could not be written, as on a full disk, is reported on standard error and turns code
+/// 0 into 1.
 [[noreturn]] void end_process(int exit_code);
 
 /// From here on SIGINT, SIGTERM and SIGHUP write out a begun line of the console and remove the temporary

@@ -1,7 +1,6 @@
 #pragma once
 /// Writing files so that nothing half-written ever stands under a final name.
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>

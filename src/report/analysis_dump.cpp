@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/safe_file.h"
 

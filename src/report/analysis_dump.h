@@ -7,7 +7,6 @@
 
 #include "analysis/analysis_visitor.h"
 #include "config/notes.h"
-#include "platform/console.h"
 
 namespace zemora {
 

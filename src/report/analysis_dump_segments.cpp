@@ -5,6 +5,7 @@
 #include "codec/encode.h"
 #include "numerics/rounding.h"
 #include "platform/child_process.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "report/analysis_dump.h"
 #include "report/analysis_dump_grid.h"

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "analysis/phases.h"
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "report/analysis_dump.h"
 #include "report/analysis_dump_grid.h"
@@ -178,7 +179,7 @@ void AnalysisDump::visit_shift(const ShiftFigures& shift) {
         "CQPDF1   = %d\n"
         "CQVAL1   = %d\n"
         "CQOK1    = %d\n",
-        f.dx, f.dy, f.sharpness_x, f.sharpness_y, f.sharpness, f.ambiguity, f.value, valid ? 1 : 0));
+        f.dx, f.dy, f.sharpness_x, f.sharpness_y, f.sharpness, f.ambiguity, f.match_error, valid ? 1 : 0));
     if (shift.is_second) {
         notes_->print(
             format_text("dX       = %f\n"

@@ -1,7 +1,6 @@
 #include "report/comfort_calculator.h"
 
 #include <cstdint>
-#include <span>
 
 #include "platform/safe_file.h"
 #include "report/html_page.h"

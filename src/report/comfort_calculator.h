@@ -1,5 +1,5 @@
 #pragma once
-/// The page that tells how much strain a pair puts on the eyes of an audience, for any screen.
+/// The page that shows how much strain a pair puts on the eyes of an audience, for any screen.
 
 #include <string>
 

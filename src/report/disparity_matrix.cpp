@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "config/voice.h"
+#include "config/html_text.h"
 #include "numerics/rounding.h"
 
 namespace zemora {
@@ -22,7 +22,7 @@ struct PerMilleGrid {
 
 PerMilleGrid per_mille_of(const AnalysisState& analysis) {
     PerMilleGrid grid;
-    const double width = std::max(1, analysis.disparity_width);
+    const double width = std::max(1, analysis.disparity_copy_width);
     for (std::size_t i = 0; i < kGridMax; ++i) {
         for (std::size_t j = 0; j < kGridMax; ++j) {
             const int cell = round_half_up(analysis.dx[i][j] * 1000.0 / width);

@@ -63,15 +63,16 @@ static_assert(std::size(kRemedies) == static_cast<std::size_t>(HeightCause::uncl
 
 HeightVerdict verdict_of(const HeightCheck& check) {
     const auto limit = [&check](double parts, double least) {
-        return std::max(check.height_px / parts, least * check.pixel_px);
+        return std::max(check.height_input_px / parts, least * check.pixel_input_px);
     };
     if (check.matched < kLeastMatched) {
         return HeightVerdict::unchecked;
     }
-    if (check.most_px > limit(kUnusableParts, kLeastUnusable)) {
+    if (check.most_input_px > limit(kUnusableParts, kLeastUnusable)) {
         return HeightVerdict::unusable;
     }
-    const bool is_good = check.most_px <= limit(kGoodParts, kLeastGood) && check.agreement >= kLeastAgreement;
+    const bool is_good =
+        check.most_input_px <= limit(kGoodParts, kLeastGood) && check.agreement >= kLeastAgreement;
     return is_good ? HeightVerdict::good : HeightVerdict::visible;
 }
 
@@ -86,8 +87,8 @@ HeightCause cause_of(const HeightCheck& check, double depth) {
         return HeightCause::depth;
     }
     const bool has_shape = check.matched * kManyParts >= check.tiles;
-    return has_shape && check.most_px > kSmooth * check.rough_px ? HeightCause::distortion
-                                                                 : HeightCause::unclear;
+    return has_shape && check.most_input_px > kSmooth * check.rough_input_px ? HeightCause::distortion
+                                                                             : HeightCause::unclear;
 }
 
 }  // namespace
@@ -106,7 +107,7 @@ std::string height_remark(const HeightCheck& check, HeightVerdict verdict, const
     const BothTexts& words = kVerdicts[static_cast<std::size_t>(verdict)];
     return format_text(messages.either({" (median; 95 %% of the picture below %.2f pixel of the input): %s",
                                         " (Median; 95 %% des Bildes unter %.2f Pixel der Eingabe): %s"}),
-                       check.most_px, messages.either(words));
+                       check.most_input_px, messages.either(words));
 }
 
 std::string height_remedy(HeightCause cause, const MessageCatalogue& messages) {

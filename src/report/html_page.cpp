@@ -1,7 +1,7 @@
 #include "report/html_page.h"
 
+#include "config/html_text.h"
 #include "config/text_lines.h"
-#include "config/voice.h"
 
 namespace zemora {
 

@@ -114,7 +114,7 @@ RowBlock check_block(const PairFacts& facts) {
     const MessageCatalogue& messages = facts.messages;
     const HeightCheck& check = *facts.report.heights;
     const HeightVerdict verdict = facts.heights().verdict;
-    const double shown = verdict == HeightVerdict::unchecked ? std::nan("") : check.median_px;
+    const double shown = verdict == HeightVerdict::unchecked ? std::nan("") : check.median_input_px;
     return {messages.either({"Check of the result:\n", "Pruefung des Ergebnisses:\n"}),
             messages.either({"--------------------\n", "-------------------------\n"}),
             {{messages.either({"Remaining error of height   ", "Verbliebener Hoehenfehler   "}),
@@ -207,7 +207,7 @@ std::string exchange_warning(const MessageCatalogue& messages) {
          "(InverseInput vertauscht die Ansichten).\n"});
 }
 
-/// The judgement, and what a pair that has not quite converged is told.
+/// The judgement, and the advice for a pair that has not quite converged.
 std::vector<std::string> sentences_of(const PairFacts& facts) {
     std::vector<std::string> sentences =
         judgement_texts(facts.judgement, facts.options.projection_ratio, facts.messages);
@@ -265,7 +265,7 @@ std::string html_of(const std::vector<RowBlock>& blocks, const std::vector<std::
     return html;
 }
 
-/// What the console tells of a pair whose report it does not show.
+/// What the console shows of a pair whose report it leaves out.
 std::string quiet_text(const PairFacts& facts) {
     if (!facts.report.heights) {
         return {};

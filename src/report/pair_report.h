@@ -12,11 +12,11 @@
 
 namespace zemora {
 
-/// Everything that the report of a pair tells; it computes nothing.
+/// Everything that the report of a pair says.
 struct ImageReport {
-    int mode = 1;  ///< `EstimateGeometry` of this pair.
-    /// The result was measured and is told: not where the keys alone gave the geometry (mode 0), unless the
-    /// views come from a depth mask.
+    int mode = setting::estimate_geometry::measured;  ///< `EstimateGeometry` of this pair.
+    /// The result was measured and is reported: not where the keys alone gave the geometry (mode 0), unless
+    /// the views come from a depth mask.
     bool is_analysed = true;
     StatusCode status = StatusCode::failed;
     int width = 0;  ///< Output, pixels.
@@ -49,21 +49,21 @@ struct ReportOptions {
     bool links_calculator = true;  ///< With `VerboseMode` above 1 the page hands values to the calculator.
 };
 
-/// Tells the result of a pair on the console and in both reports.
+/// Writes the result of a pair on the console and into both reports.
 void write_image_report(const ReportOptions& options, const ImageReport& report, Notes& notes);
 
-/// The mount failure on the console and in both reports.
+/// Writes on the console and into both reports that a pair cannot be mounted.
 void report_mount_failure(Notes& notes);
 
 /// Mean values of all frames of a sequence.
 struct SequenceReport {
-    int mode = 1;  ///< `EstimateGeometry`.
+    int mode = setting::estimate_geometry::measured;  ///< `EstimateGeometry`.
     Correction correction;
     double near_shift_px = 0.0;
     int seconds = 0;
 };
 
-/// Tells the mean values of a sequence on the console and in both reports.
+/// Writes the mean values of a sequence on the console and into both reports.
 void write_sequence_report(const SequenceReport& report, Notes& notes);
 
 }  // namespace zemora

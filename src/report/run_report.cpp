@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "config/html_text.h"
 #include "config/text_lines.h"
 #include "platform/paths.h"
 #include "report/html_page.h"

@@ -63,9 +63,10 @@ private:
     long position_ = 0;  ///< Where the next section goes, bytes.
 };
 
-/// Text and HTML report; silent while they are not open. What is told is kept until its section ends and then
-/// written at once: both files can be read while the run goes on, the HTML file as a whole page, and a run
-/// that is killed loses the section at work alone. The HTML file is in Latin-1, whatever it is told.
+/// Text and HTML report; what comes while they are not open is dropped. Lines are kept until their section
+/// ends and then written at once: both files can be read while the run goes on, the HTML file as a whole
+/// page, and a run that is killed loses the section at work alone. The HTML file is in Latin-1, the lines are
+/// in UTF-8.
 class RunReport : public ReportSink {
 public:
     explicit RunReport(const MessageCatalogue& messages);

@@ -2,7 +2,8 @@
 
 #include <cmath>
 
-#include "config/voice.h"
+#include "config/html_text.h"
+#include "config/messages.h"
 #include "numerics/rounding.h"
 
 namespace zemora {

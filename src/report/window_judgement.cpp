@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "config/setting_values.h"
-
 namespace zemora {
 
 namespace {
@@ -45,7 +43,7 @@ constexpr const JudgementText* find_text(int wanted) {
                         [wanted](const JudgementText& text) { return text.key == wanted; });
 }
 
-constexpr bool are_told(int first, int last) {
+constexpr bool have_texts(int first, int last) {
     for (int wanted = first; wanted <= last; ++wanted) {
         if (find_text(wanted) == std::end(kTexts)) {
             return false;
@@ -53,12 +51,12 @@ constexpr bool are_told(int first, int last) {
     }
     return true;
 }
-static_assert(are_told(key(DepthVerdict::unsuited), key(DepthVerdict::too_flat)));
-static_assert(are_told(key(NearVerdict::very_far_behind_unfavourable),
-                       key(NearVerdict::probably_too_far_before)));
-static_assert(are_told(key(EdgeVerdict::not_judged), key(EdgeVerdict::no_violation)));
-static_assert(are_told(key(FarVerdict::painful), key(FarVerdict::too_near)));
-static_assert(are_told(key(Preface::window_moved_back), key(Preface::ratio_given)));
+static_assert(have_texts(key(DepthVerdict::unsuited), key(DepthVerdict::too_flat)));
+static_assert(have_texts(key(NearVerdict::very_far_behind_unfavourable),
+                         key(NearVerdict::probably_too_far_before)));
+static_assert(have_texts(key(EdgeVerdict::not_judged), key(EdgeVerdict::no_violation)));
+static_assert(have_texts(key(FarVerdict::painful), key(FarVerdict::too_near)));
+static_assert(have_texts(key(Preface::window_moved_back), key(Preface::ratio_given)));
 
 template <class Verdict>
 const char* words_of(Verdict verdict, const MessageCatalogue& messages) {

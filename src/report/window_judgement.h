@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "config/messages.h"
+#include "config/setting_values.h"
 
 namespace zemora {
 
@@ -18,8 +19,8 @@ struct WindowFigures {
     int right_curtain_px = 0;
     int width = 0;
     int height = 0;
-    int projection_ratio = 0;  ///< `ProjectionRatio`
-    int estimate_window = 0;   ///< `EstimateWindow`
+    int projection_ratio = setting::projection_ratio::none;
+    int estimate_window = setting::estimate_window::as_measured;
 };
 
 /// How deep the pair is.

@@ -54,7 +54,7 @@ TEST_P(ErrorModel, RecoversEachTermAndKeepsThemApart) {
                     tolerance_px);
         EXPECT_NEAR(fit.values.vergence_h_rad * kHeight / 2, truth.vergence_h_rad * kHeight / 2,
                     tolerance_px);
-        EXPECT_LT(fit.residual_rms, tolerance_px);
+        EXPECT_LT(fit.residual_rms_px, tolerance_px);
     }
 }
 
@@ -88,7 +88,7 @@ TEST(ErrorModel, TermsThatAreLeftOutAreExactlyZeroAndStayInTheResidual) {
     const ModelFit fit =
         solve_error_model(points({.vergence_v_rad = 0.01F}, false), kHeight, kWidth, {false, true});
     EXPECT_EQ(fit.values.vergence_v_rad, 0.0F);
-    EXPECT_GT(fit.residual_rms, 0.5);
+    EXPECT_GT(fit.residual_rms_px, 0.5);
     const ModelFit nothing = solve_error_model({}, kHeight, kWidth, {true, true});
     EXPECT_EQ(nothing.values.height_px, 0.0F);
 }

@@ -63,7 +63,7 @@ TEST(FirstGrid, TwoFalseCellsOfNineMakeNoSize) {
         estimate_first(state);
         if (robust) {
             expect_first_terms(state);
-            EXPECT_NEAR(state.first_grid_spread, 42.0F, 1.0F) << "the worst cell is told";
+            EXPECT_NEAR(state.first_grid_spread_px, 42.0F, 1.0F) << "the worst cell counts";
         } else {
             EXPECT_LT(state.correction.size, -0.03F) << "the plain rule follows them";
         }
@@ -74,7 +74,7 @@ TEST(FirstGrid, SoundCellsHaveNoSpread) {
     AnalysisState state = first_grid();
     estimate_first(state);
     expect_first_terms(state);
-    EXPECT_LT(state.first_grid_spread, 1.0F);
+    EXPECT_LT(state.first_grid_spread_px, 1.0F);
 }
 
 TEST(FirstGrid, OneFalseCellAnywhereDoesNoHarm) {
@@ -85,7 +85,7 @@ TEST(FirstGrid, OneFalseCellAnywhereDoesNoHarm) {
             estimate_first(state);
             SCOPED_TRACE(::testing::Message() << "cell " << k << " off by " << error);
             expect_first_terms(state);
-            EXPECT_NEAR(state.first_grid_spread, std::fabs(error), 1.0F);
+            EXPECT_NEAR(state.first_grid_spread_px, std::fabs(error), 1.0F);
         }
     }
 }
@@ -102,8 +102,8 @@ TEST(FirstGrid, TwoFalseCellsDoNoHarmOrAreTold) {
                 estimate_first(state);
                 const bool right = std::fabs(state.correction.size - kFirstSize) < 0.001F;
                 harmless += right ? 1 : 0;
-                told += state.first_grid_spread > kTellingSpread ? 1 : 0;
-                EXPECT_GT(state.first_grid_spread, kTellingSpread) << a << " and " << b << " " << sign;
+                told += state.first_grid_spread_px > kTellingSpread ? 1 : 0;
+                EXPECT_GT(state.first_grid_spread_px, kTellingSpread) << a << " and " << b << " " << sign;
             }
         }
     }
@@ -250,7 +250,7 @@ TEST(RobustRound, GivesTheSameNumbersForAnyThreads) {
     EXPECT_EQ(one.correction.rotation_rad, two.correction.rotation_rad);
     EXPECT_EQ(one.correction.vergence_v_rad, two.correction.vergence_v_rad);
     EXPECT_EQ(one.correction.vergence_h_rad, two.correction.vergence_h_rad);
-    EXPECT_EQ(one.residual_rms, two.residual_rms);
+    EXPECT_EQ(one.residual_rms_px, two.residual_rms_px);
     EXPECT_EQ(one.disparity.near_point, two.disparity.near_point);
 }
 

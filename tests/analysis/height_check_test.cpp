@@ -39,10 +39,10 @@ TEST_P(KnownHeight, IsFoundInFractionsOfAPixel) {
     });
     const HeightCheck check = checked(pair.pictures());
     EXPECT_GE(check.matched, kHeightCheckTiles * 2 / 3);
-    EXPECT_NEAR(check.median_px, std::abs(c.dy), 0.1);
-    EXPECT_NEAR(check.most_px, std::abs(c.dy), 0.3);
-    EXPECT_LT(check.rough_px, 0.15);
-    EXPECT_EQ(check.height_px, c.height);
+    EXPECT_NEAR(check.median_input_px, std::abs(c.dy), 0.1);
+    EXPECT_NEAR(check.most_input_px, std::abs(c.dy), 0.3);
+    EXPECT_LT(check.rough_input_px, 0.15);
+    EXPECT_EQ(check.height_input_px, c.height);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -56,10 +56,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(HeightCheck, CountsPixelsOfTheInput) {
     const TexturePair pair(1400, 1000, [](double, double) { return Displacement{4.0, 3.0}; });
     const HeightCheck check = checked(pair.pictures(), 0.5);
-    EXPECT_NEAR(check.median_px, 6.0, 0.1);
-    EXPECT_NEAR(check.most_px, 6.0, 0.2);
-    EXPECT_EQ(check.height_px, 2000.0);
-    EXPECT_EQ(check.pixel_px, 2.0);
+    EXPECT_NEAR(check.median_input_px, 6.0, 0.1);
+    EXPECT_NEAR(check.most_input_px, 6.0, 0.2);
+    EXPECT_EQ(check.height_input_px, 2000.0);
+    EXPECT_EQ(check.pixel_input_px, 2.0);
 }
 
 TEST(HeightCheck, APartThatIsOffShowsAndTheRestDoesNotHideIt) {
@@ -67,12 +67,12 @@ TEST(HeightCheck, APartThatIsOffShowsAndTheRestDoesNotHideIt) {
         return Displacement{5.0, x > 0.0 && y > 0.0 ? 8.0 : 0.0};
     });
     const HeightCheck check = checked(pair.pictures());
-    EXPECT_LT(check.median_px, 0.3);
-    EXPECT_NEAR(check.most_px, 8.0, 0.5);
+    EXPECT_LT(check.median_input_px, 0.3);
+    EXPECT_NEAR(check.most_input_px, 8.0, 0.5);
     const TexturePair gross(1400, 1000, [](double x, double) {
         return Displacement{5.0, x > 0.0 ? -22.0 : 0.0};  // phase 5 finds no disparity in the right half
     });
-    EXPECT_NEAR(checked(gross.pictures()).most_px, 22.0, 0.5);
+    EXPECT_NEAR(checked(gross.pictures()).most_input_px, 22.0, 0.5);
 }
 
 /// The texture where `is_free`, dots of one kind elsewhere; the right view is lower by `dy` pixels.
@@ -104,7 +104,7 @@ TEST(HeightCheck, WhatStandsBesideAPatternTellsThatItIsOnePeriodOff) {
     const HeightCheck check = checked(half.pictures());
     EXPECT_GT(check.matched, 10);
     EXPECT_GT(check.ambiguous, 20);
-    EXPECT_NEAR(check.median_px, 22.0, 0.3);
+    EXPECT_NEAR(check.median_input_px, 22.0, 0.3);
 }
 
 TEST(HeightCheck, ViewsOfDifferentThingsHaveNothingToMatch) {
@@ -147,8 +147,8 @@ TEST(HeightCheck, GivesTheSameForEveryNumberOfThreadsAndInstructionSet) {
         omp_set_num_threads(count);
         testing::for_each_instruction_set([&] {
             const HeightCheck again = checked(pair.pictures());
-            EXPECT_EQ(again.median_px, first.median_px);
-            EXPECT_EQ(again.most_px, first.most_px);
+            EXPECT_EQ(again.median_input_px, first.median_input_px);
+            EXPECT_EQ(again.most_input_px, first.most_input_px);
             EXPECT_EQ(again.matched, first.matched);
         });
     }
@@ -171,21 +171,21 @@ TEST(HeightSummary, SingleFalseMatchesFallAwayAndPlacesThatAgreeStay) {
         [](int row, int column) { return row % 3 == 1 && column % 4 == 1 ? 9.0 + row + column : 0.2; }));
     EXPECT_EQ(scattered.isolated, 6);
     EXPECT_EQ(scattered.matched, kHeightCheckTiles - 6);
-    EXPECT_NEAR(scattered.most_px, 0.2, 1e-9);
+    EXPECT_NEAR(scattered.most_input_px, 0.2, 1e-9);
     const HeightCheck corner =
         summarise_heights(samples_of([](int row, int column) { return row < 3 && column < 3 ? -8.0 : 0.2; }));
     EXPECT_EQ(corner.isolated, 0);
-    EXPECT_NEAR(corner.median_px, 0.2, 1e-9);
-    EXPECT_NEAR(corner.most_px, 8.0, 1e-9);
+    EXPECT_NEAR(corner.median_input_px, 0.2, 1e-9);
+    EXPECT_NEAR(corner.most_input_px, 8.0, 1e-9);
 }
 
 TEST(HeightSummary, MedianMostAndRoughnessOfASlope) {
     const HeightCheck slope = summarise_heights(samples_of([](int row, int) { return row - 4.0; }));
-    EXPECT_EQ(slope.median_px, 2.0);
-    EXPECT_EQ(slope.most_px, 4.0);
-    EXPECT_LT(slope.rough_px, 0.6);
+    EXPECT_EQ(slope.median_input_px, 2.0);
+    EXPECT_EQ(slope.most_input_px, 4.0);
+    EXPECT_LT(slope.rough_input_px, 0.6);
     EXPECT_EQ(summarise_heights({}).matched, 0);
-    EXPECT_EQ(summarise_heights({{2, 3, -1.5}}).most_px, 1.5);
+    EXPECT_EQ(summarise_heights({{2, 3, -1.5}}).most_input_px, 1.5);
 }
 
 }  // namespace

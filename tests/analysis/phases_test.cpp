@@ -52,7 +52,7 @@ TEST(PhaseShift, RefusesTwoHundredPixels) {
         9.0);
     AnalysisState state(analysis_options());
     EXPECT_EQ(run(state, sideways.pictures(), AnalysePhase::shift), AnalyseStatus::shift_too_large);
-    EXPECT_NEAR(state.oversize_shift, -210.0, 6.0);
+    EXPECT_NEAR(state.oversize_shift_px, -210.0, 6.0);
     EXPECT_FALSE(state.oversize_is_vertical);
     const TexturePair upward(
         600, 800,
@@ -146,7 +146,7 @@ TEST_P(PhaseGeometry, MeasuresEveryTermInBothDirections) {
         EXPECT_NEAR(sign * state.correction.vergence_h_rad * kHeight / 2, truth.vergence_h_rad * kHeight / 2,
                     0.35);
         EXPECT_EQ(state.corner_coverage, 1);
-        EXPECT_LT(state.residual_rms, 0.35F);
+        EXPECT_LT(state.residual_rms_px, 0.35F);
     }
 }
 
@@ -268,7 +268,7 @@ TEST(PhaseDisparity, FindsNearFarEdgesAndCentre) {
     options.estimate_window = 3;
     AnalysisState state(options);
     ASSERT_EQ(run(state, pair.pictures(), AnalysePhase::disparity), AnalyseStatus::done);
-    EXPECT_EQ(state.disparity_width, 1024);
+    EXPECT_EQ(state.disparity_copy_width, 1024);
     EXPECT_NEAR(state.disparity.near_point, -56.0, 4.0);
     EXPECT_NEAR(state.disparity.far_point, 56.0, 4.0);
     EXPECT_NEAR(state.disparity.left_edge_near, state.disparity.near_point, 2.1);

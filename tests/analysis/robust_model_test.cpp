@@ -82,7 +82,7 @@ protected:
                              double tolerance_px) {
         const RobustFit robust = solve_error_model_robustly(points, kHeight, kWidth, kAllTerms);
         expect_terms(robust.fit.values, truth, tolerance_px);
-        EXPECT_LT(robust.fit.residual_rms, 0.12);
+        EXPECT_LT(robust.fit.residual_rms_px, 0.12);
         ASSERT_EQ(robust.weights.size(), points.size());
         int gross = 0;
         for (std::size_t k = 0; k < points.size(); ++k) {
@@ -178,7 +178,7 @@ TEST(RobustModel, FewPointsAreFittedPlainly) {
     EXPECT_EQ(few.fit.values.height_px, plain.values.height_px);
     EXPECT_EQ(few.fit.values.size, plain.values.size);
     EXPECT_EQ(few.fit.values.rotation_rad, plain.values.rotation_rad);
-    EXPECT_EQ(few.fit.residual_rms, plain.residual_rms);
+    EXPECT_EQ(few.fit.residual_rms_px, plain.residual_rms_px);
     EXPECT_TRUE(solve_error_model_robustly({}, kHeight, kWidth, kAllTerms).weights.empty());
 }
 
@@ -246,7 +246,7 @@ TEST(RobustModel, GivesTheSameBitsInEveryCall) {
         EXPECT_EQ(again.fit.values.rotation_rad, first.fit.values.rotation_rad);
         EXPECT_EQ(again.fit.values.vergence_v_rad, first.fit.values.vergence_v_rad);
         EXPECT_EQ(again.fit.values.vergence_h_rad, first.fit.values.vergence_h_rad);
-        EXPECT_EQ(again.fit.residual_rms, first.fit.residual_rms);
+        EXPECT_EQ(again.fit.residual_rms_px, first.fit.residual_rms_px);
     }
 }
 
@@ -254,7 +254,7 @@ TEST(RobustModel, PointsThatDetermineNothingGiveFiniteValues) {
     const std::vector<ModelPoint> one_place(20, ModelPoint{300, 200, 1.5});
     const RobustFit same = solve_error_model_robustly(one_place, kHeight, kWidth, kAllTerms);
     EXPECT_TRUE(std::isfinite(same.fit.values.height_px));
-    EXPECT_TRUE(std::isfinite(same.fit.residual_rms));
+    EXPECT_TRUE(std::isfinite(same.fit.residual_rms_px));
     std::vector<ModelPoint> column;
     for (int i = 0; i < 20; ++i) {
         column.push_back({400, 25 * i + 60, 2.0});

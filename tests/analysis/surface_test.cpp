@@ -140,7 +140,7 @@ TEST(Surface, AmbiguityCountsErrorsUpToTwiceTheLeast) {
     const auto errors = [](int i, int j) { return i == 2 && j == 2 ? 10.0 : (i == 0 ? 20.0 : 20.5); };
     const SurfaceFigures figures = plain_figures(surface_of(4, 4, 1, 1, errors), 600, 800);
     EXPECT_EQ(figures.ambiguity, 6);
-    EXPECT_EQ(figures.value, 400) << "10 per mille of 25 cells";
+    EXPECT_EQ(figures.match_error, 400) << "10 per mille of 25 cells";
     EXPECT_EQ(plain_figures(surface_of(4, 4, 1, 1, [](int, int) { return 3.0; }), 600, 800).ambiguity, 24)
         << "never all of them";
 }
@@ -247,7 +247,7 @@ TEST(Profile, FigureIsTheFlankThatRisesLess) {
     EXPECT_NEAR(valley(3.0, 2.0, 100).sharpness_x, 20.0, 1e-3);
     EXPECT_EQ(valley(3.0, 2.0, 100).dx, -52.0F);
     EXPECT_EQ(valley(3.0, 2.0, 100).ambiguity, 3 + 1 + 4);
-    EXPECT_EQ(valley(3.0, 2.0, 100).value, 2 + 4) << "strictly below twice the least error";
+    EXPECT_EQ(valley(3.0, 2.0, 100).match_error, 2 + 4) << "strictly below twice the least error";
     EXPECT_EQ(valley(1.0, 1.0, 0).sharpness_x, kNoMinimum);
     EXPECT_EQ(valley(1.0, 1.0, 304).sharpness_x, kNoMinimum);
     EXPECT_NEAR(valley(1.0, 1.0, 2).sharpness_x, 10.0, 1e-3) << "cells off the line are left out";
@@ -256,7 +256,7 @@ TEST(Profile, FigureIsTheFlankThatRisesLess) {
 TEST(Profile, PerfectMatchIsNarrow) {
     const SurfaceFigures figures =
         evaluate_profile(surface_of(0, 304, 1, 1, [](int, int j) { return j == 152 ? 0.0 : 5.0; }));
-    EXPECT_EQ(figures.value, -1 - 304);
+    EXPECT_EQ(figures.match_error, -1 - 304);
     EXPECT_EQ(figures.ambiguity, 1);
 }
 

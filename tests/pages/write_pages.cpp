@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "config/html_text.h"
 #include "report/comfort_calculator.h"
 #include "report/pair_report.h"
 #include "report/run_report.h"

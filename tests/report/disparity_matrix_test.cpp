@@ -7,7 +7,7 @@ namespace {
 
 TEST(DisparityMatrix, ShowsTheTopRowFirstAndTheExtremesInRed) {
     AnalysisState analysis{AnalysisOptions{}};
-    analysis.disparity_width = 500;
+    analysis.disparity_copy_width = 500;
     analysis.valid_disparity[0][0] = analysis.valid_disparity[15][15] = analysis.valid_disparity[15][1] = 1;
     analysis.dx[0][0] = -12.3F;
     analysis.dx[15][1] = 0.25F;

@@ -9,10 +9,10 @@ namespace {
 HeightCheck check_of(double most_px) {
     HeightCheck check;
     check.tiles = check.matched = kHeightCheckTiles;
-    check.median_px = most_px / 3.0;
-    check.most_px = most_px;
-    check.rough_px = most_px / 5.0;
-    check.height_px = 3000.0;
+    check.median_input_px = most_px / 3.0;
+    check.most_input_px = most_px;
+    check.rough_input_px = most_px / 5.0;
+    check.height_input_px = 3000.0;
     return check;
 }
 
@@ -24,11 +24,11 @@ TEST(HeightJudgement, VerdictByThePartOfTheHeight) {
     EXPECT_EQ(judge_heights(check_of(10.0), kFlat).verdict, HeightVerdict::visible);
     EXPECT_EQ(judge_heights(check_of(10.01), kFlat).verdict, HeightVerdict::unusable);
     HeightCheck small = check_of(0.5);
-    small.height_px = 200.0;
+    small.height_input_px = 200.0;
     EXPECT_EQ(judge_heights(small, kFlat).verdict, HeightVerdict::good) << "not measured more finely";
-    small.most_px = 1.51;
+    small.most_input_px = 1.51;
     EXPECT_EQ(judge_heights(small, kFlat).verdict, HeightVerdict::unusable);
-    small.pixel_px = 2.0;
+    small.pixel_input_px = 2.0;
     EXPECT_EQ(judge_heights(small, kFlat).verdict, HeightVerdict::visible) << "pixels of half the size";
 }
 
@@ -72,7 +72,7 @@ TEST(HeightJudgement, CauseByWhatTheTilesShow) {
         check.tiles = c.tiles;
         check.matched = c.matched;
         check.ambiguous = c.ambiguous;
-        check.rough_px = c.rough_px;
+        check.rough_input_px = c.rough_px;
         EXPECT_EQ(judge_heights(check, c.depth).cause, c.cause)
             << c.tiles << ' ' << c.matched << ' ' << c.ambiguous << ' ' << c.rough_px << ' ' << c.depth;
     }
