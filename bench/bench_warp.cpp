@@ -166,8 +166,9 @@ void store(benchmark::State& state, const char* suffix, bool stereo) {
     options.jpeg_quality = 95;
     for (auto _ : state) {
         const Finished finished = pair.finished();
-        const Result<StoreResult> result = stereo ? write_stereo(finished, {}, left, {}, options, pair.voice)
-                                                  : write_both(finished, left, right, options, pair.voice);
+        const Result<StoreResult> result =
+            stereo ? write_stereo(*compose_stereo(finished, {}, pair.voice), left, {}, options)
+                   : write_both(finished, left, right, options, pair.voice);
         if (!result || result->code != 0) {
             state.SkipWithError("not stored");
         }

@@ -120,7 +120,7 @@ private:
     const ParameterSet& parameters_;
     long long run_start_;               ///< Calendar seconds.
     std::mutex mutex_;                  ///< One call at a time talks to the program.
-    std::set<std::string> unreadable_;  ///< Files that were told.
+    std::set<std::string> unreadable_;  ///< Files that were reported.
     bool looked_for_ = false;
     std::string program_;
     ChildDialog dialog_;

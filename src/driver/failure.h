@@ -15,7 +15,7 @@ struct EndOfRun {
 };
 [[noreturn]] void end_run(int exit_code);
 
-/// Tells the failure; where it ends the run, this does so.
+/// Reports the failure; where it ends the run, this does so.
 void conclude_failure(Notes& notes, const Failure& failure);
 
 /// The value of a result without which the run cannot go on, whatever its failure says.

@@ -10,7 +10,7 @@
 namespace zemora {
 
 /// The usual suffix of `name`. Empty, with the
-/// message told, when the name has none or one of a length that is no picture's.
+/// message reported, when the name has none or one of a length that is no picture's.
 [[nodiscard]] std::string checked_suffix(const std::string& name, Notes& notes);
 
 /// The suffix of the stored pictures for one input, by `OutputFormat`. Tells when ".bmp" stands in.

@@ -9,7 +9,7 @@
 
 int main(int count, char** values) {
     std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is no reason to lose a picture
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is told like a full disk
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is reported like a full disk
     zemora::end_well_at_signals();
     zemora::end_well_without_memory();
     zemora::start_worker_threads();

@@ -39,7 +39,7 @@ StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, con
     return record;
 }
 
-/// The record as it stands in an input file; nothing, with the reason told, when it does not count.
+/// The record as it stands in an input file; nothing, with the reason reported, when it does not count.
 std::optional<StoredCorrectionRecord> record_in(Pipeline& pipeline, const std::string& file,
                                                 InputClass input_class, std::string& line, Notes& notes) {
     const auto answer = pipeline.exiftool.read_record(file, input_class, notes);

@@ -14,7 +14,7 @@ namespace zemora {
 
 /// The depth image of a photo, bright near: out of the photo where the maker is known to put it there,
 /// else the file "<name>_D.jpg" beside the photo. It is kept below "cd", upright as the photo. Without one
-/// the reason stands in the result; a photo of a known maker without depth is told.
+/// the reason stands in the result; a photo of a known maker without depth is reported.
 [[nodiscard]] LoadedPicture read_phone_depth(ExifTool& exiftool, const std::string& photo, Notes& notes);
 
 }  // namespace zemora

@@ -1,13 +1,15 @@
 #pragma once
 /// The way of one stereo pair after the other from two raw views to stored, corrected output.
 ///
-/// stage           reads                                writes                            ends the pair with
-/// prepare_pair    list, settings, files of the pair    names, orders, views, sizes       unread, failed,
-/// abandoned locate_pair     views, orders, sizes                 located, in depth runs the views  status of
-/// the measurement show_to_user    views, located                       located, sizes, stamp abandoned,
-/// failed, swap mount_views     views, located, sizes                mounted, warped                   failed
-/// store_outputs   views, mounted, warped, names        files, picture tag                store_failed
-/// conclude_pair   all of it                            reports, records, list            nothing
+// clang-format off
+/// | stage         | reads                              | writes                             | ends the pair as          |
+/// | prepare_pair  | list, settings, files of the pair  | names, orders, input views, sizes  | unread, failed, abandoned |
+/// | locate_pair   | input views, orders, sizes         | located; the views in depth runs   | status of the measurement |
+/// | show_to_user  | input views, located               | located, sizes, stamp              | abandoned, failed, swap   |
+/// | mount_views   | input views, located, sizes        | mounted, warped                    | failed                    |
+/// | store_outputs | mounted, warped, input views, names| files, transfers, picture tag      | store_failed              |
+/// | conclude_pair | all of it                          | reports, records, list             |                           |
+// clang-format on
 ///
 /// The first, the two after it and the last two are the stations of a run: each works on a pair of its own.
 

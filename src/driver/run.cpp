@@ -304,7 +304,7 @@ void collect_input(Run& run) {
     if (run.list.count() == 0) {
         run.voice.tell_everywhere(run.messages.text<Msg::main_no_images_to_mount>() +
                                   printable(p.path_of_images) + '\n');
-        // What a list lacks is told on the console alone.
+        // What a list lacks is said on the console alone.
         const std::string hint = empty_list_hint(run);
         if (p.input_mode == setting::input_mode::from_list) {
             run.console.print(hint);

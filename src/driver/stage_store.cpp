@@ -216,6 +216,7 @@ private:
         return deep_ && has_deep_form_of(product) ? deep_->views() : DeepViews();
     }
     void make_deep();
+    void compose_largest();
     [[nodiscard]] std::vector<StoreJob> plan_jobs();
     void run_job(const StoreJob& job);
     [[nodiscard]] Result<StoreResult> write_file(const StoreJob& job);
@@ -230,6 +231,7 @@ private:
     FrameSettings frame_;  ///< For the product to come.
     std::vector<NamedProduct> products_;
     std::optional<DeepPair> deep_;
+    StereoCanvas canvas_;  ///< Of the side-by-side picture until it is written.
 };
 
 /// An input is never written over.
@@ -299,6 +301,22 @@ void PairStore::make_deep() {
     }
 }
 
+/// The side-by-side picture takes longest: all threads put it together before each takes a file.
+void PairStore::compose_largest() {
+    for (NamedProduct& product : products_) {
+        if (product.product.kind != ProductKind::stereo || !product.refused.empty()) {
+            continue;
+        }
+        StoredFile& file = product.files.front();
+        Result<StereoCanvas> canvas = compose_stereo(finished(), product.frame, file.notes);
+        if (canvas) {
+            canvas_ = std::move(*canvas);
+        } else {
+            file.result = canvas.failure();
+        }
+    }
+}
+
 /// The largest pictures come first, so that the threads are done at about the same time.
 std::vector<StoreJob> PairStore::plan_jobs() {
     std::vector<StoreJob> jobs;
@@ -326,8 +344,10 @@ Result<StoreResult> PairStore::write_file(const StoreJob& job) {
                                   file.notes);
         case ProductKind::extra:
             return write_extra(finished(), product.frame, file.path, sources_, deep, extra(), file.notes);
-        case ProductKind::stereo:
-            return write_stereo(finished(), product.frame, file.path, deep, save(), file.notes);
+        case ProductKind::stereo: {
+            const StereoCanvas canvas = std::move(canvas_);
+            return write_stereo(canvas, file.path, deep, save());
+        }
         default:
             return write_view(finished(), product.layouts, job.part == 0 ? View::left : View::right,
                               file.path, deep, save(), file.notes);
@@ -342,6 +362,9 @@ const std::string& PairStore::source_of(const NamedProduct& product, std::size_t
 void PairStore::run_job(const StoreJob& job) {
     const NamedProduct& product = *job.product;
     StoredFile& file = job.product->files[job.part];
+    if (!file.result) {
+        return;  // there was no memory for its canvas
+    }
     file.result = write_file(job);
     if (file.result && file.result->code == 0) {
         // Exiftool is at work beside the stores that follow.
@@ -353,6 +376,7 @@ void PairStore::run_job(const StoreJob& job) {
 
 void PairStore::write() {
     make_deep();
+    compose_largest();
     const std::vector<StoreJob> jobs = plan_jobs();
     const int count = static_cast<int>(jobs.size());
     // Encoding is the longest step of a pair: one file a thread.

@@ -1,5 +1,5 @@
 #pragma once
-/// Whether a pair whose measurement has settled may be told as success.
+/// Whether a pair whose measurement has settled may be reported as success.
 
 #include <string>
 #include <vector>
@@ -21,7 +21,7 @@ struct TrustFacts {
     double agreement = 1.0;  ///< Of the picture with the correction, 0 to 1, where the wide search was asked.
 };
 
-/// In the order in which they are told. A difference in size above 4 %, a rotation or a vergence above 5
+/// In the order in which they are reported. A difference in size above 4 %, a rotation or a vergence above 5
 /// degrees, more than a quarter of the matches rejected, a correction that less than half of the picture
 /// fits, a remaining error of height that cannot be used.
 [[nodiscard]] std::vector<Doubt> doubts_of(const TrustFacts& facts);

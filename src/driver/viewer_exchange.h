@@ -30,7 +30,7 @@ struct PreviewerAnswer {
 [[nodiscard]] std::optional<PreviewerAnswer> parse_previewer_answer(std::string_view text);
 
 /// The pre-selection after the views have changed places: turned as the pictures were seen. The parts of a
-/// stereo file go with their half; those of two files are told for the new order already.
+/// stereo file go with their half; those of two files hold for the new order already.
 [[nodiscard]] PreSelection with_views_swapped(const PreSelection& selection, bool is_stereo_file);
 
 /// The rectangle that the viewer shows, in fractions of the preview; y from the top.

@@ -86,7 +86,7 @@ void remove_exchange_file(const Pipeline& pipeline, const std::string& name) {
     }
 }
 
-/// Runs a viewer on the pair to its end; its exit code, or -1 with the reason told.
+/// Runs a viewer on the pair to its end; its exit code, or -1 with the reason reported.
 int run_viewer(const Pipeline& pipeline, const PairRun& pair, const std::string& program,
                const std::vector<std::string>& numbers) {
     std::vector<std::string> call{program, pipeline.parameters.path_of_images, pair.left_relative,

@@ -8,6 +8,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
 struct FIBITMAP;
 
@@ -104,7 +106,13 @@ private:
     friend struct LibraryBitmap;  // codec/library.h: the codec reaches the bitmap of the library
     explicit Bitmap(FIBITMAP* handle) : handle_(handle) {}
 
+    struct Freer {
+        void operator()(std::uint8_t* memory) const { std::free(memory); }
+    };
+    using Pixels = std::unique_ptr<std::uint8_t[], Freer>;
+
     FIBITMAP* handle_ = nullptr;
+    Pixels pixels_;  ///< Null where they belong to the library, or to the picture they are borrowed from.
 };
 
 /// Fills a picture with one colour.

@@ -19,7 +19,7 @@ struct ChosenFont {
 
 /// The font of a name: an absolute path, NAME.ttf in the fonts folder of $windir, or what the system's font
 /// configuration has for the name, its bold and italic forms for those styles. Otherwise the default font,
-/// which is told once for a name.
+/// which is reported once for a name.
 [[nodiscard]] ChosenFont choose_font(const std::string& name, int style, Notes& notes);
 
 /// The file that the font configuration has for a letter; it may lack the letter all the same. Empty without

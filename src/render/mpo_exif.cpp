@@ -280,7 +280,7 @@ bool begins_with(const FileBytes& bytes, std::size_t at, std::string_view text) 
                       [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; });
 }
 
-/// The changed segment of the source; nothing, told, when there is none that can be used.
+/// The changed segment of the source; nothing, with a report, when there is none that can be used.
 std::optional<FileBytes> source_segment(const MpoMetadata& metadata, Notes& notes) {
     const MessageCatalogue& messages = notes.messages();
     std::string reason;

@@ -25,7 +25,7 @@ struct MpoMetadata {
 };
 
 /// The segment without its marker: its length, "Exif" and the TIFF block. A source segment that is not there
-/// or cannot be changed is told, and the built-in one stands for it.
+/// or cannot be changed is reported, and the built-in one stands for it.
 [[nodiscard]] FileBytes mpo_exif_segment(const MpoMetadata& metadata, Notes& notes);
 
 /// A source segment (without its marker) for new pictures: maker, size, orientation and copyright are set, a

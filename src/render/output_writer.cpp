@@ -87,21 +87,27 @@ Result<StoreResult> write_view(const Finished& pair, const ViewLayouts& layouts,
     return result_of(file, store.reason);
 }
 
-Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame, const std::string& file,
-                                 const DeepViews& deep, const SaveOptions& options, Notes& notes) {
-    const CanvasLayout layout = side_by_side_layout(pair, frame);
-    tell_frame_faults(layout.faults, notes);
-    const Bitmap canvas = compose_side_by_side(pair, layout, notes);
-    if (!canvas) {
+Result<StereoCanvas> compose_stereo(const Finished& pair, const FrameSettings& frame, Notes& notes) {
+    StereoCanvas canvas;
+    canvas.layout = side_by_side_layout(pair, frame);
+    tell_frame_faults(canvas.layout.faults, notes);
+    canvas.picture = compose_side_by_side(pair, canvas.layout, notes);
+    if (!canvas.picture) {
         return Failure::out_of_memory("5503: FAILED TO ALLOCATE MEMORY FOR OUTPUT IMAGE (STEREO)\n",
                                       "TRY ALSO TO CREATE LEFT-RIGHT IMAGES INSTEAD OF SIDE-BY-SIDE\n");
     }
+    return canvas;
+}
+
+Result<StoreResult> write_stereo(const StereoCanvas& canvas, const std::string& file, const DeepViews& deep,
+                                 const SaveOptions& options) {
     if (!deep) {
-        return result_of(file, save_picture(canvas, file, options));
+        return result_of(file, save_picture(canvas.picture, file, options));
     }
+    const CanvasLayout& layout = canvas.layout;
     const std::array placed = {PlacedDeepView{deep.left, layout.left_picture_column, layout.picture_row},
                                PlacedDeepView{deep.right, layout.right_picture_column, layout.picture_row}};
-    const Bitmap picture = deepened(canvas, placed);
+    const Bitmap picture = deepened(canvas.picture, placed);
     if (!picture) {
         return Failure::out_of_memory(kNoMemoryDeep);
     }

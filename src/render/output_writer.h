@@ -58,9 +58,15 @@ struct ViewLayouts {
 [[nodiscard]] Result<StoreResult> write_view(const Finished& pair, const ViewLayouts& layouts, View view,
                                              const std::string& file, const DeepViews& deep,
                                              const SaveOptions& options, Notes& notes);
-/// Reports what is wrong with the frame.
-[[nodiscard]] Result<StoreResult> write_stereo(const Finished& pair, const FrameSettings& frame,
-                                               const std::string& file, const DeepViews& deep,
-                                               const SaveOptions& options, Notes& notes);
+/// The side-by-side picture, on its canvas.
+struct StereoCanvas {
+    CanvasLayout layout;
+    Bitmap picture;
+};
+/// Reports what is wrong with the frame. Uses all threads where it is not called by one of a team.
+[[nodiscard]] Result<StereoCanvas> compose_stereo(const Finished& pair, const FrameSettings& frame,
+                                                  Notes& notes);
+[[nodiscard]] Result<StoreResult> write_stereo(const StereoCanvas& canvas, const std::string& file,
+                                               const DeepViews& deep, const SaveOptions& options);
 
 }  // namespace zemora

@@ -20,7 +20,7 @@ struct TextPlace {
     bool is_mirrored = false;
 };
 
-/// The mask of `text`, without pixels when it has no width. Nothing when it failed, which is told.
+/// The mask of `text`, without pixels when it has no width. Nothing when it failed, which is reported.
 [[nodiscard]] std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest,
                                                   Notes& notes);
 
@@ -34,7 +34,7 @@ void blend(std::uint8_t* pixel, int cover, Colour colour);
 /// Blends letters of one colour over a ground of at most the mask's size.
 void blend_letters(Picture ground, const LetterMask& mask, Colour colour, bool is_mirrored);
 
-/// Draws the text; false when it failed, which is told.
+/// Draws the text; false when it failed, which is reported.
 bool draw_text(Picture picture, const std::string& text, const TextFont& font, const TextPlace& place,
                Colour colour, Notes& notes);
 

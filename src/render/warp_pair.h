@@ -14,7 +14,7 @@ namespace zemora {
 
 /// How a value between the pixels of the source is found.
 struct Interpolation {
-    int kernel = 1;       ///< 0 to 3; any other is read as 1, which is told.
+    int kernel = 1;       ///< 0 to 3; any other is read as 1, which is reported.
     int tent_radius = 1;  ///< Source pixels that kernel 3 reaches over.
 };
 /// That of `InterpolationMode` at `scale` output pixels per source pixel.

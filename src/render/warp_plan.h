@@ -18,7 +18,8 @@ inline constexpr int kPositionUnit = 128;  ///< Positions per pixel.
 [[nodiscard]] FixedCorrection fixed_correction(const WarpPlan& plan);
 
 /// Whether the corrections are within what the approximations of the chain hold for. A vergence
-/// beyond its limit is told once a pair and becomes 0; a size or rotation beyond it is told and gives false.
+/// beyond its limit is reported once a pair and becomes 0; a size or rotation beyond it is reported and gives
+/// false.
 [[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes);
 
 /// A position in 1/128 pixel.

@@ -122,7 +122,8 @@ struct Rig {
         const FrameSettings before = frame;
         frame = side_by_side_layout(finished(), before).frame;
         const DeepPair deep = deep_pair(file, sources);
-        return *zemora::write_stereo(finished(), before, file, deep.views(), save_options(parameters), voice);
+        return *zemora::write_stereo(*compose_stereo(finished(), before, voice), file, deep.views(),
+                                     save_options(parameters));
     }
     StoreResult write_left_right(const std::string& left, const std::string& right,
                                  const SourceFiles& sources = {}) {
