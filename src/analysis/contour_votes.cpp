@@ -5,12 +5,15 @@
 #include <limits>
 #include <vector>
 
+#include "analysis/contour_rows.h"
+#include "platform/cpu.h"
+
 namespace zemora {
 
 namespace {
 
 // A line is compared in pieces of so many pixels, with the rows round it.
-constexpr int kHalfColumns = 4;
+constexpr int kHalfColumns = kContourHalfColumns;
 constexpr int kHalfRows = 2;
 constexpr int kRows = 2 * kHalfRows + 1;
 constexpr int kWhite = kPixelBytes * 255;  ///< The three channels together.
@@ -37,6 +40,15 @@ constexpr Cost kNoCost = std::numeric_limits<Cost>::max();
 
 static_assert(kRows * kWhite < kOutside);
 static_assert(kRows * kWhite * (2 * kHalfColumns + 1) < kNoCost, "the sum over a piece has to fit");
+
+const ContourRows& usable_rows() {
+#if defined(__x86_64__)
+    if (usable_instruction_set() >= InstructionSet::avx2) {
+        return kContourRowsAvx2;
+    }
+#endif
+    return kContourRowsPortable;
+}
 
 std::size_t index(int row, int width) {
     return static_cast<std::size_t>(row) * static_cast<std::size_t>(width);
@@ -115,22 +127,16 @@ private:
         Cost* sum = sums_.data() + index(k, width_);
         std::fill(cost, cost + width_, kOutside);
         std::fill(sum, sum + width_, kNoCost);
+        if (begin == end) {
+            return;
+        }
         std::fill(cost + begin, cost + end, Cost{0});
         for (int r = 0; r < kRows; ++r) {
-            const std::int16_t* a = first_rows_.data() + index(r, width_);
-            const std::int16_t* b = second_rows_.data() + index(r, width_);
-            for (int x = begin; x < end; ++x) {
-                const int difference = std::max(a[x], b[x + shift]) - std::min(a[x], b[x + shift]);
-                cost[x] = static_cast<Cost>(cost[x] + difference);
-            }
+            rows_.add_differences(first_rows_.data() + index(r, width_) + begin,
+                                  second_rows_.data() + index(r, width_) + begin + shift, end - begin,
+                                  cost + begin);
         }
-        for (int x = begin + kHalfColumns; x < end - kHalfColumns; ++x) {
-            Cost total = 0;
-            for (int i = -kHalfColumns; i <= kHalfColumns; ++i) {
-                total = static_cast<Cost>(total + cost[x + i]);
-            }
-            sum[x] = total;
-        }
+        rows_.sum_pieces(cost, begin + kHalfColumns, end - kHalfColumns, sum);
     }
 
     /// The disparity of each pixel of the first view, where no other fits nearly as well.
@@ -138,22 +144,11 @@ private:
         std::fill(least_.begin(), least_.end(), kNoCost);
         std::fill(second_least_.begin(), second_least_.end(), kNoCost);
         std::fill(found_.begin(), found_.end(), std::int16_t{0});
-        const auto length = static_cast<std::size_t>(width_);
         for (int k = 0; k < count_; ++k) {
-            const Cost* sum = sums_.data() + index(k, width_);
-            for (std::size_t x = 0; x < length; ++x) {
-                const bool less = sum[x] < least_[x];
-                least_[x] = less ? sum[x] : least_[x];
-                found_[x] = less ? static_cast<std::int16_t>(k) : found_[x];
-            }
+            rows_.take_least(sums_.data() + index(k, width_), k, width_, least_.data(), found_.data());
         }
-        constexpr int kBeside = 2;  // disparities that belong to the same minimum
         for (int k = 0; k < count_; ++k) {
-            const Cost* sum = sums_.data() + index(k, width_);
-            for (std::size_t x = 0; x < length; ++x) {
-                const bool apart = k - found_[x] > kBeside || found_[x] - k > kBeside;
-                second_least_[x] = apart && sum[x] < second_least_[x] ? sum[x] : second_least_[x];
-            }
+            rows_.take_rival(sums_.data() + index(k, width_), k, width_, found_.data(), second_least_.data());
         }
     }
 
@@ -164,12 +159,11 @@ private:
         std::fill(back_.begin(), back_.end(), std::int16_t{0});
         for (int k = 0; k < count_; ++k) {
             const int shift = low_ + k;
-            const Cost* sum = sums_.data() + index(k, width_);
-            for (int x = std::max(shift, 0); x < std::min(width_, width_ + shift); ++x) {
-                const auto at = static_cast<std::size_t>(x);
-                const bool less = sum[x - shift] < least[at];
-                least[at] = less ? sum[x - shift] : least[at];
-                back_[at] = less ? static_cast<std::int16_t>(k) : back_[at];
+            const int begin = std::clamp(-shift, 0, width_);
+            const int end = std::clamp(width_ - shift, begin, width_);
+            if (begin < end) {
+                rows_.take_least(sums_.data() + index(k, width_) + begin, k, end - begin,
+                                 least.data() + (begin + shift), back_.data() + (begin + shift));
             }
         }
     }
@@ -265,6 +259,7 @@ private:
         return at_right > kClearly * at_left + least ? 1 : at_left > kClearly * at_right + least ? -1 : 0;
     }
 
+    const ContourRows& rows_ = usable_rows();
     const ToneView& first_;
     const ToneView& second_;
     int width_;

@@ -89,36 +89,78 @@ inline __m256i in_both_lanes(__m128i value) {
     return _mm256_broadcastsi128_si256(value);
 }
 
-/// Two pixels: across in 8 by 8 bits, moved by 16384 into 16 bits, then up in 16 by 16 bits. A pair of
-/// products across holds one weight of each sign and stays within 16 bits.
-inline __m256i weigh_two(const TapPlan& plan, const std::int32_t* offset, __m256i across, __m256i up) {
-    const __m256i by_channel =
-        in_both_lanes(_mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1));
-    const __m256i middle = _mm256_set1_epi32(16384);
-    const __m256i ones = _mm256_set1_epi16(1);
-    __m256i sums[4];
-    for (int j = 0; j < 4; ++j) {
-        const std::uint8_t* base = plan.source + j * plan.pitch;
-        const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(base + offset[0]));
+/// The taps of two pixels in one row, one pixel a lane: four pixels of three bytes each.
+template <bool neighbours>
+inline __m256i load_taps(const std::uint8_t* base, const std::int32_t* offset) {
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(base + offset[0]));
+    if constexpr (neighbours) {
+        return in_both_lanes(first);
+    } else {
         const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(base + offset[1]));
-        const __m256i taps = _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
-        const __m256i pairs = _mm256_maddubs_epi16(_mm256_shuffle_epi8(taps, by_channel), across);
-        sums[j] = _mm256_add_epi32(middle, _mm256_madd_epi16(pairs, ones));
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(first), second, 1);
     }
-    const __m256i low_pair = _mm256_blend_epi16(sums[0], _mm256_slli_epi32(sums[1], 16), 0xAA);
-    const __m256i high_pair = _mm256_blend_epi16(sums[2], _mm256_slli_epi32(sums[3], 16), 0xAA);
+}
+
+/// The bytes of the taps by channel. Where the second pixel's taps begin one pixel behind those of the first,
+/// both are cut from the same 16 bytes.
+template <bool neighbours>
+inline __m256i channel_order() {
+    constexpr char kStep = neighbours ? 3 : 0;
+    return _mm256_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1, kStep, kStep + 3, kStep + 6,
+                            kStep + 9, kStep + 1, kStep + 4, kStep + 7, kStep + 10, kStep + 2, kStep + 5,
+                            kStep + 8, kStep + 11, -1, -1, -1, -1);
+}
+
+/// Two pixels: across in 8 by 8 bits, then up in 16 by 16 bits, then the two halves of a channel are added.
+/// The first sum is of two taps, one weight of each sign, and so stays within 16 bits.
+template <bool neighbours>
+inline __m256i weigh_two(const TapPlan& plan, const std::int32_t* offset, __m256i across, __m256i up) {
+    const __m256i by_channel = channel_order<neighbours>();
+    __m256i pairs[4];
+    for (int j = 0; j < 4; ++j) {
+        const __m256i taps = load_taps<neighbours>(plan.source + j * plan.pitch, offset);
+        pairs[j] = _mm256_maddubs_epi16(_mm256_shuffle_epi8(taps, by_channel), across);
+    }
     // Each weight in the high byte of its 16 bits: 256 times the weight.
     const __m256i low_weights =
         _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x01800080)));
     const __m256i high_weights =
         _mm256_shuffle_epi8(up, _mm256_set1_epi32(static_cast<std::int32_t>(0x03800280)));
-    const __m256i back = _mm256_set1_epi16(-16384);
-    const __m256i sum = _mm256_add_epi32(_mm256_madd_epi16(low_pair, low_weights),
-                                         _mm256_madd_epi16(high_pair, high_weights));
-    const __m256i moved =
-        _mm256_add_epi32(_mm256_madd_epi16(back, low_weights), _mm256_madd_epi16(back, high_weights));
-    return _mm256_srai_epi32(_mm256_add_epi32(_mm256_add_epi32(sum, moved), _mm256_set1_epi32(plan.rounding)),
-                             14);
+    const __m256i blue_green =
+        _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi16(pairs[0], pairs[1]), low_weights),
+                         _mm256_madd_epi16(_mm256_unpacklo_epi16(pairs[2], pairs[3]), high_weights));
+    const __m256i red =
+        _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpackhi_epi16(pairs[0], pairs[1]), low_weights),
+                         _mm256_madd_epi16(_mm256_unpackhi_epi16(pairs[2], pairs[3]), high_weights));
+    const __m256i sum = _mm256_hadd_epi32(blue_green, red);
+    return _mm256_srai_epi32(_mm256_add_epi32(sum, _mm256_set1_epi32(plan.rounding)), 14);
+}
+
+template <bool neighbours>
+inline void weigh_eight(const TapPlan& plan, const std::int32_t* offset, __m256i across, __m256i up,
+                        std::uint16_t* samples) {
+    __m256i lane = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1);
+    const __m256i next = _mm256_set1_epi32(2);
+    for (int k = 0; k < 8; k += 4) {
+        const __m256i first =
+            weigh_two<neighbours>(plan, offset + k, _mm256_permutevar8x32_epi32(across, lane),
+                                  _mm256_permutevar8x32_epi32(up, lane));
+        lane = _mm256_add_epi32(lane, next);
+        const __m256i second =
+            weigh_two<neighbours>(plan, offset + k + 2, _mm256_permutevar8x32_epi32(across, lane),
+                                  _mm256_permutevar8x32_epi32(up, lane));
+        lane = _mm256_add_epi32(lane, next);
+        const __m256i narrow = _mm256_permute4x64_epi64(_mm256_packus_epi32(first, second), 0xD8);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(samples + 4 * k), narrow);
+    }
+}
+
+/// Whether each second of eight pixels has its taps one pixel behind those of the one before, as nearly all
+/// have where little is turned or scaled.
+inline bool are_neighbours(__m256i offsets) {
+    const __m256i steps = _mm256_sub_epi32(_mm256_srli_epi64(offsets, 32), offsets);
+    const __m256i same = _mm256_cmpeq_epi32(steps, _mm256_set1_epi32(3));
+    return (_mm256_movemask_ps(_mm256_castsi256_ps(same)) & 0x55) == 0x55;
 }
 
 inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std::int32_t* y,
@@ -132,19 +174,16 @@ inline void block_samples(const TapPlan& plan, const std::int32_t* x, const std:
         const __m256i row = _mm256_sub_epi32(_mm256_srai_epi32(py, 7), one);
         const __m256i across = _mm256_i32gather_epi32(plan.weights, _mm256_and_si256(px, fraction), 4);
         const __m256i up = _mm256_i32gather_epi32(plan.weights, _mm256_and_si256(py, fraction), 4);
-        alignas(32) std::int32_t offset[8];
         const __m256i columns3 = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
         const __m256i rows =
             _mm256_mullo_epi32(row, _mm256_set1_epi32(static_cast<std::int32_t>(plan.pitch)));
-        _mm256_store_si256(reinterpret_cast<__m256i*>(offset), _mm256_add_epi32(columns3, rows));
-        __m256i lane = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1);
-        for (int k = 0; k < 8; k += 2) {
-            const __m256i values = weigh_two(plan, offset + k, _mm256_permutevar8x32_epi32(across, lane),
-                                             _mm256_permutevar8x32_epi32(up, lane));
-            const __m256i narrow = _mm256_permute4x64_epi64(_mm256_packus_epi32(values, values), 0x08);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(samples + 4 * (i + k)),
-                             _mm256_castsi256_si128(narrow));
-            lane = _mm256_add_epi32(lane, _mm256_set1_epi32(2));
+        const __m256i offsets = _mm256_add_epi32(columns3, rows);
+        alignas(32) std::int32_t offset[8];
+        _mm256_store_si256(reinterpret_cast<__m256i*>(offset), offsets);
+        if (are_neighbours(offsets)) {
+            weigh_eight<true>(plan, offset, across, up, samples + 4 * i);
+        } else {
+            weigh_eight<false>(plan, offset, across, up, samples + 4 * i);
         }
     }
 }

@@ -1,0 +1,9 @@
+#include "analysis/contour_rows.h"
+
+#include "analysis/contour_rows_loops.h"
+
+namespace zemora {
+
+const ContourRows kContourRowsPortable = kLoops;
+
+}  // namespace zemora
