@@ -46,6 +46,16 @@ PictureSize inside(PictureSize in, PictureSize wanted) {
 
 }  // namespace
 
+std::uint16_t* RescaleScratch::room(std::size_t samples) {
+    if (samples > size_) {
+        size_ = 0;
+        samples_.reset();  // the memory of the old room may do for the new one
+        samples_ = std::make_unique_for_overwrite<std::uint16_t[]>(samples);
+        size_ = samples;
+    }
+    return samples_.get();
+}
+
 PictureSize rescale(ConstPicture source, Picture target, RescaleScratch& scratch, RescaleFilter filter,
                     RescaleFit fit) {
     if (source.width <= 0 || source.height <= 0 || target.width <= 0 || target.height <= 0) {

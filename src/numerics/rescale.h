@@ -2,15 +2,21 @@
 /// Rescaling of 24-bit pictures with the program's own filters.
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 #include "numerics/bitmap.h"
 
 namespace zemora {
 
 /// Work area of `rescale`; survives calls, so that pictures of one size allocate once.
-struct RescaleScratch {
-    std::vector<std::uint16_t> samples;  ///< Three channels a sample.
+class RescaleScratch {
+public:
+    /// Room for that many samples, with anything in it; the room given before is no longer valid.
+    [[nodiscard]] std::uint16_t* room(std::size_t samples);
+
+private:
+    std::unique_ptr<std::uint16_t[]> samples_;
+    std::size_t size_ = 0;
 };
 
 enum class RescaleFilter { bilinear = 1, bicubic = 2 };

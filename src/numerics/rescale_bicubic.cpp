@@ -182,11 +182,8 @@ void bicubic(ConstPicture source, Picture target, RescaleScratch& scratch, const
     const Taps columns(x, wide);
     const Taps rows(y, wide);
     const std::ptrdiff_t pitch = static_cast<std::ptrdiff_t>(target.width) * kPixelBytes;
-    const std::size_t needed = static_cast<std::size_t>(pitch) * static_cast<std::size_t>(source.height);
-    if (scratch.samples.size() < needed) {
-        scratch.samples.resize(needed);
-    }
-    std::uint16_t* samples = scratch.samples.data();
+    std::uint16_t* samples =
+        scratch.room(static_cast<std::size_t>(pitch) * static_cast<std::size_t>(source.height));
 #pragma omp parallel
     {
         std::vector<std::int16_t> planes(static_cast<std::size_t>(source.width) * kPixelBytes);

@@ -9,6 +9,8 @@
 #include <random>
 #include <vector>
 
+#include "platform/cpu.h"
+
 namespace zemora {
 namespace {
 
@@ -198,6 +200,7 @@ TEST_P(RescaleTwin, EqualsTheDefinitionForAllThreadCounts) {
     RescaleScratch scratch;
     for (const int count : {1, 2, 8}) {
         omp_set_num_threads(count);
+        limit_instruction_set(count == 2 ? InstructionSet::portable : InstructionSet::avx512);
         EXPECT_EQ(rescale(source.picture(), area, scratch, RescaleFilter::bilinear, RescaleFit::stretch),
                   (PictureSize{s.out_w, s.out_h}));
         EXPECT_EQ(values(area), bilinear);
@@ -205,6 +208,7 @@ TEST_P(RescaleTwin, EqualsTheDefinitionForAllThreadCounts) {
         EXPECT_EQ(values(area), bicubic);
     }
     omp_set_num_threads(threads);
+    limit_instruction_set(InstructionSet::avx512);
     EXPECT_EQ(target.picture().pixel(s.out_w, 0)[0], 0) << "nothing beside the area is touched";
 }
 
@@ -216,6 +220,66 @@ INSTANTIATE_TEST_SUITE_P(Sizes, RescaleTwin,
                                            Sizes{130, 66, 40, 4}, Sizes{170, 163, 10, 10},
                                            Sizes{90, 40, 2, 2}),
                          ::testing::PrintToStringParamName());
+
+// --- The vector form of the bilinear filter against its plain form ---------------------------------
+
+/// Noise with areas of white and of black. The rows are an odd number of bytes apart, and nothing stands
+/// behind the last pixel, so that a sanitizer sees what is read there.
+struct TightPicture {
+    TightPicture(int width, int height, unsigned seed)
+        : pitch(width * kPixelBytes + 7), bytes(static_cast<std::size_t>(pitch * height - 7)) {
+        std::mt19937 random(seed);
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            const std::size_t area = i / 41 % 4;
+            bytes[i] = static_cast<std::uint8_t>(area == 0 ? 255 : area == 1 ? 0 : random());
+        }
+        view = {bytes.data(), pitch, width, height};
+    }
+    int pitch;
+    std::vector<std::uint8_t> bytes;
+    ConstPicture view;
+};
+
+/// The result inside a larger picture of which every byte is compared.
+std::vector<std::uint8_t> bilinear_with(InstructionSet set, ConstPicture source, const Sizes& s) {
+    limit_instruction_set(set);
+    const std::ptrdiff_t pitch = s.out_w * kPixelBytes + 5;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(pitch * (s.out_h + 1)), 0x55);
+    RescaleScratch scratch;
+    rescale(source, {bytes.data(), pitch, s.out_w, s.out_h}, scratch, RescaleFilter::bilinear,
+            RescaleFit::stretch);
+    limit_instruction_set(InstructionSet::avx512);
+    return bytes;
+}
+
+void expect_equal_forms(const Sizes& s) {
+    const TightPicture source(s.in_w, s.in_h, static_cast<unsigned>(s.in_w + s.out_h));
+    EXPECT_EQ(bilinear_with(InstructionSet::avx2, source.view, s),
+              bilinear_with(InstructionSet::portable, source.view, s))
+        << ::testing::PrintToString(s);
+}
+
+TEST(RescaleVectors, EqualThePlainCodeAtEveryReduction) {
+    for (int n = 1; n <= 17; ++n) {
+        for (const int width : {1, 4, 7, 33}) {
+            for (const int more : {0, 1, 2, n / 2, n - 1}) {
+                expect_equal_forms({width * n + more + 1, 6 * n + more % n + 1, width, 6});
+                expect_equal_forms({width + 9, 6 * n + 1, width + 3, 6});  // of another aspect
+            }
+        }
+    }
+}
+
+TEST(RescaleVectors, EqualThePlainCodeBetweenWholeReductionsAndAtMagnification) {
+    for (int out = 1; out < 130; out += 1 + out / 12) {
+        for (const int in : {1, 2, 5, 53, 101}) {
+            expect_equal_forms({in, 31, out, 20});
+            expect_equal_forms({in, 31, out, 45});
+        }
+    }
+    expect_equal_forms({401, 303, 257, 199});  // rows shared out to the threads
+    expect_equal_forms({701, 303, 257, 77});
+}
 
 TEST(Rescale, SameSizeIsACopy) {
     const Bitmap source = noise(37, 29, 1);
