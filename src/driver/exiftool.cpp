@@ -422,7 +422,6 @@ void ExifTool::start_transfer(const std::string& source, const std::string& targ
     }
     if (wanted && permissions.colour_profile_ok) {
         arguments = profile_arguments(source, target, notes);
-        log.notes.tell(notes);
     }
     if (wanted && permissions.exif_ok) {
         if (notes.verbose() > 0) {

@@ -36,14 +36,16 @@ struct SoftwareTagValues {
     int deviation = 0;
 };
 
-/// What becomes of the transfers of one pair, which run beside its stores. Must live until they are settled.
+/// What becomes of the requests for one file, which run beside its store. Must live until they are settled.
 struct TransferLog {
     explicit TransferLog(const Notes& listener) : notes(KeptNotes::for_listener(listener)) {}
     KeptNotes notes;
     bool has_failure = false;
 };
 
-/// May be called from several threads. Failures are reported to the `notes` of the call.
+/// The program is started by the first call that needs it. It ends with the thread of that call, where the
+/// process does not end it before. May be called from several threads. Failures are reported to the `notes`
+/// of the call.
 class ExifTool {
 public:
     explicit ExifTool(const ParameterSet& parameters);
@@ -79,8 +81,8 @@ public:
     void start_transfer(const std::string& source, const std::string& target,
                         const TagPermissions& permissions, const SoftwareTagValues& values,
                         bool is_extra_output, TransferLog& log, Notes& notes);
-    /// Waits for what was begun; false when a transfer of the log has failed. Reports failures with the name
-    /// of the file.
+    /// Waits for all that was begun; false when a transfer of this log has failed. Reports the failures of
+    /// this log with the name of the file.
     [[nodiscard]] bool settle(TransferLog& log, Notes& notes);
     /// Waits for what was begun and forgets what was read of these files.
     void forget_files(std::initializer_list<std::string> sources);

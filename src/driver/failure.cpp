@@ -18,15 +18,20 @@ void end_run(int exit_code) {
 }
 
 void conclude_failure(Notes& notes, const Failure& failure) {
+    if (failure.no_memory || failure.ends_run) {
+        end_with(notes, failure);
+    }
+    notes.add(failure.note);
+}
+
+void end_with(Notes& notes, const Failure& failure) {
     if (failure.no_memory) {
         report_missing_memory(notes, failure);
     } else {
         notes.add(failure.note);
     }
-    if (failure.no_memory || failure.ends_run) {
-        notes.await_listener();
-        end_run(kExitFailure);
-    }
+    notes.await_listener();
+    end_run(kExitFailure);
 }
 
 }  // namespace zemora

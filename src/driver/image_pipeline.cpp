@@ -16,6 +16,8 @@
 #include "driver/stations.h"
 #include "driver/viewers.h"
 #include "numerics/rounding.h"
+#include "platform/memory_use.h"
+#include "platform/paths.h"
 #include "report/analysis_rows.h"
 #include "report/pair_report.h"
 
@@ -87,8 +89,11 @@ void end_pair(Pipeline& pipeline, const PairRun& pair) {
 bool shares_file(const ImageList& list, int one, int other) {
     const PairFiles a = files_of(list, one);
     const PairFiles b = files_of(list, other);
-    return list.two_files ? a.left == b.left || a.left == b.right || a.right == b.left || a.right == b.right
-                          : a.stereo == b.stereo;
+    if (!list.two_files) {
+        return is_same_file(a.stereo, b.stereo);
+    }
+    return is_same_file(a.left, b.left) || is_same_file(a.left, b.right) || is_same_file(a.right, b.left) ||
+           is_same_file(a.right, b.right);
 }
 
 /// Which pair of how many is at work, and the time that the rest will take.
@@ -203,7 +208,9 @@ void run_pair(Pipeline& pipeline, int index) {
         starts_over = run_once(pipeline, pair);
         counted = pair.counted;
         exchanged = starts_over && exchange_views(pipeline, pair);
-        if (!starts_over) {
+        if (starts_over) {
+            (void)pipeline.exiftool.settle(pair.profiles, pair.notes);
+        } else {
             end_pair(pipeline, pair);
         }
         pipeline.preparer.take_back(std::move(pair.input));
@@ -330,13 +337,23 @@ void Batch::store(int index) {
     turn_clock_.set({});
 }
 
+/// Another pair at work would leave little memory. It then starts when the others are done.
+bool is_memory_short() {
+    constexpr int kReserve = 2;  // times what is held now
+    const MemoryUse use = memory_use();
+    return use.available < kReserve * use.resident;
+}
+
 bool Batch::run() {
+    // The system ends an outside program with the thread that started it, and this one lives longest.
+    (void)pipeline_.exiftool.is_available();
     const ImageList& list = pipeline_.list;
     return run_stations(
         list.count(),
         {[this](int index) { read(index); }, [this](int index) { mount(index); },
          [this](int index) { store(index); },
-         [&list](int index, int earlier) { return shares_file(list, index, earlier); }, [this] { stop(); }});
+         [&list](int index, int earlier) { return shares_file(list, index, earlier) || is_memory_short(); },
+         [this] { stop(); }});
 }
 
 /// Whether nobody but the program looks at a pair on its way, and nothing of a pair depends on the one

@@ -21,7 +21,10 @@
 
 namespace zemora {
 
-/// What a thread mounts with, one pair after the other; kept for its memory.
+/// What a thread mounts with, one pair after the other; kept for its memory. `find_geometry` leaves in it
+/// what `mount` of the same pair goes on from: the measured pair, which gives the tone, and how far the fit
+/// is believed. So no other pair may come between the two. Whoever keeps a mounted pair takes `warped` out
+/// before the next one begins.
 struct Workbench {
     explicit Workbench(const AnalysisOptions& options) : analysis(options) {}
     AnalysisState analysis;
@@ -115,7 +118,7 @@ struct MountedPair {
 
 /// From the views and their corrections to the finished pictures. A status that is not written means that
 /// the output has nothing to measure. Fails for the pair beyond the limits of the warp, and where it does not
-/// come to a size; for the run without memory.
+/// come to a size; for the run without memory, or for a value of `ExtraOutput` that has no product.
 [[nodiscard]] Result<MountedPair> mount(const InputViews& views, const LocatedPair& located,
                                         const PairWish& wish, const MountSettings& settings, Workbench& bench,
                                         Notes& notes);

@@ -11,9 +11,11 @@
 /// | conclude_pair | all of it                          | reports, records, list             |                           |
 // clang-format on
 ///
-/// The first, the two after it and the last two are the stations of a run: each works on a pair of its own.
+/// The stations of a run, each with a pair of its own, are prepare_pair; locate_pair and mount_views;
+/// store_outputs and conclude_pair.
 
 #include <chrono>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +33,7 @@
 
 namespace zemora {
 
-/// What lives for the whole run of the pipeline. Behind the settings, a part belongs to one station alone.
+/// What lives for the whole run of the pipeline: what serves all stations, then what belongs to one alone.
 struct Pipeline {
     Pipeline(const ParameterSet& parameters_in, RunContext& run_in, ImageList& list_in, ExifTool& exiftool_in,
              Voice& voice_in);
@@ -41,10 +43,10 @@ struct Pipeline {
     const ParameterSet& parameters;
     RunContext& run;
     ImageList& list;
-    ExifTool& exiftool;  ///< Of all stations.
+    ExifTool& exiftool;
     Voice& voice;        ///< Of the pair whose turn it is, and of the user's own programs.
     MountSettings settings;
-    RunInputs inputs;  ///< Of all stations.
+    RunInputs inputs;
 
     // Reading.
     PairFileSource source;
@@ -91,7 +93,7 @@ private:
 
 /// What belongs to the pair at work. Stages fill it in their order.
 struct PairRun {
-    PairRun(int index_in, Notes& notes_in) : index(index_in), notes(notes_in), transfers(notes_in) {}
+    PairRun(int index_in, Notes& notes_in) : index(index_in), notes(notes_in), profiles(notes_in) {}
 
     int index = 0;
     Notes& notes;
@@ -116,7 +118,8 @@ struct PairRun {
     std::string right_output_suffix;
     InputClass input_class = InputClass::none;
     TagPermissions permissions;
-    TransferLog transfers;
+    TransferLog profiles;               ///< Of the colour profiles that are fetched while it is read.
+    std::deque<TransferLog> transfers;  ///< Of its files, in the order of the products.
     std::string stamp;
     std::string headline;    ///< Of the left input, where a text asks for it.
     std::string left_thumb;  ///< Absolute; empty until there is one.

@@ -44,6 +44,15 @@ ImageReport report_of(const Pipeline& pipeline, const PairRun& pair) {
     return report;
 }
 
+/// Waits for exiftool; what failed is reported in the order of the products.
+void settle_transfers(Pipeline& pipeline, PairRun& pair) {
+    (void)pipeline.exiftool.settle(pair.profiles, pair.notes);
+    for (TransferLog& transfer : pair.transfers) {
+        const bool settled = pipeline.exiftool.settle(transfer, pair.notes);
+        pair.store_failed = !settled || pair.store_failed;
+    }
+}
+
 }  // namespace
 
 void conclude_pair(Pipeline& pipeline, PairRun& pair) {
@@ -56,7 +65,7 @@ void conclude_pair(Pipeline& pipeline, PairRun& pair) {
         }
         // Exiftool was at work beside the stores and the report; what says that the pair is done waits for
         // it.
-        pair.store_failed = !pipeline.exiftool.settle(pair.transfers, pair.notes) || pair.store_failed;
+        settle_transfers(pipeline, pair);
         if (pair.status == StatusCode::success && !pair.store_failed) {
             write_stored_record(pipeline, pair);
         }

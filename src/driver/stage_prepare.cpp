@@ -303,11 +303,11 @@ void prefetch_profiles(Pipeline& pipeline, PairRun& pair) {
         return;
     }
     if (!pipeline.list.two_files) {
-        pipeline.exiftool.prefetch_profile(pair.files.stereo, pair.transfers);
+        pipeline.exiftool.prefetch_profile(pair.files.stereo, pair.profiles);
         return;
     }
-    pipeline.exiftool.prefetch_profile(pair.files.right, pair.transfers);
-    pipeline.exiftool.prefetch_profile(pair.files.left, pair.transfers);
+    pipeline.exiftool.prefetch_profile(pair.files.right, pair.profiles);
+    pipeline.exiftool.prefetch_profile(pair.files.left, pair.profiles);
 }
 
 /// The headline of the left input, which the texts speak of.

@@ -158,6 +158,7 @@ constexpr Product kViews{ProductKind::left, kLeftRightWords, setting::html_image
 struct StoredFile {
     std::string path;
     KeptNotes notes;
+    TransferLog* transfer;  ///< Of the pair.
     Result<StoreResult> result = StoreResult();
 };
 
@@ -184,7 +185,8 @@ public:
         : pipeline_(pipeline),
           pair_(pair),
           sources_(sources_of(pipeline, pair)),
-          frame_(pair.mounted.finished.frame) {}
+          frame_(pair.mounted.finished.frame),
+          profile_notes_(KeptNotes::for_listener(pair.notes)) {}
 
     /// Names the product; those that follow take its frame.
     void name(const Product& product);
@@ -207,7 +209,8 @@ private:
         return {product, frame_, {}, KeptNotes::for_listener(pair_.notes), {}, {}};
     }
     [[nodiscard]] StoredFile new_file(const OutputName& name) const {
-        return {name.path(), KeptNotes::for_listener(pair_.notes)};
+        return {name.path(), KeptNotes::for_listener(pair_.notes),
+                &pair_.transfers.emplace_back(pair_.notes)};
     }
     void refuse_inputs(NamedProduct& product);
     [[nodiscard]] FrameSettings frame_behind(ProductKind kind) const;
@@ -231,7 +234,8 @@ private:
     FrameSettings frame_;  ///< For the product to come.
     std::vector<NamedProduct> products_;
     std::optional<DeepPair> deep_;
-    StereoCanvas canvas_;  ///< Of the side-by-side picture until it is written.
+    StereoCanvas canvas_;      ///< Of the side-by-side picture until it is written.
+    KeptNotes profile_notes_;  ///< Of the colour profiles; reported with the first product.
 };
 
 /// An input is never written over.
@@ -370,13 +374,14 @@ void PairStore::run_job(const StoreJob& job) {
         // Exiftool is at work beside the stores that follow.
         pipeline_.exiftool.start_transfer(source_of(product, job.part), file.path, pair_.permissions,
                                           tag_values(pair_), product.product.kind == ProductKind::extra,
-                                          pair_.transfers, file.notes);
+                                          *file.transfer, file.notes);
     }
 }
 
 void PairStore::write() {
     make_deep();
     compose_largest();
+    (void)pipeline_.exiftool.settle(pair_.profiles, profile_notes_);
     const std::vector<StoreJob> jobs = plan_jobs();
     const int count = static_cast<int>(jobs.size());
     // Encoding is the longest step of a pair: one file a thread.
@@ -391,7 +396,10 @@ void PairStore::copy_capture_times(const NamedProduct& product) {
     if (pipeline_.parameters.meta_transfer != setting::meta_transfer::tags_and_times) {
         return;
     }
-    pair_.store_failed = !pipeline_.exiftool.settle(pair_.transfers, pair_.notes) || pair_.store_failed;
+    for (const StoredFile& file : product.files) {
+        const bool settled = pipeline_.exiftool.settle(*file.transfer, pair_.notes);
+        pair_.store_failed = !settled || pair_.store_failed;
+    }
     for (std::size_t part = 0; part < product.files.size(); ++part) {
         copy_capture_time(source_of(product, part), product.files[part].path, pair_.notes);
     }
@@ -412,6 +420,7 @@ void PairStore::conclude_product(NamedProduct& product) {
         tell_input(pair_, product.refused, product.product.words);
         return;
     }
+    profile_notes_.tell(pair_.notes);
     StoreResult result;
     std::string names;
     for (StoredFile& file : product.files) {

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 #include "driver/pair_notes.h"
@@ -20,7 +21,7 @@ public:
     void run_reader() {
         run(stations_.read, read_, [this](int index) {
             for (int earlier = stored_; earlier < index; ++earlier) {
-                if (stations_.depends_on(index, earlier)) {
+                if (stations_.must_wait_for(index, earlier)) {
                     return false;
                 }
             }
@@ -39,6 +40,19 @@ public:
         if (failure_) {
             std::rethrow_exception(failure_);
         }
+    }
+
+    /// Ends the waiting of all stations; the first failure is kept.
+    void stop(std::exception_ptr failure) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (!is_stopped_) {
+                failure_ = std::move(failure);
+            }
+            is_stopped_ = true;
+            changed_.notify_all();
+        }
+        stations_.stop();
     }
 
 private:
@@ -70,18 +84,6 @@ private:
         return !is_stopped_;
     }
 
-    void stop(std::exception_ptr failure) {
-        {
-            const std::lock_guard lock(mutex_);
-            if (!is_stopped_) {
-                failure_ = std::move(failure);
-            }
-            is_stopped_ = true;
-            changed_.notify_all();
-        }
-        stations_.stop();
-    }
-
     const int count_;
     const Stations& stations_;
     std::mutex mutex_;
@@ -101,8 +103,18 @@ bool run_stations(int count, const Stations& stations) {
         return false;
     }
     StationLine line(count, stations);
-    std::thread reader = start_team([&line] { line.run_reader(); });
-    std::thread storer = start_team([&line] { line.run_storer(); });
+    std::thread storer;
+    std::thread reader;
+    try {
+        storer = start_team([&line] { line.run_storer(); });
+        reader = start_team([&line] { line.run_reader(); });
+    } catch (const std::system_error&) {  // another process has taken the threads; nothing is read yet
+        if (storer.joinable()) {
+            line.stop({});
+            storer.join();
+        }
+        return false;
+    }
     line.run_mounter();
     reader.join();
     storer.join();

@@ -10,8 +10,9 @@ struct Stations {
     std::function<void(int index)> read;
     std::function<void(int index)> mount;  ///< On the thread of the caller.
     std::function<void(int index)> store;
-    /// Whether `read` of an object has to wait until an earlier one is stored.
-    std::function<bool(int index, int earlier)> depends_on;
+    /// Whether `read` of an object has to wait as long as an earlier one is not stored. Asked again whenever
+    /// a station is done with an object; the stations wait for the answer.
+    std::function<bool(int index, int earlier)> must_wait_for;
     /// Called from any thread when a station has thrown; whoever waits outside of this is to give up, with
     /// `RunStopped`.
     std::function<void()> stop;

@@ -23,6 +23,9 @@ namespace {
     prctl(PR_SET_PDEATHSIG, SIGINT);  // the polite signal: programs clean up behind it
 #endif
     signal(SIGPIPE, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);  // threads beside the first one have all signals blocked
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     dup2(errors, STDERR_FILENO);

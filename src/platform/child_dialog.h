@@ -17,8 +17,8 @@ public:
     /// Ends the dialog.
     ~ChildDialog();
 
-    /// Starts the program. `goodbye` is what ends it. It also ends when this process does, in whatever
-    /// way. False when it could not be started.
+    /// Starts the program. `goodbye` is what ends it. It also ends when the calling thread
+    /// does, or the process in whatever way. False when it could not be started.
     [[nodiscard]] bool start(const std::vector<std::string>& arguments, std::string goodbye);
     [[nodiscard]] bool is_running() const { return child_ > 0; }
     /// Writes all of `text`; false when the program has gone.

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>  // NOLINT: the C++ header has no sets of signals
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -37,6 +38,25 @@ private:
     posix_spawn_file_actions_t actions_{};
 };
 
+/// Makes a child take signals, whichever thread starts it: those beside the first one have all blocked.
+class TakesSignals {
+public:
+    TakesSignals() {
+        sigset_t none;
+        sigemptyset(&none);
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setsigmask(&attributes_, &none);
+        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
+    }
+    TakesSignals(const TakesSignals&) = delete;
+    TakesSignals& operator=(const TakesSignals&) = delete;
+    ~TakesSignals() { posix_spawnattr_destroy(&attributes_); }
+    [[nodiscard]] const posix_spawnattr_t* get() const { return &attributes_; }
+
+private:
+    posix_spawnattr_t attributes_{};
+};
+
 /// The environment of this process with another language.
 std::vector<char*> environment_with(std::string& language) {
     std::vector<char*> settings{language.data()};
@@ -58,7 +78,8 @@ int spawn(const std::vector<std::string>& arguments, const FileActions& actions,
     }
     vector.push_back(nullptr);
     flush_console();
-    return posix_spawnp(&child, vector[0], actions.get(), nullptr, vector.data(), environment);
+    const TakesSignals attributes;
+    return posix_spawnp(&child, vector[0], actions.get(), attributes.get(), vector.data(), environment);
 }
 
 /// Reads what there is; false at the end.

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <map>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -119,7 +120,9 @@ ChosenFont choose_font(const std::string& name, int style, Notes& notes) {
     if (std::string file = windows_font(name); !file.empty()) {
         return {file, style};
     }
-    // The configuration is asked once a run for each name and style.
+    // The configuration is asked once a run for each name and style, by whichever thread comes first.
+    static std::mutex one_at_a_time;
+    const std::lock_guard guard(one_at_a_time);
     static std::map<std::pair<std::string, int>, ChosenFont> asked;
     const auto [row, is_new] = asked.try_emplace({name, style});
     if (is_new) {
@@ -136,6 +139,8 @@ ChosenFont choose_font(const std::string& name, int style, Notes& notes) {
 }
 
 std::string font_of_letter(char32_t letter) {
+    static std::mutex one_at_a_time;
+    const std::lock_guard guard(one_at_a_time);
     static std::map<char32_t, std::string> asked;
     const auto [row, is_new] = asked.try_emplace(letter);
     if (is_new) {

@@ -42,8 +42,8 @@ struct DeepViews {
     [[nodiscard]] explicit operator bool() const { return left != nullptr && right != nullptr; }
 };
 
-// Products. Each works its canvas out from `frame`, and changes nothing: the frame that it settled is the one
-// of its layout (`framing.h`). All of them may be made at the same time. Each file is written beside its
+// Products. None of them changes the pair or the frame: the frame that a product settled is the one of its
+// layout (`framing.h`). All of them may be made at the same time. Each file is written beside its
 // final name and renamed when it is whole. Without memory for the canvas they fail, which ends the run.
 
 /// The canvases of both views; the right one goes on from the frame that the left one settled.

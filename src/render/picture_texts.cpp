@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <mutex>
 #include <optional>
 
 #include "numerics/rounding.h"
@@ -197,9 +196,6 @@ int TextSpec::font_pixels(int picture_height) const {
 
 void draw_cell_texts(const PictureTexts& texts, const FrameSettings& frame, int picture_height, Picture cell,
                      std::span<const CaptionPlace> captions, Notes& notes) {
-    // Products may be composed at the same time; the font library serves one.
-    static std::mutex one_at_a_time;
-    const std::lock_guard<std::mutex> guard(one_at_a_time);
     const TextCell place{cell, frame, picture_height, text_colour(frame.colour)};
     draw_captions(place, texts.caption, captions, notes);
     draw_copyright(place, texts.copyright, notes);

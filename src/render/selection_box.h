@@ -3,7 +3,7 @@
 
 namespace zemora {
 
-/// One per run, cleared at each pair. Fractions of the frame unless said otherwise; `bottom` and
+/// Fractions of the frame unless said otherwise; `bottom` and
 /// `top` count rows from the bottom.
 struct SelectionBox {
     int mode = 0;            ///< 0 none, 1 a window, 2 and 3 the forms of video.

@@ -1,6 +1,7 @@
 #include "render/text_drawing.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "platform/console.h"
 
@@ -46,6 +47,9 @@ std::uint8_t blended(int ground, int cover, int colour) {
 }  // namespace
 
 std::optional<LetterMask> told_mask(const std::string& text, const TextFont& font, int widest, Notes& notes) {
+    // Texts are drawn for several pairs and products at the same time; the font library serves one.
+    static std::mutex one_at_a_time;
+    const std::lock_guard guard(one_at_a_time);
     LetterFont letters(font);
     LetterMask mask;
     if (letters.fault() == TextFault::none) {

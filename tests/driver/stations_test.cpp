@@ -77,7 +77,7 @@ TEST(Stations, WorkAtTheSameTime) {
 TEST(Stations, AnObjectThatDependsOnAnotherWaitsForIt) {
     Course course;
     Stations stations = course.stations();
-    stations.depends_on = [](int index, int earlier) { return index == 3 && earlier == 2; };
+    stations.must_wait_for = [](int index, int earlier) { return index == 3 && earlier == 2; };
     stations.read = [&](int index) {
         if (index == 3) {
             EXPECT_EQ(course.done[2], 3);

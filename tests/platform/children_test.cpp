@@ -5,6 +5,7 @@
 
 #include "platform/child_dialog.h"
 #include "platform/child_process.h"
+#include "platform/threads.h"
 #include "tests/support/test_folder.h"
 
 namespace zemora {
@@ -29,6 +30,22 @@ TEST(RunChild, ArgumentsArriveAsTheyAre) {
     const ChildResult result = run_child(call);
     EXPECT_TRUE(result.succeeded());
     EXPECT_EQ(text_of(result.output), expected);
+}
+
+TEST(RunChild, TakesSignalsThoughTheThreadThatStartsItDoesNot) {
+    const std::vector<std::string> blocked_signals{"sed", "-n", "s/^SigBlk:[ \t0]*//p", "/proc/self/status"};
+    ChildResult result;
+    start_team([&] { result = run_child(blocked_signals); }).join();
+    EXPECT_TRUE(result.succeeded());
+    EXPECT_EQ(text_of(result.output), "\n");
+    std::vector<std::uint8_t> answer;
+    start_team([&] {
+        ChildDialog dialog;
+        ASSERT_TRUE(
+            dialog.start({"sh", "-c", "sed -n 's/^SigBlk:[ \t0]*/./p' /proc/self/status; read x"}, "\n"));
+        EXPECT_TRUE(dialog.read_until("\n", answer));
+    }).join();
+    EXPECT_EQ(text_of(answer), ".\n");
 }
 
 TEST(RunChild, TellsHowTheProgramEnded) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -6,9 +7,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include "platform/console.h"
 #include "platform/file_times.h"
+#include "platform/memory_use.h"
 #include "platform/process_end.h"
 #include "platform/temp_folder.h"
 #include "platform/user_language.h"
@@ -38,6 +41,21 @@ TEST(Console, ProgressOfAPipeIsOneLineAStep) {
     console.print("next\n");
     console.flush();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "step  100.0 %\nnext\n");
+}
+
+TEST(MemoryUse, CountsWhatIsHeldAndStaysWithinTheLimitOfTheProcess) {
+    constexpr std::int64_t kMegabyte = 1 << 20;
+    const MemoryUse before = memory_use();
+    EXPECT_GT(before.available, 0);
+    const std::vector<char> held(64 * kMegabyte, 'x');
+    EXPECT_GE(memory_use().resident, before.resident + 60 * kMegabyte) << held.back();
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &old), 0);
+    const rlimit none{1, old.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &none), 0);
+    const std::int64_t left = memory_use().available;
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &old), 0);
+    EXPECT_EQ(left, 0);
 }
 
 struct LanguageCase {
