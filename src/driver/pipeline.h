@@ -44,7 +44,7 @@ struct Pipeline {
     RunContext& run;
     ImageList& list;
     ExifTool& exiftool;
-    Voice& voice;        ///< Of the pair whose turn it is, and of the user's own programs.
+    Voice& voice;  ///< Of the pair whose turn it is, and of the user's own programs.
     MountSettings settings;
     RunInputs inputs;
 
