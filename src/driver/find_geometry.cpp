@@ -95,10 +95,10 @@ Result<LocatedPair> measure_geometry(const InputViews& views, const GeometryWish
 void take_keys(const Correction& keys, const WindowWish& wish, LocatedPair& pair) {
     pair.geometry.correction = keys;
     WindowPlacement& window = pair.geometry.window;
-    window.output_window_px =
+    window.window_working_px =
         pixels_from_reference(wish.offset, wish.reference, pair.working.height, pair.working.width);
-    window.window_shift_px = window.output_window_px / pair.scale;
-    window.pure_shift_px = -window.window_shift_px;
+    window.window_shift_input_px = window.window_working_px / pair.scale;
+    window.pure_shift_input_px = -window.window_shift_input_px;
 }
 
 void take_record(const StoredCorrectionRecord& record, LocatedPair& pair) {
@@ -138,15 +138,15 @@ void put_geometry(const PairGeometry& geometry, StoredCorrectionRecord& record) 
     record[kRecordRotation] = c.rotation_rad / kRadiansPerDegree;
     record[kRecordVergenceV] = c.vergence_v_rad / kRadiansPerDegree;
     record[kRecordVergenceH] = c.vergence_h_rad / kRadiansPerDegree;
-    record[kRecordPureShift] = geometry.window.pure_shift_px;
-    record[kRecordWindowShift] = geometry.window.window_shift_px;
+    record[kRecordPureShift] = geometry.window.pure_shift_input_px;
+    record[kRecordWindowShift] = geometry.window.window_shift_input_px;
 }
 
 void take_geometry(const StoredCorrectionRecord& r, LocatedPair& pair) {
     WindowPlacement& window = pair.geometry.window;
-    window.pure_shift_px = r[kRecordPureShift];
-    window.window_shift_px = r[kRecordWindowShift];
-    window.output_window_px = pair.scale * window.window_shift_px;
+    window.pure_shift_input_px = r[kRecordPureShift];
+    window.window_shift_input_px = r[kRecordWindowShift];
+    window.window_working_px = pair.scale * window.window_shift_input_px;
     pair.geometry.correction = {r[kRecordHeight],
                                 r[kRecordPureShift] + r[kRecordWindowShift],
                                 r[kRecordSize] / 100.0,

@@ -48,11 +48,11 @@ struct OutputPixels {
 
     /// Of a disparity against the shift of the correction.
     [[nodiscard]] double in_output_px(double value_input_px) const {
-        return (value_input_px + window.window_shift_px) * scale + selection_shift_px;
+        return (value_input_px + window.window_shift_input_px) * scale + selection_shift_px;
     }
     /// Of a disparity of the uncorrected pair.
     [[nodiscard]] double in_input_px(double value_output_px) const {
-        return (value_output_px - selection_shift_px) / scale + window.pure_shift_px;
+        return (value_output_px - selection_shift_px) / scale + window.pure_shift_input_px;
     }
 
     double scale;
@@ -127,7 +127,7 @@ Result<MountedPair> measure_output(const LocatedPair& located, const MountSettin
     // Of the uncorrected pair: from its record, else what the keys shift it by.
     mounted.near_input_px = located.source == GeometrySource::record
                                 ? located.near_input_px
-                                : located.geometry.window.window_shift_px;
+                                : located.geometry.window.window_shift_input_px;
     const AnalyseStatus status = measure_disparity(located, settings, bench, mounted, notes);
     if (status == AnalyseStatus::no_memory) {
         return no_memory_for_correlation(analysis);

@@ -16,7 +16,7 @@ namespace {
 StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, const PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     const double shift_px =
-        pair.located.geometry.window.pure_shift_px + pair.located.geometry.window.window_shift_px;
+        pair.located.geometry.window.pure_shift_input_px + pair.located.geometry.window.window_shift_input_px;
     // Against the shift, as the window is chosen: from the iteration where there was one.
     const double near_px = pair.located.geometry.measured ? -pair.located.geometry.disparities.far_px
                                                           : shift_px - pair.mounted.far_input_px;
@@ -33,8 +33,8 @@ StoredCorrectionRecord record_with_views_exchanged(const Pipeline& pipeline, con
     const WindowPlacement window = place_window(pipeline.settings.window, -shift_px, window_px,
                                                 pair.located.scale, pair.located.working);
     StoredCorrectionRecord record = with_views_exchanged(record_of(pipeline, pair));
-    record[kRecordPureShift] = window.pure_shift_px;
-    record[kRecordWindowShift] = window.window_shift_px;
+    record[kRecordPureShift] = window.pure_shift_input_px;
+    record[kRecordWindowShift] = window.window_shift_input_px;
     record[kRecordNearPoint] = -pair.mounted.far_input_px;
     return record;
 }

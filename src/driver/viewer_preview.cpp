@@ -25,7 +25,7 @@ bool warp_preview(Pipeline& pipeline, PairRun& pair, const PreviewSize& frame) {
     plan.interpolation = interpolation_for(pipeline.settings.render.interpolation_mode, plan.scale);
     plan.correction = pair.located.geometry.correction;
     plan.correction.height_px = scale * pair.located.geometry.correction.height_px;
-    plan.correction.shift_px = scale * pair.located.geometry.window.pure_shift_px;
+    plan.correction.shift_px = scale * pair.located.geometry.window.pure_shift_input_px;
     const ColourChange* colours = pipeline.settings.colours ? &*pipeline.settings.colours : nullptr;
     if (const Result<void> done =
             warp_pair(pair.input.full(), plan, colours, pipeline.bench.warped, pair.notes);

@@ -49,7 +49,7 @@ OutputWarp::OutputWarp(const InputViews& views, const LocatedPair& located, cons
     : views_(views), located_(located), wish_(wish), settings_(settings), bench_(bench), notes_(notes) {
     located_.selection.mode = has_selected_window(located_.selection) ? 1 : 0;
     sizing_.correction = located_.geometry.correction;
-    sizing_.correction.shift_px = located_.geometry.window.pure_shift_px;
+    sizing_.correction.shift_px = located_.geometry.window.pure_shift_input_px;
     sizing_.window_offset = located_.selection.window_offset;
     sizing_.interpolation_mode = settings_.render.interpolation_mode;
     settled_.target = wish_.target;
@@ -81,13 +81,13 @@ Result<float> OutputWarp::far_point_for_frame() {
     const PairGeometry& geometry = located_.geometry;
     switch (located_.source) {
         case GeometrySource::pictures: {
-            const auto far_px =
-                static_cast<float>(scale * (geometry.disparities.far_px + geometry.window.window_shift_px));
+            const auto far_px = static_cast<float>(
+                scale * (geometry.disparities.far_px + geometry.window.window_shift_input_px));
             return static_cast<float>(far_px + selection_shift_px);
         }
         case GeometrySource::record: {
             const double near_px =
-                scale * (located_.near_input_px - geometry.window.pure_shift_px) + selection_shift_px;
+                scale * (located_.near_input_px - geometry.window.pure_shift_input_px) + selection_shift_px;
             return static_cast<float>(near_px + located_.deviation * warp.width);
         }
         default: return measured_far_point();

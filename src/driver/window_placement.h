@@ -13,9 +13,9 @@ struct WindowWish {
     int reference = 1;
 };
 
-/// `shift_px` and `window_px` in input pixels, the window relative to the shift; `scale` working pixels per
-/// input pixel; the working size in pixels serves the unit of the offset.
-[[nodiscard]] WindowPlacement place_window(const WindowWish& wish, double shift_px, double window_px,
-                                           double scale, const PictureSize& working);
+/// The window is relative to the shift; `scale` are working pixels per input pixel; the working size in
+/// pixels serves the unit of the offset.
+[[nodiscard]] WindowPlacement place_window(const WindowWish& wish, double shift_input_px,
+                                           double window_input_px, double scale, const PictureSize& working);
 
 }  // namespace zemora

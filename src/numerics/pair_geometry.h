@@ -83,11 +83,11 @@ struct PairDisparities {
     }
 };
 
-/// The shifts of a pair. `window_shift_px` + `pure_shift_px` is the shift of the correction.
+/// The shifts of a pair. `window_shift_input_px` + `pure_shift_input_px` is the shift of the correction.
 struct WindowPlacement {
-    double output_window_px = 0.0;  ///< Place of the window, in pixels of the output.
-    double window_shift_px = 0.0;
-    double pure_shift_px = 0.0;  ///< What the warp applies.
+    double window_working_px = 0.0;  ///< Place of the window in the size that is worked at.
+    double window_shift_input_px = 0.0;
+    double pure_shift_input_px = 0.0;  ///< What the warp applies.
 };
 
 /// A fixed selection and pre-correction of both views.

@@ -17,7 +17,7 @@ constexpr int kForcedRounds = 6;  // size tests: the final warp and at most five
 double kept_width(const MeasuredFrame& measured, const Sizing& sizing) {
     const double selection_shift_px = static_cast<double>(sizing.window_offset) * measured.frame.width;
     const double warped_shift_px = measured.scale * sizing.correction.shift_px - selection_shift_px;
-    const double measured_shift_px = measured.scale * measured.shift_px;
+    const double measured_shift_px = measured.scale * measured.shift_input_px;
     return std::max(measured.common_area.width() + std::fabs(measured_shift_px) - std::fabs(warped_shift_px),
                     1.0);
 }

@@ -14,10 +14,10 @@ struct Sizing {
 
 /// What is known of the views before their first warp to a size.
 struct MeasuredFrame {
-    PictureSize frame;           ///< Whole, working pixels.
-    PixelRectangle common_area;  ///< Of that frame.
-    double scale = 1.0;          ///< Working pixels per input pixel.
-    double shift_px = 0.0;       ///< Of the views when the area was found, input pixels.
+    PictureSize frame;            ///< Whole, working pixels.
+    PixelRectangle common_area;   ///< Of that frame.
+    double scale = 1.0;           ///< Working pixels per input pixel.
+    double shift_input_px = 0.0;  ///< Of the views when the area was found.
 };
 
 /// Target over present size before the first warp: of the selected window, of the whole frame where nothing

@@ -123,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(Table, StopTest,
 struct WindowCase {
     int estimate_window, window_offset, reference;
     double shift_px, window_px, scale;
-    double output_px, window_shift_px, pure_px;
+    double output_px, window_shift_input_px, pure_px;
 };
 
 class PlaceWindow : public testing::TestWithParam<WindowCase> {};
@@ -132,10 +132,10 @@ TEST_P(PlaceWindow, SharesTheShiftBetweenWindowAndPair) {
     const WindowCase& c = GetParam();
     const WindowWish wish{c.estimate_window, c.window_offset, c.reference};
     const WindowPlacement placed = place_window(wish, c.shift_px, c.window_px, c.scale, {2000, 1000});
-    EXPECT_NEAR(placed.output_window_px, c.output_px, 1e-9);
-    EXPECT_NEAR(placed.window_shift_px, c.window_shift_px, 1e-9);
-    EXPECT_NEAR(placed.pure_shift_px, c.pure_px, 1e-9);
-    EXPECT_NEAR(placed.window_shift_px + placed.pure_shift_px, c.shift_px, 1e-9);
+    EXPECT_NEAR(placed.window_working_px, c.output_px, 1e-9);
+    EXPECT_NEAR(placed.window_shift_input_px, c.window_shift_input_px, 1e-9);
+    EXPECT_NEAR(placed.pure_shift_input_px, c.pure_px, 1e-9);
+    EXPECT_NEAR(placed.window_shift_input_px + placed.pure_shift_input_px, c.shift_px, 1e-9);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, PlaceWindow,
