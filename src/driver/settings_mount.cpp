@@ -30,6 +30,15 @@ FinishSettings finish_settings(const ParameterSet& p) {
 
 }  // namespace
 
+Correction use_keys(const ParameterSet& p) {
+    return {p.use_height,
+            0.0,
+            p.use_size / 100.0,
+            p.use_rotation * kRadiansPerDegree,
+            p.use_vergence_v * kRadiansPerDegree,
+            p.use_vergence_h * kRadiansPerDegree};
+}
+
 RenderSettings render_settings(const ParameterSet& p) {
     RenderSettings render;
     render.cropp_output = p.cropp_output;
