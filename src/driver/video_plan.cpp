@@ -54,6 +54,7 @@ void plan_video(VideoRun& run) {
     run.frame =
         value_or_end(run.notes, find_film_frame(wish, base, mounted_corrections(run), run.notes.messages()));
     base.interpolation = interpolation_for(render.interpolation_mode, run.frame.scale);
+    run.orders.wants_copies = false;
 }
 
 }  // namespace zemora

@@ -176,6 +176,7 @@ void VideoProducts::open(File& file, const PictureSize& size) {
     options.size = size;
     options.rate = run_.output_rate;
     options.quality = p.video_quality;
+    options.preset = p.video_preset;
     options.has_two_streams = has_two_streams(run_);
     options.stereo = {row.packing, p.inverse_output != 0};
     options.colours = run_.source->left_facts().colours;
