@@ -108,7 +108,7 @@ TEST(Film, TheCameraMovesWhatIsSeenTheOtherWay) {
     double error = 0.0;
     double error_aside = 0.0;
     for (int x = -180; x <= 180; x += 4) {
-        const ScenePoint surface{x + 0.0, 0.4 * x};
+        const ScenePoint surface{x + 0.0, 0.2 * x - 60.0};  // on the ground
         const double dx = surface.x - camera.x_px;
         const double dy = surface.y - camera.y_px;
         const double sine = std::sin(camera.turn_rad);
