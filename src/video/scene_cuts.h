@@ -9,13 +9,11 @@
 
 namespace zemora {
 
-/// How often each brightness occurs in a frame, as shares of 1, and a coarse picture of it.
+/// A coarse picture of a frame: the mean brightness of its parts, rows from the top.
 struct FrameSketch {
-    static constexpr int kColumns = 16;
-    static constexpr int kRows = 9;
-    std::array<float, 64> histogram{};
-    std::array<std::uint8_t, std::size_t{kColumns} * kRows>
-        mosaic{};  ///< Mean brightness of its parts, rows from the top.
+    static constexpr int kColumns = 80;
+    static constexpr int kRows = 45;
+    std::array<std::uint8_t, std::size_t{kColumns} * kRows> parts{};
 };
 
 /// The brightness of a picture as it lies in memory.
@@ -28,10 +26,11 @@ struct LumaPlane {
     int height = 0;
 };
 
-/// Looks at about a hundred samples of each part.
+/// Looks at a few samples of each part.
 [[nodiscard]] FrameSketch sketch_of_luma(const LumaPlane& luma);
 
-/// Whether a cut lies between two frames that follow each other.
+/// Whether a cut lies between two frames that follow each other: the pieces of one are not to be found in the
+/// other, neither in their place nor near it, and be it lighter or darker there.
 [[nodiscard]] bool is_cut_between(const FrameSketch& before, const FrameSketch& after);
 
 /// Collects the sketches of decoded frames, in whatever order they come.
@@ -44,7 +43,7 @@ public:
     [[nodiscard]] std::vector<int> starts() const;
 
 private:
-    std::map<int, bool> cuts_;
+    std::map<int, bool> cuts_;  ///< False where a guess over a gap was wrong.
     int last_frame_ = -1;
     FrameSketch last_;
     int suspect_ = -1;    ///< A cut that was found, until it is sure that it is no flash.

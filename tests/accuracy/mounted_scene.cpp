@@ -151,6 +151,20 @@ InputViews prepared_views(const Scene& scene, const SceneOptions& options, const
 
 }  // namespace
 
+std::vector<double> heights_left(const WarpPlan& plan, const PixelRectangle& kept, const Scene& scene) {
+    WarpedPair warp;
+    warp.plan = plan;
+    warp.correction = fixed_correction(plan);
+    warp.kept = kept;
+    warp.width = kept.width();
+    warp.height = kept.height();
+    std::vector<double> heights;
+    for (const Place& place : lattice_of(warp, scene)) {
+        heights.push_back(place.error.dy);
+    }
+    return heights;
+}
+
 MountedScene mount_scene(const SceneOptions& options, const SceneErrors& errors,
                          const MountOptions& mount_options) {
     const Scene scene(options, errors);

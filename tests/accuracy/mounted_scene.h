@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "analysis/iteration_verdict.h"
+#include "render/warp_pair.h"
 #include "report/height_judgement.h"
 #include "scene.h"
 
@@ -42,6 +44,11 @@ struct MountedScene {
     /// What the program tells about its own result; unchecked by the plain rule.
     HeightVerdict told = HeightVerdict::unchecked;
 };
+
+/// By how much the right output view of a plan has points higher than the left one, in output pixels, over a
+/// lattice of 39 x 39 places of the part that is kept.
+[[nodiscard]] std::vector<double> heights_left(const WarpPlan& plan, const PixelRectangle& kept,
+                                               const Scene& scene);
 
 /// Renders, mounts without any file, and measures by the scene's displacements how far
 /// matching points of the two output pictures lie apart in height.
