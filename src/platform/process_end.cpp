@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "platform/console.h"
+#include "platform/new_file.h"
 #include "platform/temp_folder.h"
 
 namespace zemora {
@@ -25,13 +26,19 @@ std::function<void()> g_last_action;
 std::atomic<int> g_holders{0};
 std::atomic<int> g_held_signal{0};
 
+/// What the run keeps for itself alone; async-signal-safe.
+void remove_unfinished() {
+    remove_hidden_files();
+    remove_temporary_folder();
+}
+
 extern "C" void on_end_signal(int number) {
     if (g_holders > 0) {
         g_held_signal = number;
         return;
     }
     flush_console_in_handler();
-    remove_temporary_folder();
+    remove_unfinished();
     signal(number, SIG_DFL);
     sigset_t alone;
     sigemptyset(&alone);
@@ -52,7 +59,7 @@ std::atomic<bool> g_ends{false};
         action();
     }
     flush_console();
-    remove_temporary_folder();
+    remove_unfinished();
     // Other threads may be at work in the pictures of the run: nothing of theirs is taken down.
     _exit(kExitFailure);
 }
@@ -62,7 +69,7 @@ void be_the_one_that_ends() {
     static thread_local bool is_the_one = false;
     if (is_the_one) {
         flush_console();
-        remove_temporary_folder();
+        remove_unfinished();
         _exit(kExitFailure);
     }
     is_the_one = !g_ends.exchange(true);

@@ -30,4 +30,7 @@ public:
     virtual void read(std::int64_t first, int count, float* samples) = 0;
 };
 
+/// The same for whoever has no listener: gives an empty text, or the reason of a failure.
+[[nodiscard]] std::string open_sound_track(const std::string& path, std::unique_ptr<SoundTrack>& into);
+
 }  // namespace zemora

@@ -1,0 +1,63 @@
+#include "video/stereo_flags.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace zemora {
+
+namespace {
+
+struct OutputRow {
+    int video_output;
+    StereoPacking packing;
+};
+// clang-format off
+constexpr OutputRow kOutputs[] = {
+    {2, StereoPacking::side_by_side},
+    {4, StereoPacking::side_by_side},
+    {5, StereoPacking::above_below},
+    {6, StereoPacking::above_below},
+    {7, StereoPacking::rows},
+};
+
+struct PackingRow {
+    StereoPacking packing;
+    int h264_number;
+    bool is_in_mp4;
+};
+constexpr PackingRow kPackings[] = {
+    {StereoPacking::chequers,     0, false},
+    {StereoPacking::columns,      1, false},
+    {StereoPacking::rows,         2, false},
+    {StereoPacking::side_by_side, 3, true},
+    {StereoPacking::above_below,  4, true},
+    {StereoPacking::frames,       5, false},
+};
+// clang-format on
+
+const PackingRow* row_of(StereoFlag flag) {
+    const auto* row = std::find_if(std::begin(kPackings), std::end(kPackings),
+                                   [&](const PackingRow& known) { return known.packing == flag.packing; });
+    return row == std::end(kPackings) || flag.right_first ? nullptr : row;
+}
+
+}  // namespace
+
+StereoFlag stereo_flag_of_output(int video_output, bool right_first) {
+    const auto* row = std::find_if(std::begin(kOutputs), std::end(kOutputs), [&](const OutputRow& known) {
+        return known.video_output == video_output;
+    });
+    return row == std::end(kOutputs) ? StereoFlag() : StereoFlag{row->packing, right_first};
+}
+
+std::optional<int> frame_packing_of(StereoFlag flag) {
+    const PackingRow* row = row_of(flag);
+    return row != nullptr ? std::optional<int>(row->h264_number) : std::nullopt;
+}
+
+bool has_mp4_flag(StereoFlag flag) {
+    const PackingRow* row = row_of(flag);
+    return row != nullptr && row->is_in_mp4;
+}
+
+}  // namespace zemora

@@ -1,0 +1,16 @@
+#include "video/video_writer.h"
+
+#include "video/film_writer.h"
+#include "video/stereo_flags.h"
+
+namespace zemora {
+
+Result<std::unique_ptr<VideoWriter>> VideoWriter::open(const VideoWriterOptions& options, Notes& notes) {
+    ContainerSettings mp4;
+    mp4.encoder = h264_settings(options.quality, options.preset, options.size);
+    mp4.encoder.frame_packing = frame_packing_of(options.stereo).value_or(-1);
+    mp4.options = {{"movflags", "faststart"}};
+    return FilmWriter::open(options, mp4, notes);
+}
+
+}  // namespace zemora
