@@ -52,6 +52,12 @@ std::string more_information(const MessageCatalogue& messages) {
 
 }  // namespace
 
+std::string title_block_html(const MessageCatalogue& messages) {
+    return "<p>" + html_text(messages.raw(Msg::main_report_what_zemora_is)) + "</p>\n<p>" +
+           messages.raw(Msg::main_report_more_information_html) + html_text(more_information(messages)) +
+           "</p>\n";
+}
+
 ReportNames report_names(const ReportSource& source) {
     namespace mode = setting::report_mode;
     std::string insert;
@@ -171,10 +177,7 @@ void RunReport::write_html_head(bool links_calculator) {
             html_line("<script>" + std::string(script) + "</script>\n");
         }
     }
-    html_line("<h2>" + html_text(heading) + "</h2>\n<p>" +
-              html_text(messages_.raw(Msg::main_report_what_zemora_is)) + "</p>\n<p>" +
-              messages_.raw(Msg::main_report_more_information_html) + html_text(more_information(messages_)) +
-              "</p>\n");
+    html_line("<h2>" + html_text(heading) + "</h2>\n" + title_block_html(messages_));
 }
 
 std::string RunReport::close() {

@@ -29,6 +29,9 @@ struct ReportSource {
 /// By `ReportMode`: base names, with the time stamp, or with the name of the folder or video.
 [[nodiscard]] ReportNames report_names(const ReportSource& source);
 
+/// What Zemora is and where there is more to read, below the heading of a page.
+[[nodiscard]] std::string title_block_html(const MessageCatalogue& messages);
+
 /// A file that grows by whole sections in front of a fixed end; whoever reads it meanwhile finds it whole.
 class GrowingFile {
 public:

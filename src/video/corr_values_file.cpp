@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "config/number_scan.h"
+#include "config/text_file.h"
 #include "config/text_lines.h"
 #include "platform/console.h"
 #include "platform/safe_file.h"
@@ -165,17 +166,7 @@ Result<void> write_corr_values(const std::string& path, const CorrectionSeries& 
             text += line_of(frame, series.values[static_cast<std::size_t>(frame)]);
         }
     }
-    const std::string reason =
-        write_file_whole(path, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-    if (reason.empty()) {
-        return {};
-    }
-    Failure failed =
-        Failure::of_run(format_text(messages.either({"The file %s cannot be written: %s\n",
-                                                     "Die Datei %s kann nicht geschrieben werden: %s\n"}),
-                                    printable(path).c_str(), reason.c_str()));
-    failed.file = path;
-    return failed;
+    return write_text_file(path, text, messages);
 }
 
 Result<std::vector<StoredValues>> read_corr_values(const std::string& path, int frames, Notes& notes) {

@@ -12,7 +12,8 @@ allowed='Warning: <table> attribute "(border|cellspacing)" not allowed for HTML5
 Warning: <hr> attribute "(align|width)" not allowed for HTML5$
 Warning: unescaped & or unknown entity "&(dev|wi|hei|pr)"$'
 status=0
-for page in comfortcalculator_en comfortcalculator_de zemora_report; do
+for page in comfortcalculator_en comfortcalculator_de zemora_report en/zemora_report de/zemora_report \
+    en/zemora_deepvideoanalysis de/zemora_deepvideoanalysis; do
     tidy -errors -quiet -latin1 --show-warnings yes "$folder/$page.html" 2>"$folder/told" || [ $? = 1 ] || status=1
     if grep -vE "$allowed" "$folder/told"; then
         echo "in $page.html"

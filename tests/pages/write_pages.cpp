@@ -1,12 +1,19 @@
-/// Writes the comfort calculator in both languages and a report with awkward texts into a folder: write_pages
-/// FOLDER
+/// Writes the comfort calculator in both languages, a report with awkward texts, and all that is left of a
+/// film, in folders "en" and "de", into a folder: write_pages FOLDER
 
+#include <cmath>
 #include <cstdio>
 
 #include "config/html_text.h"
+#include "platform/paths.h"
 #include "report/comfort_calculator.h"
+#include "report/corr_values_plots.h"
+#include "report/deep_video_page.h"
 #include "report/pair_report.h"
 #include "report/run_report.h"
+#include "report/video_charts.h"
+#include "report/video_data.h"
+#include "video/corr_values_file.h"
 
 namespace {
 
@@ -57,6 +64,68 @@ bool write_report(const std::string& folder) {
     return report.close().empty();
 }
 
+/// A film of 300 frames, each fifth of which was analysed; some failed.
+CorrectionSeries film_series() {
+    CorrectionSeries series;
+    series.analysed = {2, 300, 5};
+    series.resize(300);
+    for (int i = 0; i < series.analysed.count(); ++i) {
+        const auto frame = static_cast<std::size_t>(series.analysed.at(i));
+        const auto wave = static_cast<float>(std::sin(i / 6.0));
+        series.valid[frame] = i % 9 == 4 ? 0 : 1;
+        series.values[frame] = {4.0F * wave, 20.0F + 8.0F * wave, 0.004F * wave,
+                                0.008F,      -0.01F * wave,       0.002F};
+        series.disparities[frame] = {12.0F - 6.0F * wave, 60.0F + 20.0F * wave, 30.0F, 48.0F + 26.0F * wave,
+                                     0.6F + 0.3F * wave};
+    }
+    return series;
+}
+
+bool done(const Result<void>& result) {
+    if (!result) {
+        std::fputs(result.failure().note.text.c_str(), stderr);
+    }
+    return result.has_value();
+}
+
+/// The report of a film with its charts.
+bool write_film_report(const std::string& folder, const MessageCatalogue& messages) {
+    RunReport report(messages);
+    if (!report.open({folder + "/zemora_report.txt", folder + "/zemora_report.html", false}, false).empty()) {
+        return false;
+    }
+    report.html_line(report_charts_html(messages.language()));
+    report.html_line(deep_video_page_link(messages));
+    return report.close().empty();
+}
+
+bool write_film(const std::string& folder, Language language) {
+    constexpr int kWidth = 1920;
+    const MessageCatalogue messages(language);
+    std::string reason;
+    if (!make_folders(folder, reason)) {
+        return false;
+    }
+    CorrectionSeries series = film_series();
+    SmoothSettings settings;
+    if (!fill_series(series, settings) ||
+        !done(write_corr_values(folder + '/' + kRawCorrValuesName, series, messages))) {
+        return false;
+    }
+    smooth_filled_series(series, settings);
+    const DeepVideoPage page{folder,
+                             {"{{width}} & <b>_l.mp4",
+                              "Gr\xC3\xBC\xC3\x9F"
+                              "e_r.mp4"},
+                             folder + "/ct/l.jpg",
+                             folder + "/ct/r.jpg"};
+    return done(write_corr_values(folder + '/' + kCorrValuesName, series, messages)) &&
+           done(write_corr_values_plots(folder, true, messages)) &&
+           done(write_video_data(folder, series, kWidth, messages)) &&
+           done(write_chart_scripts(folder, messages)) && done(write_deep_video_page(page, messages)) &&
+           write_film_report(folder, messages);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -71,5 +140,7 @@ int main(int count, char** arguments) {
             return 1;
         }
     }
-    return write_report(folder) ? 0 : 1;
+    const bool well = write_report(folder) && write_film(folder + "/en", Language::english) &&
+                      write_film(folder + "/de", Language::german);
+    return well ? 0 : 1;
 }

@@ -54,6 +54,10 @@ void replace_all(std::string& text, std::string_view from, std::string_view to) 
     }
 }
 
+void replace_first(std::string& text, std::string_view from, std::string_view to) {
+    text.replace(text.find(from), from.size(), to);
+}
+
 /// The words of a report up to `end` with a blank between them, without tags and rules.
 std::string words_of(std::string text, const std::string& end = "=====") {
     text = text.substr(0, text.find(end));
@@ -297,6 +301,15 @@ TEST(SequenceReport, TellsMeanValuesWithTheirRemarks) {
                                "Mean error of height     =    2.00 pixel   (right image upturned)\n"));
     EXPECT_TRUE(means.text.ends_with("=    3.00 pixel   (near point behind stereo window)\n" + rule +
                                      "Consumed CPU time for this image series: 61 seconds\n"));
+    EXPECT_EQ(means.console, means.text);
+    EXPECT_TRUE(
+        means.html.starts_with("<br><table border=\"0\" cellspacing=\"5\">\n<tr><td colspan=5><b>Mean "));
+    EXPECT_TRUE(means.html.ends_with("(near point behind stereo window)</td></tr>\n</table><br>\n"))
+        << means.html;
+    std::string values = means.text;
+    replace_first(values, rule, "");
+    replace_first(values, rule, "");
+    EXPECT_EQ(words_of(means.html), words_of(values));
     report.mode = 2;
     const Told german = told(1, write, Language::german);
     EXPECT_TRUE(holds(german.text, "Benutzt fuer Hoehenkorrektur:    =    2.00 Pixel  \n")) << german.text;
