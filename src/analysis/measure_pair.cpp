@@ -1,5 +1,6 @@
 #include "analysis/measure_pair.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "analysis/colormap.h"
@@ -31,6 +32,7 @@ struct Iteration {
     int full_rounds = 0;        ///< Rounds at full size.
     double full_step_px = 0.0;  ///< What the latest of them added, mean over the picture, input pixels.
     bool settled = true;        ///< Another round would add next to nothing.
+    bool follows = false;       ///< A frame that goes on from the one before.
     bool has_best = false;
     Correction best;
     PairDisparities best_disparities;
@@ -66,7 +68,10 @@ private:
     [[nodiscard]] Status measure_first();
     [[nodiscard]] Status measure_round(const Iteration& loop);
     [[nodiscard]] Status run_round(Iteration& loop);
-    [[nodiscard]] Status iterate();
+    [[nodiscard]] Status iterate(Iteration loop);
+    [[nodiscard]] Status measure_afresh();
+    [[nodiscard]] Status follow(const FrameMemory& before);
+    [[nodiscard]] Status warp_after(const Iteration& loop);
     [[nodiscard]] Status measure_unrepeated();
     [[nodiscard]] Status warp(const std::string& step);
     void take_values(double scale);
@@ -239,7 +244,8 @@ PairMeasurement::Status PairMeasurement::measure_round(const Iteration& loop) {
         format_text(notes_.messages().either({"Zemora::analyse:  phase 3: iterative correlation no. %2d",
                                               "Zemora::Analyse:    Phase 3: iterative Korrelation Nr. %2d"}),
                     loop.number);
-    const PhaseRequest request{AnalysePhase::geometry, loop.number, false, reduced_, geometry_.started_wide};
+    const PhaseRequest request{AnalysePhase::geometry, loop.number, loop.follows, reduced_,
+                               geometry_.started_wide || loop.follows};
     const auto status = run_phase(warped_.pair, request, progress_of(step));
     if (!status) {
         return status.failure();
@@ -293,10 +299,12 @@ void PairMeasurement::show_round() {
                              geometry_.residual_rms_px));
 }
 
-/// With the robust fit the full-size rounds go on until they add next to nothing, or no less than before.
+/// With the robust fit the full-size rounds go on until they add next to nothing, or no less than before. A
+/// frame that follows another starts near its end, and what one round adds there needs no other to hold.
 void PairMeasurement::judge_full_size(Iteration& loop) {
-    constexpr double kSmallStep = 0.1;  // pixels
-    constexpr double kFalling = 0.7;    // of the step before
+    constexpr double kSmallStep = 0.1;            // pixels
+    constexpr double kSmallStepOfFollower = 1.0;  // pixels
+    constexpr double kFalling = 0.7;              // of the step before
     constexpr int kMostRounds = 6;
     if (!analysis_.options.robust) {
         return;
@@ -304,7 +312,8 @@ void PairMeasurement::judge_full_size(Iteration& loop) {
     const double step = mean_model_error(geometry_.remaining.rounded_to_float(), views_.full.left.height,
                                          views_.full.left.width);
     ++loop.full_rounds;
-    loop.settled = step < kSmallStep || loop.full_rounds >= kMostRounds ||
+    loop.settled = step < (loop.follows ? kSmallStepOfFollower : kSmallStep) ||
+                   loop.full_rounds >= kMostRounds ||
                    (loop.full_rounds > 1 && step > kFalling * loop.full_step_px);
     loop.full_step_px = step;
 }
@@ -329,7 +338,7 @@ void PairMeasurement::judge_round(Iteration& loop) {
 
 /// Whether the loop ends here; takes the best values where the last ones do not count.
 bool PairMeasurement::is_finished(const Iteration& loop) {
-    if (settings_.most_rounds == loop.number && notes_.verbose() > 0) {
+    if (settings_.most_rounds == loop.number && !loop.follows && notes_.verbose() > 0) {
         notes_.print(notes_.messages().either({" --- LAST TRY!\n", " --- LETZTER VERSUCH!\n"}));
     }
     if (geometry_.status == StatusCode::success && settings_.least_rounds <= loop.number && loop.settled) {
@@ -346,6 +355,13 @@ bool PairMeasurement::is_finished(const Iteration& loop) {
     return true;
 }
 
+PairMeasurement::Status PairMeasurement::warp_after(const Iteration& loop) {
+    return warp(
+        format_text(notes_.messages().either({"Zemora::equalize: phase 3: iterative correction no.  %2d",
+                                              "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"}),
+                    loop.number));
+}
+
 /// Measures, judges and warps once.
 PairMeasurement::Status PairMeasurement::run_round(Iteration& loop) {
     const Status measured = measure_round(loop);
@@ -355,8 +371,8 @@ PairMeasurement::Status PairMeasurement::run_round(Iteration& loop) {
     Opinion opinion = Opinion::no_correction;
     if (*measured == StatusCode::success) {
         add_round(loop);
-        opinion = opinion_.ask_after_round(geometry_, reduced_);
-    } else if (loop.number == 1) {
+        opinion = loop.follows ? Opinion::start_stays : opinion_.ask_after_round(geometry_, reduced_);
+    } else if (loop.number == 1 && !loop.follows) {
         opinion = opinion_.ask_for_start(geometry_);
     }
     if (opinion == Opinion::no_correction) {
@@ -368,10 +384,9 @@ PairMeasurement::Status PairMeasurement::run_round(Iteration& loop) {
     } else {
         reduced_ = true;
     }
-    const Status warped = warp(
-        format_text(notes_.messages().either({"Zemora::equalize: phase 3: iterative correction no.  %2d",
-                                              "Zemora::Entzerrung: Phase 3: iterative Korrektur Nr.   %2d"}),
-                    loop.number));
+    // A frame that has settled is warped anew when the film is mounted.
+    const bool is_done = loop.follows && geometry_.status == StatusCode::success && loop.settled;
+    const Status warped = is_done ? StatusCode::success : warp_after(loop);
     if (warped && *warped == StatusCode::success) {
         if (opinion == Opinion::new_start) {
             loop = {};
@@ -382,8 +397,8 @@ PairMeasurement::Status PairMeasurement::run_round(Iteration& loop) {
     return warped;
 }
 
-PairMeasurement::Status PairMeasurement::iterate() {
-    for (Iteration loop;;) {
+PairMeasurement::Status PairMeasurement::iterate(Iteration loop) {
+    for (;;) {
         const Status status = run_round(loop);
         if (!status || *status != StatusCode::success) {
             return status;
@@ -407,11 +422,50 @@ PairMeasurement::Status PairMeasurement::measure_unrepeated() {
                                           "Zemora::Entzerrung: Phase 3: Korrektur in voller Groesse "}));
 }
 
-Result<PairGeometry> PairMeasurement::run() {
-    Status status = measure_first();
+PairMeasurement::Status PairMeasurement::measure_afresh() {
+    const Status status = measure_first();
+    if (!status || *status != StatusCode::success) {
+        return status;
+    }
+    geometry_.measured = true;
+    return settings_.most_rounds == 0 ? measure_unrepeated() : iterate({});
+}
+
+/// The frame is warped with the correction of the one before, and what is left is added.
+PairMeasurement::Status PairMeasurement::follow(const FrameMemory& before) {
+    constexpr int kLeastRounds = 2;  // counted behind the first one
+    constexpr int kMostRounds = 4;
+    colormap_adapt(analysis_, views_.reduced, nullptr, kColormapForGeometry);
+    recall_frame(before, analysis_);
+    geometry_.correction = before.geometry.correction;
+    geometry_.agreement = before.geometry.agreement;
+    geometry_.measured = true;
+    reduced_ = false;
+    const MeasureSettings wanted = settings_;
+    settings_.least_rounds = std::min(kLeastRounds, wanted.least_rounds);
+    settings_.most_rounds = std::min(kMostRounds, wanted.most_rounds);
+    Iteration loop;
+    loop.follows = true;
+    Status status = warp_after(loop);
     if (status && *status == StatusCode::success) {
-        geometry_.measured = true;
-        status = settings_.most_rounds == 0 ? measure_unrepeated() : iterate();
+        status = iterate(loop);
+    }
+    settings_ = wanted;
+    return status;
+}
+
+Result<PairGeometry> PairMeasurement::run() {
+    Status status = StatusCode::failed;
+    if (views_.before != nullptr && settings_.most_rounds > 0) {
+        status = follow(*views_.before);
+    }
+    if (status && (*status != StatusCode::success || !is_written(geometry_.status))) {
+        if (views_.before != nullptr) {
+            reset_analysis(analysis_, false);
+            geometry_ = {};
+            reduced_ = true;
+        }
+        status = measure_afresh();
     }
     if (!status) {
         return status.failure();

@@ -2,6 +2,7 @@
 /// The geometry of a pair from its pictures: measured on a reduced copy first, warped, measured again, until
 /// the errors are gone, at last at full size.
 
+#include "analysis/frame_memory.h"
 #include "analysis/stereo_analyse.h"
 #include "config/notes.h"
 #include "numerics/pair_geometry.h"
@@ -13,6 +14,9 @@ namespace zemora {
 struct MeasuredViews {
     StereoPicture full;
     StereoPicture reduced;
+    /// The frame before in the same scene of a film: the measurement goes on from its correction, at full
+    /// size, and starts afresh only where that leads to nothing. Null for a pair of its own.
+    const FrameMemory* before = nullptr;
 };
 
 struct MeasureSettings {

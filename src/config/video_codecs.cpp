@@ -24,6 +24,10 @@ std::string between_blanks(std::string_view name) {
 
 }  // namespace
 
+bool is_video_preset(std::string_view name) {
+    return std::find(std::begin(kVideoPresets), std::end(kVideoPresets), name) != std::end(kVideoPresets);
+}
+
 const VideoCodecRow* find_video_codec(std::string_view name) {
     const std::string_view word = trimmed(name);
     if (word.empty() || word.find(' ') != std::string_view::npos) {

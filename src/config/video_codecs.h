@@ -21,6 +21,11 @@ inline constexpr VideoCodecRow kVideoCodecs[] = {
 };
 inline constexpr int kVideoCodecCount = static_cast<int>(std::size(kVideoCodecs));
 
+/// Speeds of the encoders of H.264 and H.265, the fastest first.
+inline constexpr std::string_view kVideoPresets[] = {"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                                                     "medium",    "slow",      "slower",   "veryslow"};
+[[nodiscard]] bool is_video_preset(std::string_view name);
+
 /// The row of a code or of another name for it, in any case; null when there is none.
 [[nodiscard]] const VideoCodecRow* find_video_codec(std::string_view name);
 

@@ -78,8 +78,8 @@ void place_stereo_window(const WindowWish& wish, LocatedPair& pair) {
 Result<LocatedPair> measure_geometry(const InputViews& views, const GeometryWish& wish,
                                      const MountSettings& settings, Workbench& bench, Notes& notes) {
     BenchWarp warp(views, wish, settings, bench.warped, notes);
-    const Result<PairGeometry> measured =
-        measure_pair({views.full(), views.reduced()}, settings.measure, {bench.analysis, warp}, notes);
+    const Result<PairGeometry> measured = measure_pair({views.full(), views.reduced(), wish.before},
+                                                       settings.measure, {bench.analysis, warp}, notes);
     if (!measured) {
         return measured.failure();
     }

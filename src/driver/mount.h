@@ -60,10 +60,11 @@ enum class GeometrySource { pictures, keys, record, nothing };
 
 struct GeometryWish {
     GeometrySource source = GeometrySource::pictures;
-    Correction keys;                ///< Without shift.
-    StoredCorrectionRecord record;  ///< Of the list or of the input files.
-    PictureSize working;            ///< The whole frame at the size that the pair is worked at.
-    PreSelection preset;            ///< The reduced views have it in them, the full-size ones have not.
+    Correction keys;                      ///< Without shift.
+    StoredCorrectionRecord record;        ///< Of the list or of the input files.
+    PictureSize working;                  ///< The whole frame at the size that the pair is worked at.
+    PreSelection preset;                  ///< The reduced views have it in them, the full-size ones have not.
+    const FrameMemory* before = nullptr;  ///< The frame before, for one that follows it in a film.
 };
 
 /// A pair whose correction is known.

@@ -16,6 +16,7 @@
 #include "driver/post_run.h"
 #include "driver/settings_input.h"
 #include "driver/settings_report.h"
+#include "driver/video_run.h"
 #include "driver/viewers.h"
 #include "input/file_selection.h"
 #include "platform/paths.h"
@@ -229,11 +230,11 @@ void make_calibration_image(Run& run) {
     run.end(kExitFailure);
 }
 
-/// Lists of videos and sequences are written; their pictures are not processed.
-void refuse_video(Run& run) {
-    if (run.parameters.video_mode != 0) {
-        refuse_run(run, {"Videos are not processed by this version.\n",
-                         "Videos werden von dieser Version nicht bearbeitet.\n"});
+/// Lists of image sequences are written; they are not made into videos.
+void refuse_sequence(Run& run) {
+    if (run.parameters.video_mode == setting::video_mode::images_as_video) {
+        refuse_run(run, {"Image sequences are not made into videos by this version.\n",
+                         "Bildfolgen werden von dieser Version nicht zu Videos gemacht.\n"});
     }
 }
 
@@ -356,7 +357,11 @@ void tell_missing_shows(Run& run) {
 void mount_all(Run& run) {
     provide_colour_file(run.parameters, run.context, run.voice);
     Pipeline pipeline(run.parameters, run.context, run.list, run.exiftool, run.voice);
-    run_image_pipeline(pipeline);
+    if (run.parameters.video_mode == setting::video_mode::video) {
+        run_video(pipeline);
+    } else {
+        run_image_pipeline(pipeline);
+    }
     run.all_mounted = pipeline.mounted == run.list.count();
     if (const std::string batch = post_run_batch(run.parameters); !batch.empty()) {
         start_batch(batch_script(batch, pipeline.last_stored), run.voice);
@@ -396,7 +401,7 @@ int run_through(Run& run, const std::string& program, const std::vector<std::str
         succeed_if_possible(run.voice, write_alignment_image(alignment_options(run.parameters), run.voice));
     }
     collect_input(run);
-    refuse_video(run);
+    refuse_sequence(run);
     tell_missing_shows(run);
     mount_all(run);
     return run.parameters.exit_status != 0 && !run.all_mounted ? kExitNotAllMounted : kExitDone;

@@ -59,6 +59,12 @@ Colour passe_colour_of(const ParameterSet& p) {
                                             static_cast<std::uint8_t>(p.passe_color_red)});
 }
 
+PreSelection pre_selection_of(const ParameterSet& p) {
+    return {p.pre_rotation_left,  p.pre_rotation_right, p.pre_vergence_v,    p.left_image_startx,
+            p.left_image_starty,  p.left_image_width,   p.left_image_height, p.right_image_startx,
+            p.right_image_starty, p.right_image_width,  p.right_image_height};
+}
+
 DepthSettings depth_settings(const ParameterSet& parameters) {
     return {parameters.deviation_target, parameters.depth_mask_offset, parameters.depth_mask_nonlin,
             parameters.depth_mask_nl_type};

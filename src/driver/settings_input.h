@@ -24,6 +24,9 @@ namespace zemora {
 /// `PasseColor`, black where a measured frame is painted.
 [[nodiscard]] Colour passe_colour_of(const ParameterSet& parameters);
 
+/// That of the keys.
+[[nodiscard]] PreSelection pre_selection_of(const ParameterSet& parameters);
+
 [[nodiscard]] DepthSettings depth_settings(const ParameterSet& parameters);
 
 }  // namespace zemora

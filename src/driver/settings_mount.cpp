@@ -8,7 +8,11 @@ namespace zemora {
 namespace {
 
 FinishSettings finish_settings(const ParameterSet& p) {
-    const bool turns = p.left_right_output != 0 || p.extra_output != 0;
+    namespace video = setting::video_output;
+    const bool is_film = p.video_mode != setting::video_mode::images;
+    const bool turns =
+        p.left_right_output != 0 || p.extra_output != 0 ||
+        (is_film && p.video_output != video::side_by_side && p.video_output != video::anaglyph);
     FinishSettings finish;
     finish.ghost_percent = p.auto_ghost_bust;
     finish.sharpen_intensity = p.sharpen_intensity;
@@ -25,10 +29,20 @@ FinishSettings finish_settings(const ParameterSet& p) {
     finish.extra = static_cast<ExtraFormat>(p.extra_output);
     finish.left_turn = turns ? p.rot_mir_output_left : 0;
     finish.right_turn = turns ? p.rot_mir_output_right : 0;
+    finish.is_film = is_film;
     return finish;
 }
 
 }  // namespace
+
+Correction use_keys(const ParameterSet& p) {
+    return {p.use_height,
+            0.0,
+            p.use_size / 100.0,
+            p.use_rotation * kRadiansPerDegree,
+            p.use_vergence_v * kRadiansPerDegree,
+            p.use_vergence_h * kRadiansPerDegree};
+}
 
 RenderSettings render_settings(const ParameterSet& p) {
     RenderSettings render;

@@ -9,6 +9,8 @@ namespace zemora {
 /// Without the colours, which come from a file.
 [[nodiscard]] MountSettings mount_settings(const ParameterSet& parameters);
 [[nodiscard]] RenderSettings render_settings(const ParameterSet& parameters);
+/// `UseHeight` to `UseVergenceH`, without shift.
+[[nodiscard]] Correction use_keys(const ParameterSet& parameters);
 [[nodiscard]] WindowWish window_wish(const ParameterSet& parameters);
 
 }  // namespace zemora

@@ -3,20 +3,12 @@
 #include "driver/depth_stage.h"
 #include "driver/failure.h"
 #include "driver/pipeline.h"
+#include "driver/settings_mount.h"
 #include "report/analysis_rows.h"
 
 namespace zemora {
 
 namespace {
-
-Correction use_keys(const ParameterSet& p) {
-    return {p.use_height,
-            0.0,
-            p.use_size / 100.0,
-            p.use_rotation * kRadiansPerDegree,
-            p.use_vergence_v * kRadiansPerDegree,
-            p.use_vergence_h * kRadiansPerDegree};
-}
 
 GeometrySource source_of(const PairRun& pair) {
     if (counts_as_measured(pair.mode)) {

@@ -9,6 +9,7 @@
 #include "driver/pair_records.h"
 #include "driver/pipeline.h"
 #include "driver/progress_files.h"
+#include "driver/settings_input.h"
 #include "driver/viewers.h"
 #include "input/exif_time.h"
 #include "input/file_selection.h"
@@ -20,12 +21,6 @@
 namespace zemora {
 
 namespace {
-
-PreSelection pre_selection_of(const ParameterSet& p) {
-    return {p.pre_rotation_left,  p.pre_rotation_right, p.pre_vergence_v,    p.left_image_startx,
-            p.left_image_starty,  p.left_image_width,   p.left_image_height, p.right_image_startx,
-            p.right_image_starty, p.right_image_width,  p.right_image_height};
-}
 
 /// Puts everything back that an earlier pair may have changed.
 void reset_pair_state(Pipeline& pipeline, PairRun& pair) {

@@ -209,8 +209,13 @@ WarpPlan output_plan(const LocatedPair& located, const PairWish& wish, const Ren
     plan.tone = {true, analysis.tone_left, analysis.tone_right,
                  settings.adapted_view <= 0 ? settings.auto_output_contrast : 0,
                  settings.adapted_view >= 0 ? settings.auto_output_contrast : 0};
-    plan.crop = {false,     settings.cropp_output, settings.is_shown_first, wish.target.size_flag != 0,
-                 wish.size, located.selection};
+    plan.crop = {false,
+                 settings.cropp_output,
+                 settings.is_shown_first,
+                 wish.target.size_flag != 0,
+                 wish.size,
+                 located.selection,
+                 {}};
     return plan;
 }
 

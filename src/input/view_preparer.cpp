@@ -89,6 +89,16 @@ Result<InputViews> ViewPreparer::prepare(RawViews raw, const ViewOrders& orders,
     if (const auto done = make_both_exact(views); !done) {
         return done.failure();
     }
+    if (orders.wants_copies) {
+        if (const auto done = provide_copies(views); !done) {
+            return done.failure();
+        }
+        make_reduced(views, orders);
+    }
+    return views;
+}
+
+Result<void> ViewPreparer::provide_copies(InputViews& views) {
     for (const auto& [bitmap, spare] :
          {std::pair{&views.reduced_left, &spare_left_}, std::pair{&views.reduced_right, &spare_right_}}) {
         Result<Bitmap> memory = reduced_bitmap(*spare);
@@ -97,8 +107,7 @@ Result<InputViews> ViewPreparer::prepare(RawViews raw, const ViewOrders& orders,
         }
         *bitmap = *std::move(memory);
     }
-    make_reduced(views, orders);
-    return views;
+    return {};
 }
 
 void ViewPreparer::crop_by_mask(InputViews& views, const MaskFrame& mask, const ViewOrders& orders) const {

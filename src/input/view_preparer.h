@@ -48,7 +48,8 @@ struct ViewOrders {
     PreSelection pre_selection;
     float left_zoom = 1.0F;  ///< Of the reduced copies.
     float right_zoom = 1.0F;
-    MaskStems mask_stems;  ///< Of the views as they stand after the exchange.
+    MaskStems mask_stems;      ///< Of the views as they stand after the exchange.
+    bool wants_copies = true;  ///< The reduced copies, which the analysis starts from.
 };
 
 struct PrepareOptions {
@@ -70,6 +71,7 @@ public:
     void take_back(InputViews&& used);
 
 private:
+    [[nodiscard]] Result<void> provide_copies(InputViews& views);
     void make_reduced(InputViews& views, const ViewOrders& orders) const;
 
     PrepareOptions options_;

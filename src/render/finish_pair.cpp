@@ -56,6 +56,9 @@ Curtains find_curtains(const WarpedPair& warped, const FinishSettings& settings,
     switch (settings.auto_frame_floating) {
         case automatic::curtains_alike:
         case automatic::ramps_alike: {
+            if (settings.is_film) {
+                return {width_for(d.left_edge_near), width_for(d.right_edge_near)};
+            }
             const int width = width_for(
                 std::min({d.left_edge_near, d.right_edge_near, d.top_edge_near, d.bottom_edge_near}));
             return {width, width};
@@ -74,6 +77,9 @@ Curtains hang_curtains(WarpedPair& warped, const FinishSettings& settings, const
     }
     curtains = {std::min(curtains.left, warped.width / 2), std::min(curtains.right, warped.width / 2)};
     floating_bands(warped.views(), curtains, settings.auto_frame_floating);
+    if (settings.is_film) {
+        return curtains;
+    }
     const MessageCatalogue& messages = notes.messages();
     const auto per_mille = [&](int width_px) { return round_half_up(width_px * 1000.0 / warped.width); };
     notes.tell_everywhere(messages.text<Msg::main_floating_windows_included>(per_mille(curtains.left),

@@ -31,6 +31,7 @@ struct FinishSettings {
     ExtraFormat extra = ExtraFormat::none;
     int left_turn = 0;  ///< 0 to 7 as `RotMirOutputLeft`.
     int right_turn = 0;
+    bool is_film = false;  ///< Each curtain goes by the edge of its own, and nothing is said of it.
 };
 
 /// What is known of the pair besides its pixels.

@@ -45,13 +45,17 @@ bool provide_bitmaps(WarpedPair& warp) {
     return warp.left && warp.right;
 }
 
+/// The range stands at its own place, or at the origin of views that hold no more than it.
 void warp_range(WarpedPair& warp, const std::array<ViewRows, 2>& views, const PixelRectangle& range) {
     const std::array<Picture, 2> targets = {warp.left.picture(warp.width, warp.height),
                                             warp.right.picture(warp.width, warp.height)};
+    const bool is_origin = warp.plan.crop.decided.has_value();
+    const int left = is_origin ? 0 : range.left;
+    const int lowered = is_origin ? range.bottom : 0;
 #pragma omp parallel for schedule(dynamic, 8)
     for (int row = range.bottom; row <= range.top; ++row) {
         for (std::size_t i = 0; i < views.size(); ++i) {
-            warp_row(views[i], row, range.left, range.width(), targets[i].pixel(range.left, row));
+            warp_row(views[i], row, range.left, range.width(), targets[i].pixel(left, row - lowered));
         }
     }
 }
@@ -94,10 +98,19 @@ Result<void> warp_pair(const StereoPicture& source, const WarpPlan& plan, const 
     }
     into.plan = plan;
     into.correction = fixed;
-    into.width = plan.frame.width;
-    into.height = plan.frame.height;
+    const auto& decided = plan.crop.decided;
+    into.width = decided ? decided->width() : plan.frame.width;
+    into.height = decided ? decided->height() : plan.frame.height;
     if (!provide_bitmaps(into)) {
         return Failure::out_of_memory(kNoMemoryForViews);
+    }
+    if (decided) {
+        into.kept = *decided;
+        warp_pixels(into, source, colours, *decided, notes);
+        if (plan.crop.cropp_output == setting::cropp_output::blanked) {
+            blank_common(into.views(), plan.background);
+        }
+        return {};
     }
     const bool whole = plan.crop.keeps_frame;
     const PixelRectangle frame{0, into.width - 1, 0, into.height - 1};

@@ -1,6 +1,8 @@
 #pragma once
 /// The warp, decided and done: a plan of plain numbers, and the pair that comes out of it.
 
+#include <optional>
+
 #include "analysis/tone_tables.h"
 #include "config/notes.h"
 #include "numerics/pair_geometry.h"
@@ -37,6 +39,8 @@ struct CropPlan {
     bool is_sized = false;        ///< This warp may change the size.
     SizeWish wish;
     SelectionBox selection;
+    std::optional<PixelRectangle>
+        decided;  ///< Of a film: just this is warped and kept, whatever else is said.
 };
 
 /// What one warp applies; lengths are pixels of the output.

@@ -84,6 +84,18 @@ void add_vergences(const ViewTransform& view, Position& p) {
     }
 }
 
+bool is_size_too_different(const FixedCorrection& fixed) {
+    return std::abs(std::int64_t{fixed.size_32768}) > kLargestSize;
+}
+
+bool is_turned_too_far(const FixedCorrection& fixed, int height, int width) {
+    const auto too_far = [height, width](int sine) {
+        return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
+    };
+    return std::abs(fixed.rotation_16384) > kLargestRotation || too_far(fixed.pre_rotation_left_16384) ||
+           too_far(fixed.pre_rotation_right_16384);
+}
+
 /// A vergence beyond the limit becomes 0.
 void drop_vergence(int& vergence, Notes& notes, Msg text) {
     if (std::abs(vergence) <= kLargestVergence) {
@@ -127,16 +139,12 @@ FixedCorrection fixed_correction(const WarpPlan& plan) {
 }
 
 bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes) {
-    const auto turned_too_far = [height, width](int sine) {
-        return std::int64_t{std::abs(sine)} * std::max(height, width) > kLargestPreTurn;
-    };
-    if (std::abs(std::int64_t{fixed.size_32768}) > kLargestSize) {
+    if (is_size_too_different(fixed)) {
         notes.tell_everywhere(notes.messages().text<Msg::warpimage_sizes_too_different>());
         notes.wait(Severity::information);
         return false;
     }
-    if (std::abs(fixed.rotation_16384) > kLargestRotation || turned_too_far(fixed.pre_rotation_left_16384) ||
-        turned_too_far(fixed.pre_rotation_right_16384)) {
+    if (is_turned_too_far(fixed, height, width)) {
         notes.tell_everywhere(notes.messages().text<Msg::warpimage_rotation_too_different>());
         notes.wait(Severity::information);
         return false;
@@ -144,6 +152,13 @@ bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes) {
     drop_vergence(fixed.vergence_v_16384, notes, Msg::warpimage_vertical_vergence_too_different);
     drop_vergence(fixed.vergence_h_32768, notes, Msg::warpimage_horizontal_vergence_too_different);
     return true;
+}
+
+bool is_within_limits(FixedCorrection& fixed, const PictureSize& frame) {
+    for (int* vergence : {&fixed.vergence_v_16384, &fixed.vergence_h_32768}) {
+        *vergence = std::abs(*vergence) > kLargestVergence ? 0 : *vergence;
+    }
+    return !is_size_too_different(fixed) && !is_turned_too_far(fixed, frame.height, frame.width);
 }
 
 Position ViewTransform::map_centred(Position p) const {

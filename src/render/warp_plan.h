@@ -22,6 +22,9 @@ inline constexpr int kPositionUnit = 128;  ///< Positions per pixel.
 /// false.
 [[nodiscard]] bool check_limits(FixedCorrection& fixed, int height, int width, Notes& notes);
 
+/// The same without a word, and a vergence beyond its limit becomes 0.
+[[nodiscard]] bool is_within_limits(FixedCorrection& fixed, const PictureSize& frame);
+
 /// A position in 1/128 pixel.
 struct Position {
     std::int64_t x = 0;

@@ -46,13 +46,46 @@ struct SmoothSettings {
     int window = 3;    ///< `SmoothWindowCorr`, for the window and the curtains.
 };
 
-/// The mean of the valid frames.
+/// Values of a frame that come from elsewhere than the analysis.
+struct StoredValues {
+    int frame = 0;
+    FrameValues values;
+};
+
+/// The mean of the valid frames, each value by itself; zero without one.
 [[nodiscard]] FrameValues mean_values(const CorrectionSeries& series);
 
-/// Gives frames without a result the values between their neighbours, where anything is smoothed.
+// The steps from what was measured to what is applied, in their order.
+
+/// Frames with a value that is no finite number count as not measured; such values and disparities become 0.
+void discard_unusable(CorrectionSeries& series);
+/// Gives analysed frames without a result the values between their valid neighbours in the scene, at its ends
+/// those of the nearest one; a scene without any has those of the valid frame before it, else behind it. Only
+/// where anything is smoothed, and not the curtains. Flags stay.
 void fill_holes(CorrectionSeries& series, const SmoothSettings& settings);
-/// Smooths and spreads over all frames, within each scene. False, with nothing changed, without a valid
-/// frame. Lengths beyond the film become its own.
+/// Replaces height, size and angles of the analysed frames by their mean, or by the running median of their
+/// scene. `length`, as `SmoothSettings::geometry`, is held to the length of the film; a scene of few frames
+/// has the longest median that fits in. Where the window of the median leaves the scene values stay.
+void smooth_geometry(CorrectionSeries& series, const FrameValues& mean, int& length);
+/// The same for window and curtains.
+void smooth_window(CorrectionSeries& series, const FrameValues& mean, int& length);
+/// Gives all frames between analysed ones the values on the straight line between these, within each scene;
+/// frames up to a cut keep those before it. Before the first analysed frame stand its values, behind the last
+/// one its.
+void spread_values(CorrectionSeries& series);
+
+// What runs the steps.
+
+/// As far as the holes are filled, which is the state that is kept as raw. False, with nothing changed but
+/// what was no number, without a valid frame.
+[[nodiscard]] bool fill_series(CorrectionSeries& series, const SmoothSettings& settings);
+/// Smooths and spreads what is filled. Lengths beyond the film become its own.
+void smooth_filled_series(CorrectionSeries& series, SmoothSettings& settings);
+/// Both.
 [[nodiscard]] bool smooth_series(CorrectionSeries& series, SmoothSettings& settings);
+
+/// Puts stored values, ascending in their frames and within the film, in place of all others: each at its
+/// frame, on the straight line between two, as by `spread_values`. Curtains stay.
+void take_stored_values(CorrectionSeries& series, const std::vector<StoredValues>& stored);
 
 }  // namespace zemora

@@ -34,6 +34,10 @@ public:
             lines_.pop_front();
         }
     }
+    void forget() {
+        const std::lock_guard lock(mutex_);
+        lines_.clear();
+    }
     [[nodiscard]] std::string take() {
         const std::lock_guard lock(mutex_);
         std::string text;
@@ -100,6 +104,7 @@ std::string libav_reason(int error) {
 
 void keep_libav_log() {
     av_log_set_callback(keep_line);
+    library_log().forget();
 }
 
 std::string take_libav_log() {

@@ -30,7 +30,7 @@ using Scaler = std::unique_ptr<SwsContext, LibavFreer>;
 [[nodiscard]] std::string libav_reason(int error);
 
 /// From the first call on nothing of the library's log goes to the console; its last warnings and errors are
-/// kept instead, of all threads together.
+/// kept instead, of all threads together. Forgets what was kept before.
 void keep_libav_log();
 /// The lines that were kept since the last call, each once and indented, for the end of a failure's text;
 /// empty without any.

@@ -174,6 +174,7 @@ INSTANTIATE_TEST_SUITE_P(Rules, Stops, ::testing::Values(
     StopCase{32, [](P& p) { take_video(p); p.rot_mir_input_left = 7; }, "Achtung, der VideoMode unterstuetzt RotMirInputLeft = 5/7 nicht!\nAttention, the VideoMode doesn't support RotMirInputLeft = 5/7!\n", "RotMirInputLeft"},
     StopCase{33, [](P& p) { take_video(p); p.rot_mir_input_right = 5; }, "Achtung, der VideoMode unterstuetzt RotMirInputRight = 5/7 nicht!\nAttention, the VideoMode doesn't support RotMirInputRight = 5/7!\n", "RotMirInputRight"},
     StopCase{34, [](P& p) { p.path_of_images = "a/b"; }, "The parameter PathofImages contents a forbidden character: \"/\"!\n", "PathofImages", [](RuleSurroundings& s) { s.separator = '\\'; }},
+    StopCase{64, [](P& p) { take_video(p); p.video_preset = "snail"; }, "slow, slower, veryslow.\n", "VideoPreset"},
     StopCase{28, [](P& p) { p.input_mode = 3; p.stereo_output = 1; }, "= 2!\n", "LeftRightOutput, StereoOutput and AnaglyphOutput", [](RuleSurroundings& s) { s.parameter_file = "/no/such.ini"; }}), rule_name<StopCase>);
 // clang-format on
 

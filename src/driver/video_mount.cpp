@@ -1,0 +1,132 @@
+// The second pass of a film: each frame is warped once with the values of the series and given to the
+// writers.
+
+#include <chrono>
+#include <utility>
+
+#include "driver/failure.h"
+#include "driver/video_products.h"
+#include "driver/video_run.h"
+#include "numerics/rounding.h"
+#include "report/pair_report.h"
+#include "video/frame_reader.h"
+
+namespace zemora {
+
+namespace {
+
+class VideoMount {
+public:
+    explicit VideoMount(VideoRun& run)
+        : run_(run),
+          pipeline_(run.pipeline),
+          notes_(run.notes),
+          products_(run),
+          reader_(*run.source, run.mounted, kAhead, run.notes) {}
+
+    void run();
+
+private:
+    static constexpr int kAhead = 3;
+
+    void mount(int frame, int number);
+    [[nodiscard]] PictureFacts facts_of(int frame) const;
+    void show_time(int number) const;
+
+    VideoRun& run_;
+    Pipeline& pipeline_;
+    Voice& notes_;
+    VideoProducts products_;
+    FrameReader reader_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+/// What the finishing goes by; disparities in output pixels.
+PictureFacts VideoMount::facts_of(int frame) const {
+    const auto i = static_cast<std::size_t>(frame);
+    const FrameDisparities& d = run_.series.disparities[i];
+    const FrameValues& v = run_.series.values[i];
+    const float scale = run_.frame.scale;
+    PictureFacts facts;
+    facts.disparities.near_point = scale * d.near_px;
+    facts.disparities.far_point = scale * d.far_px;
+    facts.disparities.centre_disparity = scale * d.centre_px;
+    facts.disparities.left_edge_near = scale * v.curtain_left_px;
+    facts.disparities.right_edge_near = scale * v.curtain_right_px;
+    facts.frame = pipeline_.settings.frame;
+    facts.texts = {run_.files.left, "", pipeline_.run.stamp, frame};
+    facts.is_exchanged = pipeline_.parameters.inverse_output == 1;
+    return facts;
+}
+
+void VideoMount::mount(int frame, int number) {
+    std::optional<InputViews> views = prepared_frame(run_, reader_.next(notes_));
+    if (!views) {
+        return;
+    }
+    const Correction correction = correction_of(run_.series.values[static_cast<std::size_t>(frame)]);
+    WarpedPair& warped = pipeline_.bench.warped;
+    const auto& colours = pipeline_.settings.colours;
+    const Result<void> done = warp_pair(views->full(), film_plan(run_.base_plan, correction, run_.frame),
+                                        colours ? &*colours : nullptr, warped, notes_);
+    if (!done) {
+        conclude_failure(notes_, done.failure());
+        return;
+    }
+    const Finished finished =
+        value_or_end(notes_, finish_pair(warped, pipeline_.settings.finish, facts_of(frame), notes_));
+    products_.add(finished);
+    reader_.give_back({std::move(views->left), std::move(views->right)});
+    pipeline_.preparer.take_back(*std::move(views));
+    show_time(number);
+}
+
+std::string clock_text(int seconds) {
+    constexpr int kMinute = 60;
+    constexpr int kHour = 3600;
+    return format_text("%02d:%02d:%02d", seconds / kHour, seconds / kMinute % kMinute, seconds % kMinute);
+}
+
+/// How long it has taken, and how long it will.
+void VideoMount::show_time(int number) const {
+    if (number == 0) {
+        return;
+    }
+    const std::chrono::duration<double> used = std::chrono::steady_clock::now() - start_;
+    const int total = round_half_up(run_.mounted.count() * used.count() / (number + 1));
+    const int spent = round_half_up(used.count());
+    notes_.progress(format_text("Frame index: %d/%d   Total time = %s, used time = %s, time left = %s",
+                                run_.mounted.at(number), run_.mounted.end - 1, clock_text(total).c_str(),
+                                clock_text(spent).c_str(), clock_text(std::max(0, total - spent)).c_str()),
+                    100.0 * (number + 1) / run_.mounted.count());
+}
+
+void VideoMount::run() {
+    for (int i = 0; i < run_.mounted.count(); ++i) {
+        mount(run_.mounted.at(i), i);
+    }
+    products_.close();
+}
+
+}  // namespace
+
+void mount_video(VideoRun& run) {
+    if (run.pipeline.parameters.video_output == setting::video_output::none) {
+        return;
+    }
+    VideoMount(run).run();
+    ++run.pipeline.processed;
+    ++run.pipeline.mounted;
+}
+
+void conclude_video(VideoRun& run) {
+    SequenceReport report;
+    report.mode = run.pipeline.parameters.estimate_geometry;
+    report.correction = correction_of(run.means);
+    report.near_shift_px = static_cast<double>(run.means.window_px);
+    const std::chrono::duration<double> used = std::chrono::steady_clock::now() - run.start;
+    report.seconds = round_half_up(used.count());
+    write_sequence_report(report, run.notes);
+}
+
+}  // namespace zemora
