@@ -46,11 +46,11 @@ private:
     Packet packet_;
     int source_ = -1;
     AVStream* stream_ = nullptr;
-    std::int64_t zero_ = 0;      ///< Sample of the source that is heard with the first picture.
-    std::int64_t place_ = 0;     ///< Sample of the film that the waiting packet starts with.
-    std::int64_t length_ = 0;    ///< Samples of it.
-    std::int64_t limit_ = 0;     ///< Samples that there are pictures for.
-    bool has_place_ = false;     ///< Of a packet before.
+    std::int64_t zero_ = 0;    ///< Sample of the source that is heard with the first picture.
+    std::int64_t place_ = 0;   ///< Sample of the film that the waiting packet starts with.
+    std::int64_t length_ = 0;  ///< Samples of it.
+    std::int64_t limit_ = 0;   ///< Samples that there are pictures for.
+    bool has_place_ = false;   ///< Of a packet before.
     bool is_waiting_ = false;
     bool is_at_end_ = false;
 };
@@ -140,7 +140,8 @@ std::string CopiedSound::write_packet() {
 
 }  // namespace
 
-std::string add_copied_sound(const std::string& path, FilmOutput& output, std::unique_ptr<SoundOutput>& into) {
+std::string add_copied_sound(const std::string& path, FilmOutput& output,
+                             std::unique_ptr<SoundOutput>& into) {
     auto made = std::make_unique<CopiedSound>(output);
     bool fits = false;
     std::string reason = made->open(path, fits);

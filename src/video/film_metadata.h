@@ -19,9 +19,10 @@ struct FilmChapter {
 };
 
 struct FilmMetadata {
-    std::vector<std::pair<std::string, std::string>> tags;  ///< Title, time, place, author; names of the library.
-    std::string time_code;                                  ///< Of frame 0, "hh:mm:ss:ff"; empty for none.
-    Rational rate;                                          ///< Frames a second.
+    std::vector<std::pair<std::string, std::string>>
+        tags;               ///< Title, time, place, author; names of the library.
+    std::string time_code;  ///< Of frame 0, "hh:mm:ss:ff"; empty for none.
+    Rational rate;          ///< Frames a second.
     std::vector<FilmChapter> chapters;
 };
 

@@ -9,6 +9,7 @@ Result<std::unique_ptr<VideoWriter>> VideoWriter::open(const VideoWriterOptions&
     ContainerSettings mp4;
     mp4.encoder = h264_settings(options.quality, options.preset, options.size);
     mp4.encoder.frame_packing = frame_packing_of(options.stereo).value_or(-1);
+    mp4.has_stereo_flag = has_mp4_flag(options.stereo);
     mp4.options = {{"movflags", "faststart"}};
     return FilmWriter::open(options, mp4, notes);
 }

@@ -33,7 +33,8 @@ struct VideoWriterOptions {
     SoundWish sound;
     std::string metadata_source;  ///< The video whose title, time and place go over; empty for none.
     int first_frame = 0;          ///< Of that video; the time code goes on from there.
-    FrameWalk metadata_walk;      ///< Its frames that the pictures stand for; an empty one: from `first_frame` on.
+    FrameWalk
+        metadata_walk;  ///< Its frames that the pictures stand for; an empty one: from `first_frame` on.
 };
 
 /// Pictures are handed to a thread of its own.
