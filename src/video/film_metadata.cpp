@@ -116,7 +116,7 @@ std::vector<FilmChapter> chapters_of_walk(const FilmMetadata& source, const Fram
     };
     std::vector<FilmChapter> chapters;
     for (const FilmChapter& chapter : source.chapters) {
-        const auto [start, end] = std::minmax(written_time(chapter.start_s), written_time(chapter.end_s));
+        const auto [start, end] = std::minmax({written_time(chapter.start_s), written_time(chapter.end_s)});
         if (start < end) {
             chapters.push_back({start, end, chapter.title});
         }

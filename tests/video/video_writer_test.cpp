@@ -1,199 +1,24 @@
 #include "video/video_writer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
+#include <csignal>
+#include <filesystem>
 
-#include "tests/support/speech.h"
 #include "tests/support/test_folder.h"
-#include "tests/video/film_tools.h"
+#include "tests/video/written_film.h"
 
 namespace zemora {
 namespace {
 
+using test::picture_of;
+using test::plain_options;
 using test::probe;
 using test::TestFolder;
-
-constexpr PictureSize kSize{64, 48};
-
-VideoWriterOptions plain_options(const std::string& path) {
-    VideoWriterOptions options;
-    options.path = path;
-    options.size = kSize;
-    options.rate = {25, 1};
-    options.preset = "veryfast";
-    return options;
-}
-
-Bitmap picture_of(Colour colour, PictureSize size = kSize) {
-    Bitmap bitmap = Bitmap::create(size.width, size.height);
-    fill(bitmap.picture(), colour);
-    return bitmap;
-}
-
-/// Writes `frames` black pictures, white where `flashes` says so; the reason of a failure.
-std::string write_film(const VideoWriterOptions& options, int frames, const std::vector<int>& flashes) {
-    test::Speech speech;
-    auto writer = VideoWriter::open(options, speech.voice);
-    if (!writer) {
-        return writer.failure().note.text;
-    }
-    const Bitmap black = picture_of({0, 0, 0}, options.size);
-    const Bitmap white = picture_of({255, 255, 255}, options.size);
-    for (int i = 0; i < frames; ++i) {
-        const bool flash = std::find(flashes.begin(), flashes.end(), i) != flashes.end();
-        const ConstPicture picture = (flash ? white : black).picture();
-        const auto done = (*writer)->add(picture, options.has_two_streams ? &picture : nullptr);
-        if (!done) {
-            return done.failure().note.text;
-        }
-    }
-    const auto closed = (*writer)->close();
-    return closed ? "" : closed.failure().note.text;
-}
-
-/// How much later than its flash each beep is heard, in seconds.
-std::vector<double> lags_of(const std::string& path) {
-    const auto flashes = test::events_of(test::brightness_of(path), 25.0);
-    const auto beeps = test::beeps_of(path);
-    EXPECT_EQ(flashes.size(), beeps.size()) << path;
-    std::vector<double> lags;
-    for (std::size_t i = 0; i < std::min(flashes.size(), beeps.size()); ++i) {
-        lags.push_back(beeps[i].start - flashes[i].start);
-        EXPECT_NEAR(beeps[i].seconds, 0.04, 0.01) << path;
-    }
-    return lags;
-}
-
-struct SoundCase {
-    const char* name;
-    const char* coding;  ///< Of the source, with its suffix.
-    const char* suffix;
-    const char* written;  ///< Codec of the sound in the film.
-    int channels;
-    double lag_s = 0.0;  ///< Of the source: not all forms tell how late their encoder is.
-};
-
-class SoundOfASource : public testing::TestWithParam<SoundCase> {};
-
-TEST_P(SoundOfASource, IsInStepAtStartAndEnd) {
-    const SoundCase& given = GetParam();
-    const TestFolder folder;
-    const std::string source = folder / ("in" + std::string(given.suffix));
-    ASSERT_TRUE(test::make_flash_clip(source, 75, {3, 70}, given.coding, given.channels));
-    VideoWriterOptions options = plain_options(folder / "out.mp4");
-    options.sound = {SoundWish::Source::file, source, {0, 75, 1}, {25, 1}};
-    ASSERT_EQ(write_film(options, 75, {3, 70}), "");
-    auto sound = probe(folder / "out.mp4", "-select_streams a:0 -show_streams");
-    EXPECT_EQ(sound["codec_name"], given.written);
-    EXPECT_EQ(sound["channels"], std::to_string(given.channels));
-    EXPECT_NEAR(std::stod(sound["duration"]), 3.0, 0.02);
-    const auto lags = lags_of(folder / "out.mp4");
-    ASSERT_EQ(lags.size(), 2U);
-    EXPECT_NEAR(lags[0], given.lag_s, 0.003);
-    EXPECT_NEAR(lags[1], given.lag_s, 0.003);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Forms, SoundOfASource,
-    testing::Values(SoundCase{"AacInMp4", "-c:v libx264 -c:a aac", ".mp4", "aac", 2},
-                    SoundCase{"AacInMatroska", "-c:v libx264 -c:a aac", ".mkv", "aac", 1},
-                    SoundCase{"AacInTransportStream", "-c:v libx264 -g 10 -c:a aac", ".ts", "aac", 2},
-                    SoundCase{"Mp3InAvi", "-c:v mjpeg -c:a libmp3lame", ".avi", "mp3", 2, 0.023},
-                    SoundCase{"Mp3InMp4", "-c:v libx264 -c:a libmp3lame", ".mp4", "mp3", 2},
-                    SoundCase{"Ac3With6", "-c:v libx264 -c:a ac3", ".mp4", "ac3", 6},
-                    SoundCase{"PcmInAvi", "-c:v mjpeg -c:a pcm_s16le", ".avi", "aac", 2},
-                    SoundCase{"OpusInMatroska", "-c:v libx264 -c:a libopus", ".mkv", "aac", 2, -0.007},
-                    SoundCase{"VorbisInMatroska", "-c:v libx264 -c:a libvorbis", ".mkv", "aac", 2},
-                    SoundCase{"Mp2InProgramStream", "-c:v mpeg2video -c:a mp2", ".mpg", "aac", 2},
-                    SoundCase{"PcmWith24Bits", "-c:v libx264 -c:a pcm_s24le", ".mov", "aac", 1}),
-    [](const auto& tested) { return tested.param.name; });
-
-struct StartCase {
-    const char* name;
-    const char* suffix;
-    double picture_s;  ///< Start of the stream.
-    double sound_s;
-    int first_frame;  ///< 0: the sound is copied.
-};
-
-class StartsOfStreams : public testing::TestWithParam<StartCase> {};
-
-TEST_P(StartsOfStreams, Count) {
-    const StartCase& given = GetParam();
-    const TestFolder folder;
-    ASSERT_TRUE(test::make_flash_clip(folder / "even.mp4", 75, {15, 60}, "-c:v libx264 -bf 2 -c:a aac"));
-    const std::string source = folder / ("in" + std::string(given.suffix));
-    const std::string input = " -i '" + (folder / "even.mp4") + "' ";
-    ASSERT_TRUE(test::ffmpeg("-itsoffset " + std::to_string(given.picture_s) + input + "-itsoffset " +
-                             std::to_string(given.sound_s) + input + "-map 0:v -map 1:a -c copy '" + source +
-                             "'"));
-    VideoWriterOptions options = plain_options(folder / "out.mp4");
-    options.sound = {SoundWish::Source::file, source, {given.first_frame, 75, 1}, {25, 1}};
-    ASSERT_EQ(write_film(options, 75 - given.first_frame, {15 - given.first_frame, 60 - given.first_frame}),
-              "");
-    const auto lags = lags_of(folder / "out.mp4");
-    ASSERT_EQ(lags.size(), 2U);
-    for (const double lag : lags) {
-        EXPECT_NEAR(lag, given.sound_s - given.picture_s, 0.005);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Films, StartsOfStreams,
-                         testing::Values(StartCase{"LateInMp4", ".mp4", 0.0, 0.3, 0},
-                                         StartCase{"EarlyInMp4", ".mp4", 0.3, 0.0, 0},
-                                         StartCase{"LateInMatroska", ".mkv", 0.0, 0.3, 2},
-                                         StartCase{"EarlyInMatroska", ".mkv", 0.3, 0.0, 0},
-                                         StartCase{"LateInTransportStream", ".ts", 0.0, 0.3, 0},
-                                         StartCase{"EarlyInTransportStream", ".ts", 0.3, 0.0, 3}),
-                         [](const auto& tested) { return tested.param.name; });
-
-struct WalkCase {
-    const char* name;
-    FrameWalk walk;
-    Rational rate;  ///< Of the film.
-};
-
-class SoundOfAWalk : public testing::TestWithParam<WalkCase> {};
-
-TEST_P(SoundOfAWalk, IsInStep) {
-    const WalkCase& given = GetParam();
-    const TestFolder folder;
-    const std::vector<int> flashes = {11, 61};
-    ASSERT_TRUE(
-        test::make_flash_clip(folder / "in.mov", 75, flashes, "-c:v libx264 -c:a pcm_s16le", 2, 44100));
-    std::vector<int> written;
-    for (int i = 0; i < given.walk.count(); ++i) {
-        if (std::find(flashes.begin(), flashes.end(), given.walk.at(i)) != flashes.end()) {
-            written.push_back(i);
-        }
-    }
-    VideoWriterOptions options = plain_options(folder / "out.mp4");
-    options.rate = given.rate;
-    options.sound = {SoundWish::Source::file, folder / "in.mov", given.walk, {25, 1}};
-    ASSERT_EQ(write_film(options, given.walk.count(), written), "");
-    const auto beeps = test::beeps_of(folder / "out.mp4");
-    ASSERT_EQ(beeps.size(), 2U);
-    ASSERT_EQ(written.size(), 2U);
-    const double frame = 1.0 / given.rate.value();
-    for (std::size_t i = 0; i < 2; ++i) {
-        // A beep is as long as a frame of the source: with steps it lies at one end of the written frame.
-        const double centre = beeps[i].start + beeps[i].seconds / 2;
-        EXPECT_NEAR(centre, (written[i] + 0.5) * frame, 0.5 * frame) << i;
-        EXPECT_NEAR(beeps[i].seconds, 0.04, 0.005) << i;
-    }
-    auto sound = probe(folder / "out.mp4", "-select_streams a:0 -show_streams");
-    EXPECT_NEAR(std::stod(sound["duration"]), given.walk.count() * frame, 0.001);
-}
-
-INSTANTIATE_TEST_SUITE_P(Walks, SoundOfAWalk,
-                         testing::Values(WalkCase{"FromTheMiddle", {5, 75, 1}, {25, 1}},
-                                         WalkCase{"EverySecond", {1, 75, 2}, {25, 2}},
-                                         WalkCase{"Backwards", {0, 75, -1}, {25, 1}},
-                                         WalkCase{"BackwardsByTwo", {2, 74, -2}, {25, 2}},
-                                         WalkCase{"FromBeforeTheStart", {-10, 75, 1}, {25, 1}}),
-                         [](const auto& tested) { return tested.param.name; });
+using test::write_film;
 
 TEST(VideoWriter, HasTheSizeRateAndTagsOfTheOptions) {
     const TestFolder folder;
@@ -282,6 +107,205 @@ TEST(VideoWriter, ColoursComeBackWithinALevel) {
             EXPECT_NEAR(sums[2] / 4800, colours[i].red, 1.0) << i;
         }
     }
+}
+
+TEST(VideoWriter, TellsTwoStreamsApart) {
+    const TestFolder folder;
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.has_two_streams = true;
+    test::Speech speech;
+    auto writer = *VideoWriter::open(options, speech.voice);
+    const Bitmap black = picture_of({0, 0, 0});
+    const Bitmap white = picture_of({255, 255, 255});
+    for (int i = 0; i < 6; ++i) {
+        const ConstPicture second = i == 4 ? white.picture() : black.picture();
+        ASSERT_TRUE(writer->add(i == 2 ? white.picture() : black.picture(), &second));
+    }
+    ASSERT_TRUE(writer->close());
+    for (const auto& [stream, flash, is_default, title] :
+         {std::tuple{"0", 2.0, "1", "left"}, std::tuple{"1", 4.0, "0", "right"}}) {
+        const std::string name = stream;
+        auto about = probe(folder / "out.mp4", "-select_streams v:" + name + " -show_streams");
+        EXPECT_EQ(about["DISPOSITION:default"], is_default) << name;
+        EXPECT_EQ(about["TAG:handler_name"], title) << name;
+        EXPECT_EQ(test::events_of(test::brightness_of(folder / "out.mp4", "0:v:" + name), 1.0).at(0).start,
+                  flash);
+    }
+}
+
+TEST(VideoWriter, TellsTheLeftViewFirstAndNothingElse) {
+    const TestFolder folder;
+    for (const auto& [flag, in_file, in_picture] :
+         {std::tuple{StereoFlag{StereoPacking::side_by_side, false}, "side by side", "left_right"},
+          std::tuple{StereoFlag{StereoPacking::above_below, false}, "top and bottom", "top_bottom"},
+          std::tuple{StereoFlag{StereoPacking::rows, false}, "", "row_interleaved_lr"},
+          std::tuple{StereoFlag{StereoPacking::side_by_side, true}, "", ""},
+          std::tuple{StereoFlag{}, "", ""}}) {
+        VideoWriterOptions options = plain_options(folder / "out.mp4");
+        options.stereo = flag;
+        ASSERT_EQ(write_film(options, 3, {}), "");
+        auto stream = probe(folder / "out.mp4", "-select_streams v:0 -show_entries stream_side_data=type");
+        auto picture = probe(folder / "out.mp4", "-select_streams v:0 -read_intervals %+#1 -show_frames");
+        // The stream's flag is handed on to the frames: the bytes of the box tell where it comes from.
+        const bool has_box = test::read_text(folder / "out.mp4").find("st3d") != std::string::npos;
+        EXPECT_EQ(has_box, std::string(in_file) != "");
+        EXPECT_EQ(stream["type"], in_file);
+        EXPECT_EQ(picture["TAG:stereo_mode"], in_picture);
+    }
+}
+
+TEST(VideoWriter, LeavesNothingUnlessItIsClosed) {
+    const TestFolder folder;
+    test::write_text(folder / "out.mp4", "older");
+    test::Speech speech;
+    {
+        auto writer = *VideoWriter::open(plain_options(folder / "out.mp4"), speech.voice);
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_TRUE(writer->add(picture_of({1, 2, 3}).picture(), nullptr));
+        }
+    }
+    EXPECT_EQ(test::read_text(folder / "out.mp4"), "older");
+    EXPECT_EQ(folder.files(), std::set<std::string>{"out.mp4"});
+}
+
+TEST(VideoWriter, RefusesWithOneClearFailureAndNoFile) {
+    const TestFolder folder;
+    std::filesystem::create_directory(folder / "taken.mp4");
+    for (const auto& [name, size, preset, words] :
+         {std::tuple{"a.mp4", PictureSize{1922, 1080}, "slow", "divisible at least by 4"},
+          std::tuple{"a.mp4", PictureSize{64, 50}, "slow", "divisible at least by 4"},
+          std::tuple{"a.mp4", PictureSize{64, 48}, "sloww", "a.mp4"},
+          std::tuple{"none/a.mp4", PictureSize{64, 48}, "slow", "none/a.mp4"},
+          std::tuple{"taken.mp4", PictureSize{64, 48}, "slow", "taken.mp4"}}) {
+        VideoWriterOptions options = plain_options(folder / name);
+        options.size = size;
+        options.preset = preset;
+        EXPECT_NE(write_film(options, 1, {}).find(words), std::string::npos) << words;
+    }
+    EXPECT_EQ(folder.files(), std::set<std::string>());
+}
+
+/// Files cannot grow beyond some size as long as it lives.
+class SmallFiles {
+public:
+    explicit SmallFiles(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallFiles() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    SmallFiles(const SmallFiles&) = delete;
+    SmallFiles& operator=(const SmallFiles&) = delete;
+
+private:
+    void (*handler_)(int);
+    rlimit before_{};
+};
+
+TEST(VideoWriter, AFullDiskIsOneFailureWithTheName) {
+    const TestFolder folder;
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.sound.source = SoundWish::Source::silence;
+    ASSERT_EQ(write_film(options, 25, {1, 3, 5}), "");
+    const auto whole = std::filesystem::file_size(options.path);
+    std::filesystem::remove(options.path);
+    for (const rlim_t bytes : {rlim_t{20}, rlim_t{1000}, rlim_t{whole - 1}}) {
+        const SmallFiles limit(bytes);
+        const std::string told = write_film(options, 25, {1, 3, 5});
+        EXPECT_NE(told.find("out.mp4"), std::string::npos) << told;
+        EXPECT_NE(told.find("File too large"), std::string::npos) << told;
+        EXPECT_EQ(folder.files(), std::set<std::string>());
+    }
+}
+
+TEST(VideoWriter, AFullDiskStopsALongFilmEarly) {
+    const TestFolder folder;
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.size = {640, 480};
+    options.quality = 5;
+    options.preset = "ultrafast";
+    test::Speech speech;
+    Bitmap noise = picture_of({0, 0, 0}, options.size);
+    unsigned state = 1;
+    for (int i = 0; i < 640 * 480 * kPixelBytes; ++i) {
+        noise.bits()[i] = static_cast<std::uint8_t>((state = state * 1664525U + 1013904223U) >> 24);
+    }
+    const SmallFiles limit(3'000'000);
+    auto writer = *VideoWriter::open(options, speech.voice);
+    int written = 0;
+    while (written < 400 && writer->add(noise.picture(), nullptr)) {
+        ++written;
+    }
+    EXPECT_LT(written, 400);
+    EXPECT_FALSE(writer->close());
+    writer.reset();
+    EXPECT_EQ(folder.files(), std::set<std::string>());
+}
+
+TEST(VideoWriter, APartPlaysUnderANameOfItsOwn) {
+    const TestFolder folder;
+    ASSERT_TRUE(test::make_flash_clip(folder / "in.mp4", 75, {3, 40}, "-c:v libx264 -c:a aac"));
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.sound = {SoundWish::Source::file, folder / "in.mp4", {0, 75, 1}, {25, 1}};
+    test::Speech speech;
+    auto writer = *VideoWriter::open(options, speech.voice);
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(writer->add(picture_of(i == 40 ? Colour{255, 255, 255} : Colour{}).picture(), nullptr));
+    }
+    const auto name = writer->close_part();
+    ASSERT_TRUE(name);
+    EXPECT_EQ(*name, folder / "out-part.mp4");
+    writer.reset();
+    EXPECT_EQ(folder.files(), (std::set<std::string>{"in.mp4", "out-part.mp4"}));
+    auto sound = probe(*name, "-select_streams a:0 -show_streams");
+    EXPECT_NEAR(std::stod(sound["duration"]), 2.0, 0.02);
+    EXPECT_EQ(test::brightness_of(*name).size(), 50U);
+
+    auto empty = *VideoWriter::open(plain_options(folder / "b.mp4"), speech.voice);
+    const auto none = empty->close_part();
+    ASSERT_TRUE(none);
+    EXPECT_EQ(*none, "");
+}
+
+TEST(VideoWriter, KeepsTimePlaceTitleTimeCodeAndChapters) {
+    const TestFolder folder;
+    test::write_text(folder / "chapters.txt",
+                     ";FFMETADATA1\ntitle=A walk\nlocation=+48.1000+011.5000/\n"
+                     "creation_time=2021-02-03T04:05:06.000000Z\n"
+                     "[CHAPTER]\nTIMEBASE=1/1000\nSTART=0\nEND=1000\ntitle=One\n"
+                     "[CHAPTER]\nTIMEBASE=1/1000\nSTART=1000\nEND=3000\ntitle=Two\n");
+    ASSERT_TRUE(test::run_ffmpeg("-f lavfi -i color=black:s=64x48:r=25:d=3 -i '" + (folder / "chapters.txt") +
+                                 "' -map_metadata 1 -timecode 10:00:59:20 -c:v libx264 '" +
+                                 (folder / "in.mp4") + "'"));
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.metadata_source = folder / "in.mp4";
+    options.first_frame = 10;
+    ASSERT_EQ(write_film(options, 50, {}), "");
+    auto film = probe(folder / "out.mp4", "-show_format");
+    EXPECT_EQ(film["TAG:title"], "A walk");
+    EXPECT_EQ(film["TAG:location"], "+48.1000+011.5000/");
+    EXPECT_EQ(film["TAG:creation_time"], "2021-02-03T04:05:06.000000Z");
+    auto video = probe(folder / "out.mp4", "-select_streams v:0 -show_streams");
+    EXPECT_EQ(video["TAG:timecode"], "10:01:00:05");
+    const std::string chapters = test::output_of(
+        "ffprobe -v error -show_chapters -show_entries chapter=start_time,end_time:chapter_tags=title -of "
+        "csv=p=0 '" +
+        (folder / "out.mp4") + "'");
+    EXPECT_EQ(chapters, "0.000000,0.600000,One\n0.600000,2.000000,Two\n");
+}
+
+TEST(VideoWriter, GoesOnWithoutASoundThatCannotBeRead) {
+    const TestFolder folder;
+    test::write_text(folder / "in.mp4", "no film");
+    VideoWriterOptions options = plain_options(folder / "out.mp4");
+    options.sound = {SoundWish::Source::file, folder / "in.mp4", {0, 75, 1}, {25, 1}};
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(write_film(options, 3, {}), "");
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("in.mp4"), std::string::npos);
+    EXPECT_EQ(test::brightness_of(folder / "out.mp4").size(), 3U);
 }
 
 }  // namespace
