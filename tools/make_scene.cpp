@@ -1,22 +1,18 @@
-// Writes a generated stereo pair: zemora_scene LEFT RIGHT WIDTH HEIGHT [name=value ...]
+// Writes a generated stereo pair, zemora_scene LEFT RIGHT WIDTH HEIGHT [name=value ...], or the frames of a
+// generated stereo film, zemora_scene --film WIDTH HEIGHT FRAMES [name=value ...].
 #include <cstdio>
 #include <cstdlib>
-#include <map>
+#include <sstream>
 #include <string>
 
+#include "film.h"
 #include "render/save_picture.h"
 #include "scene.h"
+#include "scene_settings.h"
 
 namespace {
 
-/// All settings and what they are when they are not given.
-std::map<std::string, double> default_settings() {
-    return {{"height", 0.0},     {"size", 0.0},       {"rotation", 0.0}, {"vergence_v", 0.0},
-            {"vergence_h", 0.0}, {"brightness", 1.0}, {"noise", 0.0},    {"seed", 1.0},
-            {"near", -12.0},     {"far", 8.0},        {"objects", 14.0}, {"share", 0.0},
-            {"flat", 0.0},       {"texture", 100.0},  {"pattern", 0.0},  {"barrel", 0.0},
-            {"quality", 95.0},   {"swap", 0.0}};
-}
+using namespace zemora;
 
 int usage() {
     std::puts(
@@ -26,86 +22,131 @@ int usage() {
         "             [objects=N] [share=-1|0|1] [flat=1] [texture=0..100] [pattern=0..3] [barrel=PERCENT]\n"
         "             [quality=1..100] [swap=1]\n"
         "Renders a textured stereo pair whose views are misaligned by the given amounts.\n"
-        "pattern: 1 chequers, 2 bars, 3 bricks. barrel: below 14. swap: writes the views exchanged.");
+        "pattern: 1 chequers, 2 bars, 3 bricks. barrel: below 14. swap: writes the views exchanged.\n"
+        "\n"
+        "zemora_scene --film WIDTH HEIGHT FRAMES [the same] [height_drift=PX] [rotation_drift=DEG]\n"
+        "             [depth_drift=PERMILLE] [cuts=FRAME,...] [height_step=PX] [depth_step=PERMILLE] "
+        "[pan=PX]\n"
+        "             [shake=PX] [shake_turn=DEG] [truth=FILE] [to=FOLDER]\n"
+        "Renders a film. drift: in all, evenly. step: for each cut. pan: a frame. Each frame goes to the "
+        "output as\n"
+        "blue, green, red from the top row on, the left view above the right one; or into the folder as\n"
+        "film_00000_l.bmp and film_00000_r.bmp. truth: a table of what was done to each frame.");
     return EXIT_FAILURE;
 }
 
-/// Overwrites settings by the arguments; false for one that does not exist.
-bool read_settings(int count, char** arguments, std::map<std::string, double>& settings) {
-    for (int i = 0; i < count; ++i) {
-        const std::string argument = arguments[i];
-        const std::size_t equals = argument.find('=');
-        const auto setting = settings.find(argument.substr(0, equals));
-        if (equals == std::string::npos || setting == settings.end()) {
-            return false;
-        }
-        setting->second = std::atof(argument.c_str() + equals + 1);
-    }
-    return true;
-}
-
-zemora::SceneErrors errors_of(const std::map<std::string, double>& settings) {
-    constexpr double kRadians = 3.14159265358979323846 / 180.0;
-    zemora::SceneErrors errors;
-    errors.height_px = settings.at("height");
-    errors.size = settings.at("size") / 100.0;
-    errors.rotation_rad = settings.at("rotation") * kRadians;
-    errors.vergence_v_rad = settings.at("vergence_v") * kRadians;
-    errors.vergence_h_rad = settings.at("vergence_h") * kRadians;
-    errors.share = static_cast<int>(settings.at("share"));
-    errors.brightness = settings.at("brightness");
-    errors.noise = settings.at("noise");
-    return errors;
-}
-
-zemora::SceneOptions options_of(int width, int height, const std::map<std::string, double>& settings) {
-    zemora::SceneOptions options;
-    options.width = width;
-    options.height = height;
-    options.seed = static_cast<std::uint32_t>(settings.at("seed"));
-    options.objects = static_cast<int>(settings.at("objects"));
-    options.near_disparity = settings.at("near") / 1000.0;
-    options.far_disparity = settings.at("far") / 1000.0;
-    options.flat = settings.at("flat") != 0.0;
-    options.texture = settings.at("texture") / 100.0;
-    options.pattern = static_cast<zemora::SurfacePattern>(settings.at("pattern"));
-    options.barrel = settings.at("barrel") / 100.0;
-    return options;
-}
-
-bool is_possible(const zemora::SceneOptions& options) {
-    constexpr double kMostBarrel = 0.14;  // beyond it the corners would show nothing
-    return options.width > 0 && options.height > 0 && options.texture >= 0.0 && options.texture <= 1.0 &&
-           options.pattern >= zemora::SurfacePattern::none &&
-           options.pattern <= zemora::SurfacePattern::bricks && options.barrel < kMostBarrel;
-}
-
-bool write(const char* name, const zemora::Bitmap& bitmap, int quality) {
-    zemora::SaveOptions options;
+bool write(const std::string& name, const Bitmap& bitmap, int quality) {
+    SaveOptions options;
     options.jpeg_quality = quality;
-    const std::string reason = zemora::save_picture(bitmap, name, options);
+    const std::string reason = save_picture(bitmap, name, options);
     if (!reason.empty()) {
-        std::printf("%s: %s\n", name, reason.c_str());
+        std::fprintf(stderr, "%s: %s\n", name.c_str(), reason.c_str());
     }
     return reason.empty();
 }
 
-}  // namespace
-
-int main(int count, char** values) {
+int write_pair(int count, char** values) {
     constexpr int kPositional = 5;
-    std::map<std::string, double> settings = default_settings();
-    if (count < kPositional || !read_settings(count - kPositional, values + kPositional, settings)) {
-        return usage();
+    SceneSettings settings = scene_settings();
+    for (int i = kPositional; i < count; ++i) {
+        if (!read_setting(values[i], settings)) {
+            return usage();
+        }
     }
-    const zemora::SceneOptions options = options_of(std::atoi(values[3]), std::atoi(values[4]), settings);
+    const SceneOptions options = options_of(std::atoi(values[3]), std::atoi(values[4]), settings);
     if (!is_possible(options)) {
         return usage();
     }
-    const zemora::Scene scene(options, errors_of(settings));
+    const Scene scene(options, errors_of(settings));
     const bool exchanged = settings["swap"] != 0.0;
     const int quality = static_cast<int>(settings["quality"]);
     const bool written = write(values[exchanged ? 2 : 1], scene.render_left(), quality) &&
                          write(values[exchanged ? 1 : 2], scene.render_right(), quality);
     return written ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+/// Where a film goes.
+struct FilmTarget {
+    std::string folder;
+    std::string truth;
+    std::vector<int> cuts;
+};
+
+/// Takes a word that is no number of the scene.
+bool read_target(const std::string& word, FilmTarget& target) {
+    const std::size_t equals = word.find('=');
+    const std::string name = word.substr(0, equals);
+    const std::string value = equals == std::string::npos ? "" : word.substr(equals + 1);
+    if (name == "cuts") {
+        std::istringstream list(value);
+        for (std::string cut; std::getline(list, cut, ',');) {
+            target.cuts.push_back(std::atoi(cut.c_str()));
+        }
+        return true;
+    }
+    std::string* text = name == "to" ? &target.folder : name == "truth" ? &target.truth : nullptr;
+    if (text != nullptr) {
+        *text = value;
+    }
+    return text != nullptr;
+}
+
+bool write_rows(const Bitmap& bitmap) {
+    const ConstPicture picture = bitmap.picture();
+    const auto bytes = static_cast<std::size_t>(picture.width) * kPixelBytes;
+    bool well = true;
+    for (int row = picture.height - 1; row >= 0 && well; --row) {
+        well = std::fwrite(picture.row(row), 1, bytes, stdout) == bytes;
+    }
+    return well;
+}
+
+bool write_frame(Film& film, int frame, const std::string& folder) {
+    constexpr int kQuality = 95;
+    const Film::Views views = film.render(frame);
+    if (folder.empty()) {
+        return write_rows(views.left) && write_rows(views.right);
+    }
+    char name[32];
+    std::snprintf(name, sizeof name, "/film_%05d", frame);
+    return write(folder + name + "_l.bmp", views.left, kQuality) &&
+           write(folder + name + "_r.bmp", views.right, kQuality);
+}
+
+bool write_truth(const Film& film, const std::string& path) {
+    std::FILE* file = path.empty() ? nullptr : std::fopen(path.c_str(), "w");
+    const bool written = file != nullptr && std::fputs(film.truth().c_str(), file) >= 0;
+    const bool closed = file == nullptr || std::fclose(file) == 0;
+    return path.empty() || (written && closed);
+}
+
+int write_film(int count, char** values) {
+    constexpr int kPositional = 5;
+    SceneSettings settings = film_settings();
+    FilmTarget target;
+    for (int i = kPositional; i < count; ++i) {
+        if (!read_setting(values[i], settings) && !read_target(values[i], target)) {
+            return usage();
+        }
+    }
+    const SceneOptions scene = options_of(std::atoi(values[2]), std::atoi(values[3]), settings);
+    if (!is_possible(scene)) {
+        return usage();
+    }
+    Film film(film_of(scene, std::atoi(values[4]), target.cuts, settings));
+    bool well = write_truth(film, target.truth);
+    for (int frame = 0; frame < film.frames() && well; ++frame) {
+        well = write_frame(film, frame, target.folder);
+    }
+    return well && std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    constexpr int kFewest = 5;
+    if (count < kFewest) {
+        return usage();
+    }
+    return std::string(values[1]) == "--film" ? write_film(count, values) : write_pair(count, values);
 }

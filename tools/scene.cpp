@@ -33,7 +33,11 @@ bool Scene::Layer::covers(double x, double y) const {
     return u * u * u * u + v * v * v * v <= 1.0;
 }
 
-Scene::Scene(const SceneOptions& options, const SceneErrors& errors) : options_(options), errors_(errors) {
+Scene::Scene(const SceneOptions& options, const SceneErrors& errors)
+    : options_(options),
+      errors_(errors),
+      camera_sine_(std::sin(options.camera.turn_rad)),
+      camera_cosine_(std::cos(options.camera.turn_rad)) {
     SceneRandom random(options.seed);
     for (int i = 0; i < options.objects; ++i) {
         add_object(random);
@@ -136,14 +140,26 @@ void Scene::lay_patterns() {
     }
 }
 
+/// Where a point of the view lies among the surfaces.
+ScenePoint Scene::before_camera(double x, double y) const {
+    if (options_.camera == CameraPlace()) {
+        return {x, y};
+    }
+    return {camera_cosine_ * x + camera_sine_ * y + options_.camera.x_px,
+            camera_cosine_ * y - camera_sine_ * x + options_.camera.y_px};
+}
+
+/// The slope of a surface is taken at the point of the view, not between both: of a camera that turns by a
+/// few degrees it makes no difference.
 Scene::Hit Scene::hit(double x, double y, int side) const {
+    const double height = before_camera(x, y).y;
     for (const Layer& layer : layers_) {
-        const double between = x - 0.5 * side * layer.disparity_at(y);
-        if (layer.covers(between, y)) {
+        const ScenePoint between = before_camera(x - 0.5 * side * layer.disparity_at(height), y);
+        if (layer.covers(between.x, between.y)) {
             return {&layer, between};
         }
     }
-    return {&layers_.back(), x};
+    return {&layers_.back(), before_camera(x, y)};
 }
 
 ScenePoint Scene::misaligned(ScenePoint ideal, int side) const {
@@ -203,7 +219,8 @@ ScenePoint Scene::ideal_of(ScenePoint shown, int side) const {
 
 ScenePoint Scene::right_of_left(ScenePoint left) const {
     const ScenePoint ideal = ideal_of(left, -1);
-    const double disparity = hit(ideal.x, ideal.y, -1).layer->disparity_at(ideal.y);
+    const double height = before_camera(ideal.x, ideal.y).y;
+    const double disparity = hit(ideal.x, ideal.y, -1).layer->disparity_at(height);
     return through_lens(misaligned({ideal.x + disparity, ideal.y}, +1));
 }
 
@@ -215,7 +232,8 @@ bool Scene::right_sees(ScenePoint left) const {
     const double half_h = options_.height / 2.0;
     const bool inside =
         right.x >= -half_w && right.x <= half_w - 1.0 && right.y >= -half_h && right.y <= half_h - 1.0;
-    return inside && hit(ideal.x + layer->disparity_at(ideal.y), ideal.y, +1).layer == layer;
+    const double disparity = layer->disparity_at(before_camera(ideal.x, ideal.y).y);
+    return inside && hit(ideal.x + disparity, ideal.y, +1).layer == layer;
 }
 
 float Scene::pattern_of(const Layer& layer, ScenePoint surface) const {
@@ -226,24 +244,31 @@ float Scene::pattern_of(const Layer& layer, ScenePoint surface) const {
                                        layer.turn_cosine * y - layer.turn_sine * x, options_.width);
 }
 
-void Scene::shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const {
-    const Hit seen = hit(ideal.x, ideal.y, side);
-    const Layer& layer = *seen.layer;
+std::array<float, 3> Scene::colour_of(const Layer& layer, ScenePoint surface) const {
     const SurfaceNoise texture =
         options_.flat ? SurfaceNoise{}
-                      : surface_noise(seen.x, ideal.y, layer.pattern_x, layer.pattern_y, options_.width);
-    const float pattern = layer.patterned ? pattern_of(layer, {seen.x, ideal.y}) : 0.0F;
+                      : surface_noise(surface.x, surface.y, layer.pattern_x, layer.pattern_y, options_.width);
+    const float pattern = layer.patterned ? pattern_of(layer, surface) : 0.0F;
     const auto strength = static_cast<float>(options_.texture * (layer.patterned ? kPatternNoise : 1.0));
-    const float gain = side > 0 ? static_cast<float>(errors_.brightness) : 1.0F;
     constexpr std::array kWarm{0.25F, 0.0F, -0.25F};
+    std::array<float, 3> colour{};
+    for (std::size_t channel = 0; channel < colour.size(); ++channel) {
+        colour[channel] = layer.colour[channel] * (1.0F + pattern + 0.55F * strength * texture.lightness +
+                                                   kWarm[channel] * strength * texture.warmth);
+    }
+    return colour;
+}
+
+void Scene::shade(ScenePoint ideal, int side, std::uint32_t noise, std::uint8_t* pixel) const {
+    const Hit seen = hit(ideal.x, ideal.y, side);
+    const std::array<float, 3> colour = colour_of(*seen.layer, seen.point);
+    const float gain = side > 0 ? static_cast<float>(errors_.brightness) : 1.0F;
     for (int channel = 0; channel < kPixelBytes; ++channel) {
-        float value =
-            layer.colour[channel] * (1.0F + pattern + 0.55F * strength * texture.lightness +
-                                     kWarm[static_cast<std::size_t>(channel)] * strength * texture.warmth);
         const auto grain =
             static_cast<float>(mix_bits(noise * 3U + static_cast<std::uint32_t>(channel))) / 2147483648.0F -
             1.0F;
-        value = value * gain + static_cast<float>(errors_.noise) * grain;
+        const float value =
+            colour[static_cast<std::size_t>(channel)] * gain + static_cast<float>(errors_.noise) * grain;
         pixel[channel] = static_cast<std::uint8_t>(std::clamp(value + 0.5F, 1.0F, 255.0F));
     }
 }

@@ -7,6 +7,7 @@
 ///
 /// Positions are in pixels of the picture, centred, y counted upward. Disparity is right minus left.
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -41,6 +42,14 @@ struct ScenePoint {
     double y = 0.0;
 };
 
+/// Where the camera of a film has got to since its first frame; both views move alike. The surfaces stay.
+struct CameraPlace {
+    double x_px = 0.0;      ///< To the right: what is seen moves to the left.
+    double y_px = 0.0;      ///< Upward: what is seen moves down.
+    double turn_rad = 0.0;  ///< What is seen turns counter-clockwise round the middle.
+    friend bool operator==(const CameraPlace&, const CameraPlace&) = default;
+};
+
 struct SceneOptions {
     int width = 0;  ///< Pixels.
     int height = 0;
@@ -55,6 +64,22 @@ struct SceneOptions {
     /// The lenses of both views show a point at r from the middle at r (1 - barrel (r / R)^2), with R half
     /// the diagonal, after the misalignment. Below 0.14; negative for a cushion.
     double barrel = 0.0;
+    CameraPlace camera;
+};
+
+/// The surfaces of a scene as pictures, so that many frames of it are made in short time.
+class SurfacePictures {
+public:
+    SurfacePictures() = default;
+
+private:
+    friend class Scene;
+    struct Piece {
+        Bitmap bitmap;
+        int left = 0;  ///< Of the surface's pixels, the first column and row.
+        int bottom = 0;
+    };
+    std::vector<Piece> pieces_;  ///< In the order of the layers.
 };
 
 class Scene {
@@ -63,6 +88,13 @@ public:
 
     [[nodiscard]] Bitmap render_left() const { return render(-1); }
     [[nodiscard]] Bitmap render_right() const { return render(+1); }
+
+    /// Pictures of all surfaces, with so many pixels beyond the sides of the view.
+    [[nodiscard]] SurfacePictures paint_surfaces(int margin_px) const;
+    /// A view from such pictures, which may be those of another scene that differs in errors, depth and
+    /// camera alone: -1 the left, 1 the right one. It differs from a rendered one by the interpolation
+    /// between the pixels of a surface. `grain` chooses the noise.
+    [[nodiscard]] Bitmap render_from(const SurfacePictures& pictures, int side, std::uint32_t grain) const;
 
     /// Where the right view shows what the left view has at `left`, hidden or not.
     [[nodiscard]] ScenePoint right_of_left(ScenePoint left) const;
@@ -93,8 +125,9 @@ private:
     };
     struct Hit {
         const Layer* layer;
-        double x;  ///< Position between the two views.
+        ScenePoint point;  ///< On the surface, between the two views.
     };
+    struct RowPainter;
     void add_object(SceneRandom& random);
     void put_in_perspective(Layer& object) const;
     void add_ground(SceneRandom& random);
@@ -107,6 +140,8 @@ private:
 
     [[nodiscard]] Bitmap render(int side) const;
     [[nodiscard]] Hit hit(double x, double y, int side) const;
+    [[nodiscard]] ScenePoint before_camera(double x, double y) const;
+    [[nodiscard]] std::array<float, 3> colour_of(const Layer& layer, ScenePoint surface) const;
     [[nodiscard]] ScenePoint through_lens(ScenePoint point) const;
     [[nodiscard]] ScenePoint before_lens(ScenePoint point) const;
     [[nodiscard]] ScenePoint misaligned(ScenePoint ideal, int side) const;
@@ -116,6 +151,8 @@ private:
 
     SceneOptions options_;
     SceneErrors errors_;
+    double camera_sine_ = 0.0;
+    double camera_cosine_ = 1.0;
     std::vector<Layer> layers_;  ///< Nearest first.
 };
 

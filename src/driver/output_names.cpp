@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "config/messages.h"
+#include "config/setting_values.h"
 #include "platform/file_times.h"
 #include "platform/move_file.h"
 #include "platform/paths.h"
@@ -179,7 +180,7 @@ std::string OutputName::bare() const {
     if (!partner.empty()) {
         name += '-' + partner;
     }
-    return name + stamp + tail + ending + suffix;
+    return name + stamp + tail + ending + number + suffix;
 }
 
 std::string OutputName::path() const {
@@ -215,6 +216,15 @@ void stamp_name(OutputName& name, const ParameterSet& parameters, const StampVal
         name.stamp += values.time_stamp;
     }
     name.over_limit = parameters.video_mode == 0 && values.deviation * 1000.0 > parameters.deviation_thresh;
+}
+
+void number_frame(OutputName& name, const ParameterSet& parameters, ProductKind kind, int frame) {
+    const bool is_view = kind == ProductKind::left || kind == ProductKind::right;
+    const bool shares_folder = is_view && parameters.video_output == setting::video_output::views_in_folder;
+    if (kind != ProductKind::extra && !shares_folder && !kind_folder(parameters, kind).empty()) {
+        name.tail.clear();
+    }
+    name.number = format_text("_%07d", frame);
 }
 
 bool take_common_base(const ParameterSet& parameters, std::string& left_relative,

@@ -27,6 +27,7 @@ struct OutputName {
     std::string stamp;        ///< Deviation and time stamps.
     std::string tail;         ///< "_cl", "_0_cl", "_OS" and the like.
     std::string ending;       ///< Ending of an extra product, e.g. "-lrq".
+    std::string number;       ///< Of the frame, for a still of a film.
     std::string suffix;       ///< With its dot.
     bool over_limit = false;  ///< The deviation passes the limit: "zz_" before the name.
 
@@ -51,6 +52,9 @@ struct StampValues {
 
 /// Puts in the stamps that `StampFiles` asks for, and "zz_" above `DeviationThresh` (images only).
 void stamp_name(OutputName& name, const ParameterSet& parameters, const StampValues& values);
+
+/// Puts in the number of a frame. The tail that tells the product goes where the folder tells it.
+void number_frame(OutputName& name, const ParameterSet& parameters, ProductKind kind, int frame);
 
 /// The common base of a pair. When there is one, the markers go from both relative names.
 [[nodiscard]] bool take_common_base(const ParameterSet& parameters, std::string& left_relative,

@@ -96,6 +96,7 @@ struct PairRun {
     PairRun(int index_in, Notes& notes_in) : index(index_in), notes(notes_in), profiles(notes_in) {}
 
     int index = 0;
+    std::optional<int> frame;  ///< Its number, for a frame of a film.
     Notes& notes;
     Course course = Course::at_work;
     int mode = 1;  ///< Working copy of `EstimateGeometry`.
@@ -159,6 +160,8 @@ void run_image_pipeline(Pipeline& pipeline);
 [[nodiscard]] bool mount_views(Pipeline& pipeline, PairRun& pair);
 /// Writes the products with their metadata.
 void store_outputs(Pipeline& pipeline, PairRun& pair);
+/// Names and writes the pictures alone.
+void store_products(Pipeline& pipeline, PairRun& pair);
 /// Report, stored record, list, progress files.
 void conclude_pair(Pipeline& pipeline, PairRun& pair);
 

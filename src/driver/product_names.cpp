@@ -78,6 +78,10 @@ ProductNames view_names(const ParameterSet& p, const NamedPair& pair, ProductKin
         stamp_name(names.right, p, pair.stamps);
         combine_names(names.right, right);
     }
+    if (pair.frame) {
+        number_frame(names.left, p, left_kind, *pair.frame);
+        number_frame(names.right, p, right_kind, *pair.frame);
+    }
     return names;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 /// The names of the products of a pair: stamped, and combined where the pair has no common base.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ struct NamedPair {
     bool two_files = true;
     int index = 0;
     StampValues stamps;
+    std::optional<int> frame = {};  ///< Of a film: its number stands in the name.
 };
 
 /// Both views' names of one product.

@@ -79,7 +79,8 @@ NamedPair named_pair(const Pipeline& pipeline, const PairRun& pair) {
             pair.index,
             {pair.mounted.deviation,
              projected_deviation(pipeline.parameters, pair.mounted.image_ratio, pair.mounted.deviation),
-             pair.stamp, pipeline.stamps_time}};
+             pair.stamp, pipeline.stamps_time},
+            pair.frame};
 }
 
 /// Gives the name away once in a run, and shows it.
@@ -447,20 +448,7 @@ void PairStore::conclude() {
 
 }  // namespace
 
-void store_outputs(Pipeline& pipeline, PairRun& pair) {
-    Notes& notes = pair.notes;
-    pipeline.processed += pair.counted ? 0 : 1;
-    pair.counted = true;
-    check_print_profile(pipeline, notes);
-    store_thumbnails(pipeline, pair);
-    write_progress_result(pipeline, pair);
-    const bool lists_files = notes.verbose() > 0;
-    if (lists_files) {
-        notes.print(notes.messages().text<Msg::main_now_storing_images>() +
-                    notes.messages().text<Msg::main_now_storing_rule>());
-        notes.report_html(std::string("<p class=\"a4\"><b>") +
-                          notes.messages().either({"Output files:", "Ausgabedateien:"}) + "</b></p>\n<p>");
-    }
+void store_products(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
     PairStore store(pipeline, pair);
     if (p.anaglyph_output != 0) {
@@ -479,6 +467,23 @@ void store_outputs(Pipeline& pipeline, PairRun& pair) {
     }
     store.write();
     store.conclude();
+}
+
+void store_outputs(Pipeline& pipeline, PairRun& pair) {
+    Notes& notes = pair.notes;
+    pipeline.processed += pair.counted ? 0 : 1;
+    pair.counted = true;
+    check_print_profile(pipeline, notes);
+    store_thumbnails(pipeline, pair);
+    write_progress_result(pipeline, pair);
+    const bool lists_files = notes.verbose() > 0;
+    if (lists_files) {
+        notes.print(notes.messages().text<Msg::main_now_storing_images>() +
+                    notes.messages().text<Msg::main_now_storing_rule>());
+        notes.report_html(std::string("<p class=\"a4\"><b>") +
+                          notes.messages().either({"Output files:", "Ausgabedateien:"}) + "</b></p>\n<p>");
+    }
+    store_products(pipeline, pair);
     if (lists_files) {
         notes.report_html("</p>\n");
     }

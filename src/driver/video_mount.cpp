@@ -5,9 +5,13 @@
 #include <utility>
 
 #include "driver/failure.h"
+#include "driver/file_kinds.h"
+#include "driver/thumbnail_files.h"
 #include "driver/video_products.h"
 #include "driver/video_run.h"
+#include "input/pair_reader.h"
 #include "numerics/rounding.h"
+#include "platform/paths.h"
 #include "report/pair_report.h"
 #include "video/frame_reader.h"
 
@@ -31,6 +35,7 @@ private:
 
     void mount(int frame, int number);
     [[nodiscard]] PictureFacts facts_of(int frame) const;
+    void store_stills(int frame, Finished finished);
     void show_time(int number) const;
 
     VideoRun& run_;
@@ -73,12 +78,41 @@ void VideoMount::mount(int frame, int number) {
         conclude_failure(notes_, done.failure());
         return;
     }
-    const Finished finished =
+    Finished finished =
         value_or_end(notes_, finish_pair(warped, pipeline_.settings.finish, facts_of(frame), notes_));
-    products_.add(finished);
+    if (products_.is_wanted()) {
+        products_.add(finished);
+    }
+    if (stores_products(pipeline_.parameters)) {
+        store_stills(frame, std::move(finished));
+    }
     reader_.give_back({std::move(views->left), std::move(views->right)});
     pipeline_.preparer.take_back(*std::move(views));
     show_time(number);
+}
+
+/// The pictures of the frame, as those of a pair. Only what goes wrong is told.
+void VideoMount::store_stills(int frame, Finished finished) {
+    static constexpr int kQuiet = 0;
+    const ParameterSet& p = pipeline_.parameters;
+    KeptNotes quiet(notes_.messages(), kQuiet);
+    PairRun pair(frame, quiet);
+    pair.frame = frame;
+    pair.files = files_of(pipeline_.list, 0);
+    pair.left_relative = run_.left_relative;
+    pair.right_relative = run_.right_relative;
+    pair.left_output_suffix = output_suffix(p, suffix_of(run_.left_relative), false, quiet);
+    pair.right_output_suffix = pair.left_output_suffix;
+    pair.inverse_output = p.inverse_output;
+    pair.stamp = pipeline_.run.stamp;
+    pair.mounted.finished = std::move(finished);
+    pair.mounted.finished.eight_bits_only = true;
+    const Finished& shown = pair.mounted.finished;
+    pair.mounted.size = {shown.width(), shown.height()};
+    pair.mounted.image_ratio = static_cast<double>(shown.width()) / shown.height();
+    pair.mounted.deviation = run_.largest_deviation;
+    store_products(pipeline_, pair);
+    quiet.tell(notes_);
 }
 
 std::string clock_text(int seconds) {
@@ -111,7 +145,8 @@ void VideoMount::run() {
 }  // namespace
 
 void mount_video(VideoRun& run) {
-    if (run.pipeline.parameters.video_output == setting::video_output::none) {
+    const ParameterSet& p = run.pipeline.parameters;
+    if (p.video_output == setting::video_output::none && !stores_products(p)) {
         return;
     }
     VideoMount(run).run();

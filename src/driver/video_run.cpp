@@ -54,6 +54,9 @@ void run_video(Pipeline& pipeline) {
     set_up_video(run);
     analyse_video(run);
     settle_series(run);
+    if (stops_behind_analysis(run)) {
+        return;
+    }
     plan_video(run);
     mount_video(run);
     conclude_video(run);

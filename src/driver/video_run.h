@@ -85,6 +85,8 @@ void run_video(Pipeline& pipeline);
 void set_up_video(VideoRun& run);
 void analyse_video(VideoRun& run);
 void settle_series(VideoRun& run);
+/// Whether `CorrInputOutput` wants the values alone, which is told.
+[[nodiscard]] bool stops_behind_analysis(VideoRun& run);
 void plan_video(VideoRun& run);
 void mount_video(VideoRun& run);
 void conclude_video(VideoRun& run);
