@@ -39,7 +39,8 @@ struct YuvPicture {
 /// matrices: ITU-R BT.601-7, BT.709-6, BT.2020-2. All instruction sets give the same bytes.
 void bgr_from_yuv(const YuvPicture& yuv, Picture into);
 
-/// Limited range 4:2:0 with 8 bits, chroma at the left of its columns and between its rows. Sides are even.
+/// Limited range 4:2:0 with 8 bits, chroma at the left of its columns and between its rows, whatever `tags`
+/// say of the range; a matrix that is not told is settled by the height. Sides are even.
 void yuv_from_bgr(ConstPicture picture, const ColourTags& tags, std::array<WritablePlane, 3> into);
 
 }  // namespace zemora
