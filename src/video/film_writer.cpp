@@ -10,7 +10,7 @@ extern "C" {
 #include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
-#include "video/plain_colours.h"
+#include "video/frame_colours.h"
 
 namespace zemora {
 
@@ -33,8 +33,8 @@ std::string name_of_part(const std::string& path) {
 ColourTags written_tags(const ColourTags& input, int height) {
     constexpr int kUnspecified = 2;
     constexpr int kReserved = 0;
-    ColourTags tags = plain_settled_tags(input, height);
-    const int usual = plain_settled_tags({}, height).matrix;  // the numbers of BT.709 and BT.601 agree
+    ColourTags tags = settled_tags(input, height);
+    const int usual = settled_tags({}, height).matrix;  // the numbers of BT.709 and BT.601 agree
     for (int* tag : {&tags.primaries, &tags.transfer}) {
         *tag = *tag == kUnspecified || *tag == kReserved ? usual : *tag;
     }
@@ -177,9 +177,9 @@ Result<void> FilmWriter::add(ConstPicture first, const ConstPicture* second) {
         queue_.put_empty(std::move(pictures));
         return Failure::out_of_memory("The pictures of the video do not fit into memory\n");
     }
-    plain_yuv_from_bgr(first, colours_, planes_of(*pictures.first));
+    yuv_from_bgr(first, colours_, planes_of(*pictures.first));
     if (pictures.second && second != nullptr) {
-        plain_yuv_from_bgr(*second, colours_, planes_of(*pictures.second));
+        yuv_from_bgr(*second, colours_, planes_of(*pictures.second));
     }
     queue_.put_filled(std::move(pictures));
     return {};
