@@ -11,6 +11,7 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
@@ -174,6 +175,11 @@ std::string AacSound::write_until(std::int64_t frames, Rational rate) {
 std::string AacSound::take_samples(int count) {
     samples_.resize(static_cast<std::size_t>(count) * sound_.format().channels);
     sound_.read(count, samples_.data());
+    // The encoder refuses numbers that are none; some files hold them.
+    constexpr float kLoudest = 16.0F;
+    for (float& sample : samples_) {
+        sample = std::isfinite(sample) ? std::clamp(sample, -kLoudest, kLoudest) : 0.0F;
+    }
     taken_ += count;
     return convert(reinterpret_cast<const std::uint8_t*>(samples_.data()), count);  // NOLINT: its own type
 }

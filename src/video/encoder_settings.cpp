@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace zemora {
 
@@ -34,10 +35,6 @@ constexpr std::int64_t kAacFrameBits = 6144;
 constexpr std::int64_t kAacFrameSamples = 1024;
 
 }  // namespace
-
-bool is_encoder_preset(std::string_view name) {
-    return std::find(kEncoderPresets.begin(), kEncoderPresets.end(), name) != kEncoderPresets.end();
-}
 
 EncoderSettings h264_settings(int quality, std::string_view preset, PictureSize size) {
     const QualityRow& row = kQualities[std::clamp(quality, 0, kLargestQuality)];

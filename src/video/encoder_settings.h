@@ -1,7 +1,6 @@
 #pragma once
 /// How the encoders of written videos are set: plain values out of tables, without the library.
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,12 +18,6 @@ struct EncoderSettings {
     int key_frame_distance = 0;  ///< Frames.
     int frame_packing = -1;      ///< `frame_packing_of`; below 0 none.
 };
-
-/// The presets of x264, from the fastest on.
-inline constexpr std::array<std::string_view, 10> kEncoderPresets = {
-    "ultrafast", "superfast", "veryfast", "faster",   "fast",
-    "medium",    "slow",      "slower",   "veryslow", "placebo"};
-[[nodiscard]] bool is_encoder_preset(std::string_view name);
 
 /// What a `VideoQuality` of 0 to 6 means for H.264 at that size.
 [[nodiscard]] EncoderSettings h264_settings(int quality, std::string_view preset, PictureSize size);

@@ -3,10 +3,12 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/stereo3d.h>
 }
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "video/libav_handles.h"
 
@@ -144,6 +146,20 @@ std::string FilmOutput::add_stream(const AVCodecContext& encoder, AVStream*& str
     stream->time_base = encoder.time_base;
     const int error = avcodec_parameters_from_context(stream->codecpar, &encoder);
     return error < 0 ? libav_reason(error) : std::string();
+}
+
+std::string FilmOutput::put_stereo_flag(AVStream& stream, StereoPacking packing) {
+    AVStereo3D* told = av_stereo3d_alloc();
+    auto* side_data = av_stream_new_side_data(&stream, AV_PKT_DATA_STEREO3D, sizeof *told);
+    if (told == nullptr || side_data == nullptr) {
+        av_free(told);
+        return libav_reason(AVERROR(ENOMEM));
+    }
+    told->type = packing == StereoPacking::side_by_side ? AV_STEREO3D_SIDEBYSIDE : AV_STEREO3D_TOPBOTTOM;
+    std::memcpy(side_data, told, sizeof *told);
+    av_free(told);
+    context_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+    return {};
 }
 
 std::string FilmOutput::reason_of(int error) const {

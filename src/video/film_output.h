@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/new_file.h"
+#include "video/video_facts.h"
 
 struct AVCodecContext;
 struct AVFormatContext;
@@ -37,6 +38,9 @@ public:
     [[nodiscard]] bool wants_global_header() const;
     /// A stream of what the opened encoder gives.
     [[nodiscard]] std::string add_stream(const AVCodecContext& encoder, AVStream*& stream);
+
+    /// Says on a stream that its pictures hold two views.
+    [[nodiscard]] std::string put_stereo_flag(AVStream& stream, StereoPacking packing);
 
     [[nodiscard]] std::string write_header(const std::vector<LibraryOption>& options);
     /// Takes the packet's contents; its times count in the time base of the stream.

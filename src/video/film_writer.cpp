@@ -7,9 +7,10 @@ extern "C" {
 
 #include <utility>
 
+#include "platform/console.h"
 #include "platform/paths.h"
 #include "platform/threads.h"
-#include "video/plain_colours.h"
+#include "video/frame_colours.h"
 
 namespace zemora {
 
@@ -28,14 +29,33 @@ std::string name_of_part(const std::string& path) {
     return without_suffix(path) + "-part" + suffix_of(path);
 }
 
+/// The tags that a written film has: those of the input where they are known, and else those of its height.
+ColourTags written_tags(const ColourTags& input, int height) {
+    constexpr int kUnspecified = 2;
+    constexpr int kReserved = 0;
+    ColourTags tags = settled_tags(input, height);
+    const int usual = settled_tags({}, height).matrix;  // the numbers of BT.709 and BT.601 agree
+    for (int* tag : {&tags.primaries, &tags.transfer}) {
+        *tag = *tag == kUnspecified || *tag == kReserved ? usual : *tag;
+    }
+    tags.full_range = false;
+    return tags;
+}
+
+/// Whether pictures and sound go over in the same pace from the start, so that the sound may stay as it is.
+bool keeps_pace(const SoundWish& wish, Rational rate) {
+    return wish.walk.first == 0 && wish.walk.step == 1 && wish.input_rate == rate;
+}
+
+void set_title(AVStream& stream, const char* title) {
+    av_dict_set(&stream.metadata, "title", title, 0);
+    av_dict_set(&stream.metadata, "handler_name", title, 0);
+}
+
 }  // namespace
 
 FilmWriter::FilmWriter(const VideoWriterOptions& options, const MessageCatalogue& messages)
-    : options_(options),
-      messages_(messages),
-      colours_(plain_settled_tags(options.colours, options.size.height)) {
-    colours_.full_range = false;
-}
+    : options_(options), messages_(messages), colours_(written_tags(options.colours, options.size.height)) {}
 
 FilmWriter::~FilmWriter() {
     set_reason("-");  // what still waits is not encoded
@@ -59,6 +79,7 @@ Result<std::unique_ptr<VideoWriter>> FilmWriter::open(const VideoWriterOptions& 
     if (!writer->queue_.reserve(kQueueLength, options.size, writer->colours_, options.has_two_streams)) {
         return Failure::out_of_memory("The pictures of the video do not fit into memory\n");
     }
+    writer->tell_of_opening(notes);
     writer->thread_ = start_team([self = writer.get()] { self->encode_queue(); });
     return std::unique_ptr<VideoWriter>(std::move(writer));
 }
@@ -67,6 +88,12 @@ std::string FilmWriter::open_film(const ContainerSettings& container) {
     std::string reason = FilmOutput::create(options_.path, container.format, output_);
     reason = reason.empty() ? open_pictures(container) : reason;
     reason = reason.empty() ? open_sound() : reason;
+    if (reason.empty()) {
+        metadata_ = read_film_metadata(options_.metadata_source);
+        put_tags(
+            output_->context(), metadata_,
+            advanced_time_code(metadata_.time_code, metadata_.rate, options_.first_frame, options_.rate));
+    }
     return reason.empty() ? output_->write_header(container.options) : reason;
 }
 
@@ -77,8 +104,18 @@ std::string FilmWriter::open_pictures(const ContainerSettings& container) {
         return reason;
     }
     first_.stream().disposition = AV_DISPOSITION_DEFAULT;
-    if (options_.has_two_streams) {
-        reason = second_.open(container.encoder, pictures, *output_);
+    if (container.has_stereo_flag) {
+        reason = output_->put_stereo_flag(first_.stream(), options_.stereo.packing);
+    }
+    return reason.empty() && options_.has_two_streams ? open_second_pictures(container, pictures) : reason;
+}
+
+std::string FilmWriter::open_second_pictures(const ContainerSettings& container,
+                                             const PictureStream& pictures) {
+    std::string reason = second_.open(container.encoder, pictures, *output_);
+    if (reason.empty()) {
+        set_title(first_.stream(), "left");
+        set_title(second_.stream(), "right");
     }
     return reason;
 }
@@ -91,11 +128,42 @@ std::string FilmWriter::open_sound() {
     if (wish.source == SoundWish::Source::silence) {
         return add_aac_sound(PlannedSound(), *output_, sound_);
     }
+    return open_sound_of_file();
+}
+
+/// A source without sound that can be read loses the sound, not the film.
+std::string FilmWriter::open_sound_of_file() {
+    const SoundWish& wish = options_.sound;
+    if (keeps_pace(wish, options_.rate)) {
+        std::string reason = add_copied_sound(wish.file, *output_, sound_);
+        if (!reason.empty() || sound_) {
+            return reason;
+        }
+    }
     std::unique_ptr<SoundTrack> track;
-    std::string reason = open_sound_track(wish.file, track);
-    return !reason.empty()
-               ? reason
+    no_sound_reason_ = open_sound_track(wish.file, track);
+    return !no_sound_reason_.empty()
+               ? std::string()
                : add_aac_sound(PlannedSound(std::move(track), wish.walk, wish.input_rate), *output_, sound_);
+}
+
+void FilmWriter::tell_of_opening(Notes& notes) const {
+    const std::string name = printable(options_.path);
+    if (!no_sound_reason_.empty()) {
+        notes.print(format_text(
+            messages_.either({"The video %s gets no sound, as that of %s cannot be read: %s\n",
+                              "Das Video %s bekommt keinen Ton, da der von %s nicht lesbar ist: %s\n"}),
+            name.c_str(), printable(options_.sound.file).c_str(), no_sound_reason_.c_str()));
+    }
+    if (options_.stereo.packing != StereoPacking::none && options_.stereo.right_first) {
+        notes.print(
+            format_text(messages_.either(
+                            {"The video %s does not say that it is in 3D: its right view comes first, and "
+                             "players would exchange the eyes.\n",
+                             "Das Video %s sagt nicht, dass es in 3D ist: seine rechte Ansicht kommt zuerst, "
+                             "und Abspielgeraete wuerden die Augen vertauschen.\n"}),
+                        name.c_str()));
+    }
 }
 
 Result<void> FilmWriter::add(ConstPicture first, const ConstPicture* second) {
@@ -109,9 +177,9 @@ Result<void> FilmWriter::add(ConstPicture first, const ConstPicture* second) {
         queue_.put_empty(std::move(pictures));
         return Failure::out_of_memory("The pictures of the video do not fit into memory\n");
     }
-    plain_yuv_from_bgr(first, colours_, planes_of(*pictures.first));
+    yuv_from_bgr(first, colours_, planes_of(*pictures.first));
     if (pictures.second && second != nullptr) {
-        plain_yuv_from_bgr(*second, colours_, planes_of(*pictures.second));
+        yuv_from_bgr(*second, colours_, planes_of(*pictures.second));
     }
     queue_.put_filled(std::move(pictures));
     return {};
@@ -150,20 +218,37 @@ std::string FilmWriter::drain() {
 }
 
 Result<void> FilmWriter::close() {
+    stop_thread();
+    if (const std::string told = reason(); !told.empty()) {
+        return failure(told);
+    }
     return finish(options_.path);
 }
 
 Result<std::string> FilmWriter::close_part() {
+    stop_thread();
+    if (encoded_ == 0) {
+        return std::string();
+    }
     const std::string path = name_of_part(options_.path);
     const Result<void> done = finish(path);
     return done ? Result<std::string>(path) : Result<std::string>(done.failure());
 }
 
 Result<void> FilmWriter::finish(const std::string& path) {
-    stop_thread();
-    std::string told = reason();
-    told = told.empty() ? output_->finish(path) : told;
+    put_written_chapters();
+    const std::string told = output_->finish(path);
     return told.empty() ? Result<void>() : Result<void>(failure(told));
+}
+
+/// They are told at the end, when it is known how far the film goes.
+void FilmWriter::put_written_chapters() {
+    const int frames = static_cast<int>(encoded_);
+    FrameWalk walk = options_.metadata_walk;
+    if (walk.count() == 0) {
+        walk = {options_.first_frame, options_.first_frame + frames, 1};
+    }
+    put_chapters(output_->context(), chapters_of_walk(metadata_, walk, frames, options_.rate));
 }
 
 void FilmWriter::stop_thread() {
@@ -187,7 +272,7 @@ Failure FilmWriter::failure(const std::string& reason) const {
     Failure failure =
         Failure::of_run(format_text(messages_.either({"The video %s could not be written: %s\n",
                                                       "Das Video %s konnte nicht geschrieben werden: %s\n"}),
-                                    options_.path.c_str(), reason.c_str()) +
+                                    printable(options_.path).c_str(), reason.c_str()) +
                         take_libav_log());
     failure.file = options_.path;
     return failure;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "video/encoder_settings.h"
+#include "video/film_metadata.h"
 #include "video/film_output.h"
 #include "video/picture_encoder.h"
 #include "video/picture_queue.h"
@@ -21,6 +22,7 @@ struct ContainerSettings {
     const char* format = "mp4";  ///< As the library names it.
     EncoderSettings encoder;
     std::vector<LibraryOption> options;
+    bool has_stereo_flag = false;  ///< A flag of the container itself, beside that in the stream.
 };
 
 class FilmWriter : public VideoWriter {
@@ -38,7 +40,12 @@ private:
     FilmWriter(const VideoWriterOptions& options, const MessageCatalogue& messages);
     [[nodiscard]] std::string open_film(const ContainerSettings& container);
     [[nodiscard]] std::string open_pictures(const ContainerSettings& container);
+    [[nodiscard]] std::string open_second_pictures(const ContainerSettings& container,
+                                                   const PictureStream& pictures);
     [[nodiscard]] std::string open_sound();
+    [[nodiscard]] std::string open_sound_of_file();
+    void tell_of_opening(Notes& notes) const;
+    void put_written_chapters();
 
     void encode_queue();
     [[nodiscard]] std::string encode(QueuedPictures& pictures);
@@ -53,6 +60,8 @@ private:
     VideoWriterOptions options_;
     const MessageCatalogue& messages_;
     ColourTags colours_;
+    FilmMetadata metadata_;
+    std::string no_sound_reason_;  ///< Why the source's sound is left out.
     std::unique_ptr<FilmOutput> output_;
     PictureEncoder first_;
     PictureEncoder second_;

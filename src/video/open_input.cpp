@@ -1,6 +1,7 @@
 #include "video/open_input.h"
 
 extern "C" {
+#include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 }
 
@@ -34,6 +35,17 @@ int first_picture_stream(const AVFormatContext& file) {
     for (unsigned i = 0; i < file.nb_streams; ++i) {
         const AVStream& stream = *file.streams[i];
         if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & kNoFilm) == 0) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+int first_sound_stream(const AVFormatContext& file) {
+    for (unsigned i = 0; i < file.nb_streams; ++i) {
+        const AVCodecParameters& about = *file.streams[i]->codecpar;
+        if (about.codec_type == AVMEDIA_TYPE_AUDIO && about.sample_rate > 0 &&
+            avcodec_find_decoder(about.codec_id) != nullptr) {
             return static_cast<int>(i);
         }
     }

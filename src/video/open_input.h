@@ -14,6 +14,9 @@ namespace zemora {
 /// Its first stream of pictures that is no cover; -1 without one.
 [[nodiscard]] int first_picture_stream(const AVFormatContext& file);
 
+/// Its first stream of sound that there is a decoder for; -1 without one.
+[[nodiscard]] int first_sound_stream(const AVFormatContext& file);
+
 /// Leaves out the packets of all other streams.
 void read_only_stream(AVFormatContext& file, int stream);
 

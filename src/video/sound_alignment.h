@@ -1,5 +1,6 @@
 #pragma once
-/// How far two recordings of the same sound lie apart. Pure numbers.
+/// How far two recordings of the same sound lie apart. `sound_envelope` alone reads
+/// one of them.
 
 #include <optional>
 #include <vector>
@@ -7,6 +8,8 @@
 #include "numerics/rational.h"
 
 namespace zemora {
+
+class SoundTrack;
 
 /// Loudness of a track in steps of 1/`kEnvelopeRate` second.
 using SoundEnvelope = std::vector<float>;
@@ -21,5 +24,8 @@ struct SoundOffset {
 /// None where the two have nothing in common that is sure.
 [[nodiscard]] std::optional<SoundOffset> find_sound_offset(const SoundEnvelope& left,
                                                            const SoundEnvelope& right, Rational rate);
+
+/// The mean magnitude of all channels, from the time `start_s` of the track on for `seconds`.
+[[nodiscard]] SoundEnvelope sound_envelope(SoundTrack& track, double start_s, double seconds);
 
 }  // namespace zemora

@@ -79,24 +79,19 @@ std::string SoundDecoder::open_file() {
 }
 
 std::string SoundDecoder::choose_stream() {
-    int error = AVERROR_STREAM_NOT_FOUND;
-    for (unsigned i = 0; i < file_->nb_streams; ++i) {
-        const AVStream& stream = *file_->streams[i];
-        const AVCodec* decoder = stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO
-                                     ? avcodec_find_decoder(stream.codecpar->codec_id)
-                                     : nullptr;
-        codec_.reset(decoder != nullptr ? avcodec_alloc_context3(decoder) : nullptr);
-        if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream.codecpar) < 0) {
-            continue;
-        }
+    stream_ = first_sound_stream(*file_);
+    if (stream_ < 0) {
+        return libav_reason(AVERROR_STREAM_NOT_FOUND);
+    }
+    const AVStream& stream = *file_->streams[stream_];
+    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    codec_.reset(avcodec_alloc_context3(decoder));
+    int error = codec_ ? avcodec_parameters_to_context(codec_.get(), stream.codecpar) : AVERROR(ENOMEM);
+    if (error >= 0) {
         codec_->pkt_timebase = stream.time_base;
         error = avcodec_open2(codec_.get(), decoder, nullptr);
-        if (error >= 0) {
-            stream_ = static_cast<int>(i);
-            return {};
-        }
     }
-    return libav_reason(error);
+    return error < 0 ? libav_reason(error) : std::string();
 }
 
 void SoundDecoder::settle_format() {

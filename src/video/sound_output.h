@@ -24,4 +24,8 @@ public:
 [[nodiscard]] std::string add_aac_sound(PlannedSound sound, FilmOutput& output,
                                         std::unique_ptr<SoundOutput>& into);
 
+/// Copies the sound of a video packet by packet; leaves `into` empty where its form does not fit an MP4 file.
+[[nodiscard]] std::string add_copied_sound(const std::string& path, FilmOutput& output,
+                                           std::unique_ptr<SoundOutput>& into);
+
 }  // namespace zemora

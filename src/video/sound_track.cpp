@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -21,9 +22,13 @@ struct Anchor {
 constexpr double kAnchorSeconds = 0.25;  // between two anchors
 /// Decoded before the samples that are wanted: overlap, bit reservoir, rare headers.
 constexpr double kLeadSeconds = 1.0;
+/// Decoded beyond that, for whoever reads backwards.
+constexpr double kFurtherBackSeconds = 2.0;
 constexpr double kKeptSeconds = 4.0;  // at least; twice that at most
 /// Times that lie off the count of samples by less are only rounded.
 constexpr double kJumpSeconds = 0.02;
+
+constexpr std::int64_t kStart = std::numeric_limits<std::int64_t>::min();
 
 class DecodedTrack : public SoundTrack {
 public:
@@ -56,6 +61,7 @@ private:
     std::vector<Anchor> anchors_;  ///< Of what was decoded so far, ascending.
     std::vector<float> kept_;      ///< The last samples that were decoded, without a hole.
     std::int64_t kept_first_ = 0;
+    std::int64_t sure_from_ = kStart;  ///< Behind a jump, samples before this one may be wrong yet.
     std::optional<std::int64_t> end_;  ///< Behind the part that was decoded last.
     bool is_at_end_ = false;
     bool is_lost_ = false;    ///< Behind a jump, until a part is found again.
@@ -107,13 +113,16 @@ void DecodedTrack::note_anchor(const SoundPart& part, std::int64_t first) {
 /// Puts the part behind what is kept, with silence in a hole between them.
 void DecodedTrack::keep(std::int64_t first) {
     const auto samples = static_cast<std::int64_t>(part_.samples.size() / channels());
+    end_ = first + samples;
+    if (*end_ <= sure_from_) {
+        return;
+    }
     if (kept_.empty() || first > kept_end() + samples_in(kKeptSeconds)) {
         kept_.clear();
         kept_first_ = first;
     }
     kept_.resize(static_cast<std::size_t>(first - kept_first_) * channels());
     kept_.insert(kept_.end(), part_.samples.begin(), part_.samples.end());
-    end_ = first + samples;
     const std::int64_t surplus = kept_end() - kept_first_ - 2 * samples_in(kKeptSeconds);
     if (surplus > 0) {
         const std::int64_t dropped = surplus + samples_in(kKeptSeconds);
@@ -135,7 +144,10 @@ bool DecodedTrack::decode() {
     if (is_lost_ && *first > limit_) {
         return false;
     }
-    is_lost_ = false;
+    if (is_lost_) {
+        sure_from_ = *first + samples_in(kLeadSeconds);
+        is_lost_ = false;
+    }
     note_anchor(part_, *first);
     keep(*first);
     return true;
@@ -143,7 +155,7 @@ bool DecodedTrack::decode() {
 
 /// Starts to decode some time before that sample.
 void DecodedTrack::go_back_to(std::int64_t first) {
-    const std::int64_t wanted = first - samples_in(kLeadSeconds);
+    const std::int64_t wanted = first - samples_in(kLeadSeconds + kFurtherBackSeconds);
     const auto behind =
         std::upper_bound(anchors_.begin(), anchors_.end(), wanted,
                          [](std::int64_t sample, const Anchor& anchor) { return sample < anchor.first; });
@@ -151,7 +163,7 @@ void DecodedTrack::go_back_to(std::int64_t first) {
     end_.reset();
     is_at_end_ = false;
     is_lost_ = behind != anchors_.begin();
-    limit_ = first;
+    limit_ = first - samples_in(kLeadSeconds);
     if (is_lost_ && decoder_.go_to((behind - 1)->place)) {
         while (is_lost_ && decode()) {
         }
@@ -160,6 +172,7 @@ void DecodedTrack::go_back_to(std::int64_t first) {
         kept_.clear();
         end_.reset();
         is_lost_ = false;
+        sure_from_ = kStart;
         is_at_end_ = !decoder_.restart();
     }
 }

@@ -7,24 +7,12 @@ namespace zemora {
 
 namespace {
 
-struct OutputRow {
-    int video_output;
-    StereoPacking packing;
-};
-// clang-format off
-constexpr OutputRow kOutputs[] = {
-    {2, StereoPacking::side_by_side},
-    {4, StereoPacking::side_by_side},
-    {5, StereoPacking::above_below},
-    {6, StereoPacking::above_below},
-    {7, StereoPacking::rows},
-};
-
 struct PackingRow {
     StereoPacking packing;
     int h264_number;
     bool is_in_mp4;
 };
+// clang-format off
 constexpr PackingRow kPackings[] = {
     {StereoPacking::chequers,     0, false},
     {StereoPacking::columns,      1, false},
@@ -42,13 +30,6 @@ const PackingRow* row_of(StereoFlag flag) {
 }
 
 }  // namespace
-
-StereoFlag stereo_flag_of_output(int video_output, bool right_first) {
-    const auto* row = std::find_if(std::begin(kOutputs), std::end(kOutputs), [&](const OutputRow& known) {
-        return known.video_output == video_output;
-    });
-    return row == std::end(kOutputs) ? StereoFlag() : StereoFlag{row->packing, right_first};
-}
 
 std::optional<int> frame_packing_of(StereoFlag flag) {
     const PackingRow* row = row_of(flag);

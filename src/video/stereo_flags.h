@@ -7,9 +7,6 @@
 
 namespace zemora {
 
-/// What the pictures of a `VideoOutput` hold; `right_first` with exchanged views.
-[[nodiscard]] StereoFlag stereo_flag_of_output(int video_output, bool right_first);
-
 /// The number of the frame packing in the H.264 stream (ITU-T H.264, D.2.26). None where the right view comes
 /// first: the encoder can tell it the other way only, and a wrong flag exchanges the eyes.
 [[nodiscard]] std::optional<int> frame_packing_of(StereoFlag flag);

@@ -33,6 +33,8 @@ struct VideoWriterOptions {
     SoundWish sound;
     std::string metadata_source;  ///< The video whose title, time and place go over; empty for none.
     int first_frame = 0;          ///< Of that video; the time code goes on from there.
+    FrameWalk
+        metadata_walk;  ///< Its frames that the pictures stand for; an empty one: from `first_frame` on.
 };
 
 /// Pictures are handed to a thread of its own.
@@ -49,7 +51,8 @@ public:
     [[nodiscard]] virtual Result<void> add(ConstPicture first, const ConstPicture* second) = 0;
     /// Ends the file and gives it its name.
     [[nodiscard]] virtual Result<void> close() = 0;
-    /// Ends the file where it stands, as playable as it can be, under a name with "-part"; gives that name.
+    /// Ends the file where it stands, as playable as it can be, under a name with "-part"; gives that name,
+    /// an empty one with nothing left behind where there is no picture yet.
     [[nodiscard]] virtual Result<std::string> close_part() = 0;
 };
 

@@ -1,16 +1,17 @@
 #pragma once
 /// Films for tests, made and looked at by the programs ffmpeg and ffprobe.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "numerics/bitmap.h"
+#include "tests/video/clips.h"
 
 namespace zemora::test {
 
@@ -24,10 +25,6 @@ inline std::string output_of(const std::string& command) {
         text.append(block, count);
     }
     return pipe != nullptr && pclose(pipe) == 0 ? text : "failed: " + command;
-}
-
-inline bool ffmpeg(const std::string& arguments) {
-    return std::system(("ffmpeg -v error -nostdin -y " + arguments).c_str()) == 0;
 }
 
 /// Lines "key=value" of ffprobe as a map; of several equal keys the first one.
@@ -118,10 +115,10 @@ inline bool make_flash_clip(const std::string& path, int frames, const std::vect
         tone += (i == 0 ? "" : "|") + std::string("0.8*sin(6283.2*t)*(") + on_time + ")";
     }
     const std::string seconds = std::to_string(frames / kRate);
-    return ffmpeg("-f lavfi -i \"color=black:s=64x48:r=25:d=" + seconds +
-                  ",drawbox=color=white:t=fill:enable='" + on_frame + "'\" -f lavfi -i \"aevalsrc='" + tone +
-                  "':s=" + std::to_string(sample_rate) + ":d=" + seconds + "\" " + codecs + " '" + path +
-                  "'");
+    return run_ffmpeg("-f lavfi -i \"color=black:s=64x48:r=25:d=" + seconds +
+                      ",drawbox=color=white:t=fill:enable='" + on_frame + "'\" -f lavfi -i \"aevalsrc='" +
+                      tone + "':s=" + std::to_string(sample_rate) + ":d=" + seconds + "\" " + codecs + " '" +
+                      path + "'");
 }
 
 }  // namespace zemora::test
