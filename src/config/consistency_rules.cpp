@@ -232,6 +232,8 @@ Result<void> apply_rule(const ConsistencyRule& rule, ParameterSet& parameters,
 }
 
 /// `VideoMode` by the input: a video file or script, numbered pictures taken as a video, or pictures.
+}  // namespace
+
 int derived_video_mode(const ParameterSet& p) {
     if (p.input_mode == setting::input_mode::video_folders) {
         return setting::video_mode::images_as_video;
@@ -241,42 +243,9 @@ int derived_video_mode(const ParameterSet& p) {
     return is_video ? setting::video_mode::video : setting::video_mode::images;
 }
 
-/// Pictures of each single frame are for those alone who ask for them, and a film that nobody says a word
-/// about becomes one with its views side by side.
-void settle_film_outputs(ParameterSet& p, Voice& voice) {
-    const auto drop = [&p](int& output, const char* key) {
-        if (!p.given.contains(key)) {
-            output = 0;
-        }
-    };
-    drop(p.left_right_output, "LeftRightOutput");
-    drop(p.stereo_output, "StereoOutput");
-    drop(p.anaglyph_output, "AnaglyphOutput");
-    drop(p.extra_output, "ExtraOutput");
-    const bool has_stills =
-        p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
-    if (p.given.contains("VideoOutput") || has_stills) {
-        return;
-    }
-    p.video_output = setting::video_output::side_by_side;
-    if (voice.verbose() > 0) {
-        voice.print(voice.messages().either(
-            {"The film is written with its views side by side (VideoOutput = 2). Pictures of its frames are "
-             "written where LeftRightOutput, StereoOutput, AnaglyphOutput or ExtraOutput ask for them.\n",
-             "Der Film wird mit nebeneinander liegenden Teilbildern geschrieben (VideoOutput = 2). Bilder "
-             "seiner Frames werden geschrieben, wo LeftRightOutput, StereoOutput, AnaglyphOutput oder "
-             "ExtraOutput sie verlangen.\n"}));
-    }
-}
-
-}  // namespace
-
 Result<void> apply_consistency_rules(ParameterSet& parameters, const RuleSurroundings& surroundings,
                                      Voice& voice) {
     parameters.video_mode = derived_video_mode(parameters);
-    if (parameters.video_mode == setting::video_mode::video) {
-        settle_film_outputs(parameters, voice);
-    }
     if (Result<void> settled = settle_video_codec(parameters, surroundings, voice); !settled) {
         return settled;
     }

@@ -12,4 +12,7 @@ namespace zemora {
 [[nodiscard]] Result<void> apply_consistency_rules(ParameterSet& parameters,
                                                    const RuleSurroundings& surroundings, Voice& voice);
 
+/// The `VideoMode` that the pass gives the settings: by `InputMode` and the names of the input.
+[[nodiscard]] int derived_video_mode(const ParameterSet& parameters);
+
 }  // namespace zemora

@@ -200,11 +200,44 @@ void look_for_exiftool(Run& run) {
     }
 }
 
+/// Pictures of each single frame are for those alone who ask for them, and a film that nobody says a word
+/// about becomes one with its views side by side.
+void settle_film_outputs(Run& run) {
+    ParameterSet& p = run.parameters;
+    if (derived_video_mode(p) != setting::video_mode::video) {
+        return;
+    }
+    const auto drop = [&p](int& output, const char* key) {
+        if (!p.given.contains(key)) {
+            output = 0;
+        }
+    };
+    drop(p.left_right_output, "LeftRightOutput");
+    drop(p.stereo_output, "StereoOutput");
+    drop(p.anaglyph_output, "AnaglyphOutput");
+    drop(p.extra_output, "ExtraOutput");
+    const bool has_stills =
+        p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
+    if (p.given.contains("VideoOutput") || has_stills) {
+        return;
+    }
+    p.video_output = setting::video_output::side_by_side;
+    if (run.voice.verbose() > 0) {
+        run.voice.print(run.messages.either(
+            {"The film is written with its views side by side (VideoOutput = 2). Pictures of its frames are "
+             "written where LeftRightOutput, StereoOutput, AnaglyphOutput or ExtraOutput ask for them.\n",
+             "Der Film wird mit nebeneinander liegenden Teilbildern geschrieben (VideoOutput = 2). Bilder "
+             "seiner Frames werden geschrieben, wo LeftRightOutput, StereoOutput, AnaglyphOutput oder "
+             "ExtraOutput sie verlangen.\n"}));
+    }
+}
+
 void settle_parameters(Run& run) {
     RuleSurroundings surroundings;
     surroundings.program_folder = run.context.program_directory;
     surroundings.parameter_file = run.context.parameter_file;
     surroundings.can_ask = run.console.can_ask();
+    settle_film_outputs(run);
     succeed_or_end(run.voice, apply_consistency_rules(run.parameters, surroundings, run.voice));
 }
 

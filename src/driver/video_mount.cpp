@@ -13,6 +13,7 @@
 #include "numerics/rounding.h"
 #include "platform/paths.h"
 #include "report/pair_report.h"
+#include "report/video_report.h"
 #include "video/frame_reader.h"
 
 namespace zemora {
@@ -142,6 +143,19 @@ void VideoMount::run() {
     products_.close();
 }
 
+/// The charts go into the report, and onto a page of their own.
+void show_charts(VideoRun& run) {
+    const ParameterSet& p = run.pipeline.parameters;
+    if (run.notes.verbose() <= 1 || p.estimate_geometry != setting::estimate_geometry::measured) {
+        return;
+    }
+    DeepVideoPage page{p.path_of_images, {run.files.left}};
+    if (!run.files.is_one_file()) {
+        page.videos.push_back(run.files.right);
+    }
+    write_video_charts(page, run.series, run.view_size.width, run.notes);
+}
+
 }  // namespace
 
 void mount_video(VideoRun& run) {
@@ -162,6 +176,7 @@ void conclude_video(VideoRun& run) {
     const std::chrono::duration<double> used = std::chrono::steady_clock::now() - run.start;
     report.seconds = round_half_up(used.count());
     write_sequence_report(report, run.notes);
+    show_charts(run);
 }
 
 }  // namespace zemora

@@ -3,6 +3,7 @@
 #include "driver/failure.h"
 #include "driver/video_run.h"
 #include "platform/paths.h"
+#include "report/corr_values_plots.h"
 #include "video/corr_values_file.h"
 
 namespace zemora {
@@ -54,6 +55,9 @@ void settle_measured(VideoRun& run) {
     smooth_filled_series(run.series, smooth);
     if (p.corr_input_output != corr::unused) {
         write_values(run, kCorrValuesName);
+        succeed_or_end(run.notes,
+                       write_corr_values_plots(p.path_of_images, is_raw_wanted(p.corr_input_output),
+                                               run.notes.messages()));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "driver/failure.h"
 #include "driver/settings_input.h"
@@ -10,6 +11,8 @@
 #include "input/pair_reader.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
+#include "video/sound_alignment.h"
+#include "video/sound_track.h"
 
 namespace zemora {
 
@@ -46,6 +49,73 @@ void open_sources(VideoRun& run) {
     }
     run.source = *std::move(source);
     run.frames = run.source->count();
+}
+
+/// How far the sound of the views lies apart, and what is left of that when the frames are shifted.
+void tell_alignment(const SoundOffset& found, Notes& notes) {
+    constexpr double kMilliseconds = 1000.0;
+    constexpr double kNothing = 0.05;  // milliseconds, what the texts show
+    const MessageCatalogue& messages = notes.messages();
+    const double delay = std::fabs(found.seconds) * kMilliseconds;
+    if (found.frames != 0) {
+        notes.print('\n' + messages.text<Msg::video_previewer_alignment_corrected>(found.frames) + '\n');
+    }
+    if (delay < kNothing) {
+        notes.print(messages.text<Msg::video_previewer_no_delay>(0) + '\n');
+        return;
+    }
+    notes.print((found.seconds < 0.0 ? messages.text<Msg::video_previewer_delay_left_before>(0, delay)
+                                     : messages.text<Msg::video_previewer_delay_right_before>(0, delay)) +
+                '\n');
+    const double left = std::fabs(found.residual_seconds) * kMilliseconds;
+    if (left < kNothing) {
+        notes.print(messages.text<Msg::video_previewer_no_delay_after>(found.frames) + '\n');
+    } else {
+        notes.print((found.residual_seconds < 0.0
+                         ? messages.text<Msg::video_previewer_delay_left_after>(found.frames, left)
+                         : messages.text<Msg::video_previewer_delay_right_after>(found.frames, left)) +
+                    '\n');
+    }
+    notes.wait(Severity::information);
+}
+
+/// The sound of the first ten minutes of the range.
+std::optional<SoundEnvelope> envelope_of(const std::string& file, const VideoRun& run) {
+    constexpr double kSeconds = 600.0;
+    Result<std::unique_ptr<SoundTrack>> track = SoundTrack::open(file, run.notes);
+    if (!track) {
+        return std::nullopt;
+    }
+    const double rate = run.source->left_facts().rate.value();
+    const double start = run.pipeline.parameters.first_frame_index / rate;
+    const double length = run.frames / rate - start;
+    return sound_envelope(**track, start, std::clamp(length, 0.0, kSeconds));
+}
+
+/// The offset between the recordings, by their sound.
+int aligned_offset(VideoRun& run) {
+    const std::optional<SoundEnvelope> left = envelope_of(run.files.left, run);
+    const std::optional<SoundEnvelope> right = envelope_of(run.files.right, run);
+    const std::optional<SoundOffset> found =
+        left && right ? find_sound_offset(*left, *right, run.source->left_facts().rate) : std::nullopt;
+    if (!found) {
+        run.notes.tell_everywhere(run.notes.messages().either(
+            {"AutoFrameOffset: the sound of both videos has nothing in common that is sure. The frames stay "
+             "as "
+             "they are.\n",
+             "AutoFrameOffset: Der Ton beider Videos hat nichts sicher Gemeinsames. Die Frames bleiben, wie "
+             "sie sind.\n"}));
+        return 0;
+    }
+    tell_alignment(*found, run.notes);
+    return found->frames;
+}
+
+void find_offset(VideoRun& run) {
+    const ParameterSet& p = run.pipeline.parameters;
+    const bool by_sound = p.auto_frame_offset == 1 && !run.files.is_one_file();
+    run.offset = by_sound ? aligned_offset(run) : p.frame_offset;
+    run.source->set_offset(run.offset);
 }
 
 /// A rate that was written with a few digits, as the fraction that it stands for.
@@ -168,8 +238,7 @@ void find_orders(VideoRun& run) {
 void set_up_video(VideoRun& run) {
     take_files(run);
     open_sources(run);
-    run.offset = run.pipeline.parameters.frame_offset;
-    run.source->set_offset(run.offset);
+    find_offset(run);
     find_output_rate(run);
     find_ranges(run);
     find_sound(run);
