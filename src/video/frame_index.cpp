@@ -7,11 +7,31 @@
 
 namespace zemora {
 
+void put_in_order(std::vector<PacketFacts>& packets, const std::vector<bool>& shown_at_once) {
+    std::int64_t place = 0;
+    PacketFacts* waiting = nullptr;
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        if (shown_at_once[i]) {
+            packets[i].place = place++;
+            continue;
+        }
+        if (waiting != nullptr) {
+            waiting->place = place++;
+        }
+        waiting = &packets[i];
+    }
+    if (waiting != nullptr) {
+        waiting->place = place;
+    }
+}
+
 FrameIndex::FrameIndex(std::vector<PacketFacts> packets) : packets_(std::move(packets)) {
-    has_times_ = true;
+    bool has_places = true;
+    has_pts_ = true;
     for (int i = 0; i < static_cast<int>(packets_.size()); ++i) {
         const PacketFacts& packet = packets_[static_cast<std::size_t>(i)];
-        has_times_ = has_times_ && (packet.is_discarded || packet.pts != kNoTime);
+        has_pts_ = has_pts_ && (packet.is_discarded || packet.pts != kNoTime);
+        has_places = has_places && (packet.is_discarded || packet.place != kNoTime);
         if (packet.position >= 0) {
             by_position_.emplace(packet.position, i);
         }
@@ -19,25 +39,30 @@ FrameIndex::FrameIndex(std::vector<PacketFacts> packets) : packets_(std::move(pa
             by_dts_.emplace(packet.dts, i);
         }
     }
+    is_ordered_ = has_pts_ || has_places;
     picture_of_.assign(packets_.size(), kUnknown);
     pictures_ = static_cast<int>(
         std::count_if(packets_.begin(), packets_.end(), [](const auto& p) { return !p.is_discarded; }));
     packet_of_.assign(static_cast<std::size_t>(pictures_), kUnknown);
-    if (has_times_) {
-        number_by_times();
+    if (is_ordered_) {
+        number_by_order();
     }
 }
 
-void FrameIndex::number_by_times() {
+std::int64_t FrameIndex::place_of(int packet) const {
+    const PacketFacts& facts = packets_[static_cast<std::size_t>(packet)];
+    return has_pts_ ? facts.pts : facts.place;
+}
+
+void FrameIndex::number_by_order() {
     packet_of_.clear();
     for (int i = 0; i < static_cast<int>(packets_.size()); ++i) {
         if (!packets_[static_cast<std::size_t>(i)].is_discarded) {
             packet_of_.push_back(i);
         }
     }
-    std::stable_sort(packet_of_.begin(), packet_of_.end(), [this](int a, int b) {
-        return packets_[static_cast<std::size_t>(a)].pts < packets_[static_cast<std::size_t>(b)].pts;
-    });
+    std::stable_sort(packet_of_.begin(), packet_of_.end(),
+                     [this](int a, int b) { return place_of(a) < place_of(b); });
     pictures_ = static_cast<int>(packet_of_.size());
     std::fill(picture_of_.begin(), picture_of_.end(), kUnknown);
     for (int picture = 0; picture < pictures_; ++picture) {
@@ -47,12 +72,16 @@ void FrameIndex::number_by_times() {
 
 std::vector<std::int64_t> FrameIndex::times() const {
     std::vector<std::int64_t> times;
-    if (has_times_) {
-        times.reserve(packet_of_.size());
-        for (const int packet : packet_of_) {
-            times.push_back(packets_[static_cast<std::size_t>(packet)].pts);
+    for (const PacketFacts& packet : packets_) {
+        const std::int64_t time = has_pts_ ? packet.pts : packet.dts;
+        if (!packet.is_discarded && time == kNoTime) {
+            return {};
+        }
+        if (!packet.is_discarded) {
+            times.push_back(time);
         }
     }
+    std::sort(times.begin(), times.end());
     return times;
 }
 
@@ -74,13 +103,13 @@ void FrameIndex::learn(int packet, int picture) {
 
 void FrameIndex::start_with(int packet) {
     const int first = picture_of(packet);
-    if (!has_times_ || first <= 0) {
+    if (!is_ordered_ || first <= 0) {
         return;
     }
     for (int picture = 0; picture < first; ++picture) {
         packets_[static_cast<std::size_t>(packet_of_[static_cast<std::size_t>(picture)])].is_discarded = true;
     }
-    number_by_times();
+    number_by_order();
 }
 
 int FrameIndex::start_for(int picture, int keys_back) const {
@@ -92,14 +121,13 @@ int FrameIndex::start_for(int picture, int keys_back) const {
     // key and shown before it may refer to what lies before the key.
     const auto is_start = [&](int packet) {
         const PacketFacts& facts = packets_[static_cast<std::size_t>(packet)];
-        if (has_times_) {
-            return facts.is_key && facts.pts != kNoTime &&
-                   facts.pts <= packets_[static_cast<std::size_t>(own)].pts;
+        if (is_ordered_) {
+            return facts.is_key && place_of(packet) != kNoTime && place_of(packet) <= place_of(own);
         }
         const int shown = picture_of_[static_cast<std::size_t>(packet)];
         return facts.is_key && shown != kUnknown && shown <= picture;
     };
-    int packet = has_times_ ? own : static_cast<int>(packets_.size()) - 1;
+    int packet = is_ordered_ ? own : static_cast<int>(packets_.size()) - 1;
     while (packet > 0 && !(is_start(packet) && keys_back-- == 0)) {
         --packet;
     }
@@ -111,17 +139,20 @@ int FrameIndex::find(const PacketFacts& packet) const {
     const auto [first, last] =
         by_position ? by_position_.equal_range(packet.position) : by_dts_.equal_range(packet.dts);
     int found = kUnknown;
+    int candidates = 0;
     for (auto it = first; it != last; ++it) {
         const PacketFacts& known = packets_[static_cast<std::size_t>(it->second)];
-        const bool is_same_time = known.pts == packet.pts && known.dts == packet.dts;
-        if (std::next(first) == last || is_same_time) {
-            if (found != kUnknown) {
-                return kUnknown;  // two of them cannot be told apart
-            }
-            found = it->second;
+        if (known.size != packet.size) {
+            continue;
         }
+        const bool is_same_time = known.pts == packet.pts && known.dts == packet.dts;
+        if (is_same_time) {
+            return it->second;
+        }
+        found = it->second;
+        ++candidates;
     }
-    return found;
+    return candidates == 1 ? found : kUnknown;
 }
 
 namespace {

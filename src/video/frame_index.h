@@ -14,16 +14,22 @@ inline constexpr std::int64_t kNoTime = std::numeric_limits<std::int64_t>::min()
 
 /// What the container says of one packet. Times are in the units of its stream.
 struct PacketFacts {
-    std::int64_t position = -1;  ///< Byte in the file; -1 where it is not known.
-    std::int64_t pts = kNoTime;  ///< When its picture is shown.
-    std::int64_t dts = kNoTime;  ///< When it is decoded.
-    bool is_key = false;         ///< Decoding may start here.
-    bool is_discarded = false;   ///< It is decoded, but no picture of it is shown.
+    std::int64_t position = -1;    ///< Byte in the file; -1 where it is not known.
+    std::int64_t pts = kNoTime;    ///< When its picture is shown.
+    std::int64_t dts = kNoTime;    ///< When it is decoded.
+    std::int64_t place = kNoTime;  ///< Of its picture among the others, where it has no `pts`.
+    int size = 0;                  ///< Bytes.
+    bool is_key = false;           ///< Decoding may start here.
+    bool is_discarded = false;     ///< It is decoded, but no picture of it is shown.
 };
 
-/// Pictures are numbered in the order in which the decoder gives them, packets in the order of the file. With
-/// times on all packets that order is theirs; without, the number of a picture is known once the decoder was
-/// seen to give it.
+/// Gives packets without a time the order that their kinds have: a picture that is shown at once stands
+/// before the one that was decoded before it, others in the order of the packets (ISO/IEC 13818-2, 6.1.1.11).
+void put_in_order(std::vector<PacketFacts>& packets, const std::vector<bool>& shown_at_once);
+
+/// Pictures are numbered in the order in which the decoder gives them, packets in the order of the file.
+/// Where all packets have a time or a place, that order is theirs; else the number of a picture is known once
+/// the decoder was seen to give it.
 class FrameIndex {
 public:
     static constexpr int kUnknown = -1;
@@ -33,9 +39,10 @@ public:
 
     [[nodiscard]] const std::vector<PacketFacts>& packets() const { return packets_; }
     [[nodiscard]] int pictures() const { return pictures_; }
-    /// Whether the order is known from the times.
-    [[nodiscard]] bool has_times() const { return has_times_; }
-    /// When each picture is shown, ascending; empty without times.
+    /// Whether the order of all pictures is known beforehand.
+    [[nodiscard]] bool is_ordered() const { return is_ordered_; }
+    /// When each picture is shown, ascending: the `pts`, or else the `dts` in their order, which lie evenly
+    /// by the same steps. Empty without either.
     [[nodiscard]] std::vector<std::int64_t> times() const;
 
     /// The number of the picture that the packet becomes; `kUnknown` also where none of it is shown.
@@ -49,18 +56,21 @@ public:
     /// `keys_back` keys before that. 0, the start of the file, where no key is known to do.
     [[nodiscard]] int start_for(int picture, int keys_back = 0) const;
 
-    /// The packet that lies there, or `kUnknown`: by its position, its times where several have the same.
+    /// The packet that lies there, or `kUnknown`: by its position and its size, by its times where several
+    /// have the same.
     [[nodiscard]] int find(const PacketFacts& packet) const;
 
 private:
-    void number_by_times();
+    void number_by_order();
+    [[nodiscard]] std::int64_t place_of(int packet) const;
 
     std::vector<PacketFacts> packets_;
     std::vector<int> picture_of_;  ///< For each packet.
     std::vector<int> packet_of_;   ///< For each picture; `kUnknown` where it is not known yet.
     std::unordered_multimap<std::int64_t, int> by_position_;
     std::unordered_multimap<std::int64_t, int> by_dts_;
-    bool has_times_ = false;
+    bool is_ordered_ = false;
+    bool has_pts_ = false;  ///< All of them.
     int pictures_ = 0;
 };
 

@@ -13,6 +13,7 @@ extern "C" {
 
 #include "platform/console.h"
 #include "platform/paths.h"
+#include "video/coded_pictures.h"
 #include "video/coded_views.h"
 
 namespace zemora {
@@ -32,8 +33,6 @@ constexpr int kShortestSide = 16;                            // pixels
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 27;  // of a picture: 16384 x 8192
 /// Packets that fail one behind the other before a file counts as ended.
 constexpr int kMostFailures = 100;
-/// Packets at the start whose parts are looked at for further views.
-constexpr int kPacketsLookedAt = 30;
 
 /// A list of options for the library.
 class Options {
@@ -71,13 +70,30 @@ std::string kind_of_content(const std::string& url) {
     return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & kStills) == 0;
 }
 
-PacketFacts facts_of(const AVPacket& packet) {
+[[nodiscard]] PacketFacts facts_of(const AVPacket& packet) {
     const auto time = [](std::int64_t value) { return value == AV_NOPTS_VALUE ? kNoTime : value; };
-    return {packet.pos, time(packet.pts), time(packet.dts), (packet.flags & AV_PKT_FLAG_KEY) != 0,
-            (packet.flags & AV_PKT_FLAG_DISCARD) != 0};
+    PacketFacts facts;
+    facts.position = packet.pos;
+    facts.pts = time(packet.pts);
+    facts.dts = time(packet.dts);
+    facts.size = packet.size;
+    facts.is_key = (packet.flags & AV_PKT_FLAG_KEY) != 0;
+    facts.is_discarded = (packet.flags & AV_PKT_FLAG_DISCARD) != 0;
+    return facts;
 }
 
 }  // namespace
+
+/// What is collected of the packets while they are read for the first time.
+struct PacketReader::IndexScan {
+    explicit IndexScan(const AVCodecParameters& coded)
+        : pictures(coded),
+          views(coded.codec_id, coded.extradata, static_cast<std::size_t>(coded.extradata_size)) {}
+    CodedPictures pictures;
+    ViewsInCode views;
+    std::vector<PacketFacts> facts;
+    std::vector<bool> shown_at_once;
+};
 
 AVStream& PacketReader::stream() const {
     return *file_->streams[stream_];
@@ -200,25 +216,42 @@ bool PacketReader::read_packet(AVPacket& packet) {
     return false;
 }
 
+void PacketReader::look_into(const AVPacket& packet, IndexScan& scan) {
+    constexpr std::size_t kPacketsLookedAt = 30;  // for further views, at the start
+    if (scan.facts.size() < kPacketsLookedAt &&
+        scan.views.are_several(packet.data, static_cast<std::size_t>(packet.size))) {
+        sums_.has_more_views = true;
+    }
+    sums_.bytes += packet.size;
+    PacketFacts facts = facts_of(packet);
+    const CodedPicture picture = scan.pictures.read(packet);
+    if (scan.pictures.can_read()) {
+        // Where a picture is renewed piece by piece there is no packet that shows all of it at once.
+        facts.is_key = facts.is_key && picture.is_intra && !picture.is_second_field;
+        facts.is_discarded = facts.is_discarded || picture.is_second_field;
+    }
+    // In AVI the B pictures of MPEG-4 may be packed with those before them: only from the start on do they
+    // keep their number.
+    const bool may_be_packed = stream().codecpar->codec_id == AV_CODEC_ID_MPEG4 && facts.pts == kNoTime;
+    facts.is_key = facts.is_key && (!may_be_packed || scan.facts.empty());
+    scan.facts.push_back(facts);
+    scan.shown_at_once.push_back(picture.is_shown_at_once);
+}
+
 Result<void> PacketReader::read_index() {
     const Packet packet(av_packet_alloc());
     waiting_.reset(av_packet_alloc());
     if (!packet || !waiting_) {
         return Failure::out_of_memory("425: FAILED TO ALLOCATE MEMORY FOR INPUT IMAGE (LEFT/RIGHT)\n");
     }
-    const ViewsInCode views_in_code(stream().codecpar->codec_id, stream().codecpar->extradata,
-                                    static_cast<std::size_t>(stream().codecpar->extradata_size));
-    std::vector<PacketFacts> facts;
+    IndexScan scan(*stream().codecpar);
     while (read_packet(*packet)) {
-        if (facts.size() < kPacketsLookedAt) {
-            sums_.has_more_views =
-                sums_.has_more_views ||
-                views_in_code.are_several(packet->data, static_cast<std::size_t>(packet->size));
-        }
-        sums_.bytes += packet->size;
-        facts.push_back(facts_of(*packet));
+        look_into(*packet, scan);
     }
-    index_ = FrameIndex(std::move(facts));
+    if (scan.pictures.are_in_simple_order()) {
+        put_in_order(scan.facts, scan.shown_at_once);
+    }
+    index_ = FrameIndex(std::move(scan.facts));
     next_ = static_cast<int>(index_.packets().size());
     if (index_.pictures() == 0) {
         return failure(messages_.text<Msg::video_source_frame_count_invalid>(printable(path_), 0));
@@ -242,10 +275,13 @@ bool PacketReader::next(AVPacket& packet, int& number) {
 }
 
 bool PacketReader::go_to(int number) {
+    constexpr int kBytesBack = 1 << 20;
     if (number == next_) {
         return true;
     }
-    if (number != 0 && jump(number) && skip_to(number, {})) {
+    const bool is_start = number == 0;
+    if (!is_start && ((jump(number, 0) && skip_to(number, {})) ||
+                      (jumps_by_byte_ && jump(number, kBytesBack) && skip_to(number, {})))) {
         return true;
     }
     return reopen() && skip_to(number, 0);
@@ -255,26 +291,29 @@ bool PacketReader::skip_to(int number, std::optional<int> place) {
     int at = place.value_or(0) - 1;
     bool is_placed = place.has_value();
     while (read_packet(*waiting_)) {
-        at = is_placed ? at + 1 : index_.find(facts_of(*waiting_));
-        is_placed = true;
-        if (at == number) {
-            has_waiting_ = true;
-            next_ = number;
-            return true;
+        if (is_placed) {
+            ++at;
+        } else {
+            // Behind a jump by bytes the first packets may be pieces.
+            at = index_.find(facts_of(*waiting_));
+            is_placed = at != FrameIndex::kUnknown;
         }
-        if (at > number || at == FrameIndex::kUnknown) {
-            return false;
+        if (is_placed && at >= number) {
+            has_waiting_ = at == number;
+            next_ = number;
+            return has_waiting_;
         }
     }
     return false;
 }
 
-bool PacketReader::jump(int number) {
+bool PacketReader::jump(int number, std::int64_t bytes_back) {
     const PacketFacts& facts = index_.packets()[static_cast<std::size_t>(number)];
     has_waiting_ = false;
+    next_ = FrameIndex::kUnknown;
     if (jumps_by_byte_) {
-        return facts.position >= 0 &&
-               av_seek_frame(file_.get(), stream_, facts.position, AVSEEK_FLAG_BYTE) >= 0;
+        const std::int64_t place = std::max<std::int64_t>(facts.position - bytes_back, 0);
+        return facts.position >= 0 && av_seek_frame(file_.get(), stream_, place, AVSEEK_FLAG_BYTE) >= 0;
     }
     const std::int64_t time = facts.dts != kNoTime ? facts.dts : facts.pts;
     return time != kNoTime && av_seek_frame(file_.get(), stream_, time, AVSEEK_FLAG_BACKWARD) >= 0;

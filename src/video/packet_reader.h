@@ -52,9 +52,11 @@ private:
     [[nodiscard]] Result<void> open_file();
     [[nodiscard]] Result<void> choose_stream(VideoStream stream);
     [[nodiscard]] Result<void> read_index();
+    struct IndexScan;
+    void look_into(const AVPacket& packet, IndexScan& scan);
     [[nodiscard]] Failure failure(const std::string& text) const;
     [[nodiscard]] bool read_packet(AVPacket& packet);
-    [[nodiscard]] bool jump(int number);
+    [[nodiscard]] bool jump(int number, std::int64_t bytes_back);
     [[nodiscard]] bool reopen();
     /// Passes over packets until that one waits; `place` is the number of the next one where that is known.
     /// False where the packets are not those of the index.

@@ -95,7 +95,7 @@ int PictureDecoder::number_of(const AVFrame& frame) {
     FrameIndex& index = reader_.index();
     const int packet = frame.pts == AV_NOPTS_VALUE ? FrameIndex::kUnknown : static_cast<int>(frame.pts);
     const int known = index.picture_of(packet);
-    if (known == FrameIndex::kUnknown && !index.has_times()) {
+    if (known == FrameIndex::kUnknown && !index.is_ordered()) {
         index.learn(packet, last_number_ + 1);
         return last_number_ + 1;
     }

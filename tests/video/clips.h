@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -24,6 +25,22 @@ inline bool run_ffmpeg(const std::string& arguments) {
 /// A film of `source` (a filter) with these coding options.
 inline bool make_clip(const std::string& path, const std::string& source, const std::string& coding) {
     return run_ffmpeg("-f lavfi -i '" + source + "' " + coding + " '" + path + "'");
+}
+
+/// How many pictures the decoder gives, counted by ffprobe.
+inline int decoded_pictures(const std::string& path) {
+    const std::string command =
+        "ffprobe -v quiet -select_streams v:0 -count_frames -show_entries stream=nb_read_frames -of "
+        "default=nw=1:nk=1 '" +
+        path + "'";
+    int count = -1;
+    if (FILE* pipe = popen(command.c_str(), "r"); pipe != nullptr) {
+        if (std::fscanf(pipe, "%d", &count) != 1) {
+            count = -1;
+        }
+        pclose(pipe);
+    }
+    return count;
 }
 
 }  // namespace zemora::test
