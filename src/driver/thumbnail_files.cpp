@@ -39,7 +39,7 @@ bool stores_products(const ParameterSet& p) {
 
 void store_thumbnails(Pipeline& pipeline, PairRun& pair) {
     const ParameterSet& p = pipeline.parameters;
-    if (pair.html_images != setting::html_images::thumbnails || !stores_products(p)) {
+    if (pair.html_images != setting::html_images::thumbnails || (!stores_products(p) && !pair.frame)) {
         return;
     }
     name_thumbs(pipeline, pair);

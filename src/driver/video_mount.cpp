@@ -12,6 +12,7 @@
 #include "input/pair_reader.h"
 #include "numerics/rounding.h"
 #include "platform/paths.h"
+#include "platform/process_end.h"
 #include "report/pair_report.h"
 #include "report/video_report.h"
 #include "video/frame_reader.h"
@@ -36,7 +37,8 @@ private:
 
     void mount(int frame, int number);
     [[nodiscard]] PictureFacts facts_of(int frame) const;
-    void store_stills(int frame, Finished finished);
+    [[nodiscard]] bool warp(int frame);
+    void store_pictures(int frame, Finished finished, bool has_thumbnails);
     void show_time(int number) const;
 
     VideoRun& run_;
@@ -65,35 +67,46 @@ PictureFacts VideoMount::facts_of(int frame) const {
     return facts;
 }
 
-void VideoMount::mount(int frame, int number) {
+/// Leaves the corrected views of the next frame in the bench; false where there are none, which is told.
+bool VideoMount::warp(int frame) {
     std::optional<InputViews> views = prepared_frame(run_, reader_.next(notes_));
     if (!views) {
-        return;
+        return false;
     }
     const Correction correction = correction_of(run_.series.values[static_cast<std::size_t>(frame)]);
-    WarpedPair& warped = pipeline_.bench.warped;
     const auto& colours = pipeline_.settings.colours;
     const Result<void> done = warp_pair(views->full(), film_plan(run_.base_plan, correction, run_.frame),
-                                        colours ? &*colours : nullptr, warped, notes_);
+                                        colours ? &*colours : nullptr, pipeline_.bench.warped, notes_);
     if (!done) {
         conclude_failure(notes_, done.failure());
-        return;
-    }
-    Finished finished =
-        value_or_end(notes_, finish_pair(warped, pipeline_.settings.finish, facts_of(frame), notes_));
-    if (products_.is_wanted()) {
-        products_.add(finished);
-    }
-    if (stores_products(pipeline_.parameters)) {
-        store_stills(frame, std::move(finished));
     }
     reader_.give_back({std::move(views->left), std::move(views->right)});
     pipeline_.preparer.take_back(*std::move(views));
+    return done.has_value();
+}
+
+void VideoMount::mount(int frame, int number) {
+    if (!warp(frame)) {
+        products_.repeat();
+        return;
+    }
+    const ParameterSet& p = pipeline_.parameters;
+    PictureFacts facts = facts_of(frame);
+    facts.wants_thumbnails = number == 0 && p.html_images == setting::html_images::thumbnails;
+    Finished finished =
+        value_or_end(notes_, finish_pair(pipeline_.bench.warped, pipeline_.settings.finish, facts, notes_));
+    if (products_.is_wanted()) {
+        products_.add(finished);
+    }
+    if (facts.wants_thumbnails || stores_products(p)) {
+        store_pictures(frame, std::move(finished), facts.wants_thumbnails);
+    }
     show_time(number);
 }
 
-/// The pictures of the frame, as those of a pair. Only what goes wrong is told.
-void VideoMount::store_stills(int frame, Finished finished) {
+/// The pictures of the frame, as those of a pair; of the first one its thumbnails too. Only what goes wrong
+/// is told.
+void VideoMount::store_pictures(int frame, Finished finished, bool has_thumbnails) {
     static constexpr int kQuiet = 0;
     const ParameterSet& p = pipeline_.parameters;
     KeptNotes quiet(notes_.messages(), kQuiet);
@@ -112,6 +125,13 @@ void VideoMount::store_stills(int frame, Finished finished) {
     pair.mounted.size = {shown.width(), shown.height()};
     pair.mounted.image_ratio = static_cast<double>(shown.width()) / shown.height();
     pair.mounted.deviation = run_.largest_deviation;
+    if (has_thumbnails) {
+        pair.html_images = setting::html_images::thumbnails;
+        store_thumbnails(pipeline_, pair);
+        run_.left_thumb = pair.left_thumb;
+        run_.right_thumb = pair.right_thumb;
+        quiet.report_html("<p style=\"text-align:left; margin-left:1em\">\n" + pair.picture_tag);
+    }
     store_products(pipeline_, pair);
     quiet.tell(notes_);
 }
@@ -137,8 +157,13 @@ void VideoMount::show_time(int number) const {
 }
 
 void VideoMount::run() {
+    const EndRequests requests;
     for (int i = 0; i < run_.mounted.count(); ++i) {
         mount(run_.mounted.at(i), i);
+        if (EndRequests::is_asked()) {
+            products_.close_parts();
+            return;  // the signal acts
+        }
     }
     products_.close();
 }
@@ -149,7 +174,7 @@ void show_charts(VideoRun& run) {
     if (run.notes.verbose() <= 1 || p.estimate_geometry != setting::estimate_geometry::measured) {
         return;
     }
-    DeepVideoPage page{p.path_of_images, {run.files.left}};
+    DeepVideoPage page{p.path_of_images, {run.files.left}, run.left_thumb, run.right_thumb};
     if (!run.files.is_one_file()) {
         page.videos.push_back(run.files.right);
     }

@@ -182,7 +182,7 @@ void VideoProducts::open(File& file, const PictureSize& size) {
     options.colours = run_.source->left_facts().colours;
     options.sound = run_.sound;
     options.metadata_source = run_.files.left;
-    options.first_frame = run_.mounted.first;
+    options.metadata_walk = run_.mounted;
     Result<std::unique_ptr<VideoWriter>> writer = VideoWriter::open(options, run_.notes);
     if (!writer) {
         fail(file, writer.failure());
@@ -190,8 +190,7 @@ void VideoProducts::open(File& file, const PictureSize& size) {
     file.writer = *std::move(writer);
 }
 
-void VideoProducts::add(const Finished& finished) {
-    const std::vector<Bitmap> pictures = compose(finished);
+void VideoProducts::write(const std::vector<Bitmap>& pictures) {
     const bool is_dual = has_two_streams(run_);
     for (std::size_t i = 0; i < files_.size(); ++i) {
         File& file = files_[i];
@@ -204,6 +203,36 @@ void VideoProducts::add(const Finished& finished) {
             fail(file, done.failure());
         }
     }
+}
+
+void VideoProducts::add(const Finished& finished) {
+    latest_ = compose(finished);
+    write(latest_);
+}
+
+void VideoProducts::repeat() {
+    if (!latest_.empty()) {
+        write(latest_);
+    }
+}
+
+void VideoProducts::close_parts() {
+    Voice& notes = run_.notes;
+    for (File& file : files_) {
+        if (!file.writer) {
+            continue;
+        }
+        const Result<std::string> part = file.writer->close_part();
+        if (!part) {
+            conclude_failure(notes, part.failure());
+        } else if (!part->empty()) {
+            notes.tell_everywhere(format_text(
+                notes.messages().either({"\nInterrupted: what was written so far stands in %s.\n",
+                                         "\nUnterbrochen: was bis dahin geschrieben war, steht in %s.\n"}),
+                printable(*part).c_str()));
+        }
+    }
+    files_.clear();
 }
 
 void VideoProducts::close() {

@@ -77,6 +77,8 @@ struct VideoRun {
     // Second pass.
     WarpPlan base_plan;  ///< Without frame and correction.
     FilmFrame frame;
+    std::string left_thumb;  ///< Of the first frame, absolute; empty without.
+    std::string right_thumb;
 };
 
 /// Runs the film of the list.

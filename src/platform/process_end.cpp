@@ -26,6 +26,10 @@ std::function<void()> g_last_action;
 std::atomic<int> g_holders{0};
 std::atomic<int> g_held_signal{0};
 
+/// Lives that take an end signal as a request, and the signal that has asked.
+std::atomic<int> g_request_takers{0};
+std::atomic<int> g_asking_signal{0};
+
 /// What the run keeps for itself alone; async-signal-safe.
 void remove_unfinished() {
     remove_hidden_files();
@@ -35,6 +39,10 @@ void remove_unfinished() {
 extern "C" void on_end_signal(int number) {
     if (g_holders > 0) {
         g_held_signal = number;
+        return;
+    }
+    if (g_request_takers > 0 && g_asking_signal == 0) {
+        g_asking_signal = number;
         return;
     }
     flush_console_in_handler();
@@ -156,6 +164,22 @@ NoEndSignals::~NoEndSignals() {
             kill(getpid(), number);  // this thread may not take signals itself
         }
     }
+}
+
+EndRequests::EndRequests() {
+    ++g_request_takers;
+}
+
+EndRequests::~EndRequests() {
+    if (--g_request_takers == 0) {
+        if (const int number = g_asking_signal.exchange(0); number != 0) {
+            kill(getpid(), number);
+        }
+    }
+}
+
+bool EndRequests::is_asked() {
+    return g_asking_signal != 0;
 }
 
 }  // namespace zemora

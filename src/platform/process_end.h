@@ -43,4 +43,15 @@ public:
     NoEndSignals& operator=(const NoEndSignals&) = delete;
 };
 
+/// While one of these lives the first end signal only asks for the end, so that work that takes long can be
+/// brought to a good one; a second signal acts at once. One that has asked acts when the last of these goes.
+class EndRequests {
+public:
+    EndRequests();
+    ~EndRequests();
+    EndRequests(const EndRequests&) = delete;
+    EndRequests& operator=(const EndRequests&) = delete;
+    [[nodiscard]] static bool is_asked();
+};
+
 }  // namespace zemora
