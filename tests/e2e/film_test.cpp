@@ -197,7 +197,7 @@ TEST(Film, AnInterruptionLeavesAPlayablePart) {
     ASSERT_TRUE(run_ffmpeg("-stream_loop 60 -i '" + (film_folder() / "film_r.mp4") + "' -c copy '" +
                            shop.path("long_r.mp4") + "'"));
     shop.around =
-        "\"$@\" & pid=$!; while [ ! -d cs ]; do sleep 0.1; done; sleep 2; kill -TERM $pid; wait $pid";
+        "\"$@\" & pid=$!; while [ ! -d cs ]; do sleep 0.1; done; sleep 4; kill -TERM $pid; wait $pid";
     const Outcome outcome = shop.run({"long_l.mp4", "long_r.mp4"});
     EXPECT_EQ(outcome.exit_code, 128 + 15) << outcome.text;
     EXPECT_TRUE(outcome.tells("long_cs-lr-part.mp4")) << outcome.text;
