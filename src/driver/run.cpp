@@ -218,6 +218,9 @@ void settle_film_outputs(Run& run) {
     drop(p.extra_output, "ExtraOutput");
     const bool has_stills =
         p.left_right_output != 0 || p.stereo_output != 0 || p.anaglyph_output != 0 || p.extra_output != 0;
+    if (!has_stills && p.html_images != 0 && !p.given.contains("HtmlImages")) {
+        p.html_images = setting::html_images::thumbnails;
+    }
     if (p.given.contains("VideoOutput") || has_stills) {
         return;
     }

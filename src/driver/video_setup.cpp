@@ -51,6 +51,33 @@ void open_sources(VideoRun& run) {
     run.frames = run.source->count();
 }
 
+/// What the settings ask for and films do not have so far: nobody shall get another film than wished.
+void refuse_missing_ways(const VideoRun& run) {
+    struct Way {
+        const char* setting;
+        bool is_wanted;
+    };
+    const ParameterSet& p = run.pipeline.parameters;
+    const Way ways[] = {
+        {"VideoContainer = 1", p.video_container == 1 && p.video_output != setting::video_output::none},
+        {"VideoOutput = 10", p.video_output == setting::video_output::panorama},
+        {"InterlacedMode", p.interlaced_mode != setting::interlaced_mode::progressive},
+        {"FlickerFilter", p.flicker_filter != 0},
+        {"DeshakeMethod", p.deshake_method != setting::deshake_method::none},
+        {"StereoImageInput = 5, 6", holds_depth_mask(p.stereo_image_input)},
+    };
+    for (const Way& way : ways) {
+        if (way.is_wanted) {
+            end_with(run.notes,
+                     Failure::of_run(format_text(
+                         run.notes.messages().either(
+                             {"%s: this version does not do that with films. Please leave it out.\n",
+                              "%s: Das macht diese Version mit Filmen nicht. Bitte weglassen.\n"}),
+                         way.setting)));
+        }
+    }
+}
+
 /// How far the sound of the views lies apart, and what is left of that when the frames are shifted.
 void tell_alignment(const SoundOffset& found, Notes& notes) {
     constexpr double kMilliseconds = 1000.0;
@@ -238,6 +265,7 @@ void find_orders(VideoRun& run) {
 void set_up_video(VideoRun& run) {
     take_files(run);
     open_sources(run);
+    refuse_missing_ways(run);
     find_offset(run);
     find_output_rate(run);
     find_ranges(run);

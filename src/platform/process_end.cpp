@@ -1,9 +1,11 @@
 #include "platform/process_end.h"
 
 #include <signal.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -26,9 +28,35 @@ std::function<void()> g_last_action;
 std::atomic<int> g_holders{0};
 std::atomic<int> g_held_signal{0};
 
-/// Lives that take an end signal as a request, and the signal that has asked.
+/// Lives that take an end signal as a request, the signal that has asked, and when it did, in nanoseconds.
 std::atomic<int> g_request_takers{0};
 std::atomic<int> g_asking_signal{0};
+std::atomic<std::int64_t> g_asking_time{0};
+
+/// Signals this close together are one: programs that run others, such as timeout, send theirs to the process
+/// and to its group.
+constexpr std::int64_t kSameSignal = 500'000'000;
+
+/// Nanoseconds; async-signal-safe.
+std::int64_t now() {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec * kSecond + time.tv_nsec;
+}
+
+/// True where the signal asks for the end, or says again what was just asked.
+bool is_request(int number) {
+    if (g_request_takers == 0) {
+        return false;
+    }
+    if (g_asking_signal == 0) {
+        g_asking_time = now();
+        g_asking_signal = number;
+        return true;
+    }
+    return now() - g_asking_time < kSameSignal;
+}
 
 /// What the run keeps for itself alone; async-signal-safe.
 void remove_unfinished() {
@@ -41,8 +69,7 @@ extern "C" void on_end_signal(int number) {
         g_held_signal = number;
         return;
     }
-    if (g_request_takers > 0 && g_asking_signal == 0) {
-        g_asking_signal = number;
+    if (is_request(number)) {
         return;
     }
     flush_console_in_handler();

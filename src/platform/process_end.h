@@ -44,7 +44,8 @@ public:
 };
 
 /// While one of these lives the first end signal only asks for the end, so that work that takes long can be
-/// brought to a good one; a second signal acts at once. One that has asked acts when the last of these goes.
+/// brought to a good one; a second signal, half a second later or more, acts at once. One that has asked acts
+/// when the last of these goes.
 class EndRequests {
 public:
     EndRequests();

@@ -17,7 +17,8 @@ namespace zemora {
 namespace {
 
 constexpr int kQueueLength = 4;  // pictures that wait for the encoder
-constexpr int kSizeStep = 4;     // pixels, of both sides
+constexpr const char* kIsClosed = "it is closed";
+constexpr int kSizeStep = 4;  // pixels, of both sides
 
 std::array<WritablePlane, 3> planes_of(AVFrame& frame) {
     return {{{frame.data[0], frame.linesize[0]},
@@ -90,11 +91,16 @@ std::string FilmWriter::open_film(const ContainerSettings& container) {
     reason = reason.empty() ? open_sound() : reason;
     if (reason.empty()) {
         metadata_ = read_film_metadata(options_.metadata_source);
-        put_tags(
-            output_->context(), metadata_,
-            advanced_time_code(metadata_.time_code, metadata_.rate, options_.first_frame, options_.rate));
+        put_tags(output_->context(), metadata_, first_time_code());
     }
     return reason.empty() ? output_->write_header(container.options) : reason;
+}
+
+/// That of the first picture; none where time runs backwards.
+std::string FilmWriter::first_time_code() const {
+    const FrameWalk& walk = options_.metadata_walk;
+    return walk.step < 0 ? std::string()
+                         : advanced_time_code(metadata_.time_code, metadata_.rate, walk.first, options_.rate);
 }
 
 std::string FilmWriter::open_pictures(const ContainerSettings& container) {
@@ -167,7 +173,7 @@ void FilmWriter::tell_of_opening(Notes& notes) const {
 }
 
 Result<void> FilmWriter::add(ConstPicture first, const ConstPicture* second) {
-    if (const std::string told = reason(); !told.empty()) {
+    if (const std::string told = thread_.joinable() ? reason() : kIsClosed; !told.empty()) {
         return failure(told);
     }
     QueuedPictures pictures = queue_.take_empty();
@@ -236,19 +242,20 @@ Result<std::string> FilmWriter::close_part() {
 }
 
 Result<void> FilmWriter::finish(const std::string& path) {
+    if (!output_) {
+        return failure(kIsClosed);
+    }
     put_written_chapters();
     const std::string told = output_->finish(path);
+    output_.reset();
     return told.empty() ? Result<void>() : Result<void>(failure(told));
 }
 
 /// They are told at the end, when it is known how far the film goes.
 void FilmWriter::put_written_chapters() {
-    const int frames = static_cast<int>(encoded_);
-    FrameWalk walk = options_.metadata_walk;
-    if (walk.count() == 0) {
-        walk = {options_.first_frame, options_.first_frame + frames, 1};
-    }
-    put_chapters(output_->context(), chapters_of_walk(metadata_, walk, frames, options_.rate));
+    const int pictures = static_cast<int>(encoded_);
+    put_chapters(output_->context(),
+                 chapters_of_walk(metadata_, options_.metadata_walk, pictures, options_.rate));
 }
 
 void FilmWriter::stop_thread() {

@@ -45,6 +45,7 @@ private:
     [[nodiscard]] std::string open_sound();
     [[nodiscard]] std::string open_sound_of_file();
     void tell_of_opening(Notes& notes) const;
+    [[nodiscard]] std::string first_time_code() const;
     void put_written_chapters();
 
     void encode_queue();

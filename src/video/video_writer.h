@@ -32,9 +32,7 @@ struct VideoWriterOptions {
     ColourTags colours;  ///< Of the input; unspecified ones are settled by the height.
     SoundWish sound;
     std::string metadata_source;  ///< The video whose title, time and place go over; empty for none.
-    int first_frame = 0;          ///< Of that video; the time code goes on from there.
-    FrameWalk
-        metadata_walk;  ///< Its frames that the pictures stand for; an empty one: from `first_frame` on.
+    FrameWalk metadata_walk;      ///< Its frames the pictures stand for; time codes start at the first.
 };
 
 /// Pictures are handed to a thread of its own.

@@ -131,7 +131,7 @@ INSTANTIATE_TEST_SUITE_P(
                  "C",
                  {kMissingPair, "--LeftFileName=a.avi", "--RightFileName=b.avi", "/VM=2", "/LR=0"},
                  1,
-                 {"\nHtmlImages           =      2\n"}},
+                 {"\nHtmlImages           =      4\n", "\nStereoOutput         =      0\n"}},
         CallCase{"no_suffix",
                  "C",
                  {kMissingPair, "--LeftFileName=left", "--RightFileName=right"},

@@ -189,6 +189,19 @@ INSTANTIATE_TEST_SUITE_P(Table, RefusedFilms,
                                            RefusedFilm{".mov", "ffconcat version 1.0\nfile film_l.mp4\n"}),
                          [](const auto& instance) { return std::string(instance.param.name + 1); });
 
+TEST(Film, WhatFilmsDoNotHaveIsRefusedByItsName) {
+    const FilmShop shop;
+    const std::set<std::string> before = shop.files();
+    for (const char* wish : {"VideoContainer=1", "InterlacedMode=1", "FlickerFilter=20"}) {
+        const Outcome outcome = shop.mount({"--VideoOutput=2", std::string("--") + wish});
+        EXPECT_EQ(outcome.exit_code, 1) << outcome.text;
+        const std::string setting = wish;
+        EXPECT_TRUE(outcome.tells(setting.substr(0, setting.find('=')))) << outcome.text;
+        EXPECT_TRUE(outcome.tells("this version does not do that with films")) << outcome.text;
+        EXPECT_EQ(shop.files(), before);
+    }
+}
+
 TEST(Film, AnInterruptionLeavesAPlayablePart) {
     Workshop shop;
     shop.settings.insert(shop.settings.end(), {"--VideoPreset=veryslow", "--AnalyseIncrement=1000"});
@@ -197,7 +210,7 @@ TEST(Film, AnInterruptionLeavesAPlayablePart) {
     ASSERT_TRUE(run_ffmpeg("-stream_loop 60 -i '" + (film_folder() / "film_r.mp4") + "' -c copy '" +
                            shop.path("long_r.mp4") + "'"));
     shop.around =
-        "\"$@\" & pid=$!; while [ ! -d cs ]; do sleep 0.1; done; sleep 4; kill -TERM $pid; wait $pid";
+        "\"$@\" & pid=$!; while [ ! -d cs ]; do sleep 0.1; done; sleep 3; kill -TERM $pid; wait $pid";
     const Outcome outcome = shop.run({"long_l.mp4", "long_r.mp4"});
     EXPECT_EQ(outcome.exit_code, 128 + 15) << outcome.text;
     EXPECT_TRUE(outcome.tells("long_cs-lr-part.mp4")) << outcome.text;

@@ -282,7 +282,7 @@ TEST(VideoWriter, KeepsTimePlaceTitleTimeCodeAndChapters) {
                                  (folder / "in.mp4") + "'"));
     VideoWriterOptions options = plain_options(folder / "out.mp4");
     options.metadata_source = folder / "in.mp4";
-    options.first_frame = 10;
+    options.metadata_walk = {10, 60, 1};
     ASSERT_EQ(write_film(options, 50, {}), "");
     auto film = probe(folder / "out.mp4", "-show_format");
     EXPECT_EQ(film["TAG:title"], "A walk");
@@ -295,6 +295,12 @@ TEST(VideoWriter, KeepsTimePlaceTitleTimeCodeAndChapters) {
         "csv=p=0 '" +
         (folder / "out.mp4") + "'");
     EXPECT_EQ(chapters, "0.000000,0.600000,One\n0.600000,2.000000,Two\n");
+
+    options.path = folder / "back.mp4";
+    options.metadata_walk = {0, 50, -1};
+    ASSERT_EQ(write_film(options, 50, {}), "");
+    video = probe(folder / "back.mp4", "-select_streams v:0 -show_streams");
+    EXPECT_EQ(video.count("TAG:timecode"), 0U) << "time codes only run forward";
 }
 
 TEST(VideoWriter, GoesOnWithoutASoundThatCannotBeRead) {
